@@ -1,0 +1,47 @@
+#include "aggregator/process_state.h"
+
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include <rngaggregator/aggregator.h>
+
+namespace {
+
+// Whether `provider` now reports `name`. One that reports none answers to the empty name.
+bool ReportsName(IRngProvider* provider, std::string_view name) {
+  const std::int32_t size = provider ? provider->GetName(nullptr) : 0;
+  if (size == 0) return name.empty();
+  // A negative size is refused by the allocation.
+  const std::size_t length = static_cast<std::size_t>(size);
+  const auto buffer = std::make_unique<char[]>(length);
+  if (provider->GetName(buffer.get()) != size) return name.empty();
+  return name == std::string_view(buffer.get(), ::strnlen(buffer.get(), length));
+}
+
+}  // namespace
+
+std::int32_t GetAvailableRng(IRngProvider** providers, std::uint32_t mask) {
+  std::int32_t count = 0;
+  for (const RngInfoEx& info : g_state.providers) {
+    if (!info.provider || (info.provider->GetFlags() & mask) == 0) continue;
+    if (providers) providers[count] = info.provider;
+    ++count;
+  }
+  return count;
+}
+
+IRngProvider* GetRng(const char* name) {
+  if (!IsInitialized()) return nullptr;
+  for (const RngInfoEx& info : g_state.providers) {
+    if (ReportsName(info.provider, name)) return info.provider;
+  }
+  return nullptr;
+}
+
+std::int32_t IsInteractiveRng(const char* name) {
+  for (const char* interactive : {rngBioWin, rngBioQt, rngBioX11, rngBioKb}) {
+    if (std::strcmp(name, interactive) == 0) return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,35 @@
+#include "providers/catalogue.h"
+
+#include <rngaggregator/aggregator.h>
+
+const char* rngBioCore = "biocore";
+const char* rngBioX11 = "unixx11";
+const char* rngUnixDev = "unixdev";
+const char* rngBioKb = "biokbd";
+const char* rngGrandmaster = "grandmaster";
+const char* rngDsdr = "dsdr";
+const char* rngEsmartGost = "EsmartGost";
+const char* rngRuToken = "Rutoken";
+const char* rngJacartaGost = "JacartaGost";
+const char* rngSobol = "sobol";
+const char* rngAccord = "accord";
+const char* rngBioQt = "bioqt";
+const char* rngBioWin = "bio";
+
+// Name, file and factory follow no rule: each is written out, none is derived.
+ProviderCatalogue BuildProviderCatalogue() {
+  return {{
+      {rngBioQt, "librngbioqt.so", "GetBioQtRng", true},
+      {rngBioX11, "librngbiox11.so", "GetBioX11Rng", true},
+      {rngDsdr, "librngdsdr.so", "GetDsdrRng", false},
+      {rngAccord, "librngaccord.so", "GetAccordRng", false},
+      {rngSobol, "librngsobol.so", "GetSobolRng", false},
+      {rngJacartaGost, "librngjacartagost.so", "GetJacartaGostRng", false},
+      {rngRuToken, "librngrutoken.so", "GetRuTokenRng", false},
+      {rngEsmartGost, "librngesmartgost.so", "GetEsmartGostRng", false},
+      {rngBioKb, "librngbiokb.so", "GetBioKbRng", false},
+      {rngUnixDev, "librngunixdev.so", "GetUnixDevRng", false},
+      {rngGrandmaster, "librnggrandmaster.so", "GetGrandmasterRng", false},
+      {rngBioCore, "librngbiocore.so", "GetBioCoreRng", false},
+  }};
+}

@@ -1,0 +1,110 @@
+#include "settings/profile_file.h"
+
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t kBufferSize = 512;
+constexpr std::size_t kLongestLine = kBufferSize - 1;
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using ProfileFile = std::unique_ptr<std::FILE, CloseFile>;
+using Line = char[kBufferSize];
+
+struct Entry {
+  const char* key;
+  const char* value;
+};
+
+void Put(std::FILE* to, const Entry& entry) { std::fprintf(to, "%s=%s\n", entry.key, entry.value); }
+
+// Takes a line without its CRs and its LF. False at the end of the file, where what came after the
+// last LF is dropped, and at an overlong line: both end the copy.
+bool ReadLine(std::FILE* from, Line& line) {
+  std::size_t length = 0;
+  for (int c = std::getc(from); c != EOF; c = std::getc(from)) {
+    if (c == '\r') continue;
+    if (c == '\n') {
+      line[length] = '\0';
+      return true;
+    }
+    if (length == kLongestLine) return false;
+    line[length++] = static_cast<char>(c);
+  }
+  return false;
+}
+
+bool CopyThroughHeader(std::FILE* from, std::FILE* to, const char* header, Line& line) {
+  while (ReadLine(from, line)) {
+    std::fprintf(to, "%s\n", line);
+    if (std::strcmp(line, header) == 0) return true;
+  }
+  return false;
+}
+
+// Puts the entry in the place of the section's first line that begins with the key, or before its
+// first empty line, or at the end. True when there may be more to copy.
+bool PlaceEntry(std::FILE* from, std::FILE* to, const Entry& entry, Line& line) {
+  const std::size_t keyLength = std::strlen(entry.key);
+  while (ReadLine(from, line)) {
+    const bool isEmpty = line[0] == '\0';
+    if (isEmpty || std::strncmp(line, entry.key, keyLength) == 0) {
+      Put(to, entry);
+      if (isEmpty) std::fputs("\n", to);
+      return true;
+    }
+    std::fprintf(to, "%s\n", line);
+  }
+  Put(to, entry);
+  return false;
+}
+
+void CopyRest(std::FILE* from, std::FILE* to, Line& line) {
+  while (ReadLine(from, line)) std::fprintf(to, "%s\n", line);
+}
+
+void Rewrite(std::FILE* from, std::FILE* to, const char* header, const Entry& entry) {
+  Line line = {};
+  if (!CopyThroughHeader(from, to, header, line)) {
+    std::fprintf(to, "\n%s\n", header);
+    Put(to, entry);
+  } else if (PlaceEntry(from, to, entry, line)) {
+    CopyRest(from, to, line);
+  }
+}
+
+int WriteNewFile(const char* path, const char* header, const Entry& entry) {
+  const ProfileFile to(std::fopen(path, "w"));
+  if (!to) return 0;
+  std::fprintf(to.get(), "%s\n", header);
+  Put(to.get(), entry);
+  return 1;
+}
+
+}  // namespace
+
+int WriteProfileString(const char* section, const char* key, const char* value, const char* path) {
+  if (!path || !key || !section) return 0;
+  const std::string temporaryPath = std::string(path) + ".tmp";
+  const Entry entry{key, value ? value : ""};
+  if (std::strlen(section) + 2 > kLongestLine) return 0;
+  Line header = {};
+  std::snprintf(header, sizeof header, "[%s]", section);
+  {
+    const ProfileFile from(std::fopen(path, "r"));
+    if (!from) return WriteNewFile(path, header, entry);
+    const ProfileFile to(std::fopen(temporaryPath.c_str(), "w"));
+    if (!to) return 0;
+    Rewrite(from.get(), to.get(), header, entry);
+  }
+  // Not examined: once the temporary file is open, the operation reports success.
+  ::unlink(path);
+  static_cast<void>(std::rename(temporaryPath.c_str(), path));
+  return 1;
+}
