@@ -1,0 +1,26 @@
+// A known-path service that answers as the test case says (`KnownPath`) and logs what it was asked.
+
+#include "tests/support/fakes.h"
+
+#include <algorithm>
+#include <cstring>
+
+#if HAS_FUNCTION
+extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::int32_t id,
+                                                                           char* buffer,
+                                                                           std::uint64_t* size,
+                                                                           std::uint64_t fourth) {
+  const bool isClear = std::all_of(buffer, buffer + 256, [](char c) { return c == '\0'; });
+  RecordCall("known_path", std::to_string(id) + (isClear ? "" : ":dirty") + ":" +
+                               std::to_string(*size) + ":" + std::to_string(fourth));
+  const FakeKnownPath& service = KnownPath();
+  const auto directory = service.directories.find(id);
+  if (directory == service.directories.end()) return 1;
+  if (service.fillsBuffer) {
+    std::memset(buffer, 'x', 256);
+  } else {
+    std::memcpy(buffer, directory->second.c_str(), directory->second.size() + 1);
+  }
+  return 0;
+}
+#endif

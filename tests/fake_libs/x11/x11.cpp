@@ -1,0 +1,28 @@
+// An X library with at most one fault: a function that is missing, or no display to open.
+
+#include "tests/support/fakes.h"
+
+namespace {
+
+struct Presence {
+  Presence() { RecordCall("x11", "opened"); }
+  ~Presence() { RecordCall("x11", "closed"); }
+} g_presence;
+
+char g_display;
+
+}  // namespace
+
+#if HAS_OPEN
+extern "C" __attribute__((visibility("default"))) void* XOpenDisplay(const char* name) {
+  RecordCall("x11", name ? "XOpenDisplay(named)" : "XOpenDisplay");
+  return HAS_DISPLAY ? &g_display : nullptr;
+}
+#endif
+
+#if HAS_CLOSE
+extern "C" __attribute__((visibility("default"))) int XCloseDisplay(void* display) {
+  RecordCall("x11", display == &g_display ? "XCloseDisplay" : "XCloseDisplay(other)");
+  return 1;
+}
+#endif

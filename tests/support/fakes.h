@@ -1,0 +1,43 @@
+#ifndef TESTS_SUPPORT_FAKES_H
+#define TESTS_SUPPORT_FAKES_H
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include <rngaggregator/provider.h>
+
+/// What the scripted plug-in of a kind does. A case arranges it before `Initialize`; the plug-in
+/// reads it at every call.
+struct FakeRng {
+  std::string name;                       ///< the text that GetName writes; at first the kind
+  std::optional<std::int32_t> nameSize;   ///< GetName's answer to null; by default the text's need
+  std::optional<std::int32_t> nameAgain;  ///< GetName's answer to a buffer; by default the same
+  bool factoryGivesNull = false;
+  bool isAvailable = true;
+  std::uint32_t flags = 1;
+  IRngSettings* settings = nullptr;  ///< what SetSettings received last
+  IRngProvider* provider = nullptr;  ///< what the factory returned last
+  std::map<std::string, std::function<void()>>
+      hooks;  ///< run after the call of that name is logged
+};
+FakeRng& Fake(const std::string& kind);
+
+/// What the fake known-path service answers.
+struct FakeKnownPath {
+  std::map<int, std::string> directories;  ///< by id; an id that is missing is refused with 1
+  bool fillsBuffer = false;                ///< writes 256 times 'x' and no terminator
+};
+FakeKnownPath& KnownPath();
+
+/// The log of all calls into fakes: `who` is a kind, "x11", "known_path" or "settings".
+/// A plug-in logs "opened", "factory", the operations by their names, and "closed".
+void RecordCall(const std::string& who, const std::string& what);
+std::string CallLog(const std::string& who);  ///< "opened factory SetSettings ..."
+std::string CallLog();                        ///< "dsdr.opened dsdr.factory ..."
+std::size_t CountCalls(const std::string& who, const std::string& what);
+void ClearCallLog();
+
+#endif

@@ -1,0 +1,84 @@
+#include "tests/support/tree.h"
+
+#include "tests/support/fakes.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::map<std::string, std::string> kLibraryFiles = {{"bioqt", "librngbioqt.so"},
+                                                          {"unixx11", "librngbiox11.so"},
+                                                          {"dsdr", "librngdsdr.so"},
+                                                          {"accord", "librngaccord.so"},
+                                                          {"sobol", "librngsobol.so"},
+                                                          {"JacartaGost", "librngjacartagost.so"},
+                                                          {"Rutoken", "librngrutoken.so"},
+                                                          {"EsmartGost", "librngesmartgost.so"},
+                                                          {"biokbd", "librngbiokb.so"},
+                                                          {"unixdev", "librngunixdev.so"},
+                                                          {"grandmaster", "librnggrandmaster.so"},
+                                                          {"biocore", "librngbiocore.so"}};
+
+void Install(const fs::path& file, const std::string& name) {
+  const fs::path target = TreePath("lib/" + name);
+  fs::remove(target);  // never written in place: it may be mapped
+  fs::copy_file(file, target);
+}
+
+void InstallLibrary(const std::string& folder, const std::string& variant,
+                    const std::string& name) {
+  if (variant != "absent") return Install(fs::path(FAKES_DIR) / folder / variant / name, name);
+  fs::remove(TreePath("lib/" + name));
+  WriteFile(TreePath("lib/" + name), "not a library\n");
+}
+
+}  // namespace
+
+std::string TreePath(const std::string& relative) {
+  return std::string(std::getenv(kTreeVariable)) + "/" + relative;
+}
+
+void LayOutTree() {
+  Install(AGGREGATOR_LIBRARY, "librngaggregator.so");
+  InstallX11("refusing");
+  InstallKnownPath("whole");
+  KnownPath().directories = {{0, TreePath("share")}, {2, TreePath("etc")}};
+}
+
+void InstallPlugin(const std::string& kind, const std::string& variant) {
+  const std::string& file = kLibraryFiles.at(kind);
+  Install(fs::path(FAKES_DIR) / "fake_plugins" / variant / file, file);
+}
+
+void InstallPlugins(std::initializer_list<std::string> kinds) {
+  for (const std::string& kind : kinds) InstallPlugin(kind);
+}
+
+void InstallAllPlugins() {
+  for (const auto& [kind, file] : kLibraryFiles) InstallPlugin(kind);
+}
+
+void InstallX11(const std::string& variant) {
+  InstallLibrary("fake_libs/x11", variant, "libX11.so.6");
+}
+
+void InstallKnownPath(const std::string& variant) {
+  InstallLibrary("fake_libs/known_path", variant, "libcrypt_known_path.so");
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ostringstream content;
+  content << std::ifstream(path, std::ios::binary).rdbuf();
+  return content.str();
+}
+
+void WriteFile(const std::string& path, const std::string& content) {
+  fs::create_directories(fs::path(path).parent_path());
+  std::ofstream(path, std::ios::binary) << content;
+}

@@ -1,0 +1,31 @@
+#ifndef TESTS_SUPPORT_TREE_H
+#define TESTS_SUPPORT_TREE_H
+
+#include <initializer_list>
+#include <string>
+
+constexpr char kTreeVariable[] = "RNG_TEST_TREE";
+
+/// The folder of this test process, gone when it ends: lib/ holds the library under test and the
+/// fakes that the case installs, etc/ and share/ are what the fake known-path service names.
+std::string TreePath(const std::string& relative);
+
+/// Lays out the tree: the library, an X library that finds no display, a known-path service.
+void LayOutTree();
+
+/// Puts a fake plug-in of a kind where the library finds it.
+void InstallPlugin(const std::string& kind, const std::string& variant = "scripted");
+void InstallPlugins(std::initializer_list<std::string> kinds);
+void InstallAllPlugins();
+
+/// Replaces the X library: "whole", "refusing" (no display), "no_open", "no_close", or "absent".
+void InstallX11(const std::string& variant);
+
+/// Replaces the known-path service: "whole", "no_function", or "absent" (a file that is no library;
+/// the loader then finds none in the tree).
+void InstallKnownPath(const std::string& variant);
+
+std::string ReadFile(const std::string& path);
+void WriteFile(const std::string& path, const std::string& content);
+
+#endif
