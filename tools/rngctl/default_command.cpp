@@ -1,0 +1,80 @@
+#include "commands.h"
+#include "host.h"
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+
+namespace {
+
+constexpr std::size_t kLongest = kRngNameSize - 1;
+
+std::string Text(const char* text) { return text ? text : ""; }
+
+std::string Describe(const std::string& type, const std::string& hardwareId) {
+  if (type.empty()) return "none";
+  return hardwareId.empty() ? type : type + ", device " + hardwareId;
+}
+
+// What the library stores but could not give back is refused before anything is written.
+void CheckStorable(const std::string& what, const std::string& text) {
+  if (text.size() > kLongest) {
+    throw Refusal(kWrongUsage, what + " " + Quoted(text) + " has " + std::to_string(text.size()) +
+                                   " characters; at most " + std::to_string(kLongest) +
+                                   " can be stored. Nothing was changed.");
+  }
+  const std::string blanks = " \t\n\v\f\r";
+  const bool hasBlankEnd = !text.empty() && (blanks.find(text.front()) != std::string::npos ||
+                                             blanks.find(text.back()) != std::string::npos);
+  if (hasBlankEnd || text.find_first_of("=\n\r") != std::string::npos) {
+    throw Refusal(kWrongUsage,
+                  what + " " + Quoted(text) +
+                      " cannot be stored: it must be one line without \"=\" and without "
+                      "blanks at its ends. Nothing was changed.");
+  }
+}
+
+}  // namespace
+
+void RunDefault(std::uint32_t mask) {
+  const StartedAggregator aggregator;
+  IRngSettings& settings = *GetDefaultSettings();
+  const std::string type = Text(settings.GetType());
+  const std::string hardwareId = Text(settings.GetHardwareId());
+  std::cout << "configured  " << Describe(type, hardwareId) << '\n';
+
+  DefaultRngInfo info;
+  if (!GetDefaultRng(&info, mask)) {
+    if (type.size() > kLongest || hardwareId.size() > kLongest) {
+      throw Refusal(kNegativeAnswer, "There is no default: what is configured has more than " +
+                                         std::to_string(kLongest) + " characters.");
+    }
+    throw Refusal(kNegativeAnswer,
+                  "There is no default: none is configured, and no kind in the mask is usable.");
+  }
+  std::cout << "default     " << Describe(info.type, info.hardwareId) << '\n'
+            << "loaded      " << (GetRng(info.type) ? "yes" : "no") << '\n';
+}
+
+void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
+  CheckStorable("The name", name);
+  CheckStorable("The hardware identifier", hardwareId);
+  const StartedAggregator aggregator;
+  errno = 0;
+  if (!SetDefaultRng(name.c_str(), hardwareId.empty() ? nullptr : hardwareId.c_str())) {
+    const std::string reason = errno ? std::strerror(errno) : "the settings directory is unknown";
+    throw Refusal(kNegativeAnswer, "The default could not be stored: " + reason + ".");
+  }
+  // The store does not notice every failure to write; reading back does.
+  IRngSettings& settings = *GetDefaultSettings();
+  const std::string stored = Describe(Text(settings.GetType()), Text(settings.GetHardwareId()));
+  if (stored != Describe(name, hardwareId)) {
+    throw Refusal(kNegativeAnswer, "The default was not stored: the settings now say " +
+                                       Quoted(stored) + ". Is the disk full?");
+  }
+  std::cout << "The default is now " << stored << ".\n";
+  if (!name.empty() && !GetRng(name.c_str())) {
+    std::cerr << "Warning: no usable generator is called " << Quoted(name)
+              << " now; it is stored all the same.\n";
+  }
+}

@@ -1,0 +1,33 @@
+#ifndef TOOLS_RNGCTL_HOST_H
+#define TOOLS_RNGCTL_HOST_H
+
+#include <stdexcept>
+#include <string>
+
+#include <rngaggregator/aggregator.h>
+
+enum ExitStatus { kDone = 0, kNegativeAnswer = 1, kWrongUsage = 2 };
+
+/// The command ends here: a sentence for the user, and the exit status.
+class Refusal : public std::runtime_error {
+ public:
+  Refusal(ExitStatus exitStatus, const std::string& sentence)
+      : std::runtime_error(sentence), status(exitStatus) {}
+  const ExitStatus status;
+};
+
+/// The aggregator, started with the built-in settings for as long as this object lives.
+class StartedAggregator {
+ public:
+  StartedAggregator();
+  StartedAggregator(const StartedAggregator&) = delete;
+  StartedAggregator& operator=(const StartedAggregator&) = delete;
+  ~StartedAggregator();
+};
+
+/// A provider's text, "" when it has none: `ReadText(rng, &IRngProvider::GetName)`.
+std::string ReadText(IRngProvider& provider, std::int32_t (IRngProvider::*operation)(char* buffer));
+
+std::string Quoted(const std::string& text);
+
+#endif

@@ -1,0 +1,75 @@
+#include "commands.h"
+#include "host.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+#include <vector>
+
+namespace {
+
+constexpr std::uint32_t kAnyCapability = 0xFFFFFFFF;
+
+struct Row {
+  std::string name;
+  std::string interactive;
+  std::string flags;
+  std::string description;
+};
+
+std::string FlagNames(std::uint32_t flags) {
+  constexpr struct {
+    std::uint32_t bit;
+    const char* name;
+  } kNames[] = {{kRngCapabilityHardware, "hardware"},
+                {kRngCapabilityNeedsUser, "needs-user"},
+                {kRngCapabilityOperatingSystem, "operating-system"},
+                {kRngCapabilityPrerecorded, "prerecorded"},
+                {kRngCapabilityMayBlock, "may-block"}};
+  std::string text;
+  const auto add = [&text](const std::string& name) { text += (text.empty() ? "" : ",") + name; };
+  for (const auto& [bit, name] : kNames) {
+    if (flags & bit) add(name);
+    flags &= ~bit;
+  }
+  for (std::uint32_t bit = 1; flags != 0; bit <<= 1) {
+    if (flags & bit) add("bit-" + std::to_string(bit));
+    flags &= ~bit;
+  }
+  return text;
+}
+
+std::vector<Row> LoadedRows() {
+  std::vector<IRngProvider*> providers(
+      static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
+  GetAvailableRng(providers.data(), kAnyCapability);
+  std::vector<Row> rows;
+  for (IRngProvider* const provider : providers) {
+    const std::string name = ReadText(*provider, &IRngProvider::GetName);
+    rows.push_back({name, IsInteractiveRng(name.c_str()) ? "yes" : "no",
+                    FlagNames(provider->GetFlags()),
+                    ReadText(*provider, &IRngProvider::GetDescription)});
+  }
+  return rows;
+}
+
+int Width(const std::vector<Row>& rows, std::string Row::*column) {
+  std::size_t width = 0;
+  for (const Row& row : rows) width = std::max(width, (row.*column).size());
+  return static_cast<int>(width) + 2;
+}
+
+}  // namespace
+
+void RunList() {
+  const StartedAggregator aggregator;
+  std::vector<Row> rows = LoadedRows();
+  if (rows.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
+  rows.insert(rows.begin(), {"NAME", "INTERACTIVE", "FLAGS", "DESCRIPTION"});
+  std::cout << std::left;
+  for (const Row& row : rows) {
+    std::cout << std::setw(Width(rows, &Row::name)) << row.name
+              << std::setw(Width(rows, &Row::interactive)) << row.interactive
+              << std::setw(Width(rows, &Row::flags)) << row.flags << row.description << '\n';
+  }
+}

@@ -1,0 +1,54 @@
+#include "output.h"
+
+#include "host.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+Output::Output(const std::string& path) : file(path), descriptor(STDOUT_FILENO) {
+  if (file.empty()) return;
+  if (fs::exists(file) && !fs::is_regular_file(file)) {  // a device or a pipe
+    descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+  } else {
+    temporary = fs::weakly_canonical(file).string() + ".XXXXXX";
+    descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (descriptor < 0) temporary.clear();
+  }
+  if (descriptor < 0) Refuse();
+}
+
+Output::~Output() {
+  if (descriptor > STDERR_FILENO) ::close(descriptor);
+  if (!temporary.empty()) ::unlink(temporary.c_str());
+}
+
+bool Output::IsTerminal() const { return ::isatty(descriptor) == 1; }
+
+void Output::Write(std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = ::write(descriptor, text.data(), text.size());
+    if (count >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      Refuse();
+    }
+  }
+}
+
+void Output::Commit() {
+  if (temporary.empty()) return;
+  const std::string place = temporary.substr(0, temporary.rfind('.'));
+  if (::rename(temporary.c_str(), place.c_str()) != 0) Refuse();
+  temporary.clear();
+}
+
+void Output::Refuse() const {
+  const std::string where = file.empty() ? "standard output" : Quoted(file);
+  throw Refusal(kNegativeAnswer, "Cannot write to " + where + ": " + std::strerror(errno) + ".");
+}

@@ -1,0 +1,93 @@
+#include "commands.h"
+#include "host.h"
+#include "output.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::uint64_t kPiece = 3 * 16384;  // a multiple of three, for base64
+
+// A bar on standard error, when that is a terminal and the work takes longer than a second.
+class Progress {
+ public:
+  explicit Progress(std::uint64_t bytes) : total(bytes) {}
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  ~Progress() {
+    if (isShown) std::fputs("\r\033[K", stderr);
+  }
+
+  void Show(std::uint64_t done) {
+    const auto now = Clock::now();
+    if (!isTerminal || now < next) return;
+    next = now + std::chrono::milliseconds(100);
+    isShown = true;
+    const auto filled =
+        static_cast<int>(static_cast<double>(done) / static_cast<double>(total) * 40);
+    std::fprintf(stderr, "\r[%-40.*s] %3d %%", filled, "########################################",
+                 filled * 100 / 40);
+  }
+
+ private:
+  const std::uint64_t total;
+  const bool isTerminal = ::isatty(STDERR_FILENO) == 1;
+  Clock::time_point next = Clock::now() + std::chrono::seconds(1);
+  bool isShown = false;
+};
+
+IRngProvider& FindRng(const std::string& name) {
+  if (IRngProvider* const rng = GetRng(name.c_str())) return *rng;
+  throw Refusal(kNegativeAnswer, "No usable generator is called " + Quoted(name) +
+                                     "; \"rngctl list\" shows those that are.");
+}
+
+IRngProvider& FindDefaultRng() {
+  DefaultRngInfo info;
+  if (!GetDefaultRng(&info, 0)) {
+    throw Refusal(
+        kNegativeAnswer,
+        "No default generator is configured: name one, or store one with \"rngctl default "
+        "set\".");
+  }
+  IRngProvider& rng = FindRng(info.type);
+  if (*info.hardwareId && !rng.SelectDevice(info.hardwareId)) {
+    throw Refusal(kNegativeAnswer, "The default generator " + Quoted(info.type) +
+                                       " has no device " + Quoted(info.hardwareId) + ".");
+  }
+  return rng;
+}
+
+}  // namespace
+
+void RunRead(const ReadRequest& request) {
+  const StartedAggregator aggregator;
+  IRngProvider& rng = request.name.empty() ? FindDefaultRng() : FindRng(request.name);
+  Output output(request.file);
+  if (request.encoding == Encoding::kRaw && output.IsTerminal()) {
+    throw Refusal(kWrongUsage,
+                  "Raw bytes do not go to a terminal: choose --hex or --base64, or a "
+                  "file.");
+  }
+  Progress progress(request.size);
+  std::vector<char> buffer(std::min(request.size, kPiece));
+  for (std::uint64_t done = 0; done < request.size;) {
+    const auto size = static_cast<std::size_t>(std::min(request.size - done, kPiece));
+    if (!rng.Generate(buffer.data(), size)) {
+      throw Refusal(kNegativeAnswer, "The generator " +
+                                         Quoted(ReadText(rng, &IRngProvider::GetName)) +
+                                         " failed after " + std::to_string(done) + " bytes.");
+    }
+    output.Write(Encode({buffer.data(), size}, request.encoding));
+    done += size;
+    progress.Show(done);
+  }
+  if (request.encoding != Encoding::kRaw) output.Write("\n");
+  output.Commit();
+}
