@@ -1,5 +1,8 @@
 #include "tests/support/fakes.h"
 
+#include "tests/support/tree.h"
+
+#include <cstdlib>
 #include <mutex>
 #include <vector>
 
@@ -13,7 +16,6 @@ struct Call {
 std::mutex g_lock;
 std::vector<Call> g_calls;
 std::map<std::string, FakeRng> g_fakes;
-FakeKnownPath g_knownPath;
 
 }  // namespace
 
@@ -24,7 +26,12 @@ FakeRng& Fake(const std::string& kind) {
   return position->second;
 }
 
-FakeKnownPath& KnownPath() { return g_knownPath; }
+FakeKnownPath& KnownPath() {
+  // From the environment, so that it holds in the programs that a case runs, too.
+  static const std::string tree = std::getenv(kTreeVariable);
+  static FakeKnownPath service{.directories = {{0, tree + "/share"}, {2, tree + "/etc"}}};
+  return service;
+}
 
 void RecordCall(const std::string& who, const std::string& what) {
   {
@@ -34,6 +41,8 @@ void RecordCall(const std::string& who, const std::string& what) {
   const auto& hooks = Fake(who).hooks;
   if (const auto hook = hooks.find(what); hook != hooks.end()) hook->second();
 }
+
+void RecordCallFromC(const char* who, const char* what) { RecordCall(who, what); }
 
 std::string CallLog(const std::string& who) {
   const std::lock_guard guard(g_lock);

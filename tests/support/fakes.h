@@ -25,9 +25,9 @@ struct FakeRng {
 };
 FakeRng& Fake(const std::string& kind);
 
-/// What the fake known-path service answers.
+/// What the fake known-path service answers. An id without a directory is refused with 1.
 struct FakeKnownPath {
-  std::map<int, std::string> directories;  ///< by id; an id that is missing is refused with 1
+  std::map<int, std::string> directories;  ///< by id; at first share/ (0) and etc/ (2) of the tree
   bool fillsBuffer = false;                ///< writes 256 times 'x' and no terminator
 };
 FakeKnownPath& KnownPath();
@@ -35,6 +35,7 @@ FakeKnownPath& KnownPath();
 /// The log of all calls into fakes: `who` is a kind, "x11", "known_path" or "settings".
 /// A plug-in logs "opened", "factory", the operations by their names, and "closed".
 void RecordCall(const std::string& who, const std::string& what);
+extern "C" void RecordCallFromC(const char* who, const char* what);  ///< for fakes written in C
 std::string CallLog(const std::string& who);  ///< "opened factory SetSettings ..."
 std::string CallLog();                        ///< "dsdr.opened dsdr.factory ..."
 std::size_t CountCalls(const std::string& who, const std::string& what);

@@ -1,7 +1,5 @@
 #include "tests/support/tree.h"
 
-#include "tests/support/fakes.h"
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -48,7 +46,6 @@ void LayOutTree() {
   Install(AGGREGATOR_LIBRARY, "librngaggregator.so");
   InstallX11("refusing");
   InstallKnownPath("whole");
-  KnownPath().directories = {{0, TreePath("share")}, {2, TreePath("etc")}};
 }
 
 void InstallPlugin(const std::string& kind, const std::string& variant) {

@@ -1,0 +1,71 @@
+#!/bin/sh
+# include_directions_test.sh SCRIPT ROOT: plants one wrong line at a time in a copy of the project;
+# the watching script must report each, and nothing in the copy as it is.
+set -u
+script=$1
+root=$2
+
+copy=$(mktemp -d)
+trap 'rm -rf "$copy"' EXIT
+for folder in include aggregator providers settings plugins tools; do
+  cp -r "$root/$folder" "$copy/"
+done
+
+"$script" "$copy" || {
+  echo "the copy is not clean"
+  exit 1
+}
+
+status=0
+cases=0
+while read -r file line; do
+  planted="$copy/$file"
+  mkdir -p "$(dirname "$planted")"
+  existed=0
+  [ -e "$planted" ] && existed=1 && cp "$planted" "$copy/original"
+  echo "$line" >>"$planted"
+  output=$("$script" "$copy") && {
+    echo "not noticed in $file: $line"
+    status=1
+  }
+  echo "$output" | grep -q "$file" || {
+    echo "not named: $file"
+    status=1
+  }
+  rm "$planted"
+  [ $existed = 1 ] && mv "$copy/original" "$planted"
+  cases=$((cases + 1))
+done <<'BREACHES'
+include/rngaggregator/provider.h #include "aggregator/process_state.h"
+include/rngaggregator/aggregator.h #include <settings/default_settings.h>
+aggregator/lookup.cpp #include "tests/support/tree.h"
+aggregator/lookup.cpp #include "tools/rngctl/host.h"
+aggregator/lookup.cpp #include <dlfcn.h>
+aggregator/lookup.cpp #include <boost/thread/mutex.hpp>
+aggregator/new_file.cpp # include <boost/thread/mutex.hpp>
+providers/catalogue.cpp #include "aggregator/process_state.h"
+providers/catalogue.cpp #include "settings/directories.h"
+providers/catalogue.h #include "../aggregator/process_state.h"
+providers/catalogue.cpp #include <dlfcn.h>
+settings/default_settings.cpp #include "aggregator/process_state.h"
+settings/default_settings.cpp #include "providers/catalogue.h"
+settings/directories.cpp #include <dlfcn.h>
+settings/directories.cpp #include "boost/thread/mutex.hpp"
+settings/profile_reader.cpp #include "settings/default_settings.h"
+settings/profile_reader.cpp #include "default_settings.h"
+settings/profile_reader.cpp #include "settings/profile_writer.cpp"
+settings/profile_writer.cpp #include "settings/profile_reader.cpp"
+settings/profile_file.h #include "settings/directories.h"
+settings/default_settings.cpp extern "C" int CKP_GetPath(int);
+tools/rngctl/main.cpp void* service = dlsym(nullptr, "CKP_GetPath");
+plugins/unixdev/unix_dev_rng.cpp #include "aggregator/rng_info.h"
+plugins/unixdev/unix_dev_rng.cpp #include <tests/support/fakes.h>
+tools/rngctl/main.cpp #include "providers/catalogue.h"
+tools/rngctl/main.cpp #include "../../aggregator/process_state.h"
+tools/rngctl/main.cpp #include <dlfcn.h>
+examples/small/host.cpp #include "aggregator/process_state.h"
+examples/small/host.cpp #include "tests/support/tree.h"
+benchmarks/bench.cpp #include "tests/support/tree.h"
+BREACHES
+echo "$cases breaches"
+exit $status

@@ -1,0 +1,313 @@
+#include "tests/support/aggregator_library.h"
+#include "tests/support/tree.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <gmock/gmock.h>
+#include <sys/random.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace fs = std::filesystem;
+using testing::Each;
+
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+using Source = std::function<ssize_t(unsigned char* buffer, std::size_t size)>;
+
+constexpr std::size_t kMebibyte = 1 << 20;
+constexpr unsigned char kOld = 0xEE;
+
+Source g_source;  // what getrandom does in the place of the kernel, when a case sets it
+std::atomic<int> g_calls = 0;
+
+ssize_t Kernel(void* buffer, std::size_t size) { return ::syscall(SYS_getrandom, buffer, size, 0); }
+
+ssize_t Fail(int error) {
+  errno = error;
+  return -1;
+}
+
+ssize_t Fill(unsigned char* buffer, std::size_t size, unsigned char value) {
+  std::fill_n(buffer, size, value);
+  return static_cast<ssize_t>(size);
+}
+
+std::size_t OpenDescriptors() {
+  return static_cast<std::size_t>(
+      std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator{}));
+}
+
+}  // namespace
+
+// This program exports it, so the plug-in is bound to it.
+extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void* buffer, std::size_t size,
+                                                                    unsigned) {
+  ++g_calls;
+  return g_source ? g_source(static_cast<unsigned char*>(buffer), size) : Kernel(buffer, size);
+}
+
+class UnixDev : public testing::Test {
+ protected:
+  void SetUp() override {
+    fs::copy(UNIXDEV_PLUGIN, TreePath("lib/librngunixdev.so"));
+    library.Start(nullptr, 1);
+    rng = library.GetRng("unixdev");
+    ASSERT_NE(nullptr, rng);
+  }
+
+  // A full stop without the counting of Start, for cases in which nothing may be listed.
+  std::int32_t Restart() {
+    library.ShutDown();
+    library.Initialize(nullptr);
+    return library.GetAvailableRng(nullptr, ~0U);
+  }
+
+  const AggregatorLibrary library;
+  IRngProvider* rng = nullptr;
+};
+
+// --- What it reports
+
+using TextOperation = std::int32_t (IRngProvider::*)(char* buffer);
+
+std::string ReportedText(IRngProvider& rng, TextOperation operation) {
+  const std::int32_t size = (rng.*operation)(nullptr);
+  std::vector<char> buffer(static_cast<std::size_t>(size) + 1, '\0');
+  buffer.back() = '!';
+  EXPECT_EQ(size, (rng.*operation)(buffer.data()));
+  EXPECT_EQ('!', buffer.back());
+  const std::string text = buffer.data();
+  EXPECT_EQ(static_cast<std::size_t>(size), text.size() + 1);
+  return text;
+}
+
+TEST_F(UnixDev, ReportsItsNameWithTheTerminatorCounted) {
+  EXPECT_EQ("unixdev", ReportedText(*rng, &IRngProvider::GetName));
+  EXPECT_EQ(rng, library.GetRng(library.NameVariable("rngUnixDev")));
+}
+
+TEST_F(UnixDev, DescribesItselfInOneLine) {
+  const std::string text = ReportedText(*rng, &IRngProvider::GetDescription);
+  EXPECT_NE("", text);
+  EXPECT_EQ(std::string::npos, text.find_first_of("\r\n"));
+}
+
+TEST_F(UnixDev, HasNoHardwareId) { EXPECT_EQ(0, rng->GetHardwareId(nullptr)); }
+
+TEST_F(UnixDev, IsTheOperatingSystemsAndNothingElse) {
+  EXPECT_EQ(kRngCapabilityOperatingSystem, rng->GetFlags());
+  EXPECT_EQ(1, library.GetAvailableRng(nullptr, kRngCapabilityOperatingSystem));
+  EXPECT_EQ(0, library.GetAvailableRng(nullptr, ~kRngCapabilityOperatingSystem));
+}
+
+TEST_F(UnixDev, IsAvailableAndPassesItsTest) {
+  EXPECT_TRUE(rng->IsAvailable());
+  EXPECT_TRUE(rng->SelfTest());
+}
+
+TEST_F(UnixDev, TakesAnyDeviceAndKnowsNone) {
+  EXPECT_TRUE(rng->SelectDevice(nullptr));
+  EXPECT_TRUE(rng->SelectDevice(""));  // as the record of the default says "any"
+  EXPECT_FALSE(rng->SelectDevice("unixdev"));
+  EXPECT_FALSE(rng->SelectDevice("/dev/urandom"));
+  EXPECT_TRUE(rng->SelfTest());  // a refusal changes nothing
+}
+
+// --- Drawing
+
+class UnixDevGenerate : public UnixDev {
+ protected:
+  // Draws into a buffer between two bytes that must stay.
+  Bytes Draw(std::size_t size) {
+    Bytes bytes(size + 2, kOld);
+    EXPECT_TRUE(rng->Generate(bytes.data() + 1, size));
+    EXPECT_EQ(kOld, bytes.front());
+    EXPECT_EQ(kOld, bytes.back());
+    return Bytes(bytes.begin() + 1, bytes.end() - 1);
+  }
+
+  void ExpectFailureLeavesZeroes(std::size_t size = 32) {
+    Bytes bytes(size + 2, kOld);
+    EXPECT_FALSE(rng->Generate(bytes.data() + 1, size));
+    EXPECT_EQ(kOld, bytes.front());
+    EXPECT_EQ(kOld, bytes.back());
+    EXPECT_THAT(Bytes(bytes.begin() + 1, bytes.end() - 1), Each(0));
+  }
+};
+
+TEST_F(UnixDevGenerate, ZeroBytesSucceedsAndTouchesNothing) {
+  unsigned char byte = kOld;
+  g_calls = 0;
+  EXPECT_TRUE(rng->Generate(&byte, 0));
+  EXPECT_TRUE(rng->Generate(nullptr, 0));
+  EXPECT_EQ(kOld, byte);
+  EXPECT_EQ(0, g_calls);
+}
+
+class UnixDevGenerateSizes : public UnixDevGenerate,
+                             public testing::WithParamInterface<std::size_t> {};
+
+// By chance, a byte stays equal in 16 draws once in 256^15 times.
+TEST_P(UnixDevGenerateSizes, ChangesEveryByteFromDrawToDraw) {
+  const std::size_t size = GetParam();
+  const Bytes first = Draw(size);
+  std::vector<bool> hasChanged(size);
+  for (int draw = 1; draw < 16; ++draw) {
+    const Bytes bytes = Draw(size);
+    for (std::size_t i = 0; i < size; ++i) hasChanged[i] = hasChanged[i] || bytes[i] != first[i];
+  }
+  EXPECT_EQ(0, std::count(hasChanged.begin(), hasChanged.end(), false));
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, UnixDevGenerateSizes, testing::Values(1, 32, 257, kMebibyte));
+
+TEST_F(UnixDevGenerate, DrawsFromGetrandom) {
+  g_source = [](unsigned char* buffer, std::size_t size) { return Fill(buffer, size, 7); };
+  EXPECT_THAT(Draw(32), Each(7));
+}
+
+TEST_F(UnixDevGenerate, DrawsAfterACancelAsBefore) {
+  rng->Cancel();
+  EXPECT_NE(Draw(32), Draw(32));
+}
+
+TEST_F(UnixDevGenerate, ThreadsDrawAtOnceWithTheQueries) {
+  std::vector<std::thread> threads;
+  std::vector<Bytes> draws(4, Bytes(kMebibyte));
+  std::atomic<int> successes = 0;
+  for (Bytes& draw : draws) {
+    threads.emplace_back([this, &draw, &successes] {
+      successes += library.GetAvailableRng(nullptr, ~0U) == 1;
+      successes += library.GetRng("unixdev") == rng;
+      successes += rng->Generate(draw.data(), draw.size());
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(12, successes);
+  for (std::size_t i = 1; i < draws.size(); ++i) EXPECT_NE(draws[0], draws[i]);
+}
+
+// --- A source with faults
+
+TEST_F(UnixDevGenerate, InterruptedCallIsRepeated) {
+  int calls = 0;
+  g_source = [&calls](unsigned char* buffer, std::size_t size) {
+    return ++calls <= 3 ? Fail(EINTR) : Fill(buffer, size, 7);
+  };
+  EXPECT_THAT(Draw(32), Each(7));
+  EXPECT_EQ(4, calls);
+}
+
+TEST_F(UnixDevGenerate, ShortReadsAreContinuedWhereTheyEnded) {
+  unsigned char calls = 0;
+  std::size_t remaining = 35;
+  g_source = [&](unsigned char* buffer, std::size_t size) {
+    EXPECT_EQ(remaining, size);
+    const ssize_t count = Fill(buffer, std::min<std::size_t>(size, 10), ++calls);
+    remaining -= static_cast<std::size_t>(count);
+    return count;
+  };
+  Bytes expected(35, 4);
+  for (std::size_t i = 0; i < 30; ++i) expected[i] = static_cast<unsigned char>(1 + i / 10);
+  EXPECT_EQ(expected, Draw(35));
+}
+
+TEST_F(UnixDevGenerate, InterruptionBetweenShortReadsLosesNothing) {
+  int calls = 0;
+  g_source = [&calls](unsigned char* buffer, std::size_t) {
+    return ++calls % 2 == 1 ? Fail(EINTR) : Fill(buffer, 1, 7);
+  };
+  EXPECT_THAT(Draw(8), Each(7));
+  EXPECT_EQ(16, calls);
+}
+
+TEST_F(UnixDevGenerate, KernelWithoutTheCallIsReadThroughTheDevice) {
+  g_source = [](unsigned char*, std::size_t) { return Fail(ENOSYS); };
+  const std::size_t before = OpenDescriptors();
+  const Bytes first = Draw(kMebibyte);
+  const Bytes second = Draw(kMebibyte);
+  EXPECT_EQ(before, OpenDescriptors());
+  EXPECT_NE(first, second);
+  EXPECT_NE(Bytes(32, kOld), Bytes(second.end() - 32, second.end()));
+  EXPECT_TRUE(rng->SelfTest());
+}
+
+TEST_F(UnixDevGenerate, NeitherCallNorDeviceFails) {
+  g_source = [](unsigned char*, std::size_t) { return Fail(ENOSYS); };
+  rlimit limit{};
+  ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &limit));
+  const rlimit none{0, limit.rlim_max};
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &none));
+  ExpectFailureLeavesZeroes();
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &limit));
+}
+
+TEST_F(UnixDevGenerate, FailureLeavesZeroes) {
+  for (const int error : {EAGAIN, EFAULT, EINVAL, EIO, EPERM}) {
+    g_source = [error](unsigned char*, std::size_t) { return Fail(error); };
+    ExpectFailureLeavesZeroes();
+  }
+}
+
+TEST_F(UnixDevGenerate, FailureAfterAShortReadLeavesZeroes) {
+  int calls = 0;
+  g_source = [&calls](unsigned char* buffer, std::size_t) {
+    return ++calls == 1 ? Fill(buffer, 10, 7) : Fail(EIO);
+  };
+  ExpectFailureLeavesZeroes();
+  EXPECT_EQ(2, calls);
+}
+
+TEST_F(UnixDevGenerate, SourceThatEndsLeavesZeroes) {
+  int calls = 0;
+  g_source = [&calls](unsigned char* buffer, std::size_t) {
+    return ++calls == 1 ? Fill(buffer, 31, 7) : 0;
+  };
+  ExpectFailureLeavesZeroes();
+}
+
+TEST_F(UnixDevGenerate, WorksAgainAfterAFailure) {
+  g_source = [](unsigned char*, std::size_t) { return Fail(EIO); };
+  ExpectFailureLeavesZeroes();
+  g_source = nullptr;
+  EXPECT_NE(Draw(32), Draw(32));
+}
+
+TEST_F(UnixDev, FailingSourceIsNotAvailable) {
+  g_source = [](unsigned char*, std::size_t) { return Fail(EIO); };
+  EXPECT_FALSE(rng->SelfTest());
+  EXPECT_EQ(0, Restart());
+  EXPECT_FALSE(IsMapped("librngunixdev.so"));
+}
+
+TEST_F(UnixDev, SourceThatRepeatsItselfIsNotAvailable) {
+  g_source = [](unsigned char* buffer, std::size_t size) { return Fill(buffer, size, 7); };
+  EXPECT_FALSE(rng->SelfTest());
+  EXPECT_EQ(0, Restart());
+}
+
+// --- Loading
+
+TEST_F(UnixDev, LeavesTheProcessAtTheFinalShutDown) {
+  EXPECT_TRUE(IsMapped("librngunixdev.so"));
+  library.ShutDown();
+  EXPECT_FALSE(IsMapped("librngunixdev.so"));
+}
+
+TEST_F(UnixDev, WorksAfterAFullStopAndANewStart) {
+  for (int start = 0; start < 3; ++start) {
+    ASSERT_EQ(1, Restart());
+    IRngProvider* const again = library.GetRng("unixdev");
+    ASSERT_NE(nullptr, again);
+    EXPECT_TRUE(again->SelfTest());
+  }
+}

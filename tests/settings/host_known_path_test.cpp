@@ -1,0 +1,92 @@
+// The service in the process already: this program exports it. A library of the service's name lies
+// in the tree as well, and would answer otherwise.
+
+#include "tests/support/aggregator_library.h"
+#include "tests/support/fakes.h"
+#include "tests/support/tree.h"
+
+#include <algorithm>
+#include <cstring>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <vector>
+
+static std::int32_t g_result = 0;
+static std::string g_ending;
+static std::vector<std::string> g_examined;
+
+// Stands before the C library's, for the library under test as well.
+extern "C" __attribute__((visibility("default"))) int access(const char* path, int mode) noexcept {
+  g_examined.push_back(path);
+  return ::faccessat(AT_FDCWD, path, mode, 0);
+}
+
+extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::int32_t id,
+                                                                           char* buffer,
+                                                                           std::uint64_t* size,
+                                                                           std::uint64_t fourth) {
+  const bool isClear = std::all_of(buffer, buffer + 256, [](char c) { return c == '\0'; });
+  RecordCall("host", std::to_string(id) + (isClear ? "" : ":dirty") + ":" + std::to_string(*size) +
+                         ":" + std::to_string(fourth));
+  const std::string directory = TreePath("host") + std::to_string(id) + g_ending;
+  std::memcpy(buffer, directory.c_str(), directory.size() + 1);
+  *size = directory.size() - 1;  // of no interest: the text's length is measured
+  return g_result;
+}
+
+namespace {
+
+void ExpectTheLibraryWasLeftAlone() {
+  EXPECT_FALSE(IsMapped("libcrypt_known_path.so"));
+  EXPECT_EQ("", CallLog("known_path"));
+}
+
+}  // namespace
+
+TEST(HostKnownPath, WinsOverTheLibrary) {
+  const AggregatorLibrary library;
+  IRngSettings& settings = *library.GetDefaultSettings();
+  EXPECT_EQ(TreePath("host0/dsdr.bin"), settings.GetDsdrFilePath());
+  EXPECT_TRUE(settings.SetType("dsdr"));
+  EXPECT_TRUE(settings.SetHardwareId("A1"));
+  EXPECT_STREQ("dsdr", settings.GetType());
+  EXPECT_STREQ("A1", settings.GetHardwareId());
+  EXPECT_EQ("[Devices]\nRandomNumberGeneratorType=dsdr\nRandomNumberGeneratorHardwareID=A1\n",
+            ReadFile(TreePath("host2/rng.ini")));
+  EXPECT_EQ("0:256:0 2:256:0 2:256:0 2:256:0 2:256:0 2:256:0", CallLog("host"));
+  ExpectTheLibraryWasLeftAlone();
+}
+
+TEST(HostKnownPath, RefusalIsAFailedLookup) {
+  const AggregatorLibrary library;
+  IRngSettings& settings = *library.GetDefaultSettings();
+  WriteFile(TreePath("host2/rng.ini"), "[Devices]\nRandomNumberGeneratorType=dsdr\n");
+  EXPECT_STREQ("dsdr", settings.GetType());
+  for (const int refusal :
+       {1, -1, 256, INT32_MIN}) {  // any but 0; what the buffer holds is ignored
+    g_result = refusal;
+    EXPECT_EQ(nullptr, settings.GetType()) << refusal;
+    EXPECT_FALSE(settings.SetType("accord")) << refusal;
+    EXPECT_FALSE(settings.SetHardwareId("A1")) << refusal;
+    EXPECT_STREQ("/dsdr.bin", settings.GetDsdrFilePath()) << refusal;
+  }
+  EXPECT_EQ("[Devices]\nRandomNumberGeneratorType=dsdr\n", ReadFile(TreePath("host2/rng.ini")));
+  ExpectTheLibraryWasLeftAlone();
+}
+
+TEST(HostKnownPath, NeedsNoLibrary) {
+  InstallKnownPath("absent");
+  const AggregatorLibrary library;
+  EXPECT_EQ(TreePath("host0/dsdr.bin"), library.GetDefaultSettings()->GetDsdrFilePath());
+}
+
+TEST(HostKnownPath, SeparatorIsAddedToADirectoryThatEndsWithOne) {
+  g_ending = "/";
+  const AggregatorLibrary library;
+  EXPECT_EQ(TreePath("host0//dsdr.bin"), library.GetDefaultSettings()->GetDsdrFilePath());
+  g_examined.clear();
+  EXPECT_TRUE(library.GetDefaultSettings()->SetType("dsdr"));
+  ASSERT_FALSE(g_examined.empty());
+  EXPECT_EQ(TreePath("host2//rng.ini"), g_examined.front());
+}

@@ -1,0 +1,60 @@
+#ifndef TESTS_SETTINGS_PROCESS_H
+#define TESTS_SETTINGS_PROCESS_H
+
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <grp.h>
+#include <iterator>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// While it lives, permission bits count for this process, also when the tests run as root.
+/// The tree is opened for everybody to pass through.
+class Unprivileged {
+ public:
+  Unprivileged() {
+    std::filesystem::permissions(TreePath(""), std::filesystem::perms(0755));
+    if (!wasRoot) return;
+    // The real identities, too: it is those that access() asks about.
+    if (::setgroups(0, nullptr) != 0 || ::setresgid(kNobody, kNobody, 0) != 0 ||
+        ::setresuid(kNobody, kNobody, 0) != 0) {
+      throw std::runtime_error("cannot give up being root");
+    }
+  }
+  Unprivileged(const Unprivileged&) = delete;
+  Unprivileged& operator=(const Unprivileged&) = delete;
+  ~Unprivileged() {
+    if (!wasRoot) return;
+    const bool isRoot = ::setresuid(0, 0, 0) == 0 && ::setresgid(0, 0, 0) == 0;
+    ::prctl(PR_SET_DUMPABLE, isRoot);  // the leak checker traces the process
+  }
+
+ private:
+  static constexpr unsigned kNobody = 65534;
+  const bool wasRoot = ::geteuid() == 0;
+};
+
+/// While it lives, files and directories are created with this umask.
+class Umask {
+ public:
+  explicit Umask(mode_t mask) : before(::umask(mask)) {}
+  Umask(const Umask&) = delete;
+  Umask& operator=(const Umask&) = delete;
+  ~Umask() { ::umask(before); }
+
+ private:
+  const mode_t before;
+};
+
+inline unsigned ModeOf(const std::string& path) {
+  return static_cast<unsigned>(std::filesystem::status(path).permissions());
+}
+
+inline std::ptrdiff_t CountOpenFiles() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+#endif

@@ -1,0 +1,486 @@
+#include "settings/profile_file.h"
+#include "tests/settings/process.h"
+#include "tests/support/allocation.h"
+#include "tests/support/tree.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace std::string_literals;
+
+namespace {
+
+std::string Profile(const std::string& content) {
+  const std::string path = TreePath("profile.ini");
+  WriteFile(path, content);
+  return path;
+}
+
+std::string Times(std::size_t count, char c) { return std::string(count, c); }
+
+struct Reading {
+  std::uint32_t length;
+  std::string buffer;  // all its bytes, at first '#', and four bytes behind it
+
+  bool operator==(const Reading& other) const = default;
+};
+
+void PrintTo(const Reading& reading, std::ostream* out) {
+  *out << reading.length << ' ' << testing::PrintToString(reading.buffer);
+}
+
+// "key" in "sec", read into a buffer of `size` bytes.
+Reading ReadInto(std::uint32_t size, const char* defaultValue, const std::string& path) {
+  std::string buffer(size + 4, '#');
+  const auto length =
+      ReadProfileString("sec", "key", defaultValue, buffer.data(), size, path.c_str());
+  return {length, buffer};
+}
+
+// The text read from a file of that content, "default" when nothing is found.
+std::string Read(const std::string& section, const std::string& key, const std::string& content) {
+  char buffer[2048];
+  std::memset(buffer, '#', sizeof buffer);
+  const auto length = ReadProfileString(section.c_str(), key.c_str(), "default", buffer,
+                                        sizeof buffer, Profile(content).c_str());
+  EXPECT_EQ(::strnlen(buffer, sizeof buffer), length) << testing::PrintToString(content);
+  return std::string(buffer, length);
+}
+
+std::string Read(const std::string& content) { return Read("sec", "key", content); }
+
+}  // namespace
+
+// --- What is found
+
+struct Found {
+  std::string content;
+  std::string value;
+};
+
+void ExpectAll(const std::vector<Found>& rows) {
+  for (const Found& row : rows) {
+    EXPECT_EQ(row.value, Read(row.content)) << testing::PrintToString(row.content);
+  }
+}
+
+TEST(ReadProfileString, FindsTheKeyInItsSection) {
+  ExpectAll({
+      {"[sec]\nkey=value\n", "value"},
+      {"[sec]\nkey=value", "value"},
+      {"[sec]\r\nkey=value\r\n", "value"},
+      {"\n\n[other]\nother=1\n\n[sec]\nother=2\nkey=value\n", "value"},
+      {"key=before\n[sec]\nkey=value\n", "value"},
+      {"[sec]\nkey=value\nkey=second\n", "value"},
+      {"[sec]\nkey=value\n[sec]\nkey=second\n", "value"},
+      {"[sec]\n;key=no\n#key=no\n key=no\n\tkey=no\nxkey=no\nke=no\nkey=value\n", "value"},
+  });
+}
+
+TEST(ReadProfileString, HeaderMatchesInAnyCase) {
+  ExpectAll({{"[SEC]\nkey=value\n", "value"}, {"[sEc]\nkey=value\n", "value"}});
+}
+
+TEST(ReadProfileString, TextAfterTheHeaderIsIgnored) {
+  ExpectAll({
+      {"[sec] and more\nkey=value\n", "value"},
+      {"[SEC]x\nkey=value\n", "value"},
+      {"[sec]]\nkey=value\n", "value"},
+      {"[sec][other]\nkey=value\n", "value"},
+      {"[sec]key=no\nkey=value\n", "value"},
+      {"[sec]\0junk\nkey=value\n"s, "value"},
+  });
+}
+
+TEST(ReadProfileString, KeyMatchesInAnyCase) {
+  ExpectAll({{"[sec]\nKEY=value\n", "value"}, {"[sec]\nKey=value\nkey=second\n", "value"}});
+}
+
+TEST(ReadProfileString, LongerKeyMatches) {
+  ExpectAll({
+      {"[sec]\nkeyboard=value\n", "value"},
+      {"[sec]\nKEYBOARD=value\nkey=second\n", "value"},
+  });
+}
+
+TEST(ReadProfileString, WhatStandsBetweenKeyAndLastEqualsIsIgnored) {
+  ExpectAll({
+      {"[sec]\nkey =value\n", "value"},
+      {"[sec]\nkey \t junk = value\n", "value"},
+      {"[sec]\nkey=a=b=value\n", "value"},
+      {"[sec]\nkey==value\n", "value"},
+      {"[sec]\nkey[x]=\r=value\n", "value"},
+  });
+}
+
+TEST(ReadProfileString, SearchRunsOnThroughLaterSections) {
+  ExpectAll({
+      {"[sec]\nother=1\n[later]\nkey=value\n", "value"},
+      {"[sec]\nother=1\n\n\n[later]\n\nkey=value\n", "value"},
+      {"[SEC] x\nother=1\n\n[sec]\nkey=value\n", "value"},
+  });
+}
+
+TEST(ReadProfileString, ValueIsTrimmedAtBothEndsOnly) {
+  ExpectAll({
+      {"[sec]\nkey= \t\v\f\rv  \t\rw \t\v\f\r\n", "v  \t\rw"},
+      {"[sec]\nkey= v", "v"},
+      {"[sec]\nkey=v \n", "v"},
+  });
+}
+
+TEST(ReadProfileString, NothingInAValueIsSpecial) {
+  ExpectAll({
+      {"[sec]\nkey=\"quoted\"\n", "\"quoted\""},
+      {"[sec]\nkey=v ; w # x\n", "v ; w # x"},
+      {"[sec]\nkey=\\n\\\n", "\\n\\"},
+      {"[sec]\nkey=[sec]\n", "[sec]"},
+      {"[sec]\nkey=%s%n\n", "%s%n"},
+      {"[sec]\nkey=\b\x1F\x7F\n", "\b\x1F\x7F"},
+  });
+}
+
+TEST(ReadProfileString, BytesAboveTheAsciiOnesAreNoWhitespace) {
+  ExpectAll({
+      {"[sec]\nkey=\xA0v\xA0\n", "\xA0v\xA0"},
+      {"[sec]\nkey=\x85\n", "\x85"},
+      {"[sec]\nkey=\xFF \n", "\xFF"},
+  });
+}
+
+TEST(ReadProfileString, ValueEndsAtAZeroByte) {
+  ExpectAll({
+      {"[sec]\nkey=v\0w\n"s, "v"},
+      {"[sec]\nkey=v \0=w\n"s, "v"},
+  });
+}
+
+// --- What is not found
+
+TEST(ReadProfileString, MissingSectionGivesTheDefault) {
+  for (const auto& content : {
+           ""s,
+           "\n"s,
+           "key=value\n"s,
+           "sec\nkey=value\n"s,
+           "[sec\nkey=value\n"s,
+           "sec]\nkey=value\n"s,
+           "(sec)\nkey=value\n"s,
+           "[other]\nkey=value\n"s,
+           "[sect]\nkey=value\n"s,
+           "[se]\nkey=value\n"s,
+           "[ sec]\nkey=value\n"s,
+           "[sec ]\nkey=value\n"s,
+           " [sec]\nkey=value\n"s,
+           "\t[sec]\nkey=value\n"s,
+           "\r[sec]\nkey=value\n"s,
+           "x[sec]\nkey=value\n"s,
+           ";[sec]\nkey=value\n"s,
+           "[other][sec]\nkey=value\n"s,
+           "[se\rc]\nkey=value\n"s,
+           "[se\nc]\nkey=value\n"s,
+           "[se\0c]\nkey=value\n"s,
+           "\0[sec]\nkey=value\n"s,
+           "\xEF\xBB\xBF[sec]\nkey=value\n"s,
+           "other\r[sec]\rkey=value\r"s,
+       }) {
+    EXPECT_EQ("default", Read(content)) << testing::PrintToString(content);
+  }
+}
+
+TEST(ReadProfileString, MissingKeyGivesTheDefault) {
+  for (const auto& content : {
+           "[sec]"s,
+           "[sec]\n"s,
+           "[sec]\n\n\n"s,
+           "[sec]\nother=value\n"s,
+           "key=value\n[sec]\n"s,
+           "[other]\nkey=value\n[sec]\n"s,
+           "[sec]key=value\n"s,
+           "[sec] key=value\n"s,
+           "[sec]\n key=value\n"s,
+           "[sec]\n\tkey=value\n"s,
+           "[sec]\n\rkey=value\n"s,
+           "[sec]\nxkey=value\n"s,
+           "[sec]\nke=value\n"s,
+           "[sec]\nke y=value\n"s,
+           "[sec]\nke\ry=value\n"s,
+           "[sec]\nke\ny=value\n"s,
+           "[sec]\nke\0y=value\n"s,
+           "[sec]\n\0key=value\n"s,
+           "[sec]\n;key=value\n"s,
+           "[sec]\n#key=value\n"s,
+           "[sec]\n\"key\"=value\n"s,
+           "[sec]\n[key]=value\n"s,
+           "[sec]\nother=key=value\n"s,
+           "[sec]\rkey=value\r"s,
+       }) {
+    EXPECT_EQ("default", Read(content)) << testing::PrintToString(content);
+  }
+}
+
+TEST(ReadProfileString, FirstKeyLineWithoutEqualsGivesTheDefault) {
+  for (const auto& content : {
+           "[sec]\nkey"s,
+           "[sec]\nkey\n"s,
+           "[sec]\nkey: value\n"s,
+           "[sec]\nkey\n=value\n"s,
+           "[sec]\nkey\0=value\n"s,
+           "[sec]\nkey\nkey=value\n"s,
+           "[sec]\nkeyboard\nkey=value\n"s,
+           "[sec]\nKEY\nkey=value\n"s,
+       }) {
+    EXPECT_EQ("default", Read(content)) << testing::PrintToString(content);
+  }
+}
+
+TEST(ReadProfileString, EmptyOrBlankValueIsEmptyAndNotTheDefault) {
+  for (const auto& content : {
+           "[sec]\nkey="s,
+           "[sec]\nkey=\n"s,
+           "[sec]\nkey=\r\n"s,
+           "[sec]\nkey= \t\v\f\r \n"s,
+           "[sec]\nkey=a=\n"s,
+           "[sec]\nkey=a= \n"s,
+           "[sec]\nkey=\0value\n"s,
+           "[sec]\nkey= \0value\n"s,
+           "[sec]\nkey=\nkey=value\n"s,
+           "[sec]\nkeyboard=\nkey=value\n"s,
+       }) {
+    EXPECT_EQ("", Read(content)) << testing::PrintToString(content);
+  }
+}
+
+TEST(ReadProfileString, FileThatCannotBeReadGivesTheDefault) {
+  WriteFile(TreePath("file"), "[sec]\nkey=value\n");
+  for (const std::string& path :
+       {""s, TreePath("missing"), TreePath("missing/file"), TreePath("file/below"), TreePath("")}) {
+    EXPECT_EQ((Reading{2, "d2\0\0\0####"s}), ReadInto(5, "d2", path)) << path;
+  }
+}
+
+TEST(ReadProfileString, FileThatMustNotBeReadGivesTheDefault) {
+  const std::string path = Profile("[sec]\nkey=value\n");
+  std::filesystem::permissions(path, std::filesystem::perms(0222));
+  const Unprivileged unprivileged;
+  EXPECT_EQ((Reading{2, "d2\0\0\0####"s}), ReadInto(5, "d2", path));
+}
+
+// --- Section and key as given
+
+TEST(ReadProfileString, SectionAndKeyAreTakenLiterally) {
+  EXPECT_EQ("value", Read("%s%n", "%d", "[%s%n]\n%d=value\n"));
+  EXPECT_EQ("value", Read("a]b", "a b", "[a]\na b=no\n[a]b]\na b=value\n"));
+  EXPECT_EQ("value", Read("[s]", "[k]", "[[s]]\n[k]=value\n"));
+  EXPECT_EQ("value", Read(" ", " ", "[ ]\n =value\n"));
+  EXPECT_EQ("value", Read("", "key", "[]\nkey=value\n"));
+  EXPECT_EQ("default", Read(".*", "key", "[sec]\nkey=value\n"));
+}
+
+TEST(ReadProfileString, KeyMayReachOverTheEquals) {
+  EXPECT_EQ("value", Read("sec", "key=v", "[sec]\nkey=no\nkey=value\n"));
+}
+
+TEST(ReadProfileString, EmptyKeyIsTheFirstLineAfterTheHeader) {
+  EXPECT_EQ("value", Read("sec", "", "[sec]\nother=value\nkey=no\n"));
+  EXPECT_EQ("value", Read("sec", "", "[sec] x=no\n=value\n"));
+  EXPECT_EQ("default", Read("sec", "", "[sec]\n\nkey=value\n"));
+  EXPECT_EQ("default", Read("sec", "", "[sec]\nother\nkey=value\n"));
+  EXPECT_EQ("default", Read("sec", "", "[sec]\n\0=value\n"s));
+  EXPECT_EQ("default", Read("sec", "", "[sec]\n"));
+}
+
+TEST(ReadProfileString, SectionOf508CharactersIsTheLongestThatIsFound) {
+  for (const std::size_t length : {507U, 508U}) {
+    const std::string section = Times(length, 's');
+    EXPECT_EQ("value", Read(section, "key", "[" + section + "]\nkey=value\n")) << length;
+    EXPECT_EQ("default", Read(section + "t", "key", "[" + section + "]\nkey=value\n")) << length;
+  }
+  // Its header has 511 characters, one more than a read takes.
+  const std::string section = Times(509, 's');
+  EXPECT_EQ("default", Read(section, "key", "[" + section + "]\nkey=value\n"));
+}
+
+TEST(ReadProfileString, SectionOver509CharactersGivesZeroWithoutTheDefault) {
+  for (const std::size_t length : {510U, 511U, 512U, 100000U}) {
+    const std::string section = Times(length, 's');
+    for (const std::string& path : {Profile("[" + section + "]\nkey=value\n"), TreePath("")}) {
+      char buffer[] = "untouched";
+      EXPECT_EQ(0U, ReadProfileString(section.c_str(), "key", "default", buffer, sizeof buffer,
+                                      path.c_str()))
+          << length;
+      EXPECT_STREQ("untouched", buffer) << length;
+    }
+  }
+}
+
+TEST(ReadProfileString, SectionOver509CharactersGivesTheDefaultWhereTheFileIsMissing) {
+  for (const std::size_t length : {509U, 510U, 100000U}) {
+    char buffer[] = "########";
+    EXPECT_EQ(7U, ReadProfileString(Times(length, 's').c_str(), "key", "default", buffer,
+                                    sizeof buffer, TreePath("missing").c_str()))
+        << length;
+    EXPECT_STREQ("default", buffer) << length;
+  }
+}
+
+TEST(ReadProfileString, KeyOver510CharactersIsNeverFound) {
+  const std::string key = Times(509, 'k');
+  EXPECT_EQ("", Read("sec", key, "[sec]\n" + key + "=\n"));
+  EXPECT_EQ("default", Read("sec", key + "k", "[sec]\n" + key + "k=value\n"));  // no "=" in reach
+  EXPECT_EQ("default", Read("sec", key + "k=", "[sec]\n" + key + "k=value\n"));
+}
+
+// --- Long lines
+
+TEST(ReadProfileString, LongLineIsSeenAsLinesOf510Characters) {
+  for (const std::size_t length : {0U, 510U, 1020U, 5100U}) {
+    const std::string pad = Times(length, 'x');
+    EXPECT_EQ("value", Read(pad + "[sec]\nkey=value\n")) << length;
+    EXPECT_EQ("value", Read("[sec]\n" + pad + "key=value\n")) << length;
+  }
+  for (const std::size_t length : {1U, 509U, 511U, 512U, 1019U, 1021U}) {
+    const std::string pad = Times(length, 'x');
+    EXPECT_EQ("default", Read(pad + "[sec]\nkey=value\n")) << length;
+    EXPECT_EQ("default", Read("[sec]\n" + pad + "key=value\n")) << length;
+  }
+}
+
+TEST(ReadProfileString, HeaderMayBePartOfALongLine) {
+  EXPECT_EQ("value", Read("[sec]" + Times(505, 'x') + "key=value\n"));
+  EXPECT_EQ("value", Read("[sec]" + Times(1000, 'x') + "\nkey=value\n"));
+}
+
+TEST(ReadProfileString, LineEndLeftByALineOf510CharactersIsALineOfItsOwn) {
+  const std::string next = "=value\n";
+  EXPECT_EQ("value", Read(Times(507, 's'), "", "[" + Times(507, 's') + "]\n" + next));
+  EXPECT_EQ("default", Read(Times(508, 's'), "", "[" + Times(508, 's') + "]\n" + next));
+}
+
+TEST(ReadProfileString, ValueEndsWithThe510thCharacterOfItsLine) {
+  const std::size_t room = 510 - "key="s.size();
+  for (const std::size_t length : {room - 1, room, room + 1, room + 2, room + 600}) {
+    EXPECT_EQ(Times(std::min(length, room), 'v'), Read("[sec]\nkey=" + Times(length, 'v') + "\n"))
+        << length;
+  }
+}
+
+TEST(ReadProfileString, EqualsBeyondThe510thCharacterIsNotSeen) {
+  const std::size_t room = 510 - "key="s.size();
+  EXPECT_EQ("v", Read("[sec]\nkey" + Times(room - 1, ' ') + "=v\n"));
+  EXPECT_EQ("", Read("[sec]\nkey" + Times(room, ' ') + "=v\n"));
+  EXPECT_EQ("default", Read("[sec]\nkey" + Times(room + 1, ' ') + "=v\n"));
+  EXPECT_EQ("a", Read("[sec]\nkey=a" + Times(room, ' ') + "b=c\n"));  // cut, then trimmed
+}
+
+// --- The buffer
+
+TEST(ReadProfileString, ValueIsCutToTheBufferAndPaddedWithZeros) {
+  const struct {
+    std::uint32_t size;
+    Reading reading;
+  } rows[] = {
+      {1, {0, "\0####"s}},      {2, {1, "v\0####"s}},       {5, {4, "valu\0####"s}},
+      {6, {5, "value\0####"s}}, {7, {5, "value\0\0####"s}}, {10, {5, "value\0\0\0\0\0####"s}},
+  };
+  const std::string path = Profile("[sec]\nkey=value\n");
+  for (const auto& row : rows) EXPECT_EQ(row.reading, ReadInto(row.size, "d", path));
+}
+
+TEST(ReadProfileString, ValueIsTrimmedBeforeItIsCut) {
+  EXPECT_EQ((Reading{2, "v \0####"s}), ReadInto(3, "d", Profile("[sec]\nkey=  v  w  \n")));
+}
+
+TEST(ReadProfileString, EmptyValueClearsTheWholeBuffer) {
+  const std::string path = Profile("[sec]\nkey= \n");
+  EXPECT_EQ((Reading{0, "\0####"s}), ReadInto(1, "d", path));
+  EXPECT_EQ((Reading{0, "\0\0\0\0\0####"s}), ReadInto(5, "d", path));
+}
+
+TEST(ReadProfileString, DefaultIsPaddedWithZerosAndNotTerminatedWhereItFillsTheBuffer) {
+  const struct {
+    std::uint32_t size;
+    Reading reading;
+  } rows[] = {
+      {1, {1, "d####"}},
+      {6, {6, "defaul####"}},
+      {7, {7, "default####"}},
+      {8, {7, "default\0####"s}},
+      {12, {7, "default\0\0\0\0\0####"s}},
+  };
+  for (const std::string& path :
+       {TreePath("missing"), Profile("[sec]\nkey\n"), Profile("[sec]\n"), Profile("")}) {
+    for (const auto& row : rows) EXPECT_EQ(row.reading, ReadInto(row.size, "default", path));
+  }
+}
+
+TEST(ReadProfileString, DefaultIsNotTrimmed) {
+  EXPECT_EQ((Reading{3, " d \0####"s}), ReadInto(4, " d ", TreePath("missing")));
+}
+
+TEST(ReadProfileString, NullOrEmptyDefaultLeavesTheBufferAsItWas) {
+  for (const std::string& content : {""s, "[sec]\n"s, "[sec]\nkey\n"s, "[other]\nkey=value\n"s}) {
+    const std::string path = Profile(content);
+    EXPECT_EQ((Reading{0, "#########"}), ReadInto(5, nullptr, path)) << content;
+    EXPECT_EQ((Reading{0, "#########"}), ReadInto(5, "", path)) << content;
+  }
+  EXPECT_EQ((Reading{0, "#########"}), ReadInto(5, nullptr, TreePath("missing")));
+  EXPECT_EQ((Reading{0, "#########"}), ReadInto(5, "", TreePath("missing")));
+}
+
+TEST(ReadProfileString, BufferOfNoBytesGivesZeroAndIsUntouched) {
+  EXPECT_EQ((Reading{0, "####"}), ReadInto(0, "default", Profile("[sec]\nkey=value\n")));
+  EXPECT_EQ((Reading{0, "####"}), ReadInto(0, "default", TreePath("missing")));
+}
+
+TEST(ReadProfileString, NullArgumentGivesZeroAndTouchesNothing) {
+  const std::string path = Profile("[sec]\nkey=value\n");
+  for (const std::string& name : {path, TreePath("missing")}) {
+    for (unsigned given = 0; given < 15; ++given) {  // one bit each; 15 would be all
+      char buffer[] = "untouched";
+      EXPECT_EQ(0U, ReadProfileString(given & 1 ? "sec" : nullptr, given & 2 ? "key" : nullptr,
+                                      "default", given & 4 ? buffer : nullptr, sizeof buffer,
+                                      given & 8 ? name.c_str() : nullptr))
+          << given;
+      EXPECT_STREQ("untouched", buffer) << given;
+    }
+  }
+}
+
+// --- What it leaves behind
+
+TEST(ReadProfileString, ReadsTheFileAfreshAtEachCall) {
+  EXPECT_EQ("first", Read("[sec]\nkey=first\n"));
+  EXPECT_EQ("second", Read("[sec]\nkey=second\n"));
+}
+
+TEST(ReadProfileString, ClosesTheFileWhateverItFinds) {
+  const auto before = CountOpenFiles();
+  for (const auto* content : {"", "[sec]\n", "[sec]\nkey\n", "[sec]\nkey=\n", "[sec]\nkey=v\n"}) {
+    Read(content);
+    EXPECT_EQ(before, CountOpenFiles()) << content;
+  }
+  char buffer[8];
+  ReadProfileString(Times(510, 's').c_str(), "key", "d", buffer, sizeof buffer,
+                    Profile("[sec]\n").c_str());
+  EXPECT_EQ(before, CountOpenFiles());
+}
+
+TEST(ReadProfileString, ChangesNothingOnDisk) {
+  const std::string content = "[sec]\r\nkey=value\r\nlast";
+  EXPECT_EQ("value", Read(content));
+  EXPECT_EQ(content, ReadFile(TreePath("profile.ini")));
+  EXPECT_FALSE(std::filesystem::exists(TreePath("profile.ini.tmp")));
+  ReadInto(5, "d", TreePath("missing"));
+  EXPECT_FALSE(std::filesystem::exists(TreePath("missing")));
+}
+
+TEST(ReadProfileString, WorksInItsFixedBuffersAlone) {
+  const std::string path = Profile("[sec]\nkey=" + Times(1000, 'v') + "\n");
+  char buffer[1024];
+  const std::size_t before = AllocationsMade();
+  const auto length = ReadProfileString("sec", "key", "d", buffer, sizeof buffer, path.c_str());
+  EXPECT_EQ(before, AllocationsMade());
+  EXPECT_EQ(506U, length);
+}
