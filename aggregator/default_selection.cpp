@@ -13,7 +13,10 @@ bool IsSet(const char* text) { return text && *text; }
 // Whether `text`, which may be null, fits a field of the record with its terminator.
 bool Fits(const char* text) { return !text || ::strnlen(text, kRngNameSize) < kRngNameSize; }
 
-void Copy(NameField& field, const char* text) { std::memcpy(field, text, std::strlen(text) + 1); }
+// Never more than fits, even if the text changed since it was measured. The rest of `field` is zero.
+void Copy(NameField& field, const char* text) {
+  std::memcpy(field, text, ::strnlen(text, kRngNameSize - 1));
+}
 
 // The order of preference, not of bit value.
 const char* FindFallback(std::uint32_t mask) {

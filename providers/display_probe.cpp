@@ -5,6 +5,7 @@
 
 namespace {
 
+// Not the plug-ins' loader: this library is opened in another mode.
 struct CloseLibrary {
   void operator()(void* handle) const { ::dlclose(handle); }
 };

@@ -18,7 +18,7 @@ std::string GetDataDirectory() { return FindDataDirectory().value_or(""); }
 // directories are taken as the service gives them.
 std::string GetSettingsFilePath() {
   const auto directory = FindSettingsDirectory();
-  return directory ? *directory + "/" + "rng.ini" : "";
+  return directory ? *directory + "/rng.ini" : "";
 }
 
 // Reads the value of `key`, which lives in `last` afterwards.

@@ -16,6 +16,7 @@ enum KnownPath : std::int32_t { KnownPathDataDir = 0, KnownPathSettingsDir = 2 }
 
 constexpr std::size_t kPathSize = 256;
 
+// Not the plug-ins' loader: this library is opened in another mode.
 struct CloseLibrary {
   void operator()(void* handle) const { ::dlclose(handle); }
 };

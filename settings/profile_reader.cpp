@@ -20,8 +20,6 @@ using Line = char[kBufferSize];
 
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-std::uint32_t TextLength(const char* text) { return static_cast<std::uint32_t>(std::strlen(text)); }
-
 // Reads on until a line begins with `prefix`, in any case.
 bool FindLine(std::FILE* file, const char* prefix, Line& line) {
   const std::size_t length = std::strlen(prefix);
@@ -42,7 +40,7 @@ std::uint32_t CopyValue(char* value, char* buffer, std::uint32_t size) {
   for (char* end = value + std::strlen(value); end != value && IsSpace(end[-1]);) *--end = '\0';
   std::strncpy(buffer, value, size - 1);
   buffer[size - 1] = '\0';
-  return TextLength(buffer);
+  return static_cast<std::uint32_t>(std::strlen(buffer));
 }
 
 }  // namespace

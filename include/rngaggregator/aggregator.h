@@ -5,7 +5,8 @@
 /// The aggregator of random-number-generator providers, as a host sees it.
 ///
 ///     Initialize(GetDefaultSettings());
-///     if (IRngProvider* rng = GetRng(rngUnixDev)) rng->Generate(key, sizeof key);
+///     IRngProvider* const rng = GetRng(rngUnixDev);
+///     const bool hasKey = rng && rng->Generate(key, sizeof key);
 ///     ShutDown();
 ///
 /// Plug-ins that are missing or unusable are skipped silently; with none at all the aggregator is
@@ -14,7 +15,8 @@
 /// Threads: `Initialize` and `ShutDown` may be called from any thread and wait for each other. All
 /// other functions take no lock and may run concurrently with each other, but not with the
 /// `Initialize` that starts the aggregator nor with the `ShutDown` that stops it: finish the start
-/// before the first query, and the last query before the stop.
+/// before the first query, and the last query before the stop. `GetDefaultRng` and `SetDefaultRng`
+/// are as safe as the settings object: with the built-in one, call them from one thread at a time.
 ///
 /// Exceptions: the functions catch none. Those of plug-ins and of the settings object, and
 /// `std::bad_alloc`, pass through; the lock itself can raise `boost::lock_error`.
@@ -24,7 +26,7 @@
 /// The answer of `GetDefaultRng`: 36 bytes, both texts NUL-terminated, all unused bytes zero.
 struct DefaultRngInfo {
   char type[kRngNameSize];        ///< the kind of generator, for `GetRng`
-  char hardwareId[kRngNameSize];  ///< the device, for `IRngProvider::SelectDevice`; "" when any
+  char hardwareId[kRngNameSize];  ///< the device, for `IRngProvider::SelectDevice`; "": any
 };
 static_assert(sizeof(DefaultRngInfo) == 36, "the record is part of the binary contract");
 
@@ -61,9 +63,8 @@ extern const char* rngBioWin;       ///< "bio", interactive; no plug-in of this 
 ///
 /// `settings` may be null: the providers then get null, and nothing is configured or stored.
 ///
-/// Ownership: `settings` stays the caller's. It must live while the aggregator is started, and
-/// after
-///            that for as long as `SetDefaultRng` may be called.
+/// Ownership: `settings` stays the caller's. It must live while the aggregator is started, and as
+///            long after that as `SetDefaultRng` may be called.
 /// Threads:   any; holds the lock throughout. Never call it from a plug-in that is being started or
 ///            released.
 /// Failure:   cannot fail as a whole. An exception leaves the count raised, the settings stored and
@@ -94,9 +95,9 @@ bool IsInitialized();
 /// number. With a null `providers` it only counts: call once to size the array, once to fill it.
 /// There is no capacity argument. A mask of 0 matches nothing.
 ///
-/// Ownership: the pointers are borrowed, valid until the final `ShutDown`. Never call Release on
-/// them. Threads:   any, unlocked; not during the starting `Initialize` or the final `ShutDown`.
-/// Failure:   0 when nothing matches or nothing is started.
+/// Ownership: the pointers are borrowed, valid until the final `ShutDown`; never call Release on one.
+/// Threads:   any, unlocked; not during the starting `Initialize` or the final `ShutDown`.
+/// Failure:   0 when nothing matches or nothing is listed.
 std::int32_t GetAvailableRng(IRngProvider** providers, std::uint32_t mask);
 
 /// Finds the first loaded provider that now reports exactly the name `name` (NUL-terminated, not
@@ -120,10 +121,10 @@ std::int32_t IsInteractiveRng(const char* name);
 /// "bio", "bioqt" and "unixx11" if they are loaded, and "biokbd" in any case.
 ///
 /// Ownership: `info` is the caller's; both texts are copies.
-/// Threads:   any, unlocked; not during the starting `Initialize` or the final `ShutDown`.
-/// Failure:   0. The record is untouched when nothing is started, and all zero when nothing is
-///            configured or acceptable, or a text is longer than 17 characters. A null `info` gives
-///            0.
+/// Threads:   as the settings object allows, unlocked; not during the starting `Initialize` or the
+///            final `ShutDown`.
+/// Failure:   0, also for a null `info`. The record is untouched when nothing is started, and all
+///            zero when nothing is configured or acceptable, or a text is longer than 17 characters.
 std::int32_t GetDefaultRng(DefaultRngInfo* info, std::uint32_t mask);
 
 /// Stores the default through the settings of the last start, which must still exist: first `type`,
@@ -131,9 +132,12 @@ std::int32_t GetDefaultRng(DefaultRngInfo* info, std::uint32_t mask);
 /// only. A null `hardwareId` stores none. `type` need not be loaded nor known. Works also when
 /// stopped.
 ///
-/// Threads:   any, unlocked; two calls at once may mix their values.
+/// Threads:   as the settings object allows, unlocked; two calls at once may mix their values, and
+///            with the built-in object spoil the file.
 /// Failure:   false, nothing stored, when `type` is null, a text is too long or no start has stored
-///            settings; false when a store fails, and a type stored before that stays.
+///            settings; false when a store fails, and a type stored before that stays. The built-in
+///            object does not notice a full disk, nor that a text with "=", a line break or blanks
+///            at its ends does not read back: ask `GetDefaultRng` to be sure.
 bool SetDefaultRng(const char* type, const char* hardwareId);
 
 /// The built-in settings object, which keeps the default in the file `rng.ini`. The same pointer at

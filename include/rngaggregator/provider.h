@@ -34,7 +34,7 @@
 ///     [start-up]    in the thread of the host's `Initialize`, under the aggregator's lock
 ///     [shut-down]   in the thread of the host's final `ShutDown`, under the aggregator's lock
 ///     [any thread]  by the aggregator or by hosts while the provider is listed, without a lock,
-///                   possibly from several threads at once
+///                   possibly from several threads at once, also under the lock from other plug-ins
 ///
 /// Code that runs under the lock may call the aggregator's queries. It must not call `Initialize`
 /// or `ShutDown`: the lock is not recursive, and the call never returns.
@@ -80,7 +80,8 @@ class IRngSettings {
 
   /// Slot 1. Stores the kind. `type` is read during the call only. The built-in object stores an
   /// empty value for a null `type`, and creates the directories above its file when they are
-  /// missing. Returns true when the value was stored.
+  /// missing. Returns true when the value was stored, as far as the object can tell: the built-in
+  /// one does not notice a full disk.
   virtual bool SetType(const char* type) = 0;
 
   /// Slot 2. The configured device of that kind, or null. Callers treat "" as null.
@@ -120,9 +121,9 @@ class IRngProvider {
   /// kind knows no devices or none is in use.
   virtual std::int32_t GetHardwareId(char* buffer) = 0;
 
-  /// Slot 3 [any thread]. Chooses the device for the following draws; null takes any. `hardwareId`
-  /// is read during the call only. Returns false when there is no such device; the earlier choice
-  /// stays.
+  /// Slot 3 [any thread]. Chooses the device for the following draws; null or "" takes any.
+  /// `hardwareId` is read during the call only. Returns false when there is no such device; the
+  /// earlier choice stays.
   virtual bool SelectDevice(const char* hardwareId) = 0;
 
   /// Slot 4 [any thread]. Fills `buffer` with `size` random bytes. Returns true when the whole
@@ -130,9 +131,8 @@ class IRngProvider {
   /// zero. A size of 0 succeeds and touches nothing; only then may `buffer` be null.
   virtual bool Generate(void* buffer, std::size_t size) = 0;
 
-  /// Slot 5 [start-up]. True when the provider is usable with the settings it was given. Asked
-  /// once, after `SetSettings`; a provider that answers false is released at once. Hosts may ask
-  /// again.
+  /// Slot 5 [start-up, any thread]. True when the provider is usable with the settings it was given.
+  /// The aggregator asks once, after `SetSettings`, and releases a provider that answers false.
   virtual bool IsAvailable() = 0;
 
   /// Slot 6 [any thread]. True when the source passed its health test, made now.

@@ -1,6 +1,5 @@
 // The kernel's random-number generator as the kind "unixdev", and a plug-in to copy.
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -71,7 +70,7 @@ class UnixDevRng final : public IRngProvider {
     unsigned char first[32];
     unsigned char second[32];
     return Generate(first, sizeof first) && Generate(second, sizeof second) &&
-           !std::equal(first, first + sizeof first, second);
+           std::memcmp(first, second, sizeof first) != 0;
   }
 
   void Cancel() override {}  // a draw waits for no user and no device

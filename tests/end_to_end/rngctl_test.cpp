@@ -73,6 +73,13 @@ TEST_F(RngctlTest, ListsInCatalogueOrderAndNamesUnknownFlagBits) {
       result.output);
 }
 
+TEST_F(RngctlTest, ListsAProviderWithoutFlags) {
+  InstallPlugin("sobol", "flagless");
+  const Result result = Run("list");
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output, HasSubstr("sobol    no           -                 A quiet?source\n"));
+}
+
 TEST_F(RngctlTest, NoUsableGeneratorIsANegativeAnswer) {
   fs::remove(TreePath("lib/librngunixdev.so"));
   const Result result = Run("list");
@@ -86,6 +93,14 @@ TEST_F(RngctlTest, AThrowingPluginIsASentence) {
   const Result result = Run("list");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("rngctl: A plug-in or the system failed: no driver\n", result.errors);
+}
+
+TEST_F(RngctlTest, AThrowingReleaseIsASentenceAfterTheResult) {
+  InstallPlugin("dsdr", "throwing_release");
+  const Result result = Run("list");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output, HasSubstr("dsdr"));
+  EXPECT_EQ("rngctl: A plug-in failed without saying why.\n", result.errors);
 }
 
 TEST_F(RngctlTest, AFullOutputIsNoticed) {
@@ -132,7 +147,7 @@ TEST_F(RngctlTest, ReadsFromTheConfiguredDefault) {
 TEST_F(RngctlTest, ReadWithoutNameAndDefaultIsANegativeAnswer) {
   const Result result = Run("read -n 2");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("rngctl: No default generator is configured"));
+  EXPECT_THAT(result.errors, StartsWith("rngctl: There is no default generator;"));
 }
 
 TEST_F(RngctlTest, ReadFromAnUnknownGeneratorIsANegativeAnswer) {
@@ -215,8 +230,9 @@ INSTANTIATE_TEST_SUITE_P(
                     "read unixdev -n x", "read unixdev -n -1", "read unixdev -n 010",
                     "read unixdev -n 18446744073709551616", "read unixdev -n 1 --raw --hex",
                     "read unixdev -n 1 --hex --base64", "default nosuch", "default --mask x",
-                    "default --mask -1", "default set", "default set a b c", "default set a=b",
-                    "default set ' a'", "default set a 'x '", "default set 123456789012345678",
+                    "default --mask -1", "default --mask 010", "default --mask 4 set a",
+                    "default set", "default set a b c", "default set a=b", "default set ' a'",
+                    "default set a 'x '", "default set 123456789012345678",
                     "default set a 123456789012345678"));
 
 TEST_F(RngctlTest, HelpAndVersionAreResults) {
@@ -299,5 +315,5 @@ TEST_F(RngctlTest, AStoreThatTheLibraryDoesNotSeeFailIsNoticed) {
   fs::create_directories(TreePath(kSettingsFile));  // a directory: the rewrite cannot replace it
   const Result result = Run("default set unixdev");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("rngctl: The default was not stored"));
+  EXPECT_THAT(result.errors, StartsWith("rngctl: The settings took the default, but"));
 }

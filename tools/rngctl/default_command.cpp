@@ -12,8 +12,7 @@ constexpr std::size_t kLongest = kRngNameSize - 1;
 std::string Text(const char* text) { return text ? text : ""; }
 
 std::string Describe(const std::string& type, const std::string& hardwareId) {
-  if (type.empty()) return "none";
-  return hardwareId.empty() ? type : type + ", device " + hardwareId;
+  return (type.empty() ? "none" : type) + (hardwareId.empty() ? "" : ", device " + hardwareId);
 }
 
 // What the library stores but could not give back is refused before anything is written.
@@ -62,15 +61,18 @@ void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
   const StartedAggregator aggregator;
   errno = 0;
   if (!SetDefaultRng(name.c_str(), hardwareId.empty() ? nullptr : hardwareId.c_str())) {
-    const std::string reason = errno ? std::strerror(errno) : "the settings directory is unknown";
+    const std::string reason =
+        errno ? std::strerror(errno) : "the settings directory is unknown or no absolute path";
     throw Refusal(kNegativeAnswer, "The default could not be stored: " + reason + ".");
   }
   // The store does not notice every failure to write; reading back does.
   IRngSettings& settings = *GetDefaultSettings();
   const std::string stored = Describe(Text(settings.GetType()), Text(settings.GetHardwareId()));
   if (stored != Describe(name, hardwareId)) {
-    throw Refusal(kNegativeAnswer, "The default was not stored: the settings now say " +
-                                       Quoted(stored) + ". Is the disk full?");
+    throw Refusal(kNegativeAnswer, "The settings took the default, but read back as " +
+                                       Quoted(stored) +
+                                       ": rng.ini could not be replaced, or has another section "
+                                       "or key that comes first.");
   }
   std::cout << "The default is now " << stored << ".\n";
   if (!name.empty() && !GetRng(name.c_str())) {

@@ -1,12 +1,20 @@
 #include "host.h"
 
+#include <exception>
+
 // A start that throws has raised the count all the same.
 StartedAggregator::StartedAggregator() try { Initialize(GetDefaultSettings()); } catch (...) {
   ShutDown();
   throw;
 }
 
-StartedAggregator::~StartedAggregator() { ShutDown(); }
+StartedAggregator::~StartedAggregator() noexcept(false) {
+  try {
+    ShutDown();
+  } catch (...) {
+    if (std::uncaught_exceptions() == 0) throw;  // else the first failure is the one to tell
+  }
+}
 
 std::string ReadText(IRngProvider& provider,
                      std::int32_t (IRngProvider::*operation)(char* buffer)) {

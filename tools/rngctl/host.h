@@ -22,7 +22,7 @@ class StartedAggregator {
   StartedAggregator();
   StartedAggregator(const StartedAggregator&) = delete;
   StartedAggregator& operator=(const StartedAggregator&) = delete;
-  ~StartedAggregator();
+  ~StartedAggregator() noexcept(false);  // a plug-in's Release may throw
 };
 
 /// A provider's text, "" when it has none: `ReadText(rng, &IRngProvider::GetName)`.

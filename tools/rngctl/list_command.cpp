@@ -2,6 +2,7 @@
 #include "host.h"
 
 #include <algorithm>
+#include <cctype>
 #include <iomanip>
 #include <iostream>
 #include <vector>
@@ -36,19 +37,37 @@ std::string FlagNames(std::uint32_t flags) {
     if (flags & bit) add("bit-" + std::to_string(bit));
     flags &= ~bit;
   }
+  return text.empty() ? "-" : text;
+}
+
+// Those with a capability, then those without one that bear a known name.
+std::vector<IRngProvider*> LoadedProviders() {
+  std::vector<IRngProvider*> providers(
+      static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
+  GetAvailableRng(providers.data(), kAnyCapability);
+  for (const char* name :
+       {rngBioQt, rngBioX11, rngDsdr, rngAccord, rngSobol, rngJacartaGost, rngRuToken,
+        rngEsmartGost, rngBioKb, rngUnixDev, rngGrandmaster, rngBioCore, rngBioWin}) {
+    IRngProvider* const provider = GetRng(name);
+    if (provider && provider->GetFlags() == 0) providers.push_back(provider);
+  }
+  return providers;
+}
+
+// Keeps a plug-in's text from steering the terminal.
+std::string Printable(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
   return text;
 }
 
 std::vector<Row> LoadedRows() {
-  std::vector<IRngProvider*> providers(
-      static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
-  GetAvailableRng(providers.data(), kAnyCapability);
   std::vector<Row> rows;
-  for (IRngProvider* const provider : providers) {
+  for (IRngProvider* const provider : LoadedProviders()) {
     const std::string name = ReadText(*provider, &IRngProvider::GetName);
-    rows.push_back({name, IsInteractiveRng(name.c_str()) ? "yes" : "no",
+    rows.push_back({Printable(name), IsInteractiveRng(name.c_str()) ? "yes" : "no",
                     FlagNames(provider->GetFlags()),
-                    ReadText(*provider, &IRngProvider::GetDescription)});
+                    Printable(ReadText(*provider, &IRngProvider::GetDescription))});
   }
   return rows;
 }

@@ -17,6 +17,12 @@ std::string CheckDecimal(const std::string& text) {
   return isDecimal ? "" : "\"" + text + "\" is not a number of bytes";
 }
 
+// CLI11 itself takes 010 for eight here, too; hexadecimal is welcome.
+std::string CheckMask(const std::string& text) {
+  const bool isOctal = text.size() > 1 && text[0] == '0' && text[1] != 'x';
+  return isOctal ? "\"" + text + "\" is not a mask" : "";
+}
+
 void AddList(CLI::App& app) {
   app.add_subcommand("list", "Show the usable generators")->callback(RunList);
 }
@@ -48,13 +54,17 @@ void AddRead(CLI::App& app, ReadRequest& request) {
 
 void AddDefault(CLI::App& app, std::uint32_t& mask, std::string& name, std::string& hardwareId) {
   CLI::App* const show = app.add_subcommand("default", "Show or store the default generator");
-  show->add_option("--mask", mask,
-                   "The acceptable fallbacks when none is configured, added up: 1 bio, 2 bioqt, "
-                   "8 unixx11, 4 biokbd")
-      ->capture_default_str();
+  CLI::Option* const maskOption =
+      show->add_option(
+              "--mask", mask,
+              "The acceptable fallbacks when none is configured, added up: 1 bio, 2 bioqt, "
+              "8 unixx11, 4 biokbd")
+          ->capture_default_str()
+          ->check(CheckMask);
   CLI::App* const set = show->add_subcommand("set", "Store the default generator");
   set->add_option("NAME", name, "The generator, at most 17 characters; \"\" for none")->required();
   set->add_option("HARDWARE-ID", hardwareId, "The device to use, at most 17 characters");
+  set->excludes(maskOption);
   set->callback([&name, &hardwareId] { RunDefaultSet(name, hardwareId); });
   show->callback([show, &mask] {
     if (show->get_subcommands().empty()) RunDefault(mask);
@@ -93,6 +103,9 @@ int main(int count, char** arguments) {
     return refusal.status;
   } catch (const std::exception& error) {
     std::cerr << "rngctl: A plug-in or the system failed: " << error.what() << '\n';
+    return kNegativeAnswer;
+  } catch (...) {
+    std::cerr << "rngctl: A plug-in failed without saying why.\n";
     return kNegativeAnswer;
   }
 }

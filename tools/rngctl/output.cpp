@@ -13,10 +13,12 @@ namespace fs = std::filesystem;
 
 Output::Output(const std::string& path) : file(path), descriptor(STDOUT_FILENO) {
   if (file.empty()) return;
-  if (fs::exists(file) && !fs::is_regular_file(file)) {  // a device or a pipe
+  std::error_code unknown;                                                 // the opening will tell
+  if (fs::exists(file, unknown) && !fs::is_regular_file(file, unknown)) {  // a device or a pipe
     descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
   } else {
-    temporary = fs::weakly_canonical(file).string() + ".XXXXXX";
+    const fs::path place = fs::weakly_canonical(file, unknown);
+    temporary = (unknown ? file : place.string()) + ".XXXXXX";
     descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
     if (descriptor < 0) temporary.clear();
   }

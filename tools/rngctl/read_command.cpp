@@ -12,7 +12,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::uint64_t kPiece = 3 * 16384;  // a multiple of three, for base64
+// Multiples of three, for base64. The first is small, so that a slow source shows its progress, yet
+// holds any key, so that a user is asked once.
+constexpr std::uint64_t kFirstPiece = 3 * 256;
+constexpr std::uint64_t kLargestPiece = 3 * 16384;
+constexpr auto kQuick = std::chrono::milliseconds(100);
 
 // A bar on standard error, when that is a terminal and the work takes longer than a second.
 class Progress {
@@ -51,10 +55,9 @@ IRngProvider& FindRng(const std::string& name) {
 IRngProvider& FindDefaultRng() {
   DefaultRngInfo info;
   if (!GetDefaultRng(&info, 0)) {
-    throw Refusal(
-        kNegativeAnswer,
-        "No default generator is configured: name one, or store one with \"rngctl default "
-        "set\".");
+    throw Refusal(kNegativeAnswer,
+                  "There is no default generator; \"rngctl default\" tells why. Name one, or store "
+                  "one with \"rngctl default set\".");
   }
   IRngProvider& rng = FindRng(info.type);
   if (*info.hardwareId && !rng.SelectDevice(info.hardwareId)) {
@@ -76,14 +79,17 @@ void RunRead(const ReadRequest& request) {
                   "file.");
   }
   Progress progress(request.size);
-  std::vector<char> buffer(std::min(request.size, kPiece));
+  std::vector<char> buffer(kLargestPiece);
+  std::uint64_t piece = kFirstPiece;
   for (std::uint64_t done = 0; done < request.size;) {
-    const auto size = static_cast<std::size_t>(std::min(request.size - done, kPiece));
+    const auto size = static_cast<std::size_t>(std::min(request.size - done, piece));
+    const auto start = Clock::now();
     if (!rng.Generate(buffer.data(), size)) {
       throw Refusal(kNegativeAnswer, "The generator " +
                                          Quoted(ReadText(rng, &IRngProvider::GetName)) +
                                          " failed after " + std::to_string(done) + " bytes.");
     }
+    if (Clock::now() - start < kQuick) piece = std::min(2 * piece, kLargestPiece);
     output.Write(Encode({buffer.data(), size}, request.encoding));
     done += size;
     progress.Show(done);
