@@ -74,7 +74,8 @@ void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
                                        ": rng.ini could not be replaced, or has another section "
                                        "or key that comes first.");
   }
-  std::cout << "The default is now " << stored << ".\n";
+  std::cout << (name.empty() ? "No default is configured now.\n"
+                             : "The default is now " + stored + ".\n");
   if (!name.empty() && !GetRng(name.c_str())) {
     std::cerr << "Warning: no usable generator is called " << Quoted(name)
               << " now; it is stored all the same.\n";

@@ -75,6 +75,9 @@ int Run(int count, char** arguments) {
   CLI::App app("Lists random-number generators, draws from them, and keeps the default.", "rngctl");
   app.set_version_flag("--version", "rngctl " RNGCTL_VERSION);
   app.require_subcommand(1);
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return std::string("rngctl: ") + error.what() + "\nRun with --help for more information.\n";
+  });
   app.footer("Exit status: 0 done, 1 negative answer, 2 wrong usage.");
   ReadRequest request;
   std::uint32_t mask =

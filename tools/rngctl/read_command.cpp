@@ -14,8 +14,8 @@ using Clock = std::chrono::steady_clock;
 
 // Multiples of three, for base64. The first is small, so that a slow source shows its progress, yet
 // holds any key, so that a user is asked once.
-constexpr std::uint64_t kFirstPiece = 3 * 256;
-constexpr std::uint64_t kLargestPiece = 3 * 16384;
+constexpr std::uint64_t kFirstPiece = 3UL * 256;
+constexpr std::uint64_t kLargestPiece = 3UL * 16384;
 constexpr auto kQuick = std::chrono::milliseconds(100);
 
 // A bar on standard error, when that is a terminal and the work takes longer than a second.
@@ -55,16 +55,21 @@ IRngProvider& FindRng(const std::string& name) {
 IRngProvider& FindDefaultRng() {
   DefaultRngInfo info;
   if (!GetDefaultRng(&info, 0)) {
-    throw Refusal(kNegativeAnswer,
-                  "There is no default generator; \"rngctl default\" tells why. Name one, or store "
-                  "one with \"rngctl default set\".");
+    throw Refusal(
+        kNegativeAnswer,
+        "No default generator is configured that can be used. Name one, or store one with "
+        "\"rngctl default set\".");
   }
-  IRngProvider& rng = FindRng(info.type);
-  if (*info.hardwareId && !rng.SelectDevice(info.hardwareId)) {
+  IRngProvider* const rng = GetRng(info.type);
+  if (!rng) {
+    throw Refusal(kNegativeAnswer,
+                  "The configured default generator " + Quoted(info.type) + " is not usable now.");
+  }
+  if (*info.hardwareId && !rng->SelectDevice(info.hardwareId)) {
     throw Refusal(kNegativeAnswer, "The default generator " + Quoted(info.type) +
                                        " has no device " + Quoted(info.hardwareId) + ".");
   }
-  return rng;
+  return *rng;
 }
 
 }  // namespace
