@@ -16,7 +16,7 @@ void LayOutTree();
 /// Puts a fake plug-in of a kind where the library finds it.
 void InstallPlugin(const std::string& kind, const std::string& variant = "scripted");
 void InstallPlugins(std::initializer_list<std::string> kinds);
-void InstallAllPlugins();
+void InstallAllPlugins(const std::string& variant = "scripted");
 
 /// Replaces the X library: "whole", "refusing" (no display), "no_open", "no_close", or "absent".
 void InstallX11(const std::string& variant);
