@@ -21,19 +21,6 @@ namespace fs = std::filesystem;
 constexpr char kUntouched = '\x5A';
 constexpr std::size_t kRoomBehind = 64;  // behind the entries that a list may fill
 
-const std::map<std::string, std::string> kFiles = {{"bioqt", "librngbioqt.so"},
-                                                   {"unixx11", "librngbiox11.so"},
-                                                   {"dsdr", "librngdsdr.so"},
-                                                   {"accord", "librngaccord.so"},
-                                                   {"sobol", "librngsobol.so"},
-                                                   {"JacartaGost", "librngjacartagost.so"},
-                                                   {"Rutoken", "librngrutoken.so"},
-                                                   {"EsmartGost", "librngesmartgost.so"},
-                                                   {"biokbd", "librngbiokb.so"},
-                                                   {"unixdev", "librngunixdev.so"},
-                                                   {"grandmaster", "librnggrandmaster.so"},
-                                                   {"biocore", "librngbiocore.so"}};
-
 // Links, because copies would take most of the time of a sequence.
 void Put(const std::string& folder, const std::string& variant, const std::string& file) {
   const fs::path target = TreePath("lib/" + file);
@@ -117,7 +104,7 @@ void HostSettings::Note(const char* what, const char* text) {
 
 Real::Real() {
   for (const std::string& kind : kKinds) {
-    Put("fake_plugins", "missing", kFiles.at(kind));
+    Put("fake_plugins", "missing", LibraryFileOf(kind));
     Fake(kind) = FakeRng{};
     Fake(kind).name = kind;
     SetHooks(kind);
@@ -177,7 +164,7 @@ bool Real::Arrange(const Step& step) {
   const std::string& what = step[0];
   const std::string& which = step[1];
   const bool isOn = step.back() == "1";
-  if (what == "plug") Put("fake_plugins", step[2], kFiles.at(which));
+  if (what == "plug") Put("fake_plugins", step[2], LibraryFileOf(which));
   if (what == "null") Fake(which).factoryGivesNull = isOn;
   if (what == "available") Fake(which).isAvailable = isOn;
   if (what == "flags") Fake(which).flags = DecodeMask(step[2]);

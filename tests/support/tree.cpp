@@ -48,9 +48,11 @@ void LayOutTree() {
   InstallKnownPath("whole");
 }
 
+const std::string& LibraryFileOf(const std::string& kind) { return kLibraryFiles.at(kind); }
+
 void InstallPlugin(const std::string& kind, const std::string& variant) {
   if (std::getenv("RNG_TEST_WITHOUT_PLUGINS")) return;  // a suite that passes then tests nothing
-  const std::string& file = kLibraryFiles.at(kind);
+  const std::string& file = LibraryFileOf(kind);
   Install(fs::path(FAKES_DIR) / "fake_plugins" / variant / file, file);
 }
 

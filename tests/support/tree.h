@@ -13,6 +13,9 @@ std::string TreePath(const std::string& relative);
 /// Lays out the tree: the library, an X library that finds no display, a known-path service.
 void LayOutTree();
 
+/// The file name of a kind's plug-in, from a table of the tests' own.
+const std::string& LibraryFileOf(const std::string& kind);
+
 /// Puts a fake plug-in of a kind where the library finds it.
 void InstallPlugin(const std::string& kind, const std::string& variant = "scripted");
 void InstallPlugins(std::initializer_list<std::string> kinds);
