@@ -175,6 +175,8 @@ TEST_F(ShutDownThrowing, NextStartAddsToWhatIsLeftAndItsStopEndsAll) {
   ClearCallLog();
   library.Initialize(&settings);
   EXPECT_THAT(library.LoadedNames(), ElementsAre("accord", "sobol", "dsdr", "accord", "sobol"));
+  EXPECT_NE(nullptr, library.GetRng("dsdr"));  // found behind the first one's empty place
+  EXPECT_EQ(nullptr, library.GetRng(""));
   ClearCallLog();
   library.ShutDown();
   EXPECT_EQ(

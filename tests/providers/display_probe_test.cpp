@@ -67,6 +67,8 @@ INSTANTIATE_TEST_SUITE_P(
     Library, DisplayProbe,
     testing::Values(Probe{"whole", true,
                           "x11.opened x11.XOpenDisplay x11.XCloseDisplay x11.closed"},
+                    Probe{"unresolved_function", true,
+                          "x11.opened x11.XOpenDisplay x11.XCloseDisplay x11.closed"},
                     Probe{"refusing", false, "x11.opened x11.XOpenDisplay x11.closed"},
                     Probe{"no_open", false, "x11.opened x11.closed"},
                     // the connection is left open

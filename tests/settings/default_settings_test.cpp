@@ -335,7 +335,7 @@ TEST_F(DefaultSettings, AnswerWithoutATerminatorEndsWithTheBuffer) {
   KnownPath().fillsBuffer = true;
   fs::create_directory(TreePath("here"));
   fs::current_path(TreePath("here"));
-  EXPECT_EQ(std::string(256, 'x') + "/dsdr.bin", settings.GetDsdrFilePath());
+  EXPECT_EQ(std::string(256, 'x').append("/dsdr.bin"), settings.GetDsdrFilePath());
   EXPECT_EQ(nullptr, settings.GetType());
   EXPECT_EQ(nullptr, settings.GetHardwareId());
   EXPECT_FALSE(settings.SetType("dsdr"));  // relative

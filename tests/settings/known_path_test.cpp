@@ -67,6 +67,12 @@ TEST(KnownPath, LibraryIsLookedForAtEveryUse) {
   EXPECT_EQ("dsdr\n", StoredType(TreePath("etc")));
 }
 
+TEST(KnownPath, LibraryMayLackWhatOnlyItsOtherFunctionsNeed) {
+  InstallKnownPath("unresolved_function");
+  const AggregatorLibrary library;
+  EXPECT_EQ(TreePath("share/dsdr.bin"), library.GetDefaultSettings()->GetDsdrFilePath());
+}
+
 // --- A failed lookup: there is no falling back to the fixed directories
 
 TEST(KnownPath, RefusedDataDirectoryIsAFailedLookup) {
