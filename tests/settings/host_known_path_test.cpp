@@ -2,6 +2,7 @@
 // in the tree as well, and would answer otherwise.
 
 #include "tests/support/aggregator_library.h"
+#include "tests/support/allocation.h"
 #include "tests/support/fakes.h"
 #include "tests/support/tree.h"
 
@@ -9,11 +10,13 @@
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <new>
 #include <unistd.h>
 #include <vector>
 
 static std::int32_t g_result = 0;
 static std::string g_ending;
+static bool g_memoryEnds = false;
 static std::vector<std::string> g_examined;
 
 // Stands before the C library's, for the library under test as well.
@@ -32,6 +35,7 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
   const std::string directory = TreePath("host") + std::to_string(id) + g_ending;
   std::memcpy(buffer, directory.c_str(), directory.size() + 1);
   *size = directory.size() - 1;  // of no interest: the text's length is measured
+  if (g_memoryEnds) FailAllocation(1);
   return g_result;
 }
 
@@ -89,4 +93,12 @@ TEST(HostKnownPath, SeparatorIsAddedToADirectoryThatEndsWithOne) {
   EXPECT_TRUE(library.GetDefaultSettings()->SetType("dsdr"));
   ASSERT_FALSE(g_examined.empty());
   EXPECT_EQ(TreePath("host2//rng.ini"), g_examined.front());
+}
+
+TEST(HostKnownPath, ExhaustedMemoryReachesTheCallerAndNothingIsKept) {
+  const AggregatorLibrary library;
+  g_memoryEnds = true;
+  EXPECT_THROW(library.GetDefaultSettings()->GetDsdrFilePath(), std::bad_alloc);
+  g_memoryEnds = false;
+  EXPECT_EQ(TreePath("host0/dsdr.bin"), library.GetDefaultSettings()->GetDsdrFilePath());
 }

@@ -1,11 +1,13 @@
 // The service in a library of its own, or none at all.
 
 #include "tests/support/aggregator_library.h"
+#include "tests/support/allocation.h"
 #include "tests/support/fakes.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <new>
 
 namespace fs = std::filesystem;
 
@@ -102,6 +104,14 @@ TEST(KnownPath, DataDirectoryIsFixedWhereTheLibraryCannotBeOpened) {
   const AggregatorLibrary library;
   EXPECT_STREQ(kFixedDataFile, library.GetDefaultSettings()->GetDsdrFilePath());
   EXPECT_FALSE(IsMapped(kService));
+}
+
+TEST(KnownPath, ExhaustedMemoryAtTheFixedDirectoryReachesTheCaller) {
+  RemoveService();
+  const AggregatorLibrary library;
+  FailAllocation(1);
+  EXPECT_THROW(library.GetDefaultSettings()->GetDsdrFilePath(), std::bad_alloc);
+  EXPECT_STREQ(kFixedDataFile, library.GetDefaultSettings()->GetDsdrFilePath());
 }
 
 TEST(KnownPath, FixedDataFilePathIsKept) {
