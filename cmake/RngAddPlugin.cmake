@@ -1,0 +1,61 @@
+# rng_add_plugin(KIND SOURCES file...)
+#
+# Adds the plug-in of one kind of generator, for example rng_add_plugin(Rutoken SOURCES token.cpp): a
+# module of the file name under which the library looks for that kind. The target is called like the
+# file without "lib" and ".so", here rngrutoken. The sources define the kind's factory.
+#
+# The module shows nothing but the factory, so that plug-ins in one process do not mix. It is linked
+# only when no function is missing: the library opens plug-ins lazily, so the process would end at
+# the first call of one. And nothing in it keeps it in the process when it is closed.
+function(rng_add_plugin kind)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" SOURCES)
+  if(NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "Write rng_add_plugin(KIND SOURCES file...), with one file at least.")
+  endif()
+  rng_look_up_kind("${kind}" target factory)
+  set(exports ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
+  file(CONFIGURE OUTPUT ${exports} CONTENT "{\n  global: ${factory};\n  local: *;\n};\n")
+
+  add_library(${target} MODULE ${arg_SOURCES})
+  target_link_libraries(${target} PRIVATE RngAggregator::plugin)
+  # GNU-unique symbols would keep the module in the process.
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
+  target_link_options(${target} PRIVATE
+    -Wl,--version-script=${exports}
+    -Wl,--require-defined=${factory}  # a misspelt one would be missed by nobody but the library
+    -Wl,-z,defs,-z,now)
+  set_target_properties(${target} PROPERTIES
+    C_VISIBILITY_PRESET hidden
+    CXX_VISIBILITY_PRESET hidden
+    LINK_DEPENDS ${exports})
+endfunction()
+
+# rng_look_up_kind(KIND TARGET FACTORY): sets the two variables to what belongs to the kind.
+function(rng_look_up_kind kind target_variable factory_variable)
+  # Kind, file and factory follow no rule: each is written out, none is derived.
+  set(rows
+    "bioqt       rngbioqt       GetBioQtRng"
+    "unixx11     rngbiox11      GetBioX11Rng"
+    "dsdr        rngdsdr        GetDsdrRng"
+    "accord      rngaccord      GetAccordRng"
+    "sobol       rngsobol       GetSobolRng"
+    "JacartaGost rngjacartagost GetJacartaGostRng"
+    "Rutoken     rngrutoken     GetRuTokenRng"
+    "EsmartGost  rngesmartgost  GetEsmartGostRng"
+    "biokbd      rngbiokb       GetBioKbRng"
+    "unixdev     rngunixdev     GetUnixDevRng"
+    "grandmaster rnggrandmaster GetGrandmasterRng"
+    "biocore     rngbiocore     GetBioCoreRng")
+  foreach(row IN LISTS rows)
+    separate_arguments(fields UNIX_COMMAND "${row}")
+    list(POP_FRONT fields known target factory)
+    if(kind STREQUAL known)
+      set(${target_variable} ${target} PARENT_SCOPE)
+      set(${factory_variable} ${factory} PARENT_SCOPE)
+      return()
+    endif()
+    list(APPEND kinds ${known})
+  endforeach()
+  list(JOIN kinds ", " kinds)
+  message(FATAL_ERROR "There is no kind \"${kind}\" of generator. The kinds are: ${kinds}.")
+endfunction()

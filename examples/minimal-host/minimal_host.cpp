@@ -1,0 +1,57 @@
+// Draws 32 random bytes from the default generator, or without a default from the first one that is
+// usable, and prints them in hexadecimal.
+
+#include <cstdio>
+#include <exception>
+#include <vector>
+
+#include <rngaggregator/aggregator.h>
+
+namespace {
+
+IRngProvider* FindFirst() {
+  constexpr std::uint32_t kAnyCapability = 0xFFFFFFFF;
+  const std::int32_t count = GetAvailableRng(nullptr, kAnyCapability);
+  std::vector<IRngProvider*> all(static_cast<std::size_t>(count));
+  GetAvailableRng(all.data(), kAnyCapability);
+  if (!all.empty()) return all.front();
+  std::fputs("No generator is usable.\n", stderr);
+  return nullptr;
+}
+
+// A default that is configured is the user's choice: without it, another would be a wrong answer.
+IRngProvider* FindRng() {
+  DefaultRngInfo choice;
+  if (!GetDefaultRng(&choice, 0)) return FindFirst();
+  IRngProvider* const rng = GetRng(choice.type);
+  if (rng && rng->SelectDevice(choice.hardwareId)) return rng;
+  std::fprintf(stderr, "The default generator \"%s\" is not usable now.\n", choice.type);
+  return nullptr;
+}
+
+int PrintRandomBytes() {
+  IRngProvider* const rng = FindRng();
+  if (!rng) return 1;
+  unsigned char bytes[32];
+  if (!rng->Generate(bytes, sizeof bytes)) {
+    std::fputs("The generator failed.\n", stderr);
+    return 1;
+  }
+  for (const unsigned char byte : bytes) std::printf("%02x", byte);
+  std::puts("");
+  return 0;
+}
+
+}  // namespace
+
+int main() {
+  int status = 1;
+  try {
+    Initialize(GetDefaultSettings());
+    status = PrintRandomBytes();
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "A plug-in failed: %s\n", failure.what());
+  }
+  ShutDown();  // also after a start that threw: the count is raised all the same
+  return status;
+}

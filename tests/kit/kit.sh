@@ -1,0 +1,183 @@
+#!/bin/sh
+# kit.sh CASE SOURCE BUILD: installs the build into a new folder, moves that to another place, and
+# uses it there as a stranger does. Prints what is wrong and fails.
+set -eu
+LC_ALL=C
+export LC_ALL
+unset DISPLAY LD_LIBRARY_PATH DESTDIR CMAKE_PREFIX_PATH CXXFLAGS LDFLAGS
+
+case=$1
+source=$2
+build=$3
+fact=$source/tests/abi/binary_fact.sh
+
+room=$(mktemp -d)
+trap 'rm -rf "$room"' EXIT
+P=$room/moved
+export P
+
+fail() {
+  echo "$*"
+  exit 1
+}
+
+install_and_move() {
+  cmake --install "$build" --prefix "$room/installed" >/dev/null
+  mv "$room/installed" "$P"
+  # The default generator is the case's own affair, not the machine's.
+  cp "$build/tests/fake_libs/known_path/whole/libcrypt_known_path.so" "$P/lib"
+  export RNG_TEST_TREE="$P"
+}
+
+# run_block README N: the commands of its Nth block, as they are written.
+run_block() {
+  commands=$(awk -v wanted="$2" '
+    /^```sh$/ { ++block; next }
+    /^```$/ { ++block; next }
+    block == 2 * wanted - 1' "$1")
+  [ -n "$commands" ] || fail "$1 has no block $2"
+  sh -euc "$commands" >"$room/log" 2>&1 || fail "$1, block $2: $(cat "$room/log")"
+}
+
+# use_example NAME BLOCK: builds a copy of it, and leaves in $room/log what it said.
+use_example() {
+  cp -r "$source/examples/$1" "$room/$1"
+  cd "$room/$1"
+  run_block README.md "$2"
+}
+
+exports_alone() { # FUNCTION FILE
+  echo "T $1" >"$room/symbols"
+  "$fact" exports "$2" "$room/symbols"
+}
+
+# The examples, built by the given block of their READMEs. The host finds nothing but the plug-in.
+examples_work() {
+  rm "$P/lib/librngunixdev.so"
+  use_example minimal-plugin "$1"
+  exports_alone GetGrandmasterRng "$P/lib/librnggrandmaster.so"
+  run_block README.md 3
+  grep -q '^grandmaster  no  *operating-system  A first plug-in$' "$room/log" ||
+    fail "rngctl: $(cat "$room/log")"
+  use_example minimal-host "$1"
+  tail -n 1 "$room/log" | grep -qE '^[0-9a-f]{64}$' || fail "host: $(cat "$room/log")"
+}
+
+# host_says SENTENCE: the host built before fails with exactly that.
+host_says() {
+  status=0
+  "$room/minimal-host/minimal_host" >"$room/log" 2>&1 || status=$?
+  [ $status = 1 ] && [ "$(cat "$room/log")" = "$1" ] || fail "$status: $(cat "$room/log")"
+}
+
+# begin_project LANGUAGES: a project that finds the package. What follows is appended to it.
+begin_project() {
+  mkdir "$room/project"
+  cd "$room/project"
+  cat >CMakeLists.txt <<PROJECT
+cmake_minimum_required(VERSION 3.25)
+project(stranger LANGUAGES $1)
+find_package(RngAggregator 1 REQUIRED)
+PROJECT
+}
+
+configure() { cmake -S . -B build -DCMAKE_PREFIX_PATH="$P" >"$room/log" 2>&1; }
+
+# configuring_says SENTENCE: it fails with that, however CMake breaks the lines.
+configuring_says() {
+  configure && fail "was configured"
+  tr -s ' \n' ' ' <"$room/log" | grep -qF "$1" || fail "$(cat "$room/log")"
+}
+
+write_plugin() { # FILE FACTORY
+  cat >"$1" <<SOURCE
+#include <rngaggregator/provider.h>
+// Without the right options these would be seen from outside, and the variable be GNU-unique.
+int Unmarked() { return 0; }
+__attribute__((visibility("default"))) inline int& Counter() { static int count; return ++count; }
+__attribute__((visibility("default"))) int Stray() { return Counter(); }
+extern "C" __attribute__((visibility("default"))) IRngProvider* $2() { return nullptr; }
+SOURCE
+}
+
+for_each_kind() { # FUNCTION: called with kind, file and factory
+  while read -r kind file factory; do "$1" "$kind" "$file" "$factory"; done <"$room/rows"
+}
+
+add_kind() {
+  write_plugin "$1.cpp" "$3"
+  echo "rng_add_plugin($1 SOURCES $1.cpp)" >>CMakeLists.txt
+}
+
+check_kind() {
+  [ -f "build/$2" ] || fail "$1: there is no $2"
+  exports_alone "$3" "build/$2"
+  "$fact" binds_at_load "build/$2"
+  # The linker hides everything in any case; the compiler is to know of it.
+  target=${2#lib}
+  object=build/CMakeFiles/${target%.so}.dir/$1.cpp.o
+  "$fact" no_unique_symbols "$object"
+  readelf -sW "$object" | grep -q 'HIDDEN .*Unmarked' || fail "$1: not compiled as hidden"
+}
+
+install_and_move
+"$build/tests/kit/catalogue_rows" >"$room/rows"
+[ "$(wc -l <"$room/rows")" = 12 ] || fail "rows: $(cat "$room/rows")"
+
+case $case in
+  PackageNamesNoPlaceOfItsBuild)
+    cd "$P/lib"
+    cat cmake/RngAggregator/RngAggregatorConfig.cmake pkgconfig/rngaggregator.pc >/dev/null
+    if grep -rF -e "$source" -e "$build" -e "$room" cmake pkgconfig; then fail "see above"; fi
+    ;;
+  PackageServesItsMajorVersionAlone)
+    begin_project NONE
+    configure || fail "$(cat "$room/log")"
+    sed -i 's/RngAggregator 1/RngAggregator 0.9/' CMakeLists.txt
+    configuring_says 'compatible with requested version "0.9"'
+    ;;
+  ExamplesBuildWithCMake) examples_work 1 ;;
+  ExamplesBuildWithPkgConfig) examples_work 2 ;;
+  HostSaysWhatItLacks)
+    use_example minimal-host 2
+    "$P/bin/rngctl" default set grandmaster >/dev/null 2>&1
+    host_says 'The default generator "grandmaster" is not usable now.'
+    "$P/bin/rngctl" default set "" >/dev/null
+    rm "$P"/lib/librngunixdev.so
+    host_says 'No generator is usable.'
+    ;;
+  EveryKindGetsItsFileAndFactory)
+    begin_project CXX
+    for_each_kind add_kind
+    { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
+    for_each_kind check_kind
+    ;;
+  MissingFunctionIsAnError) # a misspelt factory, or one that another library was to bring
+    begin_project CXX
+    write_plugin sobol.cpp GetSobolRgn
+    write_plugin dsdr.cpp GetDsdrRng
+    echo 'int Missing(); int Needs() { return Missing(); }' >>dsdr.cpp
+    echo 'rng_add_plugin(sobol SOURCES sobol.cpp)' >>CMakeLists.txt
+    echo 'rng_add_plugin(dsdr SOURCES dsdr.cpp)' >>CMakeLists.txt
+    configure || fail "$(cat "$room/log")"
+    for target in rngsobol:GetSobolRng rngdsdr:Missing; do
+      cmake --build build --target ${target%:*} >"$room/log" 2>&1 && fail "$target was linked"
+      grep -q "${target#*:}" "$room/log" || fail "$target: $(cat "$room/log")"
+    done
+    ;;
+  WrongKindIsAnErrorThatNamesTheKinds)
+    kinds=$(awk '{ printf "%s%s", separator, $1; separator = ", " }' "$room/rows")
+    for kind in bio Grandmaster rngsobol ""; do
+      begin_project NONE
+      echo "rng_add_plugin(\"$kind\" SOURCES my.cpp)" >>CMakeLists.txt
+      configuring_says "There is no kind \"$kind\" of generator. The kinds are: $kinds."
+      rm -r "$room/project"
+    done
+    ;;
+  ForgottenKeywordIsAnError)
+    begin_project NONE
+    echo 'rng_add_plugin(sobol my.cpp)' >>CMakeLists.txt
+    configuring_says 'Write rng_add_plugin(KIND SOURCES file...)'
+    ;;
+  *) fail "unknown case: $case" ;;
+esac
