@@ -2,21 +2,21 @@
 
 #include <cstring>
 #include <memory>
-#include <string_view>
 
 #include <rngaggregator/aggregator.h>
 
 namespace {
 
 // Whether `provider` now reports `name`. One that reports none answers to the empty name.
-bool ReportsName(IRngProvider* provider, std::string_view name) {
+bool ReportsName(IRngProvider* provider, const char* name) {
   const std::int32_t size = provider ? provider->GetName(nullptr) : 0;
-  if (size == 0) return name.empty();
+  if (size == 0) return !*name;
   // A negative size is refused by the allocation.
   const std::size_t length = static_cast<std::size_t>(size);
   const auto buffer = std::make_unique<char[]>(length);
-  if (provider->GetName(buffer.get()) != size) return name.empty();
-  return name == std::string_view(buffer.get(), ::strnlen(buffer.get(), length));
+  if (provider->GetName(buffer.get()) != size) return !*name;
+  // Without a terminator the text ends with the buffer, and a longer name is another one.
+  return std::strncmp(name, buffer.get(), length) == 0 && std::strlen(name) <= length;
 }
 
 }  // namespace

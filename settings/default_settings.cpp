@@ -4,6 +4,8 @@
 #include "settings/known_path.h"
 #include "settings/profile_file.h"
 
+#include <utility>
+
 namespace {
 
 constexpr char kSection[] = "Devices";
@@ -17,8 +19,8 @@ std::string GetDataDirectory() { return FindDataDirectory().value_or(""); }
 // The path of rng.ini, empty when its directory cannot be found. The separator is always added:
 // directories are taken as the service gives them.
 std::string GetSettingsFilePath() {
-  const auto directory = FindSettingsDirectory();
-  return directory ? *directory + "/rng.ini" : "";
+  auto directory = FindSettingsDirectory();
+  return directory ? *std::move(directory) + "/rng.ini" : "";
 }
 
 // Reads the value of `key`, which lives in `last` afterwards.

@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr char kTemporarySuffix[] = ".tmp";
 constexpr std::size_t kBufferSize = 512;
 constexpr std::size_t kLongestLine = kBufferSize - 1;
 
@@ -91,7 +92,9 @@ int WriteNewFile(const char* path, const char* header, const Entry& entry) {
 
 int WriteProfileString(const char* section, const char* key, const char* value, const char* path) {
   if (!path || !key || !section) return 0;
-  const std::string temporaryPath = std::string(path) + ".tmp";
+  std::string temporaryPath;
+  temporaryPath.reserve(std::strlen(path) + sizeof kTemporarySuffix);
+  temporaryPath.append(path).append(kTemporarySuffix);
   const Entry entry{key, value ? value : ""};
   if (std::strlen(section) + 2 > kLongestLine) return 0;
   Line header = {};
