@@ -32,10 +32,10 @@ static_assert(sizeof(DefaultRngInfo) == 36, "the record is part of the binary co
 
 /// The kinds that `GetDefaultRng` may fall back to, as bits of its mask. They are tried in the
 /// order in which they stand here. (They are not capability bits: see `GetAvailableRng` for those.)
-constexpr std::uint32_t kDefaultFallbackBio = 1;
-constexpr std::uint32_t kDefaultFallbackBioQt = 2;
-constexpr std::uint32_t kDefaultFallbackBioX11 = 8;
-constexpr std::uint32_t kDefaultFallbackBioKb = 4;
+constexpr std::uint32_t kDefaultFallbackBio = 1;     ///< "bio", if it is loaded
+constexpr std::uint32_t kDefaultFallbackBioQt = 2;   ///< "bioqt", if it is loaded
+constexpr std::uint32_t kDefaultFallbackBioX11 = 8;  ///< "unixx11", if it is loaded
+constexpr std::uint32_t kDefaultFallbackBioKb = 4;   ///< "biokbd", loaded or not
 
 #pragma GCC visibility push(default)
 extern "C" {

@@ -1,0 +1,17 @@
+#ifndef BENCHMARKS_MACHINE_FOLDER_H
+#define BENCHMARKS_MACHINE_FOLDER_H
+
+#include <filesystem>
+
+/// A new folder, gone with what is in it at the end of its life.
+class Folder {
+ public:
+  explicit Folder(const std::filesystem::path& parent);
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  ~Folder();
+
+  const std::filesystem::path path;
+};
+
+#endif

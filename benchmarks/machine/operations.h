@@ -1,0 +1,43 @@
+#ifndef BENCHMARKS_MACHINE_OPERATIONS_H
+#define BENCHMARKS_MACHINE_OPERATIONS_H
+
+#include "benchmarks/machine/machine.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// What is measured, with either library. It throws when it has not the result that it must have,
+/// so that nothing is measured that does not work.
+struct Operation {
+  const char* name;
+  int plugins;
+  long profileLines;
+  bool isStarted;  ///< prepared by a start, which stays outside of the measurement
+
+  /// One run; `library` is null for the operation that opens it.
+  void (*run)(const Machine& machine, const OpenLibrary* library);
+};
+
+const std::vector<Operation>& AllOperations();
+const Operation& FindOperation(const std::string& name);  ///< throws when there is none
+
+/// An operation made ready on a machine of its own.
+class ReadyOperation {
+ public:
+  ReadyOperation(Machine::Library library, const Operation& operation);
+  ReadyOperation(const ReadyOperation&) = delete;
+  ReadyOperation& operator=(const ReadyOperation&) = delete;
+  ~ReadyOperation();
+
+  void Run() const { operation.run(machine, library.get()); }
+  const Machine& GetMachine() const { return machine; }
+
+ private:
+  const Operation operation;
+  const Machine machine;
+  std::unique_ptr<OpenLibrary> library;
+};
+
+#endif

@@ -1,0 +1,129 @@
+#!/usr/bin/python3
+"""report.py RESULTS NOT_INSTALLED PICTURE: a table of what the benchmarks measured, and a picture.
+
+RESULTS is Google Benchmark's JSON. Every ratio is the median over all rounds, with its quartiles: of
+what is measured to the bare loop beside it, in processor time.
+"""
+
+import json
+import sys
+
+import matplotlib
+
+matplotlib.use("svg")
+import matplotlib.pyplot as plt  # noqa: E402: after the choice of the output
+
+TITLES = {
+    "library": "The library, against the bare loop that makes the same calls",
+    "plain": "The library, against plain read and write over one buffer",
+    "read": "Reading one value from a profile file, against fopen and fgets",
+    "write": "Rewriting a profile file, against fopen, getc and fprintf",
+    "modules": "Starting and stopping twelve modules, against dlopen, dlsym and dlclose",
+    "growth": "Growth",
+}
+
+
+def load(path):
+    """The benchmarks as (group, rest of the name, figures)."""
+    with open(path, encoding="utf-8") as file:
+        results = json.load(file)["benchmarks"]
+    for result in results:
+        if result.get("error_occurred"):
+            sys.exit(f"{result['name']}: {result['error_message']}")
+        group, rest = result["name"].split("/iterations:")[0].split("/", 1)
+        yield group, rest, result
+
+
+def print_table(results):
+    row = "  {:<28}{:>9}{:>9}{:>9}{:>14}{:>14}"
+    for group, title in TITLES.items():
+        print(f"\n{title}")
+        print(row.format("", "ratio", "quarter", "3/4", "measured, us", "bare, us"))
+        for name, figures in results[group]:
+            if "ratio" not in figures:
+                continue
+            ratios = (f"{figures[key]:.3f}" for key in ("ratio", "ratio_q1", "ratio_q3"))
+            times = (f"{figures[key] / 1000:.3f}" for key in ("measured_ns", "bare_ns"))
+            print(row.format(name, *ratios, *times))
+
+
+def resident(results):
+    """Restarts and the resident memory after them, in KiB."""
+    for name, figures in results["growth"]:
+        if name == "Restart":
+            prefix = "resident_KiB_"
+            return sorted((int(key[len(prefix):]), value)
+                          for key, value in figures.items() if key.startswith(prefix))
+    sys.exit("the restarts were not measured")
+
+
+def print_restarts(results):
+    print("\nResident memory after that many restarts with twelve plug-ins, in KiB")
+    for restarts, size in resident(results):
+        print(f"  {restarts:<28}{size:>9.0f}")
+
+
+def draw_ratios(axes, group, rows):
+    rows = [(name, figures) for name, figures in rows if "ratio" in figures][::-1]
+    middle = [figures["ratio"] for _, figures in rows]
+    low = [figures["ratio"] - figures["ratio_q1"] for _, figures in rows]
+    high = [figures["ratio_q3"] - figures["ratio"] for _, figures in rows]
+    axes.errorbar(middle, range(len(rows)), xerr=[low, high], fmt="o", markersize=3, capsize=2)
+    axes.set_yticks(range(len(rows)), [name for name, _ in rows], fontsize=7)
+    axes.axvline(1, color="gray", linewidth=0.5)
+    if max(middle, default=1) > 5:
+        axes.set_xscale("log")
+    axes.set_title(TITLES[group], fontsize=8)
+
+
+def draw_growth(axes, results, operation, label, is_log):
+    points = sorted((int(name.split("/")[1]), figures)
+                    for name, figures in results["growth"] if name.startswith(operation + "/"))
+    sizes = [size for size, _ in points]
+    for key, side in (("measured_ns", "library"), ("bare_ns", "bare loop")):
+        axes.plot(sizes, [figures[key] / 1000 for _, figures in points],
+                  marker=".", linewidth=0.8, label=side)
+    if is_log:
+        axes.set_xscale("log")
+        axes.set_yscale("log")
+    else:
+        axes.set_ylim(bottom=0)
+    axes.set_title(f"{operation}, microseconds by {label}", fontsize=8)
+    axes.legend(fontsize=7)
+
+
+def draw_restarts(axes, results):
+    counts, sizes = zip(*resident(results))
+    axes.plot(counts, sizes, marker=".", linewidth=0.8)
+    axes.set_xscale("log")
+    axes.set_ylim(0, 1.2 * max(sizes))
+    axes.set_title("Resident memory, KiB by restarts", fontsize=8)
+
+
+def draw(results, path):
+    figure, axes = plt.subplots(3, 3, figsize=(15, 12), layout="constrained")
+    places = axes.flat
+    for group in ("library", "plain", "read", "write", "modules"):
+        draw_ratios(next(places), group, results[group])
+    draw_growth(next(places), results, "StartAndStop", "plug-ins", False)
+    draw_growth(next(places), results, "GetType", "lines of the file", True)
+    draw_growth(next(places), results, "SetType", "lines of the file", True)
+    draw_restarts(next(places), results)
+    figure.savefig(path)
+
+
+def main():
+    results_path, missing_path, picture_path = sys.argv[1:]
+    results = {group: [] for group in TITLES}
+    for group, name, figures in load(results_path):
+        results[group].append((name, figures))
+    print_table(results)
+    print_restarts(results)
+    with open(missing_path, encoding="utf-8") as file:
+        missing = file.read().split()
+    print(f"\nNot measured, because not installed: {', '.join(missing) or 'nothing'}")
+    draw(results, picture_path)
+    print(f"Picture: {picture_path}")
+
+
+main()

@@ -1,0 +1,88 @@
+#include "benchmarks/timing/alternation.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <ctime>
+#include <vector>
+
+namespace {
+
+constexpr int kRounds = 61;
+constexpr double kBatchSeconds = 0.004;  // long against the clock's own cost
+
+double ProcessorSeconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+double TimeBatch(const Side& side, long runs) {
+  if (side.prepare) side.prepare();
+  const double begin = ProcessorSeconds();
+  for (long run = 0; run < runs; ++run) side.run();
+  return (ProcessorSeconds() - begin) / static_cast<double>(runs);
+}
+
+// How near to the end of a page its text lies decides by some percent how fast a string function is.
+// So the stack begins elsewhere in each round.
+__attribute__((noinline)) double TimeBatchElsewhere(const Side& side, long runs,
+                                                    std::size_t round) {
+  void* const room = __builtin_alloca(1 + round * 208 % 4096);
+  asm volatile("" : : "r"(room) : "memory");  // or the compiler would leave it out
+  return TimeBatch(side, runs);
+}
+
+// As many runs as fill a batch, found with caches already warm.
+long FindBatch(const Side& side) {
+  long runs = 1;
+  while (TimeBatch(side, runs) * static_cast<double>(runs) < kBatchSeconds / 2) runs *= 2;
+  return runs;
+}
+
+double Quantile(std::vector<double> values, double part) {
+  std::sort(values.begin(), values.end());
+  return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1))];
+}
+
+struct Samples {
+  std::vector<double> ratios;
+  std::vector<double> measured;
+  std::vector<double> bare;
+};
+
+// Each goes first in every other round, so that neither gains by its place.
+void AddRound(const Pair& pair, long measuredRuns, long bareRuns, Samples& samples) {
+  const std::size_t round = samples.ratios.size();
+  const bool isBareFirst = round % 2 == 0;
+  double bare = isBareFirst ? TimeBatchElsewhere(pair.bare, bareRuns, round) : 0;
+  const double measured = TimeBatchElsewhere(pair.measured, measuredRuns, round);
+  if (!isBareFirst) bare = TimeBatchElsewhere(pair.bare, bareRuns, round);
+  samples.ratios.push_back(measured / bare);
+  samples.measured.push_back(measured);
+  samples.bare.push_back(bare);
+}
+
+void Alternate(benchmark::State& state, const std::function<Pair()>& make) {
+  const Pair pair = make();
+  const long measuredRuns = FindBatch(pair.measured);
+  const long bareRuns = FindBatch(pair.bare);
+  Samples samples;
+  for (auto _ : state) {
+    AddRound(pair, measuredRuns, bareRuns, samples);
+    state.SetIterationTime(samples.measured.back());
+  }
+  state.counters["ratio_q1"] = Quantile(samples.ratios, 0.25);
+  state.counters["ratio"] = Quantile(samples.ratios, 0.5);
+  state.counters["ratio_q3"] = Quantile(samples.ratios, 0.75);
+  state.counters["measured_ns"] = 1e9 * Quantile(samples.measured, 0.5);
+  state.counters["bare_ns"] = 1e9 * Quantile(samples.bare, 0.5);
+}
+
+}  // namespace
+
+void RegisterPair(const std::string& name, std::function<Pair()> make) {
+  benchmark::RegisterBenchmark(
+      name.c_str(), [make = std::move(make)](benchmark::State& state) { Alternate(state, make); })
+      ->Iterations(kRounds)
+      ->UseManualTime();
+}

@@ -1,0 +1,15 @@
+#ifndef BENCHMARKS_TIMING_PEERS_PEERS_H
+#define BENCHMARKS_TIMING_PEERS_PEERS_H
+
+// One function for each source here. `RegisterPeers`, which the build writes, calls those whose
+// packages are installed.
+void RegisterGKeyFile();
+void RegisterInih();
+void RegisterIniparser();
+void RegisterSimpleIni();
+void RegisterGModule();
+void RegisterLibltdl();
+void RegisterOpenSsl();
+void RegisterP11Kit();
+
+#endif

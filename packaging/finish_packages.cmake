@@ -1,0 +1,58 @@
+# Run by cpack when the files of each package lie in a folder of its name: what Debian asks for beyond a
+# plain installation.
+
+set(debian ${CMAKE_CURRENT_LIST_DIR}/debian)
+
+# run(PROGRAM ARGUMENT...): in the folder of these folders; its output is in `output`.
+macro(run)
+  execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}
+    OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+endmacro()
+
+foreach(package IN LISTS CPACK_COMPONENTS_ALL)
+  set(share ${CPACK_TEMPORARY_DIRECTORY}/${package}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
+  set(documents ${share}/doc/${package})
+  if(EXISTS ${share}/doc/rngaggregator)
+    file(RENAME ${share}/doc/rngaggregator ${documents})
+  endif()
+  if(EXISTS ${share}/zsh/site-functions)  # where Debian's zsh does not look
+    file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
+  endif()
+
+  configure_file(${debian}/copyright ${documents}/copyright COPYONLY)
+  configure_file(${debian}/changelog ${documents}/changelog.Debian COPYONLY)
+  configure_file(${debian}/../../CHANGELOG.md ${documents}/changelog COPYONLY)
+  configure_file(${debian}/${package}.lintian-overrides ${share}/lintian/overrides/${package} COPYONLY)
+  file(GLOB_RECURSE texts ${share}/man/* ${documents}/changelog*)
+  run(gzip -9n ${texts})
+
+  # Whatever the modes of the sources and the umask of the build.
+  run(find ${share} -type f -exec chmod 644 {} +)
+  run(find ${package} -type d -exec chmod 755 {} +)
+endforeach()
+
+# Without what a debugger reads, and with the packages of the libraries that they need. The folder DEBIAN
+# marks a package's folder while these are looked up. (CPACK_DEBIAN_PACKAGE_SHLIBDEPS would also call
+# ldconfig from maintainer scripts; the trigger makes that needless.)
+file(COPY ${CPACK_DEBIAN_LIBRNGAGGREGATOR1_PACKAGE_CONTROL_EXTRA}
+  DESTINATION ${CPACK_TEMPORARY_DIRECTORY}/librngaggregator1/DEBIAN)
+file(WRITE ${CPACK_TEMPORARY_DIRECTORY}/debian/control "")
+foreach(binary
+    librngaggregator1:lib/librngaggregator.so.${CPACK_PACKAGE_VERSION}
+    rng-plugin-unixdev:lib/librngunixdev.so
+    rngctl:bin/rngctl)
+  string(REGEX MATCH "^[^:]+" package ${binary})
+  string(REPLACE ":" "${CPACK_PACKAGING_INSTALL_PREFIX}/" binary ${binary})
+  file(MAKE_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
+  run(strip --strip-unneeded --remove-section=.comment --remove-section=.note ${binary})
+  run(dpkg-shlibdeps -O -Slibrngaggregator1 ${binary})
+  if(NOT output MATCHES "^shlibs:Depends=(.+)\n$")
+    message(FATAL_ERROR "dpkg-shlibdeps says of ${binary}: ${output}")
+  endif()
+  string(TOUPPER ${package} PACKAGE)
+  set(depends ${CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS} ${CMAKE_MATCH_1})
+  list(JOIN depends ", " CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS)
+endforeach()
+foreach(package IN LISTS CPACK_COMPONENTS_ALL)
+  file(REMOVE_RECURSE ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
+endforeach()

@@ -1,0 +1,38 @@
+#!/bin/sh
+# reproducible.sh BUILD: builds the packages once more, from a copy of the sources in other folders,
+# with another umask, time zone and language, and compares. BUILD is the first build, and
+# SOURCE_DATE_EPOCH has to be what it was there. Needs as long as that build.
+set -eu
+: "${SOURCE_DATE_EPOCH:?}"
+source=$(cd "$(dirname "$0")/.." && pwd)
+first=$(cd "$1" && pwd)
+
+room=$(mktemp -d)
+trap 'rm -rf "$room"' EXIT
+again=$room/a/longer/way/to/the/build
+copy=$room/copy
+
+umask 027
+export TZ=Pacific/Kiritimati LC_ALL=C.UTF-8
+mkdir "$copy"
+(cd "$source" && tar --exclude=./.git --exclude='./build*' -cf - .) | tar -xmf - -C "$copy"
+(
+  cd "$copy"
+  cmake --preset package -B "$again"
+  cmake --build "$again"
+  cd "$again"
+  umask 022 # as for the first packages: CPack writes it into them
+  cpack
+) >"$room/log" 2>&1 || {
+  cat "$room/log"
+  exit 1
+}
+
+compared=0
+cd "$first"
+for file in aggregator/librngaggregator.so.*.*.* plugins/unixdev/librngunixdev.so tools/rngctl/rngctl *.deb; do
+  cmp "$file" "$again/$file"
+  compared=$((compared + 1))
+done
+[ $compared = 7 ] || { echo "compared $compared files"; exit 1; }
+echo "Built twice, in different folders: library, plug-in, tool and the four packages are equal."
