@@ -73,5 +73,8 @@ case $fact in
   copies_variable) # ARGUMENT: a variable of a shared library that lives in this program instead
     readelf -rW "$file" | grep -qE "R_X86_64_COPY .* $3( |\$)" || fail "$3 is not copied"
     ;;
+  initialises_no_name_variable) # it has the library's, or room for a copy of it
+    nm "$file" | awk '$2 ~ /^[DdRr]$/ && $3 ~ /^rng[A-Z][A-Za-z0-9]*$/ { print $3 }' | nothing
+    ;;
   *) fail "unknown fact: $fact" ;;
 esac

@@ -60,7 +60,7 @@ settings/default_settings.cpp extern "C" int CKP_GetPath(int);
 tools/rngctl/main.cpp void* service = dlsym(nullptr, "CKP_GetPath");
 plugins/unixdev/unix_dev_rng.cpp #include "aggregator/rng_info.h"
 plugins/unixdev/unix_dev_rng.cpp #include <tests/support/fakes.h>
-tools/rngctl/main.cpp #include "providers/catalogue.h"
+tools/rngctl/main.cpp #include "settings/profile_file.h"
 tools/rngctl/main.cpp #include "../../aggregator/process_state.h"
 tools/rngctl/main.cpp #include <dlfcn.h>
 examples/small/host.cpp #include "aggregator/process_state.h"

@@ -1,9 +1,8 @@
+#include "tests/end_to_end/installed_tool.h"
 #include "tests/support/tree.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <sys/wait.h>
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -15,32 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Result {
-  int status;
-  std::string output;
-  std::string errors;
-};
-
-Result RunShell(const std::string& command) {
-  const int status = std::system(
-      ("(" + command + ") >" + TreePath("out") + " 2>" + TreePath("err") + " </dev/null").c_str());
-  EXPECT_TRUE(WIFEXITED(status)) << command;
-  return {WEXITSTATUS(status), ReadFile(TreePath("out")), ReadFile(TreePath("err"))};
-}
-
-std::string Rngctl() { return TreePath("bin/rngctl"); }
-
-// The tool as installed, below the tree of the case, with the fakes of the case beside the library.
-class RngctlTest : public testing::Test {
- protected:
-  void SetUp() override {
-    const Result result = RunShell(std::string(CMAKE_PROGRAM) +
-                                   " --install " BUILD_DIRECTORY " --prefix " + TreePath(""));
-    ASSERT_EQ(0, result.status) << result.errors;
-  }
-
-  static Result Run(const std::string& arguments) { return RunShell(Rngctl() + " " + arguments); }
-};
+class RngctlTest : public InstalledTool {};
 
 constexpr char kSettingsFile[] = "etc/rng.ini";
 

@@ -24,7 +24,11 @@ COPY = ROOT / "build" / "mutate"
 ROOMS = ("aggregator", "providers", "settings")
 TEST_SECONDS = 120
 # What does not depend on a line of code, or would take longer than it is worth here.
-SLOW = "^(Binary|Kit|PublicHeader|IncludeDirections|Rngctl|Each/Rngctl|Encode|RandomSequences|ModelRun|RandomSteps|fuzz_idle)|ModelWithAMistake|StartAndStop|LoadAndUnload"
+SLOW = (
+    "^(Binary|Kit|PublicHeader|IncludeDirections|ManualPage|Link|Rngctl|Doctor|Check|Encode)"
+    "|/(Rngctl|CheckBreach|Doctor)|Cost|LongerProfile|LibraryFile"
+    "|RandomSequences|ModelRun|RandomSteps|fuzz_idle|ModelWithAMistake|StartAndStop|LoadAndUnload"
+)
 
 # A pattern and what each match becomes.
 OPERATORS = [

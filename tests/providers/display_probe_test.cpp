@@ -3,17 +3,14 @@
 #include "tests/support/aggregator_library.h"
 #include "tests/support/fakes.h"
 #include "tests/support/tree.h"
+#include "tests/support/x_server.h"
 
-#include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <ostream>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -97,43 +94,6 @@ TEST(DisplayProbe, LeavesTheXLibraryToItsOtherHolder) {
 // --- With the system's X library and a server
 
 namespace {
-
-// An X server without a screen of its own, on a display that is free.
-class XServer {
- public:
-  XServer() {
-    int ends[2];
-    if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
-    process = ::fork();
-    if (process == 0) {
-      ::prctl(PR_SET_PDEATHSIG, SIGTERM);
-      const std::string end = std::to_string(ends[1]);
-      // A server that starts over when its last client leaves would refuse the next one meanwhile.
-      ::execlp("Xvfb", "Xvfb", "-noreset", "-displayfd", end.c_str(), "-nolisten", "tcp", nullptr);
-      ::_exit(127);
-    }
-    ::close(ends[1]);
-    display = ":";
-    for (char c; ::read(ends[0], &c, 1) == 1 && c != '\n';) display += c;
-    ::close(ends[0]);
-    if (display == ":") throw std::runtime_error("Xvfb does not start");
-  }
-  XServer(const XServer&) = delete;
-  XServer& operator=(const XServer&) = delete;
-  ~XServer() { Stop(); }
-
-  void Stop() {
-    if (process == 0) return;
-    ::kill(process, SIGTERM);
-    ::waitpid(process, nullptr, 0);
-    process = 0;
-  }
-
-  std::string display;
-
- private:
-  pid_t process;
-};
 
 std::ptrdiff_t CountOpenFiles() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});

@@ -21,11 +21,12 @@ void InstallPlugin(const std::string& kind, const std::string& variant = "script
 void InstallPlugins(std::initializer_list<std::string> kinds);
 void InstallAllPlugins(const std::string& variant = "scripted");
 
-/// Replaces the X library: "whole", "refusing" (no display), "no_open", "no_close", or "absent".
+/// Replaces the X library: "whole", "refusing" (no display), "no_open", "no_close", "crashing", or
+/// "absent".
 void InstallX11(const std::string& variant);
 
-/// Replaces the known-path service: "whole", "no_function", or "absent" (a file that is no library;
-/// the loader then finds none in the tree).
+/// Replaces the known-path service: "whole", "no_function", "crashing", or "absent" (a file that is
+/// no library; the loader then finds none in the tree).
 void InstallKnownPath(const std::string& variant);
 
 std::string ReadFile(const std::string& path);

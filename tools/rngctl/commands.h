@@ -22,4 +22,29 @@ void RunDefault(std::uint32_t mask);
 
 void RunDefaultSet(const std::string& name, const std::string& hardwareId);
 
+struct DoctorRequest {
+  std::string kind;  ///< empty: all
+  bool asJson = false;
+  unsigned timeout = 10;  ///< seconds for each plug-in
+};
+void RunDoctor(const DoctorRequest& request);
+
+struct DoctorChildRequest {
+  std::string subject;        ///< a kind, or what else is examined
+  bool isForBinding = false;  ///< of a kind only what is missing
+};
+/// The part of the doctor that may not survive.
+void RunDoctorChild(const DoctorChildRequest& request);
+
+struct CheckRequest {
+  std::string plugin;   ///< the path of the library
+  std::string factory;  ///< empty: the catalogue's
+  bool asJson = false;
+  unsigned timeout = 10;  ///< seconds for each check
+};
+void RunCheck(const CheckRequest& request);
+
+/// In a child: makes the one check that `request` asks for, sends what it finds, and ends the process.
+[[noreturn]] void RunCheckChild(const std::string& request);
+
 #endif

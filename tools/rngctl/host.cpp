@@ -1,5 +1,7 @@
 #include "host.h"
 
+#include <algorithm>
+#include <cctype>
 #include <exception>
 
 // A start that throws has raised the count all the same.
@@ -25,6 +27,12 @@ std::string ReadText(IRngProvider& provider,
   std::string text(static_cast<std::size_t>(size), '\0');
   if ((provider.*operation)(text.data()) != size) return "";
   text.resize(text.find('\0') == std::string::npos ? text.size() : text.find('\0'));
+  return text;
+}
+
+std::string Printable(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
   return text;
 }
 

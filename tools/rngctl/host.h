@@ -6,7 +6,7 @@
 
 #include <rngaggregator/aggregator.h>
 
-enum ExitStatus { kDone = 0, kNegativeAnswer = 1, kWrongUsage = 2 };
+enum ExitStatus { kDone = 0, kNegativeAnswer = 1, kWrongUsage = 2, kNothingUsable = 3 };
 
 /// The command ends here: a sentence for the user, and the exit status.
 class Refusal : public std::runtime_error {
@@ -27,6 +27,9 @@ class StartedAggregator {
 
 /// A provider's text, "" when it has none: `ReadText(rng, &IRngProvider::GetName)`.
 std::string ReadText(IRngProvider& provider, std::int32_t (IRngProvider::*operation)(char* buffer));
+
+/// Keeps a plug-in's text from steering the terminal.
+std::string Printable(std::string text);
 
 std::string Quoted(const std::string& text);
 

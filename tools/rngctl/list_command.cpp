@@ -2,7 +2,6 @@
 #include "host.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iomanip>
 #include <iostream>
 #include <vector>
@@ -52,13 +51,6 @@ std::vector<IRngProvider*> LoadedProviders() {
     if (provider && provider->GetFlags() == 0) providers.push_back(provider);
   }
   return providers;
-}
-
-// Keeps a plug-in's text from steering the terminal.
-std::string Printable(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
-  return text;
 }
 
 std::vector<Row> LoadedRows() {

@@ -14,7 +14,7 @@ std::string CheckDecimal(const std::string& text) {
   std::uint64_t value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   const bool isDecimal = result.ec == std::errc() && text == std::to_string(value);
-  return isDecimal ? "" : "\"" + text + "\" is not a number of bytes";
+  return isDecimal ? "" : "\"" + text + "\" is not a decimal number";
 }
 
 // CLI11 itself takes 010 for eight here, too; hexadecimal is welcome.
@@ -71,6 +71,60 @@ void AddDefault(CLI::App& app, std::uint32_t& mask, std::string& name, std::stri
   });
 }
 
+void AddDoctor(CLI::App& app, DoctorRequest& request, DoctorChildRequest& childRequest) {
+  CLI::App* const doctor =
+      app.add_subcommand("doctor", "Tell why a generator is not listed, and what would help");
+  doctor->add_option("KIND", request.kind, "The kind to examine; without it all twelve");
+  doctor->add_flag("--json", request.asJson, "Print the report as JSON");
+  doctor->add_option("--timeout", request.timeout, "How long each plug-in may take, at most 3600")
+      ->type_name("SECONDS")
+      ->capture_default_str()
+      ->check(CheckDecimal)
+      ->check(CLI::Range(1, 3600));
+  doctor->footer(
+      "Starts, asks and stops each plug-in as the library does, in a process of its own, so a\n"
+      "crash or an endless wait spoils that plug-in's answer alone. What a plug-in prints on\n"
+      "standard error is shown.\n\n"
+      "Exit status: 0 every plug-in that is installed is in order; 1 one is not, or the plug-in "
+      "of\n"
+      "KIND is not installed; 2 wrong usage; 3 all were examined and no generator is usable.");
+  doctor->callback([&request] { RunDoctor(request); });
+  CLI::App* const child = app.add_subcommand("doctor-child", "")->group("");  // not in the help
+  child->add_option("SUBJECT", childRequest.subject)->required();
+  child->add_flag("--binding", childRequest.isForBinding);
+  child->callback([&childRequest] { RunDoctorChild(childRequest); });
+}
+
+void AddCheck(CLI::App& app, CheckRequest& request, std::string& childRequest) {
+  CLI::App* const check =
+      app.add_subcommand("check", "Check that a plug-in keeps the contract; for its authors");
+  check->add_option("PLUGIN", request.plugin, "The file of the plug-in")->required();
+  check
+      ->add_option("--factory", request.factory,
+                   "Call this factory, not the one that belongs to the file name")
+      ->type_name("NAME");
+  check->add_option("--timeout", request.timeout, "How long each check may take, at most 3600")
+      ->type_name("SECONDS")
+      ->capture_default_str()
+      ->check(CheckDecimal)
+      ->check(CLI::Range(1, 3600));
+  check->add_flag("--json", request.asJson, "Print the report as JSON");
+  check->footer(
+      "Opens and calls the plug-in as the library and its hosts do, again and again: draws,\n"
+      "devices, several threads, 1,000 loads. Each check runs in a process of its own, so a\n"
+      "crash or an endless wait spoils that check alone. A draw that waits for a user is\n"
+      "cancelled after a quarter of the time, and what needs its bytes is then not examined.\n"
+      "What the plug-in prints on standard error is shown.\n\n"
+      "A failed check breaks the contract. A warning does not, but hosts will hardly find or\n"
+      "use the generator. A note tells what this machine lacks.\n\n"
+      "Exit status: 0 no check failed (there may be warnings); 1 one failed; 2 wrong usage, or\n"
+      "PLUGIN is not a shared library for this machine.");
+  check->callback([&request] { RunCheck(request); });
+  CLI::App* const child = app.add_subcommand("check-child", "")->group("");  // not in the help
+  child->add_option("REQUEST", childRequest)->required();
+  child->callback([&childRequest] { RunCheckChild(childRequest); });
+}
+
 int Run(int count, char** arguments) {
   CLI::App app("Lists random-number generators, draws from them, and keeps the default.", "rngctl");
   app.set_version_flag("--version", "rngctl " RNGCTL_VERSION);
@@ -87,6 +141,12 @@ int Run(int count, char** arguments) {
   AddList(app);
   AddRead(app, request);
   AddDefault(app, mask, name, hardwareId);
+  DoctorRequest doctorRequest;
+  DoctorChildRequest doctorChildRequest;
+  AddDoctor(app, doctorRequest, doctorChildRequest);
+  CheckRequest checkRequest;
+  std::string checkChildRequest;
+  AddCheck(app, checkRequest, checkChildRequest);
   try {
     app.parse(count, arguments);
   } catch (const CLI::ParseError& error) {

@@ -3,6 +3,7 @@
 #include "tests/support/fakes.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #if HAS_FUNCTION
@@ -10,6 +11,9 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
                                                                            char* buffer,
                                                                            std::uint64_t* size,
                                                                            std::uint64_t fourth) {
+#ifdef CRASHES
+  std::abort();
+#endif
   const bool isClear = std::all_of(buffer, buffer + 256, [](char c) { return c == '\0'; });
   RecordCall("known_path", std::to_string(id) + (isClear ? "" : ":dirty") + ":" +
                                std::to_string(*size) + ":" + std::to_string(fourth));

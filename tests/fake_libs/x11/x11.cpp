@@ -1,6 +1,8 @@
-// An X library with at most one fault: a function that is missing, or no display to open.
+// An X library with at most one fault: a function that is missing, or no display to open, or a crash.
 
 #include "tests/support/fakes.h"
+
+#include <cstdlib>
 
 namespace {
 
@@ -16,6 +18,9 @@ char g_display;
 #if HAS_OPEN
 extern "C" __attribute__((visibility("default"))) void* XOpenDisplay(const char* name) {
   RecordCall("x11", name ? "XOpenDisplay(named)" : "XOpenDisplay");
+#ifdef CRASHES
+  std::abort();
+#endif
   return HAS_DISPLAY ? &g_display : nullptr;
 }
 #endif

@@ -1,0 +1,372 @@
+#include "tests/end_to_end/installed_tool.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+using testing::AllOf;
+using testing::AnyOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+Result Check(const std::string& arguments) { return RunShell(RNGCTL " check " + arguments); }
+
+std::string Breaking(const std::string& variant) {
+  return BREAKING_DIR "/" + variant + "/librngdsdr.so";
+}
+
+json Report(const std::string& arguments) {
+  return json::parse(Check("--json " + arguments).output);
+}
+
+const json& Find(const json& report, const std::string& name) {
+  for (const json& check : report.at("checks")) {
+    if (check.at("name") == name) return check;
+  }
+  throw std::runtime_error("no check is called " + name);
+}
+
+// The names of those with that result.
+std::string Names(const json& report, const std::string& result) {
+  std::string names;
+  for (const json& check : report.at("checks")) {
+    if (check.at("result") != result) continue;
+    names += (names.empty() ? "" : " ") + check.at("name").get<std::string>();
+  }
+  return names;
+}
+
+std::string Failed(const json& report) { return Names(report, "failed"); }
+
+std::string Seen(const json& report, const std::string& name) {
+  return Find(report, name).value("seen", "");
+}
+
+std::string Reason(const json& report, const std::string& name) {
+  return Find(report, name).value("reason", "");
+}
+
+}  // namespace
+
+// --- Each rule, and a plug-in that breaks it
+
+struct Breach {
+  std::string variant;
+  std::string failed;  // all the checks that fail
+  std::string seen;    // part of what is said of the first of them
+  std::string options = "";
+};
+
+void PrintTo(const Breach& breach, std::ostream* stream) { *stream << breach.variant; }
+
+class CheckBreach : public testing::TestWithParam<Breach> {};
+
+TEST_P(CheckBreach, FailsItsCheckAlone) {
+  const Breach& breach = GetParam();
+  const Result result = Check("--json " + breach.options + " " + Breaking(breach.variant));
+  const json report = json::parse(result.output);
+  EXPECT_EQ(breach.failed, Failed(report)) << result.output << result.errors;
+  const json& check = Find(report, breach.failed.substr(0, breach.failed.find(' ')));
+  EXPECT_THAT(check.value("seen", ""), HasSubstr(breach.seen));
+  EXPECT_EQ(check.at("severity") == "error" ? 1 : 0, result.status);
+}
+
+std::string NameOf(const testing::TestParamInfo<Breach>& info) { return info.param.variant; }
+
+INSTANTIATE_TEST_SUITE_P(
+    File, CheckBreach,
+    testing::Values(Breach{"exports_more", "one-export", "1 symbol besides the factory: AnotherF"},
+                    Breach{"has_executable_stack", "no-executable-stack", "executable stack"},
+                    Breach{"has_static_tls", "no-static-tls", "flag STATIC_TLS"},
+                    Breach{"misses_a_function", "opens", "undefined symbol"}),
+    NameOf);
+
+#ifndef __clang__  // which makes no such symbols
+INSTANTIATE_TEST_SUITE_P(Unique, CheckBreach,
+                         testing::Values(Breach{"has_unique_symbol", "no-unique-symbols unmapped",
+                                                "1 GNU-unique symbol: _ZZ4UsesvE4uses"}),
+                         NameOf);
+#endif
+
+INSTANTIATE_TEST_SUITE_P(
+    Start, CheckBreach,
+    testing::Values(
+        Breach{"opening_crashes", "opens", "signal ABRT (aborted) in the opening of the library"},
+        Breach{"factory_gives_null", "gives-object", "gives null"},
+        Breach{"needs_settings", "null-settings", "in SetSettings without settings"},
+        Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
+        Breach{"hangs_with_settings", "built-in-settings", "no answer in 1 s in IsAvailable",
+               "--timeout 1"},
+        Breach{"gives_object_once", "reload", "Opened again"},
+        Breach{"closing_crashes", "reload", "signal ABRT (aborted) in the closing of the library"},
+        Breach{"unavailable", "available", "IsAvailable answers false"}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Answers, CheckBreach,
+    testing::Values(
+        Breach{"name_is_empty", "name", "no name"},
+        Breach{"name_is_long", "name", "\"eighteen-character\" has 18 characters"},
+        Breach{"name_overruns", "name", "asks for 5 bytes, then writes outside of them"},
+        Breach{"name_has_no_end", "name", "does not end inside of the 4 bytes"},
+        Breach{"name_changes", "name", "gives \"dsdr\", and then \"dddd\""},
+        Breach{"name_size_differs", "name", "asks for 5 bytes, then answers that there are 4"},
+        Breach{"name_ends_process", "name", "ended the process with status 3 in GetName"},
+        Breach{"name_hangs", "name", "gave no answer in 1 s in GetName", "--timeout 1"},
+        Breach{"name_is_wrong", "name-in-catalogue", "\"mine\"; the file is the one of \"dsdr\""},
+        Breach{"description_fails", "description", "negative size, -1"},
+        Breach{"description_has_lines", "description-line", "line break"},
+        Breach{"description_is_latin", "description-line", "no UTF-8"},
+        Breach{"hardware_id_is_long", "hardware-id", "18 characters"},
+        Breach{"flags_change", "stable-flags", "answers 1, and then 2"},
+        Breach{"no_flags", "some-flag", "answers 0"},
+        Breach{"self_test_fails", "self-test", "answers false"},
+        Breach{"wants_a_device", "any-device", "false to null"},
+        Breach{"takes_every_device", "unknown-device", "no device bears"}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Draws, CheckBreach,
+    testing::Values(
+        Breach{"empty_draw_fails", "empty-draw", "false to null and the size 0"},
+        Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
+        Breach{"draw_fails", "draw-succeeds", "answers false"},
+        Breach{"ignores_cancel", "cancel", "has not ended 0.25 s after Cancel", "--timeout 1"},
+        Breach{"cancelled_draw_succeeds", "cancel", "answers true", "--timeout 1"},
+        Breach{"stays_cancelled", "cancel", "the next draw fails"},
+        Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
+        Breach{"waits_only_once", "cancel", "ends the next one, too", "--timeout 1"},
+        Breach{"cancelled_draw_leaves_bytes", "failed-draw-is-zero", "was cancelled",
+               "--timeout 1"},
+        Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
+        Breach{"skips_last_byte", "draw-fills-buffer", "byte number 5 was never written"},
+        Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them"},
+        Breach{"repeats_draws", "draws-differ", "are equal"},
+        Breach{"shares_a_buffer", "concurrent-calls", "at the same time as others"},
+        Breach{"shares_drawn_bytes", "concurrent-calls", "get the same bytes"}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    End, CheckBreach,
+    testing::Values(
+        Breach{"thread_stays", "release-ends-threads", "1 thread is still running"},
+        Breach{"file_stays", "release-closes-files", "Left open: /dev/null"},
+        Breach{"file_stays_each_time", "release-closes-files load-cycles", "Left open: /dev/null"},
+        Breach{"exit_handler_stays", "clean-exit", "in the end of the process"},
+        Breach{"thread_key_stays", "clean-exit", "in the end of a thread that used it"},
+        Breach{"stays_mapped", "unmapped", "flag NODELETE"},
+        Breach{"thread_object_stays", "unmapped", "thread_local objects with destructors"},
+        Breach{"leaks_pages", "load-cycles", "address space"}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Throughout, CheckBreach,
+    testing::Values(
+        Breach{"factory_throws", "no-exceptions", "the factory throws \"no licence\""},
+        Breach{"name_throws", "no-exceptions", "GetName throws something that is no std::exc"},
+        Breach{"draw_throws", "no-exceptions", "Generate throws \"no entropy\""},
+        Breach{"release_throws", "no-exceptions", "Release throws \"still in use\""},
+        Breach{"calls_initialize", "no-lifecycle-calls", "Initialize is called in IsAvailable"},
+        Breach{"calls_shut_down", "no-lifecycle-calls", "ShutDown is called in Release"}),
+    NameOf);
+
+#ifndef SANITIZED  // which takes the signal for itself, and does not count what its heap hands out
+INSTANTIATE_TEST_SUITE_P(
+    Plain, CheckBreach,
+    testing::Values(Breach{"name_crashes", "name",
+                           "crashed with signal SEGV (segmentation fault) in GetName"},
+                    Breach{"leaks_memory", "load-cycles", "heap in use"}),
+    NameOf);
+#endif
+
+// --- Correct plug-ins
+
+TEST(Check, FindsNoFaultInTheRealPlugin) {
+  const Result result = Check(UNIXDEV_PLUGIN);
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output,
+              EndsWith("\n35 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
+  EXPECT_THAT(result.errors, IsEmpty());
+}
+
+TEST(Check, FindsNoFaultInCorrectPlugins) {
+  for (const char* variant : {"correct", "plain_c"}) {
+    const json report = Report(Breaking(variant));
+    EXPECT_EQ("", Failed(report)) << variant;
+    EXPECT_EQ("failed-draw-is-zero", Names(report, "not-examined")) << variant;
+  }
+}
+
+TEST(Check, AUserWhoDoesNotComeIsNoFault) {
+  const json report = Report("--timeout 1 " + Breaking("waits_for_user"));
+  EXPECT_EQ("", Failed(report));
+  EXPECT_EQ("draw-succeeds draw-fills-buffer draws-differ", Names(report, "not-examined"));
+  EXPECT_EQ("a draw waits for a user or a device", Reason(report, "draws-differ"));
+}
+
+TEST(Check, ASlowSourceIsNoFault) {
+  const json report = Report("--timeout 2 " + Breaking("slow"));
+  EXPECT_EQ("", Failed(report));
+  EXPECT_EQ("draws are slow, but wait for nobody", Reason(report, "cancel"));
+}
+
+// --- What one fault leaves of the other checks
+
+#ifndef SANITIZED
+TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
+  const json report = Report(Breaking("name_crashes"));
+  EXPECT_EQ("name-in-catalogue failed-draw-is-zero concurrent-calls",
+            Names(report, "not-examined"));
+  EXPECT_EQ("GetName crashed with signal SEGV (segmentation fault) in the check name",
+            Reason(report, "concurrent-calls"));
+}
+#endif
+
+TEST(Check, AHangIsWaitedForOnce) {
+  const json report = Report("--timeout 1 " + Breaking("hangs_with_settings"));
+  EXPECT_EQ("IsAvailable gave no answer in 1 s in the check built-in-settings",
+            Reason(report, "load-cycles"));
+}
+
+TEST(Check, WithoutAnObjectNothingIsSaidOfItsOperations) {
+  const json report = Report(Breaking("factory_gives_null"));
+  EXPECT_EQ("the factory gives no object", Reason(report, "name"));
+  EXPECT_EQ("no operation could be called", Reason(report, "no-exceptions"));
+}
+
+// --- File name and factory
+
+TEST(Check, AFileThatTheCatalogueDoesNotKnowNeedsAFactory) {
+  const std::string file = TreePath("mine.so");
+  fs::copy_file(Breaking("correct"), file);
+  const json report = Report(file);
+  EXPECT_EQ("catalogue-pair", Failed(report));
+  EXPECT_TRUE(report.at("factory").is_null());
+  EXPECT_EQ("which factory to call is unknown; name it with --factory", Reason(report, "name"));
+
+  const Result named = Check("--json --factory GetDsdrRng " + file);
+  EXPECT_EQ(0, named.status);
+  EXPECT_EQ("catalogue-pair", Failed(json::parse(named.output)));
+  EXPECT_EQ("warning", Find(json::parse(named.output), "catalogue-pair").at("severity"));
+  EXPECT_EQ("the file is not in the catalogue",
+            Reason(json::parse(named.output), "name-in-catalogue"));
+}
+
+TEST(Check, AFactoryOfAnotherKindIsNoPair) {
+  const std::string file = TreePath("librngsobol.so");
+  fs::copy_file(Breaking("correct"), file);
+  EXPECT_EQ("catalogue-pair name-in-catalogue", Failed(Report("--factory GetDsdrRng " + file)));
+  const json report = Report(file);
+  EXPECT_EQ("one-export", Failed(report));
+  EXPECT_EQ("It does not export GetSobolRng.", Seen(report, "one-export"));
+  EXPECT_EQ("there is no factory GetSobolRng", Reason(report, "name"));
+}
+
+// --- Wrong usage
+
+class CheckWrongUsage : public testing::TestWithParam<std::pair<std::string, std::string>> {};
+
+TEST_P(CheckWrongUsage, IsRefusedWithASentence) {
+  WriteFile(TreePath("text.so"), "not a library\n");
+  WriteFile(TreePath("empty.so"), "");
+  fs::copy_file(Breaking("correct"), TreePath("other.so"));
+  RunShell("printf '\\267' | dd of=" + TreePath("other.so") + " bs=1 seek=18 conv=notrunc");
+  const auto& [arguments, sentence] = GetParam();
+  const Result result = RunShell("cd " + TreePath("") + " && " RNGCTL " check " + arguments);
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.output, IsEmpty());
+  EXPECT_THAT(result.errors, AllOf(StartsWith("rngctl: "), HasSubstr(sentence)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, CheckWrongUsage,
+    testing::Values(std::pair("", "PLUGIN is required"),
+                    std::pair("nothere.so", "Cannot read \"nothere.so\": No such file"),
+                    std::pair("lib", "\"lib\" is a directory."),
+                    std::pair("text.so", "\"text.so\" is not a shared library."),
+                    std::pair("empty.so", "\"empty.so\" is not a shared library."),
+                    std::pair("other.so", "is not a shared library for this machine (x86-64)."),
+                    std::pair(RNGCTL, "is a program, not a shared library."),
+                    std::pair("text.so --timeout 0", "--timeout"),
+                    std::pair("text.so --timeout x", "--timeout"),
+                    std::pair("text.so more", "more")));
+
+// --- The report
+
+TEST(Check, TextShowsFaultsWithTheirMendAndCounts) {
+  const Result result =
+      Check(Breaking("no_flags") + "; " RNGCTL " check " + Breaking("name_is_empty"));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nwarning       some-flag             GetFlags has at least one bit\n"
+                        "              seen: GetFlags answers 0.\n"
+                        "              mend: Return at least one kRngCapability bit: without any"));
+  EXPECT_THAT(result.output, HasSubstr("\nfailed        name                  GetName keeps"));
+  EXPECT_THAT(result.output, HasSubstr("checks passed, 0 failed, 1 warning, 1 not examined\n"));
+  EXPECT_THAT(result.output, HasSubstr("checks passed, 1 failed, 0 warnings, 2 not examined\n"));
+  EXPECT_EQ("rngctl: The plug-in breaks 1 rule.\n", result.errors);
+  EXPECT_THAT(result.output, Not(HasSubstr("\033")));
+}
+
+TEST(Check, APluginCannotSteerTheTerminal) {
+  EXPECT_THAT(Check(Breaking("description_has_lines")).output, HasSubstr("\"One?two\""));
+}
+
+TEST(Check, ATerminalShowsColoursUnlessTheyAreRefused) {
+  const auto inTerminal = [](const std::string& environment) {
+    return RunShell(environment + " script -qec '" RNGCTL " check " + Breaking("unavailable") +
+                    "' " + TreePath("typescript"));
+  };
+  EXPECT_THAT(inTerminal("env -u NO_COLOR").output, HasSubstr("\033[32mpassed"));
+  EXPECT_THAT(inTerminal("NO_COLOR=").output, HasSubstr("\033[32mpassed"));
+  EXPECT_THAT(inTerminal("NO_COLOR=1").output, AllOf(HasSubstr("passed"), Not(HasSubstr("\033"))));
+}
+
+TEST(Check, ATerminalTellsWhatTakesLong) {
+  const Result result = RunShell("script -qec '" RNGCTL " check --timeout 2 " +
+                                 Breaking("name_hangs") + "' " + TreePath("typescript"));
+  EXPECT_THAT(result.output, HasSubstr("Checking name ..."));
+  EXPECT_THAT(result.output, Not(HasSubstr("Checking opens")));
+}
+
+TEST(Check, JsonKeepsItsSchema) {
+  fs::copy_file(Breaking("correct"), TreePath("mine.so"));
+  for (const std::string& plugin :
+       {std::string(UNIXDEV_PLUGIN), Breaking("name_is_long"), Breaking("description_is_latin"),
+        Breaking("unavailable"), TreePath("mine.so")}) {
+    const Result result = RunShell(RNGCTL " check --json " + plugin + " | " KEEPS_SCHEMA);
+    EXPECT_EQ(0, result.status) << plugin << result.output << result.errors;
+  }
+}
+
+TEST(Check, TheSchemaRefusesWhatIsNoReport) {
+  json report = Report(Breaking("unavailable"));
+  const auto isValid = [](const json& value) {
+    WriteFile(TreePath("report"), value.dump());
+    return RunShell(KEEPS_SCHEMA " <" + TreePath("report")).status == 0;
+  };
+  ASSERT_TRUE(isValid(report));
+  for (const char* pointer : {"/counts/passed", "/checks/0/result", "/checks/0/name", "/plugin"}) {
+    json spoilt = report;
+    spoilt[json::json_pointer(pointer)] = "Wrong";
+    EXPECT_FALSE(isValid(spoilt)) << pointer;
+  }
+  report["checks"][0]["seen"] = "A check that passed has seen nothing.";
+  EXPECT_FALSE(isValid(report));
+}
+
+TEST(Check, CountsAddUp) {
+  const json report = Report(Breaking("unavailable"));
+  std::size_t sum = 0;
+  for (const auto& count : report.at("counts")) sum += count.get<std::size_t>();
+  EXPECT_EQ(report.at("checks").size(), sum);
+  EXPECT_EQ(1, report.at("counts").at("notes"));
+}

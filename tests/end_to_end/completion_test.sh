@@ -1,0 +1,64 @@
+#!/bin/bash
+# completion_test.sh RNGCTL COMPLETIONS: what both shells offer is what --help lists, for each command.
+set -eu
+rngctl=$1
+completions=$2
+
+listed() { # COMMAND...: options and subcommands in its help
+  "$rngctl" "$@" --help | awk '
+    /^[A-Z].*:$/ { part = $1 }
+    (part == "Options:" || part == "Subcommands:") && /^  [^ ]/ { print $1 }' |
+    tr , '\n' | sort
+}
+
+# Without the short form of --help, which nobody completes, and without the kinds, which are no words of ours.
+offered_by_bash() { # COMMAND...
+  bash -c '
+    . "$0/rngctl.bash"
+    compopt() { :; }
+    for typed in "" -; do
+      COMP_WORDS=(rngctl "$@" "$typed")
+      COMP_CWORD=$(($# + 1))
+      COMPREPLY=()
+      _rngctl
+      printf "%s\n" "${COMPREPLY[@]}"
+    done' "$completions" "$@" | grep -vxF "$kinds" | grep . | sort -u
+}
+
+offered_by_zsh() { # COMMAND...
+  zsh -fc '
+    _arguments() { print -l -- "$@" }
+    compdef() { : }
+    words=(rngctl "${@:2}" "") CURRENT=$(($# + 1))
+    . "$1/_rngctl"' zsh "$completions" "$@" |
+    sed -nE -e 's/^1:command:\((.*)\)$/\1/p' -e 's/^(\([^)]*\))?(--?[a-z0-9-]+).*/\2/p' |
+    tr ' ' '\n' | sort -u
+}
+
+kinds=$(zsh -fc '_values() { print -l -- "${@:2}" }; _arguments() { : }; words=(rngctl x ""); CURRENT=3
+  . "$0/_rngctl"; _rngctl_kinds' "$completions")
+[ "$(echo "$kinds" | wc -l)" = 12 ]
+
+status=0
+compare() { # WHAT WANTED GOT
+  [ "$2" = "$3" ] && return
+  status=1
+  echo "$1"
+  diff <(echo "$2") <(echo "$3") || :
+}
+
+commands=$(listed | grep -v '^-')
+[ "$(echo "$commands" | wc -l)" -ge 5 ]
+while read -r command; do
+  # shellcheck disable=SC2086 # two words at most
+  wanted=$(listed $command)
+  # shellcheck disable=SC2086
+  compare "bash: rngctl $command" "$(echo "$wanted" | grep -vx -e -h)" "$(offered_by_bash $command)"
+  # shellcheck disable=SC2086
+  compare "zsh: rngctl $command" "$wanted" "$(offered_by_zsh $command)"
+done <<<"$(printf '\n%s\ndefault set' "$commands")"
+# What the doctor takes for a kind is what the shells offer.
+while read -r kind; do  # the doctor ends with 2 where it knows no such kind
+  "$rngctl" doctor "$kind" --timeout 1 >/dev/null 2>&1 || [ $? != 2 ] || compare "kinds" "$kind" "unknown"
+done <<<"$kinds"
+exit $status

@@ -1,0 +1,21 @@
+#include "tests/end_to_end/installed_tool.h"
+
+#include "tests/support/tree.h"
+
+#include <cstdlib>
+#include <sys/wait.h>
+
+Result RunShell(const std::string& command) {
+  const int status = std::system(
+      ("(" + command + ") >" + TreePath("out") + " 2>" + TreePath("err") + " </dev/null").c_str());
+  EXPECT_TRUE(WIFEXITED(status)) << command;
+  return {WEXITSTATUS(status), ReadFile(TreePath("out")), ReadFile(TreePath("err"))};
+}
+
+std::string Rngctl() { return TreePath("bin/rngctl"); }
+
+void InstalledTool::SetUp() {
+  const Result result =
+      RunShell(CMAKE_PROGRAM " --install " BUILD_DIRECTORY " --prefix " + TreePath(""));
+  ASSERT_EQ(0, result.status) << result.errors;
+}

@@ -1,0 +1,16 @@
+// Stops the aggregator when it is released.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+#include <rngaggregator/aggregator.h>
+
+namespace {
+
+class CallsShutDownRng final : public CorrectRng {
+ public:
+  void Release() override { ShutDown(); }
+};
+
+}  // namespace
+
+EXPORT_RNG(CallsShutDownRng)

@@ -1,0 +1,5 @@
+// Breaks nothing.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+EXPORT_RNG(CorrectRng)

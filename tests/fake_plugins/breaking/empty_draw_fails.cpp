@@ -1,0 +1,16 @@
+// Takes a draw of nothing for a mistake.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+namespace {
+
+class EmptyDrawFailsRng final : public CorrectRng {
+ public:
+  bool Generate(void* buffer, std::size_t size) override {
+    return size != 0 && CorrectRng::Generate(buffer, size);
+  }
+};
+
+}  // namespace
+
+EXPORT_RNG(EmptyDrawFailsRng)

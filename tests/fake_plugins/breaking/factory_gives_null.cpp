@@ -1,0 +1,5 @@
+// Its factory gives nothing.
+
+#include <rngaggregator/provider.h>
+
+extern "C" __attribute__((visibility("default"))) IRngProvider* FACTORY() { return nullptr; }

@@ -1,0 +1,9 @@
+// Its factory throws.
+
+#include <stdexcept>
+
+#include <rngaggregator/provider.h>
+
+extern "C" __attribute__((visibility("default"))) IRngProvider* FACTORY() {
+  throw std::runtime_error("no licence");
+}

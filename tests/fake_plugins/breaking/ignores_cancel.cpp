@@ -1,0 +1,14 @@
+// Its draws wait for ever.
+
+#include "tests/fake_plugins/breaking/waiting_rng.h"
+
+namespace {
+
+class IgnoresCancelRng final : public WaitingRng {
+ public:
+  void Cancel() override {}
+};
+
+}  // namespace
+
+EXPORT_RNG(IgnoresCancelRng)

@@ -1,0 +1,14 @@
+// Has no name.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+namespace {
+
+class NameIsEmptyRng final : public CorrectRng {
+ public:
+  std::int32_t GetName(char*) override { return 0; }
+};
+
+}  // namespace
+
+EXPORT_RNG(NameIsEmptyRng)

@@ -1,0 +1,14 @@
+// Takes it for granted that there are settings.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+namespace {
+
+class NeedsSettingsRng final : public CorrectRng {
+ public:
+  void SetSettings(IRngSettings* settings) override { settings->GetType(); }
+};
+
+}  // namespace
+
+EXPORT_RNG(NeedsSettingsRng)

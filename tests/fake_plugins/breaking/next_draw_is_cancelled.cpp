@@ -1,0 +1,23 @@
+// A Cancel that finds no draw ends the next one.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+namespace {
+
+class NextDrawIsCancelledRng final : public CorrectRng {
+ public:
+  bool Generate(void* buffer, std::size_t size) override {
+    if (!isCancelled || size == 0) return CorrectRng::Generate(buffer, size);
+    isCancelled = false;
+    std::memset(buffer, 0, size);
+    return false;
+  }
+  void Cancel() override { isCancelled = true; }
+
+ private:
+  bool isCancelled = false;
+};
+
+}  // namespace
+
+EXPORT_RNG(NextDrawIsCancelledRng)

@@ -1,0 +1,14 @@
+// Has no capability.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+namespace {
+
+class NoFlagsRng final : public CorrectRng {
+ public:
+  std::uint32_t GetFlags() override { return 0; }
+};
+
+}  // namespace
+
+EXPORT_RNG(NoFlagsRng)

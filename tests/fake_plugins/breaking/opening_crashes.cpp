@@ -1,0 +1,14 @@
+// Crashes while it is opened.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+namespace {
+
+class OpeningCrashesRng final : public CorrectRng {
+ public:
+  OpeningCrashesRng() { ::abort(); }
+};
+
+}  // namespace
+
+EXPORT_RNG(OpeningCrashesRng)

@@ -1,0 +1,16 @@
+// Throws when it is released.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+#include <stdexcept>
+
+namespace {
+
+class ReleaseThrowsRng final : public CorrectRng {
+ public:
+  void Release() override { throw std::logic_error("still in use"); }
+};
+
+}  // namespace
+
+EXPORT_RNG(ReleaseThrowsRng)

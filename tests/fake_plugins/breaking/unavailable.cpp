@@ -1,0 +1,14 @@
+// Is never available.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+namespace {
+
+class UnavailableRng final : public CorrectRng {
+ public:
+  bool IsAvailable() override { return false; }
+};
+
+}  // namespace
+
+EXPORT_RNG(UnavailableRng)

@@ -1,0 +1,3 @@
+void* FindDevice(void);
+
+__attribute__((visibility("default"))) void* FindDevice(void) { return 0; }

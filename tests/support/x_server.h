@@ -1,0 +1,23 @@
+#ifndef TESTS_SUPPORT_X_SERVER_H
+#define TESTS_SUPPORT_X_SERVER_H
+
+#include <string>
+#include <sys/types.h>
+
+/// An X server without a screen of its own, on a display that is free.
+class XServer {
+ public:
+  XServer();  ///< throws std::runtime_error when none starts
+  XServer(const XServer&) = delete;
+  XServer& operator=(const XServer&) = delete;
+  ~XServer() { Stop(); }
+
+  void Stop();
+
+  std::string display;
+
+ private:
+  pid_t process;
+};
+
+#endif

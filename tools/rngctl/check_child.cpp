@@ -1,0 +1,42 @@
+#include "check_list.h"
+#include "checks.h"
+#include "child.h"
+#include "commands.h"
+#include "lifecycle_calls.h"
+
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+namespace {
+
+PluginUnderCheck ReadSubject(const nlohmann::json& request) {
+  return {request.at("path"),     request.at("factory"),
+          request.at("kind"),     std::chrono::seconds(request.at("seconds").get<int>()),
+          request.at("badSteps"), request.at("drawsWait")};
+}
+
+Finding Make(const CheckRule& rule, WatchedPlugin& plugin) {
+  try {
+    return rule.inChild(plugin);
+  } catch (const EarlyEnd& end) {
+    return {end.outcome, end.what()};
+  }
+}
+
+}  // namespace
+
+void SendFinding(const Finding& finding) {
+  SendReport({{"outcome", static_cast<int>(finding.outcome)}, {"seen", finding.seen}});
+}
+
+void RunCheckChild(const std::string& request) {
+  BecomeChild();
+  WatchLifecycleCalls([](const char* function) { SendReport({{"called", function}}); });
+  const nlohmann::json what = nlohmann::json::parse(request);
+  WatchedPlugin plugin(ReadSubject(what));
+  for (const CheckRule& rule : AllChecks()) {
+    if (rule.inChild && what.at("check") == rule.name) SendFinding(Make(rule, plugin));
+  }
+  // What the plug-in has left to the end of the process is the matter of one check alone.
+  ::_exit(0);
+}

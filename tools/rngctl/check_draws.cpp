@@ -1,0 +1,69 @@
+#include "checks.h"
+#include "watched_draw.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t kSizes[] = {1, 7, 32, 257, 4097};
+constexpr unsigned char kFills[] = {0x00, 0xFF, 0xA5, 0x5A};
+
+// A byte that is written may be, by chance, the one that was there: 2^-8. The sizes have fewer than
+// 2^13 places; that one of them shows nothing but its fill in ten draws has a chance below 2^-67.
+constexpr std::size_t kDraws = 10;
+
+void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
+  std::vector<bool> isWritten(size);
+  for (std::size_t i = 0; i < kDraws; ++i) {
+    if (plugin.IsLate()) {
+      throw EarlyEnd(Outcome::kNotExamined,
+                     "the draws take too long; give more time with --timeout");
+    }
+    const unsigned char fill = kFills[i % std::size(kFills)];
+    const GuardedBuffer bytes = DrawBytes(plugin, size, fill);
+    Require(bytes.IsIntactAround(),
+            "A draw of " + std::to_string(size) + " bytes writes outside of them.");
+    for (std::size_t place = 0; place < size; ++place) {
+      if (bytes.Data()[place] != fill) isWritten[place] = true;
+    }
+  }
+  const auto place = std::find(isWritten.begin(), isWritten.end(), false) - isWritten.begin();
+  Require(place == static_cast<std::ptrdiff_t>(size),
+          "In " + std::to_string(kDraws) + " draws of " + std::to_string(size) +
+              " bytes byte number " + std::to_string(place + 1) + " was never written.");
+}
+
+}  // namespace
+
+Finding CheckEmptyDraw(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  Require(plugin.Generate(nullptr, 0), "Generate answers false to null and the size 0.");
+  for (const unsigned char fill : kFills) {
+    GuardedBuffer buffer(64, fill, fill);
+    Require(plugin.Generate(buffer.Data(), 0), "Generate answers false to the size 0.");
+    Require(buffer.ContainsOnly(fill) && buffer.IsIntactAround(),
+            "Generate writes into the buffer when asked for 0 bytes.");
+  }
+  return Passed();
+}
+
+Finding CheckDrawSucceeds(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  if (!Draw(plugin, 32, 0).answer) return Failed("Generate answers false.");
+  return Passed();
+}
+
+Finding CheckDrawFillsBuffer(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  for (const std::size_t size : kSizes) CheckFilling(plugin, size);
+  return Passed();
+}
+
+// Two honest draws of 32 bytes are equal with a chance of 2^-256.
+Finding CheckDrawsDiffer(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const GuardedBuffer first = DrawBytes(plugin, 32, 0);
+  const GuardedBuffer second = DrawBytes(plugin, 32, 0);
+  if (std::memcmp(first.Data(), second.Data(), first.Size()) != 0) return Passed();
+  return Failed("Two draws of 32 bytes, one after the other, are equal.");
+}

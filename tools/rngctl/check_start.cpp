@@ -1,0 +1,62 @@
+#include "checks.h"
+
+#include <dlfcn.h>
+
+namespace {
+
+// Nothing is configured, not even the path that the built-in object always has.
+class EmptySettings final : public IRngSettings {
+ public:
+  const char* GetType() override { return nullptr; }
+  bool SetType(const char*) override { return false; }
+  const char* GetHardwareId() override { return nullptr; }
+  bool SetHardwareId(const char*) override { return false; }
+  const char* GetDsdrFilePath() override { return nullptr; }
+};
+
+}  // namespace
+
+// Binds all at once: the aggregator does not, so a missing function would show at its first call.
+Finding CheckOpens(WatchedPlugin& plugin) {
+  plugin.Step("the opening of the library");
+  if (::dlopen(plugin.Subject().path.c_str(), RTLD_NOW | RTLD_LOCAL)) return Passed();
+  return Failed(std::string("The loader says: ") + ::dlerror());
+}
+
+Finding CheckFactory(WatchedPlugin& plugin) {
+  plugin.Open();
+  if (plugin.Make()) return Passed();
+  return Failed("The factory gives null.");
+}
+
+// Either answer is right: it is enough that they come back.
+Finding CheckNullSettings(WatchedPlugin& plugin) {
+  plugin.StartWith(nullptr, " without settings");
+  return Passed();
+}
+
+Finding CheckEmptySettings(WatchedPlugin& plugin) {
+  EmptySettings settings;
+  plugin.StartWith(&settings, " with empty settings");
+  return Passed();
+}
+
+Finding CheckBuiltInSettings(WatchedPlugin& plugin) {
+  plugin.StartWithBuiltIn();
+  return Passed();
+}
+
+Finding CheckReload(WatchedPlugin& plugin) {
+  plugin.StartWithBuiltIn();
+  plugin.Stop();
+  plugin.Open();
+  if (!plugin.Make()) return Failed("Opened again, its factory gives null.");
+  plugin.StartMade();
+  plugin.Stop();
+  return Passed();
+}
+
+Finding CheckAvailable(WatchedPlugin& plugin) {
+  if (plugin.StartWithBuiltIn()) return Passed();
+  return Failed("IsAvailable answers false.");
+}

@@ -1,0 +1,116 @@
+#include "checks.h"
+#include "guarded_buffer.h"
+#include "host.h"
+#include "watched_draw.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <thread>
+
+namespace {
+
+constexpr std::size_t kThreads = 4;
+constexpr int kRounds = 200;
+constexpr auto kEnough = std::chrono::milliseconds(200);
+
+using Bytes = std::array<unsigned char, 16>;
+
+struct Answers {
+  std::string name;
+  std::string description;
+  std::uint32_t flags;
+  bool operator==(const Answers&) const = default;
+};
+
+// Whether a text keeps to its buffer is the matter of another check.
+std::string ReadGuarded(WatchedPlugin& plugin,
+                        std::int32_t (IRngProvider::*operation)(char* buffer)) {
+  const std::int32_t size = (plugin.*operation)(nullptr);
+  if (size <= 0) return "";
+  GuardedBuffer buffer(static_cast<std::size_t>(size), 0);
+  const auto* const text = reinterpret_cast<char*>(buffer.Data());
+  (plugin.*operation)(reinterpret_cast<char*>(buffer.Data()));
+  return {text, std::find(text, text + size, '\0')};
+}
+
+Answers Ask(WatchedPlugin& plugin) {
+  return {ReadGuarded(plugin, &IRngProvider::GetName),
+          ReadGuarded(plugin, &IRngProvider::GetDescription), plugin.GetFlags()};
+}
+
+void RequireSame(const std::string& what, const std::string& alone, const std::string& together) {
+  Require(alone == together, what + " gives " + Quoted(alone) + " when called alone, and " +
+                                 Quoted(together) + " at the same time as others.");
+}
+
+// What one of the threads saw.
+struct Witness {
+  std::vector<Bytes> draws;
+  std::string fault;
+  Outcome outcome = Outcome::kPassed;
+};
+
+void CallInTurn(WatchedPlugin& plugin, const Answers& expected, bool draws, Witness& witness) {
+  const Answers seen = Ask(plugin);
+  RequireSame("GetName", expected.name, seen.name);
+  RequireSame("GetDescription", expected.description, seen.description);
+  RequireSame("GetFlags", std::to_string(expected.flags), std::to_string(seen.flags));
+  if (!draws) return;
+  Bytes bytes;
+  GuardedBuffer buffer(bytes.size(), 0);
+  Require(plugin.Generate(buffer.Data(), buffer.Size()),
+          "Generate answers true when called alone, and false at the same time as others.");
+  std::copy_n(buffer.Data(), bytes.size(), bytes.begin());
+  witness.draws.push_back(bytes);
+}
+
+void CallForAWhile(WatchedPlugin& plugin, const Answers& expected, bool draws, Witness& witness) {
+  const auto end = std::chrono::steady_clock::now() + kEnough;
+  try {
+    for (int i = 0; i < kRounds && std::chrono::steady_clock::now() < end; ++i) {
+      CallInTurn(plugin, expected, draws, witness);
+    }
+  } catch (const EarlyEnd& early) {
+    witness.fault = early.what();
+    witness.outcome = early.outcome;
+  }
+}
+
+bool AllDiffer(const std::vector<Bytes>& draws) {
+  return std::set<Bytes>(draws.begin(), draws.end()).size() == draws.size();
+}
+
+// Bytes that a thread gets twice by itself are no fault of the threads. By chance two of the 800
+// draws of 16 bytes are equal once in 2^108 times.
+void RequireOwnDraws(const std::array<Witness, kThreads>& witnesses) {
+  std::vector<Bytes> all;
+  for (const Witness& witness : witnesses) {
+    if (!AllDiffer(witness.draws)) return;
+    all.insert(all.end(), witness.draws.begin(), witness.draws.end());
+  }
+  Require(AllDiffer(all), "Two threads that draw at the same time get the same bytes.");
+}
+
+}  // namespace
+
+Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const Answers expected = Ask(plugin);
+  if (Ask(plugin) != expected) return NotExamined("it answers differently also when called alone");
+  const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
+  plugin.BeginLongStep("calls from several threads at once");
+  std::array<Witness, kThreads> witnesses;
+  std::vector<std::thread> threads;
+  threads.reserve(kThreads);
+  for (Witness& witness : witnesses) {
+    threads.emplace_back(
+        [&plugin, &expected, draws, &witness] { CallForAWhile(plugin, expected, draws, witness); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const Witness& witness : witnesses) {
+    if (witness.outcome != Outcome::kPassed) throw EarlyEnd(witness.outcome, witness.fault);
+  }
+  RequireOwnDraws(witnesses);
+  return Passed();
+}

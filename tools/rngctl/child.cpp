@@ -1,0 +1,157 @@
+#include "child.h"
+
+#include "host.h"
+#include "search_order.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kReportDescriptor = 3;
+
+[[noreturn]] void RefuseStart(int error) {
+  throw Refusal(kNegativeAnswer,
+                std::string("Cannot start a process: ") + std::strerror(error) + ".");
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) : value(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { Close(); }
+  void Close() {
+    if (value >= 0) ::close(value);
+    value = -1;
+  }
+  int value;
+};
+
+// The environment with another LD_LIBRARY_PATH.
+std::vector<std::string> ChildEnvironment() {
+  const std::string name = "LD_LIBRARY_PATH=";
+  std::vector<std::string> result;
+  for (char** entry = environ; *entry; ++entry) {
+    if (std::strncmp(*entry, name.c_str(), name.size()) != 0) result.emplace_back(*entry);
+  }
+  result.push_back(name + AsLibraryPath(FindSearchOrder()));
+  return result;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+pid_t Spawn(std::vector<std::string> arguments, int reportDescriptor) {
+  std::vector<std::string> environment = ChildEnvironment();
+  arguments.insert(arguments.begin(), "rngctl");
+  posix_spawn_file_actions_t actions;
+  posix_spawnattr_t attributes;
+  ::posix_spawn_file_actions_init(&actions);
+  ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  ::posix_spawn_file_actions_adddup2(&actions, reportDescriptor, kReportDescriptor);
+  ::posix_spawnattr_init(&attributes);
+  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+  pid_t child = 0;
+  const int error = ::posix_spawn(&child, "/proc/self/exe", &actions, &attributes,
+                                  Pointers(arguments).data(), Pointers(environment).data());
+  ::posix_spawnattr_destroy(&attributes);
+  ::posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) RefuseStart(error);
+  return child;
+}
+
+// True until `descriptor` has ended or holds nothing more for now.
+bool ReadSome(int descriptor, std::string& text) {
+  char piece[4096];
+  const ssize_t count = ::read(descriptor, piece, sizeof piece);
+  if (count > 0) text.append(piece, static_cast<std::size_t>(count));
+  return count > 0;
+}
+
+// Collects what `child` sends until it ends, which is not when the pipe is closed: what it has
+// started may hold that open. False when the time was over first.
+bool Collect(int reports, int child, Clock::time_point end, std::string& text) {
+  pollfd waiting[] = {{child, POLLIN, 0}, {reports, POLLIN, 0}};
+  for (;;) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+    const int count = ::poll(waiting, 2, static_cast<int>(std::max<long>(left, 0)));
+    if (count == 0) return false;
+    if (count < 0) continue;
+    if (waiting[1].revents && !ReadSome(reports, text)) waiting[1].fd = -1;
+    if (waiting[0].revents) break;
+  }
+  while (ReadSome(reports, text)) {
+  }
+  return true;
+}
+
+std::vector<nlohmann::json> Parse(const std::string& text) {
+  std::vector<nlohmann::json> reports;
+  for (std::size_t start = 0, end; (end = text.find('\n', start)) != std::string::npos;
+       start = end + 1) {
+    nlohmann::json report =
+        nlohmann::json::parse(text.begin() + static_cast<std::ptrdiff_t>(start),
+                              text.begin() + static_cast<std::ptrdiff_t>(end), nullptr, false);
+    if (!report.is_discarded()) reports.push_back(std::move(report));
+  }
+  return reports;
+}
+
+}  // namespace
+
+ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) RefuseStart(errno);
+  const Descriptor reading(ends[0]);
+  Descriptor writing(ends[1]);
+  ::fcntl(reading.value, F_SETFL, O_NONBLOCK);
+  const Clock::time_point end = Clock::now() + limit;
+  const pid_t child = Spawn(arguments, writing.value);
+  writing.Close();
+  const Descriptor watched(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+  std::string text;
+  const bool hasEnded = watched.value >= 0 && Collect(reading.value, watched.value, end, text);
+  ::kill(-child, SIGKILL);  // also what an ended child has left behind
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (!hasEnded) return {Parse(text), ChildEnd::kTimedOut, 0};
+  if (WIFSIGNALED(status)) return {Parse(text), ChildEnd::kSignalled, WTERMSIG(status)};
+  return {Parse(text), ChildEnd::kExited, WEXITSTATUS(status)};
+}
+
+void BecomeChild() {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  const rlimit none = {0, 0};
+  ::setrlimit(RLIMIT_CORE, &none);
+  ::fcntl(kReportDescriptor, F_SETFD, FD_CLOEXEC);
+}
+
+void SendReport(const nlohmann::json& report) {
+  const std::string line =
+      report.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
+  for (std::size_t done = 0; done < line.size();) {
+    const ssize_t count = ::write(kReportDescriptor, line.data() + done, line.size() - done);
+    if (count > 0) done += static_cast<std::size_t>(count);
+    if (count < 0 && errno != EINTR) return;  // nobody listens any more
+  }
+}

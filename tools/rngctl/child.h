@@ -1,0 +1,32 @@
+#ifndef TOOLS_RNGCTL_CHILD_H
+#define TOOLS_RNGCTL_CHILD_H
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+/// Plug-in code may crash, exit or hang. So it runs in a process of its own: this program again, with
+/// a hidden command, which sends what it finds piece by piece; what came before the end is kept.
+
+enum class ChildEnd { kExited, kSignalled, kTimedOut };
+
+struct ChildResult {
+  std::vector<nlohmann::json> reports;  ///< all that were sent, in order
+  ChildEnd end;
+  int code;  ///< the exit status or the signal
+};
+
+/// Runs this program with `arguments` and waits, at most for `limit`; then it and what it started in
+/// its process group is killed. It searches for libraries as the aggregator does, reads nothing from
+/// standard input, and what it prints on standard output is lost. Throws a `Refusal` when it cannot
+/// be started.
+ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit);
+
+/// In a child, first of all: it ends with its parent, and a crash leaves no core file.
+void BecomeChild();
+
+/// In a child: sends one report.
+void SendReport(const nlohmann::json& report);
+
+#endif

@@ -1,0 +1,40 @@
+#include "doctor_facts.h"
+
+#include "host.h"
+
+#include <cstring>
+
+DoctorFacts::DoctorFacts(const ChildResult& result) {
+  for (const nlohmann::json& report : result.reports) {
+    if (!report.is_object()) continue;
+    values.update(report);
+    if (report.contains("thrown")) values["thrownIn"] = values["step"];
+  }
+}
+
+std::string DoctorFacts::Text(const char* key) const {
+  const auto value = values.find(key);
+  return value != values.end() && value->is_string() ? value->get<std::string>() : "";
+}
+
+bool DoctorFacts::Is(const char* key) const {
+  const auto value = values.find(key);
+  return value != values.end() && *value == true;
+}
+
+bool HasComeToItsEnd(const ChildResult& result) {
+  return result.end == ChildEnd::kExited && result.code == kDone &&
+         DoctorFacts(result).Text("step") == "end";
+}
+
+std::string EndInWords(const ChildResult& result, std::chrono::seconds limit) {
+  switch (result.end) {
+    case ChildEnd::kTimedOut:
+      return "no answer in " + std::to_string(limit.count()) + " s";
+    case ChildEnd::kSignalled:
+      return "crashed with signal " + std::to_string(result.code) + " (" +
+             ::strsignal(result.code) + ")";
+    default:
+      return "ended the process with status " + std::to_string(result.code);
+  }
+}

@@ -1,0 +1,58 @@
+#include "doctor_report.h"
+
+#include <iostream>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// What there is nothing to say about is null.
+Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+Json AsJson(const SettingsReport& settings) {
+  return {{"file", OrNull(settings.file)},
+          {"exists", settings.exists},
+          {"readable", settings.isReadable},
+          {"writable", settings.isWritable},
+          {"known_path_service", OrNull(settings.service)},
+          {"problem", OrNull(settings.problem)}};
+}
+
+Json AsJson(const DisplayReport& display) {
+  return {{"found", display.isFound},
+          {"ends_processes", display.endsProcesses},
+          {"reason", OrNull(display.reason)},
+          {"mend", OrNull(display.mend)}};
+}
+
+Json AsJson(const GeneratorReport& row) {
+  return {{"kind", row.kind},         {"library_file", row.libraryFile},
+          {"file", OrNull(row.file)}, {"verdict", row.verdict},
+          {"kept", row.isKept},       {"name", OrNull(row.name)},
+          {"summary", row.summary},   {"mend", OrNull(row.mend)},
+          {"warnings", row.warnings}};
+}
+
+Json DefaultAsJson(const DoctorReport& report) {
+  if (report.settings.type.empty()) return nullptr;
+  return {{"kind", report.settings.type},
+          {"hardware_id", OrNull(report.settings.hardwareId)},
+          {"found", report.findsDefault ? Json(*report.findsDefault) : Json()}};
+}
+
+}  // namespace
+
+void PrintJson(const DoctorReport& report) {
+  Json rows = Json::array();
+  for (const GeneratorReport& row : report.generators) rows.push_back(AsJson(row));
+  const Json json = {{"library",
+                      {{"file", report.search.library},
+                       {"run_path", OrNull(report.runPath)},
+                       {"directories", report.search.directories},
+                       {"default_directories", report.search.defaults}}},
+                     {"settings", AsJson(report.settings)},
+                     {"display", AsJson(report.display)},
+                     {"default", DefaultAsJson(report)},
+                     {"generators", rows}};
+  std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}

@@ -1,0 +1,26 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_ROW_H
+#define TOOLS_RNGCTL_DOCTOR_ROW_H
+
+#include "providers/catalogue.h"
+
+/// In a child: treats the plug-in of one row as the start and the stop of the library do, but for the
+/// display, and sends what is seen at once, since the next call may be the last:
+///
+///     step       what is done now; "end" when nothing is left to do
+///     file       what the loader took
+///     openError  the loader's words when it could not be opened
+///     isKept     the library would list it
+///     name       what it reports as its name
+///     nameFault  why the name cannot be used
+///     isFlagless it reports no capability bits
+///     thrown     what it has thrown in this step
+///     verdict    all went its way up to this; not sent when the plug-in ends the process
+///     stays      the plug-in is in the process after it was closed
+void ExamineRow(const ProviderCatalogueEntry& row);
+
+/// In another child: looks up at once all that the plug-in needs, which the library does not ask for,
+/// and sends the loader's words as "bindError" when something is missing. Ends the process, so that
+/// nothing is closed, which is not the matter here.
+[[noreturn]] void ExamineBinding(const ProviderCatalogueEntry& row);
+
+#endif

@@ -1,0 +1,118 @@
+#include "doctor_surroundings.h"
+
+#include "child.h"
+#include "host.h"
+#include "providers/display_probe.h"
+#include "settings/known_path.h"
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <link.h>
+#include <memory>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct CloseLibrary {
+  void operator()(void* handle) const { ::dlclose(handle); }
+};
+using LibraryHandle = std::unique_ptr<void, CloseLibrary>;
+
+link_map* MapOf(const LibraryHandle& library) {
+  link_map* map = nullptr;
+  return library && ::dlinfo(library.get(), RTLD_DI_LINKMAP, &map) == 0 ? map : nullptr;
+}
+
+struct Fault {
+  std::string reason;
+  std::string mend;
+};
+
+// The probe says no more than no. What it needs, in the order in which it needs it.
+Fault FindDisplayFault() {
+  const LibraryHandle x11(::dlopen("libX11.so.6", RTLD_LAZY));
+  if (!x11) {
+    const std::string words = ::dlerror();
+    const bool isAbsent = words.find("libX11.so.6: cannot open shared object file") == 0;
+    return {isAbsent ? "there is no libX11.so.6" : "libX11.so.6 cannot be opened: " + words,
+            "Install the X client library, on Debian the package libx11-6."};
+  }
+  for (const char* function : {"XOpenDisplay", "XCloseDisplay"}) {
+    if (::dlsym(x11.get(), function)) continue;
+    return {MapOf(x11)->l_name + std::string(" lacks ") + function,
+            "Put the system's own X client library in the place of that file."};
+  }
+  const char* const display = std::getenv("DISPLAY");
+  if (!display || !*display) {
+    return {"DISPLAY is not set",
+            "Run this in a graphical session, or set DISPLAY to the display of one."};
+  }
+  return {"the X server of DISPLAY=" + std::string(display) + " cannot be reached",
+          "Start that server, or correct DISPLAY, and see that this user may connect to it."};
+}
+
+// What the lookup has left in the process.
+std::string FindService(const std::optional<std::string>& directory) {
+  const LibraryHandle library(::dlopen("libcrypt_known_path.so", RTLD_LAZY | RTLD_NOLOAD));
+  if (const link_map* const map = MapOf(library)) return map->l_name;
+  return directory == RNG_SETTINGS_DIR ? "" : "already in the process";
+}
+
+bool MayAccess(const fs::path& path, int mode) { return ::access(path.c_str(), mode) == 0; }
+
+// A store makes missing directories and puts a new file in the old one's place, whose own
+// permissions do not count then; only a file that cannot be read is written over.
+bool CanBeStored(const fs::path& file) {
+  std::error_code unknown;
+  if (!file.is_absolute() || fs::is_directory(file, unknown)) return false;
+  if (MayAccess(file, F_OK) && !MayAccess(file, R_OK)) return MayAccess(file, W_OK);
+  fs::path directory = file.parent_path();
+  while (!MayAccess(directory, F_OK) && directory.has_relative_path()) {
+    directory = directory.parent_path();
+  }
+  return fs::is_directory(directory, unknown) && MayAccess(directory, W_OK | X_OK);
+}
+
+std::string Text(const char* text) { return text ? text : ""; }
+
+}  // namespace
+
+void ExamineDisplay() {
+  const bool isFound = ProbeXDisplay();
+  const Fault fault = isFound ? Fault{} : FindDisplayFault();
+  SendReport(
+      {{"isFound", isFound}, {"reason", fault.reason}, {"mend", fault.mend}, {"step", "end"}});
+}
+
+void ExamineSettings() {
+  const std::optional<std::string> directory = FindSettingsDirectory();
+  SendReport({{"isKnown", directory.has_value()}, {"service", FindService(directory)}});
+  if (!directory) return SendReport({{"step", "end"}});
+  const std::string file = *directory + "/rng.ini";
+  std::error_code unknown;
+  SendReport({{"file", file},
+              {"exists", MayAccess(file, F_OK)},
+              {"isReadable", fs::is_regular_file(file, unknown) && MayAccess(file, R_OK)},
+              {"isWritable", CanBeStored(file)},
+              {"type", Text(GetDefaultSettings()->GetType())},
+              {"hardwareId", Text(GetDefaultSettings()->GetHardwareId())},
+              {"step", "end"}});
+}
+
+std::string RunPathOf(const std::string& library) {
+  const link_map* const map =
+      MapOf(LibraryHandle(::dlopen(library.c_str(), RTLD_LAZY | RTLD_NOLOAD)));
+  const char* texts = nullptr;
+  ElfW(Xword) place = 0;
+  for (const ElfW(Dyn)* entry = map ? map->l_ld : nullptr; entry && entry->d_tag != DT_NULL;
+       ++entry) {
+    // The loader has put the address in the place of an offset.
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
+    if (entry->d_tag == DT_STRTAB) texts = reinterpret_cast<const char*>(entry->d_un.d_ptr);
+    if (entry->d_tag == DT_RPATH || entry->d_tag == DT_RUNPATH) place = entry->d_un.d_val;
+  }
+  return texts && place ? texts + place : "";
+}

@@ -1,0 +1,160 @@
+#include "doctor_verdict.h"
+
+#include "doctor_facts.h"
+#include "host.h"
+
+namespace {
+
+constexpr char kNoSuchLibrary[] = ": cannot open shared object file: No such file or directory";
+
+std::string WhereIn(const std::string& step, const ProviderCatalogueEntry& row) {
+  if (step == "open") return " while it was opened";
+  if (step == "factory") return " in its factory " + row.factorySymbol;
+  if (step == "settings") return " while it took the settings";
+  if (step == "available") return " when asked whether it is available";
+  if (step == "name") return " when asked for its name";
+  if (step == "flags") return " when asked for its flags";
+  if (step == "release") return " while it was released";
+  if (step == "close") return " while it was closed";
+  return " while the process ended";
+}
+
+void Put(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary,
+         const std::string& mend) {
+  report.verdict = verdict;
+  report.summary = summary;
+  report.mend = mend;
+}
+
+void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
+  const std::string place = search.directories.empty() ? "the search order" : search.directories[0];
+  Put(report, DoctorVerdict::kNotInstalled, "not installed",
+      "If you have such a device, install the plug-in of its maker into " + place + ".");
+}
+
+void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
+                       const SearchOrder& search) {
+  const auto end = words.find(kNoSuchLibrary);
+  const std::string missing = end == std::string::npos ? "" : words.substr(0, end);
+  const std::string summary = "cannot be opened: ";
+  if (missing.empty()) {
+    Put(report, DoctorVerdict::kCannotBeOpened, summary + words,
+        "Install the plug-in again, as its maker offers it for this system.");
+  } else if (missing != report.libraryFile) {
+    Put(report, DoctorVerdict::kCannotBeOpened, summary + Quoted(missing) + " is missing: " + words,
+        "Install " + Quoted(missing) + ", which the plug-in needs, where the loader finds it.");
+  } else if (!report.file.empty()) {
+    Put(report, DoctorVerdict::kCannotBeOpened, summary + words,
+        "See that " + report.file + " is a file that this user may read.");
+  } else {
+    PutNotInstalled(report, search);
+  }
+}
+
+void PutDisturbance(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary) {
+  std::string mend =
+      "Remove the file or ask its maker for a better one: until then no program gets through the "
+      "start of the library.";
+  if (verdict == DoctorVerdict::kNoAnswer) {
+    mend =
+        "See that the device is connected and ready, or allow more time with --timeout: a program "
+        "that starts the library waits as long.";
+  }
+  if (report.isKept) {
+    mend =
+        "Ask its maker for a better one: the library lists it, and a program that looks for a "
+        "generator or stops the library will come to the same.";
+  }
+  Put(report, verdict, summary, mend);
+}
+
+DoctorVerdict VerdictOf(const ChildResult& result) {
+  if (result.end == ChildEnd::kTimedOut) return DoctorVerdict::kNoAnswer;
+  if (result.end == ChildEnd::kSignalled) return DoctorVerdict::kCrashed;
+  return DoctorVerdict::kEndedProcess;
+}
+
+void PutOrdinary(GeneratorReport& report, const DoctorFacts& facts,
+                 const ProviderCatalogueEntry& row, const SearchOrder& search) {
+  const auto verdict = nlohmann::json(facts.Text("verdict")).get<DoctorVerdict>();
+  switch (verdict) {
+    case DoctorVerdict::kCannotBeOpened:
+      return PutCannotBeOpened(report, facts.Text("openError"), search);
+    case DoctorVerdict::kNoFactory:
+      return Put(report, verdict, "no factory: the file has no function " + row.factorySymbol,
+                 "Put the plug-in that is made for this kind in its place.");
+    case DoctorVerdict::kFactoryGaveNothing:
+      return Put(report, verdict, "factory gave nothing",
+                 "See that what the plug-in needs is there: the device, its driver, its licence.");
+    case DoctorVerdict::kNotAvailable:
+      return Put(report, verdict, "not available",
+                 "Connect the device, and see that its driver runs and that this user may use it.");
+    case DoctorVerdict::kNameless:
+      return Put(report, verdict, "loaded, but without a name: " + facts.Text("nameFault"),
+                 "Ask its maker for a better one: programs find a generator by its name.");
+    case DoctorVerdict::kWrongName:
+      return Put(report, verdict, "loaded, but its name is " + Quoted(report.name),
+                 "Ask for it by that name, or put the plug-in that is made for this kind in its "
+                 "place.");
+    default:
+      return Put(report, verdict, "loaded as " + Quoted(report.name), "");
+  }
+}
+
+void AddWarnings(GeneratorReport& report, const DoctorFacts& facts) {
+  if (facts.Is("isFlagless")) {
+    report.warnings.emplace_back(
+        "It reports no capability: programs that list generators by what they are capable of do "
+        "not see it, those that ask for its name do.");
+  }
+  if (facts.Is("stays")) {
+    report.warnings.emplace_back(
+        "It stays in the process after it is closed, and comes to the next start as it was left.");
+  }
+}
+
+}  // namespace
+
+GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& result,
+                         std::chrono::seconds limit, const SearchOrder& search) {
+  const DoctorFacts facts(result);
+  GeneratorReport report{row.name, row.libraryFile, facts.Text("file")};
+  if (report.file.empty()) report.file = FindFirst(row.libraryFile, search);
+  report.isKept = facts.Is("isKept");
+  report.name = facts.Text("name");
+  AddWarnings(report, facts);
+  if (!HasComeToItsEnd(result)) {
+    PutDisturbance(report, VerdictOf(result),
+                   EndInWords(result, limit) + WhereIn(facts.Text("step"), row));
+  } else if (!facts.Text("thrownIn").empty()) {
+    PutDisturbance(
+        report, DoctorVerdict::kThrew,
+        "threw an exception" + WhereIn(facts.Text("thrownIn"), row) + ": " + facts.Text("thrown"));
+  } else {
+    PutOrdinary(report, facts, row, search);
+  }
+  return report;
+}
+
+std::string BindingWarning(const ChildResult& result) {
+  const std::string words = DoctorFacts(result).Text("bindError");
+  if (words.empty()) return "";
+  const std::string mark = "undefined symbol: ";
+  const auto place = words.find(mark);
+  if (place == std::string::npos) return "Not all that it needs is there: " + words + ".";
+  return "It needs the function " + Quoted(words.substr(place + mark.size())) +
+         ", which is missing: a program that comes to call it is ended, unless another plug-in "
+         "brings it.";
+}
+
+GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,
+                                       const DisplayReport& display, const SearchOrder& search) {
+  GeneratorReport report{row.name, row.libraryFile, FindFirst(row.libraryFile, search)};
+  if (report.file.empty()) {
+    PutNotInstalled(report, search);
+  } else {
+    Put(report, DoctorVerdict::kNoDisplay, "skipped: no X display, " + display.reason,
+        display.mend);
+  }
+  return report;
+}

@@ -1,0 +1,19 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_VERDICT_H
+#define TOOLS_RNGCTL_DOCTOR_VERDICT_H
+
+#include "child.h"
+#include "doctor_report.h"
+#include "providers/catalogue.h"
+
+/// Puts into words what the child of a row, which had `limit` to end, has sent and how it ended.
+GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& result,
+                         std::chrono::seconds limit, const SearchOrder& search);
+
+/// The warning about what the child of `ExamineBinding` has found missing, "" for none.
+std::string BindingWarning(const ChildResult& result);
+
+/// The report of a row whose plug-in is not tried, because it needs a display and there is none.
+GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,
+                                       const DisplayReport& display, const SearchOrder& search);
+
+#endif

@@ -1,0 +1,82 @@
+#include "examination.h"
+
+#include "host.h"
+#include "terminal.h"
+
+namespace {
+
+std::string DescribeExceptions(const std::map<std::string, std::string>& exceptions) {
+  std::string text;
+  for (const auto& [step, what] : exceptions) {
+    text += (text.empty() ? "" : " ") + step + " throws ";
+    text += (what.empty() ? "something that is no std::exception" : Quoted(what)) + ".";
+  }
+  return text;
+}
+
+std::string DescribeCalls(const std::map<std::string, std::string>& calls) {
+  std::string text;
+  for (const auto& [function, step] : calls) {
+    text.append(text.empty() ? "" : " ").append(function).append(" is called in ").append(step);
+    text += '.';
+  }
+  return text;
+}
+
+}  // namespace
+
+CheckReport Examination::Run() {
+  CheckReport report{subject.path, subject.factory, {}};
+  for (const CheckRule& rule : AllChecks()) report.checks.push_back(Examine(rule));
+  return report;
+}
+
+CheckResult Examination::Examine(const CheckRule& rule) {
+  const Finding finding = rule.inFile    ? rule.inFile(subject)
+                          : rule.inChild ? ExamineInChild(rule)
+                                         : Gather(rule.name);
+  // Who names another factory knows that it is not the catalogue's.
+  const bool isMild = hasOwnFactory && rule.name == std::string(kCataloguePair);
+  return {rule.name, isMild ? Severity::kWarning : rule.severity, rule.rule, rule.mend, finding};
+}
+
+std::string Examination::RequestFor(const CheckRule& rule) const {
+  std::vector<std::string> steps;
+  for (const auto& bad : badSteps) steps.push_back(bad.first);
+  const nlohmann::json request = {{"check", rule.name},         {"path", subject.path},
+                                  {"factory", subject.factory}, {"kind", subject.kind},
+                                  {"seconds", limit.count()},   {"badSteps", steps},
+                                  {"drawsWait", drawsWait}};
+  return request.dump();
+}
+
+Finding Examination::ExamineInChild(const CheckRule& rule) {
+  const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
+  const ChildResult result = RunChild({"check-child", RequestFor(rule)}, limit);
+  const CheckAccount account = ReadAccount(result);
+  Remember(account);
+  if (!account.avoided.empty()) return NotExamined(badSteps[account.avoided]);
+  const std::string badEnd = DescribeBadEnd(result, limit);
+  if (badEnd.empty() && account.finding) return *account.finding;
+  const std::string how = badEnd.empty() ? "ended the process with status 0" : badEnd;
+  badSteps.emplace(account.step, account.step + " " + how + " in the check " + rule.name);
+  return Failed("It " + how + " in " + account.step + ".");
+}
+
+void Examination::Remember(const CheckAccount& account) {
+  hasObject = hasObject || account.hasObject;
+  drawsWait = drawsWait || account.drawsWait;
+  exceptions.insert(account.exceptions.begin(), account.exceptions.end());
+  lifecycleCalls.insert(account.lifecycleCalls.begin(), account.lifecycleCalls.end());
+  for (const auto& thrown : account.exceptions) {
+    badSteps.emplace(thrown.first, thrown.first + " throws an exception");
+  }
+}
+
+// What any of the children has seen.
+Finding Examination::Gather(const std::string& rule) const {
+  const std::string seen =
+      rule == kNoException ? DescribeExceptions(exceptions) : DescribeCalls(lifecycleCalls);
+  if (!seen.empty()) return Failed(seen);
+  return hasObject ? Passed() : NotExamined("no operation could be called");
+}

@@ -1,0 +1,24 @@
+#ifndef TOOLS_RNGCTL_PROCESS_TRACES_H
+#define TOOLS_RNGCTL_PROCESS_TRACES_H
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+
+/// What this process holds, as the system sees it.
+
+std::set<std::string> ThreadsOfThisProcess();
+
+/// The open files, by number, with what each refers to.
+std::map<std::string, std::string> OpenFiles();
+
+struct ProcessSize {
+  std::size_t files;
+  std::size_t mappings;
+  std::size_t heap;          ///< bytes that are handed out and not given back
+  std::size_t addressSpace;  ///< bytes
+};
+ProcessSize SizeOfThisProcess();
+
+#endif
