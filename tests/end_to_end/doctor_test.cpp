@@ -269,6 +269,17 @@ TEST_F(Doctor, SaysWhenLookingForTheDisplayEndsEveryProgram) {
   EXPECT_EQ("loaded", RowOf(report, "dsdr").at("verdict"));
 }
 
+// The library's run path finds plug-ins, not what they need.
+TEST_F(Doctor, WhatAPluginNeedsIsNotFoundBesideIt) {
+  InstallPlugin("biokbd", "missing_dependency");
+  InstallPlugin("unixdev");
+  fs::copy(FAKES_DIR "/missing_dependency/libabsent_device.so", TreePath("lib"));
+  EXPECT_EQ("cannot-be-opened", ExamineKind("biokbd").at("verdict"));
+  EXPECT_THAT(RunShell(Rngctl() + " list").output, Not(HasSubstr("biokbd")));
+  const std::string environment = "LD_LIBRARY_PATH=" + TreePath("lib");
+  EXPECT_NE("cannot-be-opened", ExamineKind("biokbd", environment).at("verdict"));
+}
+
 // --- A row of its own for each plug-in
 
 namespace {

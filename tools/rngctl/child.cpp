@@ -1,7 +1,6 @@
 #include "child.h"
 
 #include "host.h"
-#include "search_order.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -40,14 +39,15 @@ class Descriptor {
   int value;
 };
 
-// The environment with another LD_LIBRARY_PATH.
-std::vector<std::string> ChildEnvironment() {
+// This one's, with another LD_LIBRARY_PATH if one is given.
+std::vector<std::string> ChildEnvironment(const std::string& libraryPath) {
   const std::string name = "LD_LIBRARY_PATH=";
   std::vector<std::string> result;
   for (char** entry = environ; *entry; ++entry) {
-    if (std::strncmp(*entry, name.c_str(), name.size()) != 0) result.emplace_back(*entry);
+    const bool isKept = libraryPath.empty() || std::strncmp(*entry, name.c_str(), name.size()) != 0;
+    if (isKept) result.emplace_back(*entry);
   }
-  result.push_back(name + AsLibraryPath(FindSearchOrder()));
+  if (!libraryPath.empty()) result.push_back(name + libraryPath);
   return result;
 }
 
@@ -59,8 +59,9 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
   return pointers;
 }
 
-pid_t Spawn(std::vector<std::string> arguments, int reportDescriptor) {
-  std::vector<std::string> environment = ChildEnvironment();
+pid_t Spawn(std::vector<std::string> arguments, const std::string& libraryPath,
+            int reportDescriptor) {
+  std::vector<std::string> environment = ChildEnvironment(libraryPath);
   arguments.insert(arguments.begin(), "rngctl");
   posix_spawn_file_actions_t actions;
   posix_spawnattr_t attributes;
@@ -118,14 +119,15 @@ std::vector<nlohmann::json> Parse(const std::string& text) {
 
 }  // namespace
 
-ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit) {
+ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
+                     const std::string& libraryPath) {
   int ends[2];
   if (::pipe2(ends, O_CLOEXEC) != 0) RefuseStart(errno);
   const Descriptor reading(ends[0]);
   Descriptor writing(ends[1]);
   ::fcntl(reading.value, F_SETFL, O_NONBLOCK);
   const Clock::time_point end = Clock::now() + limit;
-  const pid_t child = Spawn(arguments, writing.value);
+  const pid_t child = Spawn(arguments, libraryPath, writing.value);
   writing.Close();
   const Descriptor watched(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
   std::string text;

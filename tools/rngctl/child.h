@@ -18,10 +18,11 @@ struct ChildResult {
 };
 
 /// Runs this program with `arguments` and waits, at most for `limit`; then it and what it started in
-/// its process group is killed. It searches for libraries as the aggregator does, reads nothing from
-/// standard input, and what it prints on standard output is lost. Throws a `Refusal` when it cannot
-/// be started.
-ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit);
+/// its process group is killed. `libraryPath`, unless empty, is its LD_LIBRARY_PATH. It reads nothing
+/// from standard input, and what it prints on standard output is lost. Throws a `Refusal` when it
+/// cannot be started.
+ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
+                     const std::string& libraryPath = "");
 
 /// In a child, first of all: it ends with its parent, and a crash leaves no core file.
 void BecomeChild();

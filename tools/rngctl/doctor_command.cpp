@@ -37,16 +37,17 @@ Rows ChooseRows(const std::string& kind) {
 }
 
 ChildResult Examine(const std::string& subject, Limit limit,
-                    const std::vector<std::string>& options = {}) {
+                    const std::vector<std::string>& options = {},
+                    const std::string& libraryPath = "") {
   const WaitNotice notice("Waiting for " + subject + ", at most " + std::to_string(limit.count()) +
                           " s");
   std::vector<std::string> arguments = {kChildCommand, subject};
   arguments.insert(arguments.end(), options.begin(), options.end());
-  return RunChild(arguments, limit);
+  return RunChild(arguments, limit, libraryPath);
 }
 
-DisplayReport FindDisplay(Limit limit) {
-  const ChildResult result = Examine(kDisplay, limit);
+DisplayReport FindDisplay(Limit limit, const SearchOrder& search) {
+  const ChildResult result = Examine(kDisplay, limit, {}, AsLibraryPath(search));
   const DoctorFacts facts(result);
   if (HasComeToItsEnd(result)) {
     return {facts.Is("isFound"), false, facts.Text("reason"), facts.Text("mend")};
@@ -56,8 +57,8 @@ DisplayReport FindDisplay(Limit limit) {
           "starts the library comes to the same."};
 }
 
-SettingsReport FindSettings(Limit limit) {
-  const ChildResult result = Examine(kSettings, limit);
+SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
+  const ChildResult result = Examine(kSettings, limit, {}, AsLibraryPath(search));
   const DoctorFacts facts(result);
   SettingsReport report{facts.Text("file"),     facts.Is("exists"),      facts.Is("isReadable"),
                         facts.Is("isWritable"), facts.Text("service"),   "",
@@ -125,7 +126,8 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
 void RunDoctor(const DoctorRequest& request) {
   const Limit limit(request.timeout);
   const Rows rows = ChooseRows(request.kind);
-  DoctorReport report{FindSearchOrder(), "", FindSettings(limit), FindDisplay(limit), {}, {}};
+  const SearchOrder search = FindSearchOrder();
+  DoctorReport report{search, "", FindSettings(limit, search), FindDisplay(limit, search), {}, {}};
   report.runPath = RunPathOf(report.search.library);
   for (const ProviderCatalogueEntry& row : rows) {
     report.generators.push_back(FindGenerator(row, report, limit));

@@ -4,6 +4,7 @@
 #include "doctor_report.h"
 #include "host.h"
 #include "providers/dll_loader.h"
+#include "search_order.h"
 
 #include <cstring>
 #include <dlfcn.h>
@@ -68,6 +69,15 @@ DoctorVerdict JudgeListed(IRngProvider& provider, const std::string& expected) {
   return verdict;
 }
 
+// What the library opens by its bare name. By its path, since the library's run path finds the plug-in,
+// but not what the plug-in needs.
+std::string FileToOpen(const ProviderCatalogueEntry& row) {
+  SearchOrder search = FindSearchOrder();
+  search.defaults.clear();  // after the loader's cache, which the bare name asks
+  const std::string file = FindFirst(row.libraryFile, search);
+  return ::access(file.c_str(), F_OK) == 0 ? file : row.libraryFile;
+}
+
 DoctorVerdict JudgeOpened(void* library, const ProviderCatalogueEntry& row) {
   void* const symbol = ::dlsym(library, row.factorySymbol.c_str());
   if (!symbol) return DoctorVerdict::kNoFactory;
@@ -89,7 +99,7 @@ DoctorVerdict JudgeOpened(void* library, const ProviderCatalogueEntry& row) {
 
 void ExamineRow(const ProviderCatalogueEntry& row) {
   Begin("open");
-  DllLoader library(row.libraryFile.c_str());
+  DllLoader library(FileToOpen(row).c_str());
   if (!library.GetHandle()) {
     Send("openError", ::dlerror());
     Send("verdict", DoctorVerdict::kCannotBeOpened);
@@ -112,6 +122,6 @@ void ExamineRow(const ProviderCatalogueEntry& row) {
 }
 
 void ExamineBinding(const ProviderCatalogueEntry& row) {
-  if (!::dlopen(row.libraryFile.c_str(), RTLD_NOW)) Send("bindError", ::dlerror());
+  if (!::dlopen(FileToOpen(row).c_str(), RTLD_NOW)) Send("bindError", ::dlerror());
   ::_exit(kDone);
 }

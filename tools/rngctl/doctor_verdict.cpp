@@ -40,7 +40,7 @@ void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
   if (missing.empty()) {
     Put(report, DoctorVerdict::kCannotBeOpened, summary + words,
         "Install the plug-in again, as its maker offers it for this system.");
-  } else if (missing != report.libraryFile) {
+  } else if (missing != report.libraryFile && missing != report.file) {
     Put(report, DoctorVerdict::kCannotBeOpened, summary + Quoted(missing) + " is missing: " + words,
         "Install " + Quoted(missing) + ", which the plug-in needs, where the loader finds it.");
   } else if (!report.file.empty()) {
