@@ -6,7 +6,13 @@ namespace {
 
 class LeaksMemoryRng final : public CorrectRng {
  public:
-  bool IsAvailable() override { return std::malloc(1) != nullptr; }
+  bool IsAvailable() override {
+    forgotten = std::malloc(1);
+    return forgotten != nullptr;
+  }
+
+ private:
+  void* volatile forgotten = nullptr;  // else a compiler leaves the allocation out
 };
 
 }  // namespace
