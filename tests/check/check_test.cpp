@@ -179,14 +179,12 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"calls_shut_down", "no-lifecycle-calls", "ShutDown is called in Release"}),
     NameOf);
 
-#ifndef SANITIZED  // which takes the signal for itself, and does not count what its heap hands out
 INSTANTIATE_TEST_SUITE_P(
     Plain, CheckBreach,
     testing::Values(Breach{"name_crashes", "name",
                            "crashed with signal SEGV (segmentation fault) in GetName"},
                     Breach{"leaks_memory", "load-cycles", "heap in use"}),
     NameOf);
-#endif
 
 // --- Correct plug-ins
 
@@ -221,7 +219,6 @@ TEST(Check, ASlowSourceIsNoFault) {
 
 // --- What one fault leaves of the other checks
 
-#ifndef SANITIZED
 TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
   EXPECT_EQ("name-in-catalogue failed-draw-is-zero concurrent-calls",
@@ -229,7 +226,6 @@ TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   EXPECT_EQ("GetName crashed with signal SEGV (segmentation fault) in the check name",
             Reason(report, "concurrent-calls"));
 }
-#endif
 
 TEST(Check, AHangIsWaitedForOnce) {
   const json report = Report("--timeout 1 " + Breaking("hangs_with_settings"));

@@ -451,14 +451,12 @@ TEST_F(Doctor, ShowsTheFixedDirectoryWithoutAService) {
   EXPECT_EQ(RNG_SETTINGS_DIR "/rng.ini", settings.at("file"));
 }
 
-#ifndef SANITIZED  // whose runtime must be the first library, before one that is preloaded
 TEST_F(Doctor, SeesAServiceThatTheProcessAlreadyHas) {
   fs::rename(TreePath("lib/libcrypt_known_path.so"), TreePath("lib/another.so"));
   const json settings = Examine("dsdr", "LD_PRELOAD=" + TreePath("lib/another.so")).at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
   EXPECT_NE(json(), settings.at("known_path_service"));
 }
-#endif
 
 TEST_F(Doctor, ExplainsAServiceThatDoesNotAnswer) {
   InstallKnownPath("no_function");
