@@ -269,6 +269,17 @@ TEST_F(Doctor, SaysWhenLookingForTheDisplayEndsEveryProgram) {
   EXPECT_EQ("loaded", RowOf(report, "dsdr").at("verdict"));
 }
 
+TEST_F(Doctor, FindsNoDefaultBehindAPluginThatEndsEveryStart) {
+  InstallUnixDev();
+  RunShell(Rngctl() + " default set unixdev");
+  EXPECT_EQ(true, Examine("").at("default").at("found"));
+  InstallPlugin("dsdr", "throwing_start");
+  EXPECT_EQ(false, Examine("").at("default").at("found"));
+  fs::remove(TreePath("lib/librngdsdr.so"));
+  InstallPlugin("grandmaster", "crashing");
+  EXPECT_EQ(false, Examine("").at("default").at("found"));
+}
+
 // The library's run path finds plug-ins, not what they need.
 TEST_F(Doctor, WhatAPluginNeedsIsNotFoundBesideIt) {
   InstallPlugin("biokbd", "missing_dependency");

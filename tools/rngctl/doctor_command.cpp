@@ -10,6 +10,7 @@
 #include "terminal.h"
 
 #include <algorithm>
+#include <set>
 
 namespace {
 
@@ -85,15 +86,24 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
   return report;
 }
 
+// Whether no host gets through the start, because of this plug-in.
+bool EndsEveryStart(const GeneratorReport& row) {
+  const std::set<DoctorVerdict> ends = {DoctorVerdict::kCrashed, DoctorVerdict::kEndedProcess,
+                                        DoctorVerdict::kNoAnswer};
+  return !row.isKept && ends.count(row.verdict) > 0;
+}
+
 std::optional<bool> FindsDefault(const DoctorReport& report, bool isWhole) {
   const SettingsReport& settings = report.settings;
   if (settings.type.empty()) return std::nullopt;
   if (std::max(settings.type.size(), settings.hardwareId.size()) >= kRngNameSize) return false;
   const auto& rows = report.generators;
-  if (std::any_of(rows.begin(), rows.end(), [&settings](const GeneratorReport& row) {
-        return row.isKept && row.name == settings.type;
-      })) {
-    return true;
+  if (report.display.endsProcesses || std::any_of(rows.begin(), rows.end(), EndsEveryStart)) {
+    return false;
+  }
+  for (const GeneratorReport& row : rows) {
+    if (row.isKept && row.name == settings.type) return true;
+    if (!row.isKept && row.verdict == DoctorVerdict::kThrew) return false;  // the walk ends there
   }
   return isWhole ? std::optional(false) : std::nullopt;
 }

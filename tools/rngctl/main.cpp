@@ -132,7 +132,8 @@ int Run(int count, char** arguments) {
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return std::string("rngctl: ") + error.what() + "\nRun with --help for more information.\n";
   });
-  app.footer("Exit status: 0 done, 1 negative answer, 2 wrong usage.");
+  app.footer(
+      "Exit status: 0 done, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator.");
   ReadRequest request;
   std::uint32_t mask =
       kDefaultFallbackBio | kDefaultFallbackBioQt | kDefaultFallbackBioX11 | kDefaultFallbackBioKb;
@@ -165,7 +166,7 @@ int main(int count, char** arguments) {
     std::cerr << "rngctl: " << refusal.what() << '\n';
     return refusal.status;
   } catch (const std::exception& error) {
-    std::cerr << "rngctl: A plug-in or the system failed: " << error.what() << '\n';
+    std::cerr << "rngctl: A plug-in or the system failed: " << Printable(error.what()) << '\n';
     return kNegativeAnswer;
   } catch (...) {
     std::cerr << "rngctl: A plug-in failed without saying why.\n";
