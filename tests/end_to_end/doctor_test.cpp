@@ -3,6 +3,8 @@
 #include "tests/support/tree.h"
 #include "tests/support/x_server.h"
 
+#include <cstddef>
+#include <elf.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -131,6 +133,14 @@ INSTANTIATE_TEST_SUITE_P(
              "threw an exception in its factory GetDsdrRng: no driver", "Remove the file"},
         Case{"ThrowingRelease", "dsdr", "throwing_release", "threw", true,
              "threw an exception while it was released: nothing that says why", "Ask its maker"},
+        Case{"CallingShutDown", "dsdr", "breaking/calls_shut_down", "calls-back", true,
+             "calls ShutDown, as no plug-in may, while it was released", "Ask its maker"},
+        Case{"CallingInitialize", "dsdr", "breaking/calls_initialize", "calls-back", false,
+             "calls Initialize, as no plug-in may, when asked whether it is available",
+             "Remove the file"},
+        Case{"ClosingBadly", "dsdr", "breaking/exit_handler_stays", "crashed", true,
+             "crashed with signal 11 (Segmentation fault) while the process ended",
+             "at its own end"},
         Case{"Crashing", "grandmaster", "crashing", "crashed", false,
              "crashed with signal 6 (Aborted) in its factory GetGrandmasterRng", "Remove the file"},
         Case{"Exiting", "accord", "exiting", "ended-the-process", false,
@@ -154,6 +164,33 @@ TEST_F(Doctor, QuotesTheLoaderOnAFileThatIsNoLibrary) {
   EXPECT_EQ("cannot-be-opened", row.at("verdict"));
   EXPECT_EQ("cannot be opened: " + file + ": invalid ELF header", row.at("summary"));
   EXPECT_EQ(file, row.at("file"));
+}
+
+namespace {
+
+// An ELF file, of which the loader reads no more than its head.
+void WriteForeignLibrary(const std::string& file) {
+  fs::copy_file(FAKES_DIR "/stub/librngdsdr.so", file);
+  std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+  stream.seekp(offsetof(Elf64_Ehdr, e_machine));
+  stream.put(static_cast<char>(EM_AARCH64));
+}
+
+}  // namespace
+
+TEST_F(Doctor, PassesOverAFileForAnotherMachineAsTheLoaderDoes) {
+  const std::string foreign = TreePath("lib/librngdsdr.so");
+  WriteForeignLibrary(foreign);
+  const json alone = ExamineKind("dsdr");
+  EXPECT_EQ("cannot-be-opened", alone.at("verdict"));
+  EXPECT_EQ(foreign, alone.at("file"));
+  EXPECT_THAT(Text(alone.at("mend")), HasSubstr("See that " + foreign));
+
+  fs::create_directory(TreePath("other"));
+  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("other"));
+  const json second = ExamineKind("dsdr", "LD_LIBRARY_PATH=" + TreePath("other"));
+  EXPECT_EQ("loaded", second.at("verdict"));
+  EXPECT_EQ(TreePath("other/librngdsdr.so"), second.at("file"));
 }
 
 TEST_F(Doctor, FindsALinkThatLeadsNowhere) {
@@ -280,6 +317,73 @@ TEST_F(Doctor, FindsNoDefaultBehindAPluginThatEndsEveryStart) {
   EXPECT_EQ(false, Examine("").at("default").at("found"));
 }
 
+// --- The start with all plug-ins
+
+TEST_F(Doctor, StartsTheLibraryWhereNoPluginIsKnownToDisturbIt) {
+  InstallUnixDev();
+  EXPECT_EQ(json({{"tried", true}, {"problem", json()}}), Examine("").at("start"));
+  EXPECT_EQ(json({{"tried", false}, {"problem", "not tried"}}), Examine("unixdev").at("start"));
+  InstallPlugin("grandmaster", "crashing");
+  InstallPlugin("accord", "exiting");
+  EXPECT_EQ(json({{"tried", false}, {"problem", "not tried, because of accord, grandmaster"}}),
+            Examine("").at("start"));
+}
+
+TEST_F(Doctor, SaysWhatASearchForTheDefaultComesTo) {
+  InstallUnixDev();
+  InstallPlugin("sobol", "nameless");  // with a negative size
+  ASSERT_EQ(0, RunShell(Rngctl() + " default set dsdr || true").status);
+  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
+  const json report = Examine("");
+  EXPECT_EQ(false, report.at("default").at("found"));
+  EXPECT_EQ("an exception in the search for the default", report.at("start").at("problem"));
+}
+
+TEST_F(Doctor, DoesNotKnowOfADefaultThatIsNotLookedFor) {
+  InstallUnixDev();
+  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
+  InstallPlugin("dsdr", "throwing_release");
+  EXPECT_EQ(json(), Examine("").at("default").at("found"));
+}
+
+TEST_F(Doctor, WarnsWherePluginsAnswerOtherwiseBesideOthers) {
+  InstallX11("whole");
+  InstallPlugin("bioqt");
+  InstallPlugin("dsdr", "sociable");
+  InstallPlugin("sobol", "sociable");
+  const json report = Examine("");
+  const json dsdr = RowOf(report, "dsdr");
+  EXPECT_EQ("not-available", dsdr.at("verdict"));
+  EXPECT_EQ(
+      json({"A start with all plug-ins keeps " + TreePath("lib/librngdsdr.so") + " all the same."}),
+      dsdr.at("warnings"));
+  const json sobol = RowOf(report, "sobol");
+  EXPECT_EQ("loaded", sobol.at("verdict"));
+  EXPECT_EQ(json({"A start with all plug-ins does not keep it."}), sobol.at("warnings"));
+  EXPECT_THAT(RowOf(report, "bioqt").at("warnings"), IsEmpty());
+}
+
+TEST_F(Doctor, WarnsOfAFileForThisProcessorThatComesBeforeTheOther) {
+  InstallPlugin("dsdr", "stub");
+  const std::string folder = TreePath("lib/glibc-hwcaps/x86-64-v2");
+  fs::create_directories(folder);
+  fs::copy(TreePath("lib/librngdsdr.so"), folder);
+  EXPECT_EQ(json({"A start with all plug-ins takes " + folder + "/librngdsdr.so in its place."}),
+            RowOf(Examine(""), "dsdr").at("warnings"));
+}
+
+TEST_F(Doctor, AStartThatDoesNotGoWellIsANegativeAnswer) {
+  InstallUnixDev();
+  InstallPlugin("sobol", "crowded");
+  InstallPlugin("accord", "crowded");
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: A start with all plug-ins: crashed with signal 6 (Aborted) in the start.\n",
+            result.errors);
+  EXPECT_THAT(result.output, HasSubstr("\nStart, stop    crashed with signal 6 (Aborted) in the "
+                                       "start\n"));
+}
+
 // The library's run path finds plug-ins, not what they need.
 TEST_F(Doctor, WhatAPluginNeedsIsNotFoundBesideIt) {
   InstallPlugin("biokbd", "missing_dependency");
@@ -375,6 +479,8 @@ std::set<std::string> FilesKept(const std::vector<fs::path>& files) {
 
 std::set<std::string> FilesKept(const json& report) {
   std::set<std::string> names;
+  const json& start = report.at("start");
+  if (start.at("tried") && !start.at("problem").is_null()) return names;  // no row's fault
   for (const json& row : report.at("generators")) {
     if (row.at("kept")) names.insert(row.at("library_file"));
   }
@@ -416,6 +522,16 @@ TEST_F(Doctor, ShowsTheLibraryAndWhereItSearches) {
   EXPECT_EQ("$ORIGIN/../lib", library.at("run_path"));
   EXPECT_EQ(json({TreePath("lib"), "/opt/one", "/opt/two"}), library.at("directories"));
   EXPECT_THAT(library.at("default_directories"), Not(IsEmpty()));
+}
+
+TEST_F(Doctor, TellsTheSystemsDirectoriesFromThoseOfTheEnvironment) {
+  const json defaults = Examine("dsdr").at("library").at("default_directories");
+  for (const char* odd :
+       {"'/opt/one;/opt/two:'", "'$ORIGIN/x'", ":", "/lib:/usr/lib/", "//opt//"}) {
+    const std::string environment = std::string("LD_LIBRARY_PATH=") + odd;
+    EXPECT_EQ(defaults, Examine("dsdr", environment).at("library").at("default_directories"))
+        << odd;
+  }
 }
 
 TEST_F(Doctor, TheFileBesideTheLibraryComesFirst) {
@@ -493,7 +609,7 @@ TEST_F(Doctor, SaysWhetherTheDefaultWouldBeFound) {
 
 TEST_F(Doctor, ADefaultThatIsTooLongIsNotFound) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=123456789012345678\n");
-  EXPECT_EQ(false, Examine("dsdr").at("default").at("found"));
+  EXPECT_EQ(false, Examine("").at("default").at("found"));
 }
 
 // --- What is printed
@@ -511,7 +627,7 @@ TEST_F(Doctor, PrintsTextInColumns) {
               HasSubstr("\nSettings file  " + TreePath(kSettingsFile) +
                         ", does not exist, can be written\nKnown paths    " + lib +
                         "/libcrypt_known_path.so\nX display      none, DISPLAY is not set\n"
-                        "Default        none configured\n\n"));
+                        "Default        none configured\nStart, stop    in order\n\n"));
   const std::string blanks(lib.size() + sizeof "/librngunixdev.so", ' ');
   EXPECT_THAT(result.output, HasSubstr("\nKIND           FILE" + blanks.substr(3) +
                                        "VERDICT\n"
@@ -527,8 +643,24 @@ TEST_F(Doctor, PrintsTextInColumns) {
 }
 
 TEST_F(Doctor, PrintsNoControlCharacters) {
-  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=a\033b\n");
-  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr("\nDefault        a?b, not examined\n"));
+  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=a\033b\u009Bc\n");
+  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr("\nDefault        a?b?c, not examined\n"));
+}
+
+TEST_F(Doctor, CountsLettersNotBytes) {
+  fs::create_directory(TreePath("f\u00FCnf"));
+  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("f\u00FCnf"));
+  const std::string blanks(TreePath("f\u00FCnf/librngdsdr.so").size() - 1, ' ');
+  EXPECT_THAT(
+      RunShell("LD_LIBRARY_PATH=" + TreePath("f\u00FCnf") + " " + Rngctl() + " doctor").output,
+      HasSubstr("\naccord         -" + blanks + " not installed\n"));
+}
+
+TEST_F(Doctor, SaysWhenItsReportCannotBeWritten) {
+  InstallUnixDev();
+  const Result result = RunShell(Rngctl() + " doctor >/dev/full");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: Cannot write to standard output.\n", result.errors);
 }
 
 TEST_F(Doctor, ReportsMatchTheSchema) {
@@ -587,6 +719,13 @@ TEST_F(Doctor, APluginOutOfOrderIsANegativeAnswer) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("rngctl: 1 of the installed plug-ins is not in order.\n", result.errors);
   EXPECT_EQ(0, Run("doctor unixdev").status);
+}
+
+TEST_F(Doctor, AnInstallationWithoutADisplayIsInOrder) {
+  InstallUnixDev();
+  InstallPlugin("bioqt");
+  EXPECT_EQ(0, Run("doctor").status);
+  EXPECT_EQ(1, Run("doctor bioqt").status);
 }
 
 TEST_F(Doctor, NoUsableGeneratorHasAStatusOfItsOwn) {

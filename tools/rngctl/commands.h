@@ -31,7 +31,8 @@ void RunDoctor(const DoctorRequest& request);
 
 struct DoctorChildRequest {
   std::string subject;        ///< a kind, or what else is examined
-  bool isForBinding = false;  ///< of a kind only what is missing
+  std::string file;           ///< of a kind: what is opened
+  bool isForBinding = false;  ///< of a kind: only what is missing
 };
 /// The part of the doctor that may not survive.
 void RunDoctorChild(const DoctorChildRequest& request);

@@ -3,6 +3,7 @@
 #include "doctor_facts.h"
 #include "doctor_report.h"
 #include "doctor_row.h"
+#include "doctor_start.h"
 #include "doctor_surroundings.h"
 #include "doctor_verdict.h"
 #include "host.h"
@@ -10,7 +11,11 @@
 #include "terminal.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <iostream>
 #include <set>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -20,6 +25,8 @@ using Rows = std::vector<ProviderCatalogueEntry>;
 constexpr char kChildCommand[] = "doctor-child";
 constexpr char kDisplay[] = "display";
 constexpr char kSettings[] = "settings";
+constexpr char kSearch[] = "search order";
+constexpr char kStart[] = "start";
 constexpr char kForBinding[] = "--binding";
 
 // One row, or all without a kind.
@@ -72,44 +79,62 @@ SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
   return report;
 }
 
+SearchOrder FindSearch(Limit limit) {
+  const fs::path library = FindLibrary();
+  const ChildResult result = Examine(kSearch, limit, {}, library.parent_path());
+  return FindSearchOrder(DoctorFacts(result).List("systemDirectories").size());
+}
+
 GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorReport& found,
                               Limit limit) {
   if (row.needsDisplay && !found.display.isFound) {
     return JudgeRowWithoutDisplay(row, found.display, found.search);
   }
-  const ChildResult result = Examine(row.name, limit);
+  const std::string taken = FindTaken(row.libraryFile, found.search);
+  const std::string file = "--file=" + (taken.empty() ? row.libraryFile : taken);
+  const ChildResult result = Examine(row.name, limit, {file});
   GeneratorReport report = JudgeRow(row, result, limit, found.search);
   const bool wasOpened = !DoctorFacts(result).Text("file").empty();
   const std::string warning =
-      wasOpened ? BindingWarning(Examine(row.name, limit, {kForBinding})) : "";
+      wasOpened ? BindingWarning(Examine(row.name, limit, {file, kForBinding})) : "";
   if (!warning.empty()) report.warnings.push_back(warning);
   return report;
 }
 
-// Whether no host gets through the start, because of this plug-in.
-bool EndsEveryStart(const GeneratorReport& row) {
-  const std::set<DoctorVerdict> ends = {DoctorVerdict::kCrashed, DoctorVerdict::kEndedProcess,
-                                        DoctorVerdict::kNoAnswer};
-  return !row.isKept && ends.count(row.verdict) > 0;
+// A program that comes to it goes no further, or not as it should.
+bool IsDisturbance(const GeneratorReport& row) {
+  const std::set<DoctorVerdict> disturbances = {
+      DoctorVerdict::kCallsBack, DoctorVerdict::kThrew, DoctorVerdict::kCrashed,
+      DoctorVerdict::kEndedProcess, DoctorVerdict::kNoAnswer};
+  return disturbances.contains(row.verdict);
 }
 
-std::optional<bool> FindsDefault(const DoctorReport& report, bool isWhole) {
-  const SettingsReport& settings = report.settings;
-  if (settings.type.empty()) return std::nullopt;
-  if (std::max(settings.type.size(), settings.hardwareId.size()) >= kRngNameSize) return false;
-  const auto& rows = report.generators;
-  if (report.display.endsProcesses || std::any_of(rows.begin(), rows.end(), EndsEveryStart)) {
-    return false;
+// What is known to disturb a start is not met again. One that is kept lets the start go on; whether the
+// search for the default comes to it is not known.
+StartReport ForeseeStart(const DoctorReport& report) {
+  if (report.display.endsProcesses) return {false, "not tried, because of the X display", false};
+  StartReport start;
+  for (const GeneratorReport& row : report.generators) {
+    if (!IsDisturbance(row)) continue;
+    start.problem += (start.problem.empty() ? "not tried, because of " : ", ") + row.kind;
+    if (!row.isKept) start.findsDefault = false;
   }
-  for (const GeneratorReport& row : rows) {
-    if (row.isKept && row.name == settings.type) return true;
-    if (!row.isKept && row.verdict == DoctorVerdict::kThrew) return false;  // the walk ends there
-  }
-  return isWhole ? std::optional(false) : std::nullopt;
+  return start;
+}
+
+StartReport FindStart(DoctorReport& report, Limit limit) {
+  const StartReport foreseen = ForeseeStart(report);
+  if (!foreseen.problem.empty()) return foreseen;
+  const Limit forAll = limit * report.generators.size();
+  const ChildResult result = Examine(kStart, forAll);
+  for (GeneratorReport& row : report.generators) CompareWithStart(row, result);
+  return JudgeStart(result, forAll);
 }
 
 bool IsOutOfOrder(const GeneratorReport& row) {
-  return row.verdict != DoctorVerdict::kLoaded && row.verdict != DoctorVerdict::kNotInstalled;
+  const std::set<DoctorVerdict> inOrder = {DoctorVerdict::kLoaded, DoctorVerdict::kNotInstalled,
+                                           DoctorVerdict::kNoDisplay};
+  return !inOrder.contains(row.verdict);
 }
 
 // A sentence and the exit status, where the answer is not a good one.
@@ -129,6 +154,9 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
     throw Refusal(kNegativeAnswer, std::to_string(count) + " of the installed plug-ins " +
                                        (count == 1 ? "is" : "are") + " not in order.");
   }
+  if (report.start.isTried && !report.start.problem.empty()) {
+    throw Refusal(kNegativeAnswer, "A start with all plug-ins: " + report.start.problem + ".");
+  }
 }
 
 }  // namespace
@@ -136,14 +164,20 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
 void RunDoctor(const DoctorRequest& request) {
   const Limit limit(request.timeout);
   const Rows rows = ChooseRows(request.kind);
-  const SearchOrder search = FindSearchOrder();
-  DoctorReport report{search, "", FindSettings(limit, search), FindDisplay(limit, search), {}, {}};
+  const SearchOrder search = FindSearch(limit);
+  DoctorReport report{search,
+                      "",
+                      FindSettings(limit, search),
+                      FindDisplay(limit, search),
+                      {},
+                      {false, "not tried"}};
   report.runPath = RunPathOf(report.search.library);
   for (const ProviderCatalogueEntry& row : rows) {
     report.generators.push_back(FindGenerator(row, report, limit));
   }
-  report.findsDefault = FindsDefault(report, request.kind.empty());
+  if (request.kind.empty()) report.start = FindStart(report, limit);
   request.asJson ? PrintJson(report) : PrintText(report);
+  if (!std::cout.flush()) throw Refusal(kNegativeAnswer, "Cannot write to standard output.");
   Conclude(report, request.kind);
 }
 
@@ -151,6 +185,8 @@ void RunDoctorChild(const DoctorChildRequest& request) {
   BecomeChild();
   if (request.subject == kDisplay) return ExamineDisplay();
   if (request.subject == kSettings) return ExamineSettings();
-  const ProviderCatalogueEntry row = ChooseRows(request.subject).at(0);
-  request.isForBinding ? ExamineBinding(row) : ExamineRow(row);
+  if (request.subject == kSearch) return ExamineSearch();
+  if (request.subject == kStart) return ExamineStart();
+  if (request.isForBinding) ExamineBinding(request.file);
+  ExamineRow(ChooseRows(request.subject).at(0), request.file);
 }

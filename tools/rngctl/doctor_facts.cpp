@@ -22,6 +22,10 @@ bool DoctorFacts::Is(const char* key) const {
   return value != values.end() && *value == true;
 }
 
+std::vector<std::string> DoctorFacts::List(const char* key) const {
+  return values.value(key, std::vector<std::string>());
+}
+
 bool HasComeToItsEnd(const ChildResult& result) {
   return result.end == ChildEnd::kExited && result.code == kDone &&
          DoctorFacts(result).Text("step") == "end";

@@ -9,6 +9,7 @@ class DoctorFacts {
   explicit DoctorFacts(const ChildResult& result);
   std::string Text(const char* key) const;  ///< "" without one
   bool Is(const char* key) const;           ///< false without one
+  std::vector<std::string> List(const char* key) const;
 
  private:
   nlohmann::json values = nlohmann::json::object();

@@ -37,7 +37,11 @@ Json DefaultAsJson(const DoctorReport& report) {
   if (report.settings.type.empty()) return nullptr;
   return {{"kind", report.settings.type},
           {"hardware_id", OrNull(report.settings.hardwareId)},
-          {"found", report.findsDefault ? Json(*report.findsDefault) : Json()}};
+          {"found", report.start.findsDefault ? Json(*report.start.findsDefault) : Json()}};
+}
+
+Json AsJson(const StartReport& start) {
+  return {{"tried", start.isTried}, {"problem", OrNull(start.problem)}};
 }
 
 }  // namespace
@@ -53,6 +57,7 @@ void PrintJson(const DoctorReport& report) {
                      {"settings", AsJson(report.settings)},
                      {"display", AsJson(report.display)},
                      {"default", DefaultAsJson(report)},
+                     {"start", AsJson(report.start)},
                      {"generators", rows}};
   std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -21,6 +21,7 @@ enum class DoctorVerdict {
   kNameless,
   kWrongName,
   kNoDisplay,
+  kCallsBack,
   kThrew,
   kCrashed,
   kEndedProcess,
@@ -37,6 +38,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(DoctorVerdict,
                               {DoctorVerdict::kNameless, "nameless"},
                               {DoctorVerdict::kWrongName, "wrong-name"},
                               {DoctorVerdict::kNoDisplay, "no-display"},
+                              {DoctorVerdict::kCallsBack, "calls-back"},
                               {DoctorVerdict::kThrew, "threw"},
                               {DoctorVerdict::kCrashed, "crashed"},
                               {DoctorVerdict::kEndedProcess, "ended-the-process"},
@@ -72,13 +74,20 @@ struct SettingsReport {
   std::string hardwareId = {};
 };
 
+/// A start of the library with all plug-ins, and its stop.
+struct StartReport {
+  bool isTried = false;
+  std::string problem = {};               ///< why it does not go well, or was not tried
+  std::optional<bool> findsDefault = {};  ///< a generator has the configured name; empty: not known
+};
+
 struct DoctorReport {
   SearchOrder search;
   std::string runPath;
   SettingsReport settings;
   DisplayReport display;
   std::vector<GeneratorReport> generators;
-  std::optional<bool> findsDefault;  ///< empty: none is configured, or not all were examined
+  StartReport start;
 };
 
 void PrintText(const DoctorReport& report);

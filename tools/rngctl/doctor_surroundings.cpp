@@ -3,6 +3,7 @@
 #include "child.h"
 #include "host.h"
 #include "providers/display_probe.h"
+#include "search_order.h"
 #include "settings/known_path.h"
 
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <link.h>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -63,12 +65,22 @@ std::string FindService(const std::optional<std::string>& directory) {
 
 bool MayAccess(const fs::path& path, int mode) { return ::access(path.c_str(), mode) == 0; }
 
+// In a directory with the sticky bit only the owner of a file, or of the directory, replaces it.
+bool IsAnothersToReplace(const fs::path& file) {
+  struct stat place = {};
+  struct stat old = {};
+  const uid_t user = ::geteuid();
+  return ::stat(file.parent_path().c_str(), &place) == 0 && ::lstat(file.c_str(), &old) == 0 &&
+         (place.st_mode & S_ISVTX) != 0 && user != 0 && user != place.st_uid && user != old.st_uid;
+}
+
 // A store makes missing directories and puts a new file in the old one's place, whose own
 // permissions do not count then; only a file that cannot be read is written over.
 bool CanBeStored(const fs::path& file) {
   std::error_code unknown;
   if (!file.is_absolute() || fs::is_directory(file, unknown)) return false;
   if (MayAccess(file, F_OK) && !MayAccess(file, R_OK)) return MayAccess(file, W_OK);
+  if (IsAnothersToReplace(file)) return false;
   fs::path directory = file.parent_path();
   while (!MayAccess(directory, F_OK) && directory.has_relative_path()) {
     directory = directory.parent_path();
@@ -101,6 +113,8 @@ void ExamineSettings() {
               {"hardwareId", Text(GetDefaultSettings()->GetHardwareId())},
               {"step", "end"}});
 }
+
+void ExamineSearch() { SendReport({{"systemDirectories", ListSystemDirectories()}}); }
 
 std::string RunPathOf(const std::string& library) {
   const link_map* const map =

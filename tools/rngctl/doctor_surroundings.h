@@ -13,6 +13,10 @@ void ExamineDisplay();
 /// `SettingsReport` by their names.
 void ExamineSettings();
 
+/// Sends "systemDirectories", where the loader looks last, in a process with one directory in its
+/// LD_LIBRARY_PATH.
+void ExamineSearch();
+
 /// The run path that the file of a library, which is in the process, was linked with.
 std::string RunPathOf(const std::string& library);
 

@@ -3,13 +3,14 @@
 #include "terminal.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <iostream>
 
 namespace {
 
+constexpr std::size_t kFirstColumn = 15;
+
 void PrintField(const std::string& name, const std::string& value) {
-  std::cout << std::left << std::setw(15) << name << Printable(value) << '\n';
+  std::cout << Padded(name, kFirstColumn) << Printable(value) << '\n';
 }
 
 void PrintSearchOrder(const SearchOrder& search) {
@@ -36,9 +37,8 @@ std::string DescribeDefault(const DoctorReport& report) {
   const SettingsReport& settings = report.settings;
   if (settings.type.empty()) return "none configured";
   const std::string device = settings.hardwareId.empty() ? "" : ", device " + settings.hardwareId;
-  const char* const answer = !report.findsDefault   ? "not examined"
-                             : *report.findsDefault ? "found"
-                                                    : "not found";
+  const std::optional<bool> findsDefault = report.start.findsDefault;
+  const char* const answer = !findsDefault ? "not examined" : *findsDefault ? "found" : "not found";
   return settings.type + device + ", " + answer;
 }
 
@@ -51,6 +51,7 @@ void PrintTop(const DoctorReport& report) {
   PrintField("Known paths", service.empty() ? "no service, as fixed at build time" : service);
   PrintField("X display", report.display.isFound ? "found" : "none, " + report.display.reason);
   PrintField("Default", DescribeDefault(report));
+  PrintField("Start, stop", report.start.problem.empty() ? "in order" : report.start.problem);
 }
 
 constexpr const char* kGreen = "\033[32m";
@@ -72,11 +73,12 @@ const char* ColourOf(const GeneratorReport& row) {
 
 void PrintRows(const std::vector<GeneratorReport>& rows) {
   const bool isColoured = UsesColour();
-  std::size_t width = 0;
-  for (const GeneratorReport& row : rows) width = std::max(width, row.file.size());
+  std::size_t width = sizeof "FILE" - 1;
+  for (const GeneratorReport& row : rows) {
+    width = std::max(width, CountColumns(Printable(row.file)));
+  }
   const auto print = [width](const std::string& kind, const std::string& file) {
-    std::cout << std::setw(15) << kind << std::setw(static_cast<int>(std::max(width, 4UL)) + 2)
-              << Printable(file);
+    std::cout << Padded(kind, kFirstColumn) << Padded(Printable(file), width + 2);
   };
   std::cout << '\n';
   print("KIND", "FILE");

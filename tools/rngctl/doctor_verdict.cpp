@@ -3,9 +3,11 @@
 #include "doctor_facts.h"
 #include "host.h"
 
-namespace {
+#include <filesystem>
 
-constexpr char kNoSuchLibrary[] = ": cannot open shared object file: No such file or directory";
+namespace fs = std::filesystem;
+
+namespace {
 
 std::string WhereIn(const std::string& step, const ProviderCatalogueEntry& row) {
   if (step == "open") return " while it was opened";
@@ -34,7 +36,7 @@ void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
 
 void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
                        const SearchOrder& search) {
-  const auto end = words.find(kNoSuchLibrary);
+  const auto end = words.find(": cannot open shared object file: ");
   const std::string missing = end == std::string::npos ? "" : words.substr(0, end);
   const std::string summary = "cannot be opened: ";
   if (missing.empty()) {
@@ -45,27 +47,35 @@ void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
         "Install " + Quoted(missing) + ", which the plug-in needs, where the loader finds it.");
   } else if (!report.file.empty()) {
     Put(report, DoctorVerdict::kCannotBeOpened, summary + words,
-        "See that " + report.file + " is a file that this user may read.");
+        "See that " + report.file + " is a file that this user may read, made for this machine.");
   } else {
     PutNotInstalled(report, search);
   }
 }
 
-void PutDisturbance(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary) {
-  std::string mend =
-      "Remove the file or ask its maker for a better one: until then no program gets through the "
-      "start of the library.";
-  if (verdict == DoctorVerdict::kNoAnswer) {
-    mend =
-        "See that the device is connected and ready, or allow more time with --timeout: a program "
-        "that starts the library waits as long.";
+std::string MendDisturbance(const GeneratorReport& report, DoctorVerdict verdict,
+                            const std::string& step) {
+  if (step == "end") {
+    return "Ask its maker for a better one: every program that opened it comes to the same at its "
+           "own end.";
   }
   if (report.isKept) {
-    mend =
-        "Ask its maker for a better one: the library lists it, and a program that looks for a "
-        "generator or stops the library will come to the same.";
+    return "Ask its maker for a better one: the library lists it, and a program that looks for a "
+           "generator or stops the library will come to the same.";
   }
-  Put(report, verdict, summary, mend);
+  if (verdict == DoctorVerdict::kNoAnswer) {
+    return "See that the device is connected and ready, or allow more time with --timeout: a "
+           "program that starts the library waits as long.";
+  }
+  return "Remove the file or ask its maker for a better one: until then no program gets through "
+         "the "
+         "start of the library.";
+}
+
+// With `what` happening in `step`.
+void PutDisturbance(GeneratorReport& report, DoctorVerdict verdict, const std::string& what,
+                    const std::string& step, const ProviderCatalogueEntry& row) {
+  Put(report, verdict, what + WhereIn(step, row), MendDisturbance(report, verdict, step));
 }
 
 DoctorVerdict VerdictOf(const ChildResult& result) {
@@ -123,13 +133,16 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
   report.isKept = facts.Is("isKept");
   report.name = facts.Text("name");
   AddWarnings(report, facts);
-  if (!HasComeToItsEnd(result)) {
-    PutDisturbance(report, VerdictOf(result),
-                   EndInWords(result, limit) + WhereIn(facts.Text("step"), row));
+  const std::string step = facts.Text("step");
+  if (!facts.Text("called").empty()) {
+    PutDisturbance(report, DoctorVerdict::kCallsBack,
+                   "calls " + facts.Text("called") + ", as no plug-in may,", step, row);
+  } else if (!HasComeToItsEnd(result)) {
+    PutDisturbance(report, VerdictOf(result), EndInWords(result, limit), step, row);
   } else if (!facts.Text("thrownIn").empty()) {
-    PutDisturbance(
-        report, DoctorVerdict::kThrew,
-        "threw an exception" + WhereIn(facts.Text("thrownIn"), row) + ": " + facts.Text("thrown"));
+    PutDisturbance(report, DoctorVerdict::kThrew, "threw an exception", facts.Text("thrownIn"),
+                   row);
+    report.summary += ": " + facts.Text("thrown");
   } else {
     PutOrdinary(report, facts, row, search);
   }
@@ -145,6 +158,38 @@ std::string BindingWarning(const ChildResult& result) {
   return "It needs the function " + Quoted(words.substr(place + mark.size())) +
          ", which is missing: a program that comes to call it is ended, unless another plug-in "
          "brings it.";
+}
+
+void CompareWithStart(GeneratorReport& row, const ChildResult& start) {
+  std::error_code unknown;
+  std::string opened;
+  const DoctorFacts facts(start);
+  for (const fs::path path : facts.List("opened")) {
+    if (path.filename() == row.libraryFile) opened = path;
+  }
+  if (opened.empty()) {
+    if (row.isKept && facts.Text("step") != "start") {
+      row.warnings.emplace_back("A start with all plug-ins does not keep it.");
+    }
+  } else if (!row.isKept) {
+    row.warnings.push_back("A start with all plug-ins keeps " + opened + " all the same.");
+  } else if (!fs::equivalent(opened, row.file, unknown)) {
+    row.warnings.push_back("A start with all plug-ins takes " + opened + " in its place.");
+  }
+}
+
+StartReport JudgeStart(const ChildResult& result, std::chrono::seconds limit) {
+  const DoctorFacts facts(result);
+  StartReport report{true, "", facts.Is("findsDefault")};
+  const bool hasThrown = facts.Is("thrown");
+  if (HasComeToItsEnd(result)) return report;
+  const std::string step = facts.Text("step");
+  report.problem = (hasThrown ? "an exception" : EndInWords(result, limit)) +
+                   (step == "start"     ? " in the start"
+                    : step == "default" ? " in the search for the default"
+                    : step == "stop"    ? " in the stop"
+                                        : " while the process ended");
+  return report;
 }
 
 GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,

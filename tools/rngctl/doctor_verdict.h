@@ -12,6 +12,13 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
 /// The warning about what the child of `ExamineBinding` has found missing, "" for none.
 std::string BindingWarning(const ChildResult& result);
 
+/// Warns where a start with all plug-ins, whose child ended with `start`, has not done with the plug-in
+/// of the row what is to be expected of it.
+void CompareWithStart(GeneratorReport& row, const ChildResult& start);
+
+/// Puts that start into words.
+StartReport JudgeStart(const ChildResult& result, std::chrono::seconds limit);
+
 /// The report of a row whose plug-in is not tried, because it needs a display and there is none.
 GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,
                                        const DisplayReport& display, const SearchOrder& search);

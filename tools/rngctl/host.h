@@ -31,6 +31,12 @@ std::string ReadText(IRngProvider& provider, std::int32_t (IRngProvider::*operat
 /// Keeps a plug-in's text from steering the terminal.
 std::string Printable(std::string text);
 
+/// How many characters of UTF-8 there are, as columns count them.
+std::size_t CountColumns(const std::string& text);
+
+/// With blanks behind it up to so many columns.
+std::string Padded(const std::string& text, std::size_t columns);
+
 std::string Quoted(const std::string& text);
 
 #endif

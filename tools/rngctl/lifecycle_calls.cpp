@@ -27,3 +27,5 @@ void ShutDown() {
   if (const LifecycleCallRecord record = g_record) return record("ShutDown");
   LibrarysOwn<void()>("ShutDown")();
 }
+
+bool IsInitialized() { return g_record.load() || LibrarysOwn<bool()>("IsInitialized")(); }

@@ -6,7 +6,8 @@
 
 using LifecycleCallRecord = void (*)(const char* function);
 
-/// From now on the two do nothing but tell `record` which of them was called.
+/// From now on the two do nothing but tell `record` which of them was called, and `IsInitialized` says
+/// yes, as it does in a start.
 void WatchLifecycleCalls(LifecycleCallRecord record);
 
 #endif

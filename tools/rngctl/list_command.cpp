@@ -2,7 +2,6 @@
 #include "host.h"
 
 #include <algorithm>
-#include <iomanip>
 #include <iostream>
 #include <vector>
 
@@ -64,10 +63,11 @@ std::vector<Row> LoadedRows() {
   return rows;
 }
 
-int Width(const std::vector<Row>& rows, std::string Row::*column) {
+// Two blanks wide of the widest text.
+std::size_t Width(const std::vector<Row>& rows, std::string Row::*column) {
   std::size_t width = 0;
-  for (const Row& row : rows) width = std::max(width, (row.*column).size());
-  return static_cast<int>(width) + 2;
+  for (const Row& row : rows) width = std::max(width, CountColumns(row.*column));
+  return width + 2;
 }
 
 }  // namespace
@@ -77,10 +77,10 @@ void RunList() {
   std::vector<Row> rows = LoadedRows();
   if (rows.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
   rows.insert(rows.begin(), {"NAME", "INTERACTIVE", "FLAGS", "DESCRIPTION"});
-  std::cout << std::left;
   for (const Row& row : rows) {
-    std::cout << std::setw(Width(rows, &Row::name)) << row.name
-              << std::setw(Width(rows, &Row::interactive)) << row.interactive
-              << std::setw(Width(rows, &Row::flags)) << row.flags << row.description << '\n';
+    for (const auto column : {&Row::name, &Row::interactive, &Row::flags}) {
+      std::cout << Padded(row.*column, Width(rows, column));
+    }
+    std::cout << row.description << '\n';
   }
 }

@@ -91,6 +91,7 @@ void AddDoctor(CLI::App& app, DoctorRequest& request, DoctorChildRequest& childR
   doctor->callback([&request] { RunDoctor(request); });
   CLI::App* const child = app.add_subcommand("doctor-child", "")->group("");  // not in the help
   child->add_option("SUBJECT", childRequest.subject)->required();
+  child->add_option("--file", childRequest.file);
   child->add_flag("--binding", childRequest.isForBinding);
   child->callback([&childRequest] { RunDoctorChild(childRequest); });
 }

@@ -3,12 +3,12 @@
 #include "host.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
+#include <fstream>
 #include <link.h>
 #include <memory>
-#include <sstream>
 
 namespace {
 
@@ -19,14 +19,6 @@ using LibraryHandle = std::unique_ptr<void, CloseLibrary>;
 
 [[noreturn]] void Refuse() {
   throw Refusal(kNegativeAnswer, "The dynamic loader does not tell where it searches.");
-}
-
-// Without the ".." by which an installation finds its parts.
-std::string Straight(const std::string& path) {
-  std::error_code absent;
-  const std::filesystem::path whole(path);
-  const std::filesystem::path folder = weakly_canonical(whole.parent_path(), absent);
-  return absent ? path : (folder / whole.filename()).string();
 }
 
 // All that the loader searches for what `library`, which is in the process, opens.
@@ -48,33 +40,54 @@ std::vector<std::string> ListSearched(const char* library) {
   return directories;
 }
 
-// As the loader lists it.
-std::string AsListed(const std::string& directory) {
-  if (directory.empty()) return ".";
-  const auto last = directory.find_last_not_of('/');
-  return last == std::string::npos ? "/" : directory.substr(0, last + 1);
+// Whether the loader takes the file: it passes over one that it cannot read or that is made for
+// another machine.
+bool IsForThisMachine(const std::string& file) {
+  ElfW(Ehdr) header = {};
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) return false;
+  stream.read(reinterpret_cast<char*>(&header), sizeof header);
+  const bool isElf = std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
+  return !isElf || (header.e_ident[EI_CLASS] == ELFCLASS64 && header.e_machine == EM_X86_64);
 }
 
-// How many of the last directories are the system's. The loader marks none, but the C library has no
-// run path: what is searched for it is what the environment names, then the system's.
-std::size_t CountDefaults() {
-  const std::vector<std::string> searched = ListSearched("libc.so.6");
-  const char* const named = std::getenv("LD_LIBRARY_PATH");
-  std::istringstream names(named ? named : "");
-  std::size_t count = 0;
-  for (std::string name; std::getline(names, name, ':') && count < searched.size();) {
-    if (searched[count] == AsListed(name)) ++count;
+// Also links to nothing.
+std::vector<std::string> ListFiles(const std::string& name,
+                                   const std::vector<std::string>& directories) {
+  std::vector<std::string> files;
+  for (const std::string& directory : directories) {
+    const std::filesystem::path path = std::filesystem::path(directory) / name;
+    std::error_code absent;
+    if (is_symlink(path, absent) || exists(path, absent)) files.push_back(path);
   }
-  return searched.size() - count;
+  return files;
 }
 
 }  // namespace
 
-SearchOrder FindSearchOrder() {
+std::string Straight(const std::string& path) {
+  std::error_code absent;
+  const std::filesystem::path whole(path);
+  const std::filesystem::path folder = weakly_canonical(whole.parent_path(), absent);
+  return absent ? path : (folder / whole.filename()).string();
+}
+
+std::vector<std::string> ListSystemDirectories() {
+  std::vector<std::string> directories = ListSearched("libc.so.6");
+  directories.erase(directories.begin());
+  return directories;
+}
+
+std::string FindLibrary() {
   Dl_info place;
   if (!::dladdr(reinterpret_cast<void*>(&GetDefaultSettings), &place)) Refuse();
-  SearchOrder order{Straight(place.dli_fname), ListSearched(place.dli_fname), {}};
-  const std::size_t defaults = std::min(CountDefaults(), order.directories.size());
+  return place.dli_fname;
+}
+
+SearchOrder FindSearchOrder(std::size_t systemDirectories) {
+  const std::string library = FindLibrary();
+  SearchOrder order{Straight(library), ListSearched(library.c_str()), {}};
+  const std::size_t defaults = std::min(systemDirectories, order.directories.size());
   const auto middle = order.directories.end() - static_cast<std::ptrdiff_t>(defaults);
   order.defaults.assign(middle, order.directories.end());
   order.directories.erase(middle, order.directories.end());
@@ -82,13 +95,18 @@ SearchOrder FindSearchOrder() {
   return order;
 }
 
-std::string FindFirst(const std::string& file, const SearchOrder& order) {
+std::string FindTaken(const std::string& name, const SearchOrder& order) {
+  const std::vector<std::string> files = ListFiles(name, order.directories);
+  const auto taken = std::find_if(files.begin(), files.end(), IsForThisMachine);
+  return taken == files.end() ? "" : *taken;
+}
+
+std::string FindFirst(const std::string& name, const SearchOrder& order) {
+  const std::string taken = FindTaken(name, order);
+  if (!taken.empty()) return taken;
   for (const auto* directories : {&order.directories, &order.defaults}) {
-    for (const std::string& directory : *directories) {
-      const std::filesystem::path path = std::filesystem::path(directory) / file;
-      std::error_code absent;
-      if (is_symlink(path, absent) || exists(path, absent)) return path;  // also a link to nothing
-    }
+    const std::vector<std::string> files = ListFiles(name, *directories);
+    if (!files.empty()) return files[0];
   }
   return "";
 }
