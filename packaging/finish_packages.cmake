@@ -37,6 +37,10 @@ endforeach()
 file(COPY ${CPACK_DEBIAN_LIBRNGAGGREGATOR1_PACKAGE_CONTROL_EXTRA}
   DESTINATION ${CPACK_TEMPORARY_DIRECTORY}/librngaggregator1/DEBIAN)
 file(WRITE ${CPACK_TEMPORARY_DIRECTORY}/debian/control "")
+# A symbol that the list of symbols does not have, or has alone, is an error. (One of this very version would
+# not be missed; with the release the version is later.)
+run(dpkg-gensymbols -c4 -plibrngaggregator1 -v${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}
+  -Plibrngaggregator1 -Ilibrngaggregator1/DEBIAN/symbols -Osymbols)
 foreach(binary
     librngaggregator1:lib/librngaggregator.so.${CPACK_PACKAGE_VERSION}
     rng-plugin-unixdev:lib/librngunixdev.so
@@ -45,7 +49,7 @@ foreach(binary
   string(REPLACE ":" "${CPACK_PACKAGING_INSTALL_PREFIX}/" binary ${binary})
   file(MAKE_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
   run(strip --strip-unneeded --remove-section=.comment --remove-section=.note ${binary})
-  run(dpkg-shlibdeps -O -Slibrngaggregator1 ${binary})
+  run(dpkg-shlibdeps -O -Slibrngaggregator1 -xlibrngaggregator1 ${binary})
   if(NOT output MATCHES "^shlibs:Depends=(.+)\n$")
     message(FATAL_ERROR "dpkg-shlibdeps says of ${binary}: ${output}")
   endif()
