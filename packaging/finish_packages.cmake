@@ -9,7 +9,9 @@ macro(run)
     OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
 endmacro()
 
-foreach(package IN LISTS CPACK_COMPONENTS_ALL)
+set(packages ${CPACK_COMPONENTS_ALL})
+list(FILTER packages EXCLUDE REGEX "^debug-")
+foreach(package IN LISTS packages)
   set(share ${CPACK_TEMPORARY_DIRECTORY}/${package}${CPACK_PACKAGING_INSTALL_PREFIX}/share)
   set(documents ${share}/doc/${package})
   if(EXISTS ${share}/doc/rngaggregator)
@@ -31,6 +33,23 @@ foreach(package IN LISTS CPACK_COMPONENTS_ALL)
   run(find ${package} -type d -exec chmod 755 {} +)
 endforeach()
 
+# copy_debug_information(PACKAGE BINARY): into the package for it, where debuggers look by the binary's
+# identity.
+function(copy_debug_information package binary)
+  run(readelf -nW ${binary})
+  if(NOT output MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")
+    message(FATAL_ERROR "${binary} has no identity: ${output}")
+  endif()
+  set(root ${CPACK_TEMPORARY_DIRECTORY}/debug-${package}${CPACK_PACKAGING_INSTALL_PREFIX})
+  set(file ${root}/lib/debug/.build-id/${CMAKE_MATCH_1}/${CMAKE_MATCH_2}.debug)
+  cmake_path(GET file PARENT_PATH folder)
+  file(MAKE_DIRECTORY ${folder} ${root}/share/doc)
+  run(objcopy --only-keep-debug --compress-debug-sections ${binary} ${file})
+  file(CREATE_LINK ${package} ${root}/share/doc/${package}-dbgsym SYMBOLIC)
+  run(find ${root} -type d -exec chmod 755 {} +)
+  run(chmod 644 ${file})
+endfunction()
+
 # Without what a debugger reads, and with the packages of the libraries that they need. The folder DEBIAN
 # marks a package's folder while these are looked up. (CPACK_DEBIAN_PACKAGE_SHLIBDEPS would also call
 # ldconfig from maintainer scripts; the trigger makes that needless.)
@@ -48,6 +67,9 @@ foreach(binary
   string(REGEX MATCH "^[^:]+" package ${binary})
   string(REPLACE ":" "${CPACK_PACKAGING_INSTALL_PREFIX}/" binary ${binary})
   file(MAKE_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
+  if(NOT package STREQUAL rngctl)  # which is built without what a debugger reads
+    copy_debug_information(${package} ${binary})
+  endif()
   run(strip --strip-unneeded --remove-section=.comment --remove-section=.note ${binary})
   run(dpkg-shlibdeps -O -Slibrngaggregator1 -xlibrngaggregator1 ${binary})
   if(NOT output MATCHES "^shlibs:Depends=(.+)\n$")
@@ -57,6 +79,6 @@ foreach(binary
   set(depends ${CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS} ${CMAKE_MATCH_1})
   list(JOIN depends ", " CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS)
 endforeach()
-foreach(package IN LISTS CPACK_COMPONENTS_ALL)
+foreach(package IN LISTS packages)
   file(REMOVE_RECURSE ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
 endforeach()

@@ -110,11 +110,18 @@ g++ "$examples/minimal-host/minimal_host.cpp" -o "$root/tmp/host" $(pkg-config -
 passes /tmp/host
 says '^[0-9a-f]{64}$'
 
+# A debugger finds by their identities what belongs to library and plug-in.
+for binary in librngaggregator.so.1 librngunixdev.so; do
+  identity=$(readelf -n "$root/usr/lib/$binary" | sed -n 's/^ *Build ID: //p')
+  readelf -SW "$root/usr/lib/debug/.build-id/$(echo "$identity" | sed 's,^..,&/,').debug" | grep -qF .debug_info ||
+    fail "nothing to debug $binary with"
+done
+
 # The plug-in can go alone; after a purge nothing is left but the user's choice.
-passes dpkg -r rng-plugin-unixdev
+passes dpkg -r rng-plugin-unixdev rng-plugin-unixdev-dbgsym
 if inside rngctl list >"$room/log" 2>&1; then fail "still there: $(cat "$room/log")"; fi
 says '^rngctl: No generator is usable'
-passes dpkg -P rngctl librngaggregator-dev rng-plugin-unixdev librngaggregator1
+passes dpkg -P rngctl librngaggregator-dev rng-plugin-unixdev librngaggregator1 librngaggregator1-dbgsym
 listing | diff "$room/before" - >"$room/left" || true
 [ "$(sed -n 's/^[<>] //p' "$room/left")" = "./etc/rngaggregator
 ./etc/rngaggregator/rng.ini" ] || fail "after the purge: $(cat "$room/left")"
