@@ -125,6 +125,21 @@ install_and_move
 [ "$(wc -l <"$room/rows")" = 12 ] || fail "rows: $(cat "$room/rows")"
 
 case $case in
+  EveryFileIsInItsPlace)
+    rm "$P/lib/libcrypt_known_path.so"
+    (cd "$P" && find . ! -type d | sed 's,^\./,,' | sort) | diff "$source/tests/kit/installed_files.txt" - ||
+      fail "see above"
+    ;;
+  PkgConfigFollowsTheMove)
+    export PKG_CONFIG_PATH="$P/lib/pkgconfig"
+    for variable in plugindir libdir; do
+      folder=$(pkg-config --variable=$variable rngaggregator)
+      [ "$(realpath "$folder")" = "$P/lib" ] || fail "$variable: $folder"
+    done
+    [ -f "$(pkg-config --variable=includedir rngaggregator)/rngaggregator/aggregator.h" ] || fail "no headers"
+    version=$(pkg-config --modversion rngaggregator)
+    [ -f "$P/lib/librngaggregator.so.$version" ] || fail "version: $version"
+    ;;
   PackageNamesNoPlaceOfItsBuild)
     cd "$P/lib"
     cat cmake/RngAggregator/RngAggregatorConfig.cmake pkgconfig/rngaggregator.pc >/dev/null
