@@ -69,7 +69,7 @@ see '^examples/' '^(examples|rngaggregator)/'
 keep '^tests/' '^tests/'
 keep '^boost/' '^aggregator/process_state[.]h$'
 # Only those that open or close libraries, or look into one.
-keep '^dlfcn[.]h$' '^(aggregator/(lifecycle|load_provider|rng_info)[.]cpp|providers/(display_probe|dll_loader)[.]cpp|settings/known_path[.]cpp|tools/rngctl/(check_release|check_start|doctor_row|doctor_surroundings|lifecycle_calls|search_order|watched_plugin)[.]cpp|(examples|benchmarks)/.*)$'
+keep '^dlfcn[.]h$' '^(aggregator/(lifecycle|load_provider|rng_info)[.]cpp|providers/(display_probe|dll_loader)[.]cpp|settings/known_path[.]cpp|tools/rngctl/library_handle[.]h|tools/rngctl/(check_release|check_start|doctor_row|doctor_surroundings|lifecycle_calls|search_order|watched_plugin)[.]cpp|(examples|benchmarks)/.*)$'
 
 # Comments may name it.
 grep -rn CKP_GetPath include aggregator providers settings plugins tools |

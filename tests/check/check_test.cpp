@@ -100,14 +100,14 @@ INSTANTIATE_TEST_SUITE_P(Unique, CheckBreach,
 INSTANTIATE_TEST_SUITE_P(
     Start, CheckBreach,
     testing::Values(
-        Breach{"opening_crashes", "opens", "signal ABRT (aborted) in the opening of the library"},
+        Breach{"opening_crashes", "opens", "signal 6 (Aborted) in the opening of the library"},
         Breach{"factory_gives_null", "gives-object", "gives null"},
         Breach{"needs_settings", "null-settings", "in SetSettings without settings"},
         Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
         Breach{"hangs_with_settings", "built-in-settings", "no answer in 1 s in IsAvailable",
                "--timeout 1"},
         Breach{"gives_object_once", "reload", "Opened again"},
-        Breach{"closing_crashes", "reload", "signal ABRT (aborted) in the closing of the library"},
+        Breach{"closing_crashes", "reload", "signal 6 (Aborted) in the closing of the library"},
         Breach{"unavailable", "available", "IsAvailable answers false"}),
     NameOf);
 
@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Plain, CheckBreach,
     testing::Values(Breach{"name_crashes", "name",
-                           "crashed with signal SEGV (segmentation fault) in GetName"},
+                           "crashed with signal 11 (Segmentation fault) in GetName"},
                     Breach{"leaks_memory", "load-cycles", "heap in use"}),
     NameOf);
 
@@ -223,7 +223,7 @@ TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
   EXPECT_EQ("name-in-catalogue failed-draw-is-zero concurrent-calls",
             Names(report, "not-examined"));
-  EXPECT_EQ("GetName crashed with signal SEGV (segmentation fault) in the check name",
+  EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
             Reason(report, "concurrent-calls"));
 }
 

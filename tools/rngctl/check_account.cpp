@@ -1,17 +1,6 @@
 #include "check_account.h"
 
-#include <cctype>
-#include <cstring>
-
 namespace {
-
-std::string DescribeSignal(int number) {
-  const char* const name = ::sigabbrev_np(number);
-  const char* const description = ::sigdescr_np(number);
-  std::string words = description ? description : "unknown";
-  words[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(words[0])));
-  return (name ? name : std::to_string(number)) + " (" + words + ")";
-}
 
 void Read(const nlohmann::json& report, CheckAccount& account) {
   if (report.contains("step")) {
@@ -40,12 +29,6 @@ CheckAccount ReadAccount(const ChildResult& result) {
 }
 
 std::string DescribeBadEnd(const ChildResult& result, std::chrono::seconds limit) {
-  switch (result.end) {
-    case ChildEnd::kTimedOut:
-      return "gave no answer in " + std::to_string(limit.count()) + " s";
-    case ChildEnd::kSignalled:
-      return "crashed with signal " + DescribeSignal(result.code);
-    default:
-      return result.code == 0 ? "" : "ended the process with status " + std::to_string(result.code);
-  }
+  if (result.end == ChildEnd::kExited && result.code == 0) return "";
+  return (result.end == ChildEnd::kTimedOut ? "gave " : "") + EndInWords(result, limit);
 }

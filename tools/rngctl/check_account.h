@@ -20,8 +20,8 @@ struct CheckAccount {
 
 CheckAccount ReadAccount(const ChildResult& result);
 
-/// How a child that did not come to its end has ended: "crashed with signal SEGV (segmentation
-/// fault)". Empty when it did.
+/// How a child that did not come to its end has ended: "crashed with signal 11 (Segmentation fault)".
+/// Empty when it did.
 std::string DescribeBadEnd(const ChildResult& result, std::chrono::seconds limit);
 
 #endif

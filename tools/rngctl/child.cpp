@@ -141,6 +141,18 @@ ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::mil
   return {Parse(text), ChildEnd::kExited, WEXITSTATUS(status)};
 }
 
+std::string EndInWords(const ChildResult& result, std::chrono::seconds limit) {
+  switch (result.end) {
+    case ChildEnd::kTimedOut:
+      return "no answer in " + std::to_string(limit.count()) + " s";
+    case ChildEnd::kSignalled:
+      return "crashed with signal " + std::to_string(result.code) + " (" +
+             ::strsignal(result.code) + ")";
+    default:
+      return "ended the process with status " + std::to_string(result.code);
+  }
+}
+
 void BecomeChild() {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit none = {0, 0};

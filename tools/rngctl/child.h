@@ -24,6 +24,9 @@ struct ChildResult {
 ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
                      const std::string& libraryPath = "");
 
+/// How a child ended that has not come to its end: "crashed with signal 11 (Segmentation fault)".
+std::string EndInWords(const ChildResult& result, std::chrono::seconds limit);
+
 /// In a child, first of all: it ends with its parent, and a crash leaves no core file.
 void BecomeChild();
 

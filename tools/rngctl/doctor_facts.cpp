@@ -2,8 +2,6 @@
 
 #include "host.h"
 
-#include <cstring>
-
 DoctorFacts::DoctorFacts(const ChildResult& result) {
   for (const nlohmann::json& report : result.reports) {
     if (!report.is_object()) continue;
@@ -29,16 +27,4 @@ std::vector<std::string> DoctorFacts::List(const char* key) const {
 bool HasComeToItsEnd(const ChildResult& result) {
   return result.end == ChildEnd::kExited && result.code == kDone &&
          DoctorFacts(result).Text("step") == "end";
-}
-
-std::string EndInWords(const ChildResult& result, std::chrono::seconds limit) {
-  switch (result.end) {
-    case ChildEnd::kTimedOut:
-      return "no answer in " + std::to_string(limit.count()) + " s";
-    case ChildEnd::kSignalled:
-      return "crashed with signal " + std::to_string(result.code) + " (" +
-             ::strsignal(result.code) + ")";
-    default:
-      return "ended the process with status " + std::to_string(result.code);
-  }
 }

@@ -18,7 +18,4 @@ class DoctorFacts {
 /// Whether a child has done all it had to do, which it says by its last "step".
 bool HasComeToItsEnd(const ChildResult& result);
 
-/// How a child ended that has not: "crashed with signal 11 (Segmentation fault)".
-std::string EndInWords(const ChildResult& result, std::chrono::seconds limit);
-
 #endif

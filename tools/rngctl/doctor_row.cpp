@@ -3,12 +3,12 @@
 #include "child.h"
 #include "doctor_report.h"
 #include "host.h"
+#include "library_handle.h"
 #include "lifecycle_calls.h"
 #include "providers/dll_loader.h"
 
 #include <cstring>
 #include <dlfcn.h>
-#include <link.h>
 #include <memory>
 #include <unistd.h>
 
@@ -25,14 +25,12 @@ void Send(const char* key, const nlohmann::json& value) {
 void Begin(const char* step) { Send("step", step); }
 
 std::string FileOf(void* handle) {
-  link_map* map = nullptr;
-  return ::dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 ? map->l_name : "";
+  const link_map* const map = MapOf(handle);
+  return map ? map->l_name : "";
 }
 
 bool IsLoaded(const std::string& file) {
-  void* const handle = ::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-  if (handle) ::dlclose(handle);
-  return handle != nullptr;
+  return LibraryHandle(::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD)) != nullptr;
 }
 
 // The two calls by which the library looks for a name.

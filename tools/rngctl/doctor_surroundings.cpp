@@ -2,6 +2,7 @@
 
 #include "child.h"
 #include "host.h"
+#include "library_handle.h"
 #include "providers/display_probe.h"
 #include "search_order.h"
 #include "settings/known_path.h"
@@ -9,24 +10,12 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
-#include <link.h>
-#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-struct CloseLibrary {
-  void operator()(void* handle) const { ::dlclose(handle); }
-};
-using LibraryHandle = std::unique_ptr<void, CloseLibrary>;
-
-link_map* MapOf(const LibraryHandle& library) {
-  link_map* map = nullptr;
-  return library && ::dlinfo(library.get(), RTLD_DI_LINKMAP, &map) == 0 ? map : nullptr;
-}
 
 struct Fault {
   std::string reason;
@@ -44,7 +33,7 @@ Fault FindDisplayFault() {
   }
   for (const char* function : {"XOpenDisplay", "XCloseDisplay"}) {
     if (::dlsym(x11.get(), function)) continue;
-    return {MapOf(x11)->l_name + std::string(" lacks ") + function,
+    return {MapOf(x11.get())->l_name + std::string(" lacks ") + function,
             "Put the system's own X client library in the place of that file."};
   }
   const char* const display = std::getenv("DISPLAY");
@@ -59,7 +48,7 @@ Fault FindDisplayFault() {
 // What the lookup has left in the process.
 std::string FindService(const std::optional<std::string>& directory) {
   const LibraryHandle library(::dlopen("libcrypt_known_path.so", RTLD_LAZY | RTLD_NOLOAD));
-  if (const link_map* const map = MapOf(library)) return map->l_name;
+  if (const link_map* const map = MapOf(library.get())) return map->l_name;
   return directory == RNG_SETTINGS_DIR ? "" : "already in the process";
 }
 
@@ -117,8 +106,8 @@ void ExamineSettings() {
 void ExamineSearch() { SendReport({{"systemDirectories", ListSystemDirectories()}}); }
 
 std::string RunPathOf(const std::string& library) {
-  const link_map* const map =
-      MapOf(LibraryHandle(::dlopen(library.c_str(), RTLD_LAZY | RTLD_NOLOAD)));
+  const LibraryHandle handle(::dlopen(library.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+  const link_map* const map = MapOf(handle.get());
   const char* texts = nullptr;
   ElfW(Xword) place = 0;
   for (const ElfW(Dyn)* entry = map ? map->l_ld : nullptr; entry && entry->d_tag != DT_NULL;

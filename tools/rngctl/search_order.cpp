@@ -1,6 +1,7 @@
 #include "search_order.h"
 
 #include "host.h"
+#include "library_handle.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,11 +12,6 @@
 #include <memory>
 
 namespace {
-
-struct CloseLibrary {
-  void operator()(void* handle) const { ::dlclose(handle); }
-};
-using LibraryHandle = std::unique_ptr<void, CloseLibrary>;
 
 [[noreturn]] void Refuse() {
   throw Refusal(kNegativeAnswer, "The dynamic loader does not tell where it searches.");
