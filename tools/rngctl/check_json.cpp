@@ -38,6 +38,6 @@ void PrintAsJson(const CheckReport& report) {
                     {"errors", report.CountFailed(Severity::kError)},
                     {"warnings", report.CountFailed(Severity::kWarning)},
                     {"notes", report.CountFailed(Severity::kNote)},
-                    {"notExamined", report.Count(Outcome::kNotExamined)}};
+                    {"not_examined", report.Count(Outcome::kNotExamined)}};
   std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
