@@ -343,6 +343,18 @@ TEST(Check, JsonKeepsItsSchema) {
   }
 }
 
+TEST(Check, APathNeedNotBeUtf8) {
+  const std::string folder = TreePath("caf\xE9");
+  fs::create_directory(folder);
+  fs::copy_file(Breaking("correct"), folder + "/librngdsdr.so");
+  const json report = Report("'" + folder + "/librngdsdr.so'");
+  EXPECT_EQ("", Failed(report));
+  EXPECT_EQ("failed-draw-is-zero", Names(report, "not-examined"));
+  EXPECT_THAT(report.at("plugin"), EndsWith("/caf\xEF\xBF\xBD/librngdsdr.so"));
+  EXPECT_EQ("there is no factory Get\xEF\xBF\xBD",
+            Reason(Report("--factory 'Get\xE9' " + Breaking("correct")), "name"));
+}
+
 TEST(Check, TheSchemaRefusesWhatIsNoReport) {
   json report = Report(Breaking("unavailable"));
   const auto isValid = [](const json& value) {

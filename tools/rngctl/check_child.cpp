@@ -9,10 +9,10 @@
 
 namespace {
 
-PluginUnderCheck ReadSubject(const nlohmann::json& request) {
-  return {request.at("path"),     request.at("factory"),
-          request.at("kind"),     std::chrono::seconds(request.at("seconds").get<int>()),
-          request.at("badSteps"), request.at("drawsWait")};
+PluginUnderCheck ReadSubject(const CheckChildRequest& request, const nlohmann::json& what) {
+  return {request.plugin,      request.factory,
+          what.at("kind"),     std::chrono::seconds(what.at("seconds").get<int>()),
+          what.at("badSteps"), what.at("drawsWait")};
 }
 
 Finding Make(const CheckRule& rule, WatchedPlugin& plugin) {
@@ -29,11 +29,11 @@ void SendFinding(const Finding& finding) {
   SendReport({{"outcome", static_cast<int>(finding.outcome)}, {"seen", finding.seen}});
 }
 
-void RunCheckChild(const std::string& request) {
+void RunCheckChild(const CheckChildRequest& request) {
   BecomeChild();
   WatchLifecycleCalls([](const char* function) { SendReport({{"called", function}}); });
-  const nlohmann::json what = nlohmann::json::parse(request);
-  WatchedPlugin plugin(ReadSubject(what));
+  const nlohmann::json what = nlohmann::json::parse(request.what);
+  WatchedPlugin plugin(ReadSubject(request, what));
   for (const CheckRule& rule : AllChecks()) {
     if (rule.inChild && what.at("check") == rule.name) SendFinding(Make(rule, plugin));
   }

@@ -45,7 +45,12 @@ struct CheckRequest {
 };
 void RunCheck(const CheckRequest& request);
 
+struct CheckChildRequest {
+  std::string what;     ///< which check, and what is known so far; JSON
+  std::string plugin;   ///< apart from that, because JSON holds UTF-8 alone
+  std::string factory;  ///< likewise
+};
 /// In a child: makes the one check that `request` asks for, sends what it finds, and ends the process.
-[[noreturn]] void RunCheckChild(const std::string& request);
+[[noreturn]] void RunCheckChild(const CheckChildRequest& request);
 
 #endif

@@ -43,16 +43,19 @@ CheckResult Examination::Examine(const CheckRule& rule) {
 std::string Examination::RequestFor(const CheckRule& rule) const {
   std::vector<std::string> steps;
   for (const auto& bad : badSteps) steps.push_back(bad.first);
-  const nlohmann::json request = {{"check", rule.name},         {"path", subject.path},
-                                  {"factory", subject.factory}, {"kind", subject.kind},
-                                  {"seconds", limit.count()},   {"badSteps", steps},
+  const nlohmann::json request = {{"check", rule.name},
+                                  {"kind", subject.kind},
+                                  {"seconds", limit.count()},
+                                  {"badSteps", steps},
                                   {"drawsWait", drawsWait}};
   return request.dump();
 }
 
 Finding Examination::ExamineInChild(const CheckRule& rule) {
   const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
-  const ChildResult result = RunChild({"check-child", RequestFor(rule)}, limit);
+  std::vector<std::string> arguments = {"check-child", RequestFor(rule), subject.path};
+  if (!subject.factory.empty()) arguments.push_back("--factory=" + subject.factory);
+  const ChildResult result = RunChild(arguments, limit);
   const CheckAccount account = ReadAccount(result);
   Remember(account);
   if (!account.avoided.empty()) return NotExamined(badSteps[account.avoided]);

@@ -96,7 +96,7 @@ void AddDoctor(CLI::App& app, DoctorRequest& request, DoctorChildRequest& childR
   child->callback([&childRequest] { RunDoctorChild(childRequest); });
 }
 
-void AddCheck(CLI::App& app, CheckRequest& request, std::string& childRequest) {
+void AddCheck(CLI::App& app, CheckRequest& request, CheckChildRequest& childRequest) {
   CLI::App* const check =
       app.add_subcommand("check", "Check that a plug-in keeps the contract; for its authors");
   check->add_option("PLUGIN", request.plugin, "The file of the plug-in")->required();
@@ -122,7 +122,9 @@ void AddCheck(CLI::App& app, CheckRequest& request, std::string& childRequest) {
       "PLUGIN is not a shared library for this machine.");
   check->callback([&request] { RunCheck(request); });
   CLI::App* const child = app.add_subcommand("check-child", "")->group("");  // not in the help
-  child->add_option("REQUEST", childRequest)->required();
+  child->add_option("REQUEST", childRequest.what)->required();
+  child->add_option("PLUGIN", childRequest.plugin)->required();
+  child->add_option("--factory", childRequest.factory);
   child->callback([&childRequest] { RunCheckChild(childRequest); });
 }
 
@@ -147,7 +149,7 @@ int Run(int count, char** arguments) {
   DoctorChildRequest doctorChildRequest;
   AddDoctor(app, doctorRequest, doctorChildRequest);
   CheckRequest checkRequest;
-  std::string checkChildRequest;
+  CheckChildRequest checkChildRequest;
   AddCheck(app, checkRequest, checkChildRequest);
   try {
     app.parse(count, arguments);
