@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr char kSlow[] = "draws are slow, but wait for nobody";
+
 std::string Seconds(std::chrono::milliseconds time) {
   std::ostringstream text;
   text << std::chrono::duration<double>(time).count() << " s";
@@ -30,10 +32,16 @@ Finding CheckDrawAfterCancel(WatchedPlugin& plugin) {
 // A draw that is slow and waits for nobody also answers true after Cancel, but ends by itself.
 Finding CheckSlowDraw(WatchedPlugin& plugin) {
   const WatchedDraw draw(plugin, 32, 0);
-  if (draw.EndsWithin(2 * plugin.Patience())) {
-    return NotExamined("draws are slow, but wait for nobody");
-  }
+  if (draw.EndsWithin(3 * plugin.Patience())) return NotExamined(kSlow);
   return Failed("A draw that Cancel ended answers true.");
+}
+
+// What comes late may have come by itself.
+Finding CheckLateDraw(WatchedPlugin& plugin, const WatchedDraw& draw) {
+  const auto wait = 2 * plugin.Patience();
+  if (draw.EndsWithin(wait)) return NotExamined(kSlow);
+  return Failed("A draw that waits has not ended " + Seconds(wait + plugin.Patience()) +
+                " after Cancel.");
 }
 
 }  // namespace
@@ -41,12 +49,9 @@ Finding CheckSlowDraw(WatchedPlugin& plugin) {
 Finding CheckCancelEndsDraw(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   WatchedDraw draw(plugin, 32, 0);
-  const auto patience = plugin.Patience();
-  if (draw.EndsWithin(patience)) return CheckIdleCancel(plugin);
+  if (draw.EndsWithin(plugin.Patience())) return CheckIdleCancel(plugin);
   plugin.Cancel();
-  if (!draw.EndsWithin(patience)) {
-    return Failed("A draw that waits has not ended " + Seconds(patience) + " after Cancel.");
-  }
+  if (!draw.EndsWithin(plugin.Patience())) return CheckLateDraw(plugin, draw);
   return draw.Answer() ? CheckSlowDraw(plugin) : CheckDrawAfterCancel(plugin);
 }
 
@@ -56,6 +61,7 @@ Finding CheckFailedDrawIsZero(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   bool isWaiting = false;
   for (int i = 0; i < kDraws && !isWaiting; ++i) {
+    plugin.RequireTime();
     WatchedDraw draw(plugin, 1021, 0xA5);
     isWaiting = !draw.EndsWithin(plugin.Patience());
     if (isWaiting) {

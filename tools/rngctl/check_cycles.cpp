@@ -15,10 +15,7 @@ constexpr std::size_t kMappingSlack = kCycles / 2;
 
 void RunCycles(WatchedPlugin& plugin, std::size_t count) {
   for (std::size_t done = 0; done < count; ++done) {
-    if (plugin.IsLate()) {
-      throw EarlyEnd(Outcome::kNotExamined,
-                     "the cycles take too long; give more time with --timeout");
-    }
+    plugin.RequireTime();
     plugin.StartWithBuiltIn();
     plugin.Stop();
   }

@@ -15,10 +15,7 @@ constexpr std::size_t kDraws = 10;
 void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
   std::vector<bool> isWritten(size);
   for (std::size_t i = 0; i < kDraws; ++i) {
-    if (plugin.IsLate()) {
-      throw EarlyEnd(Outcome::kNotExamined,
-                     "the draws take too long; give more time with --timeout");
-    }
+    plugin.RequireTime();
     const unsigned char fill = kFills[i % std::size(kFills)];
     const GuardedBuffer bytes = DrawBytes(plugin, size, fill);
     Require(bytes.IsIntactAround(),

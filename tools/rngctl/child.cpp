@@ -90,13 +90,16 @@ bool ReadSome(int descriptor, std::string& text) {
 
 // Collects what `child` sends until it ends, which is not when the pipe is closed: what it has
 // started may hold that open. False when the time was over first.
-bool Collect(int reports, int child, Clock::time_point end, std::string& text) {
+bool Collect(int reports, int child, std::chrono::milliseconds limit, LimitOf limited,
+             std::string& text) {
   pollfd waiting[] = {{child, POLLIN, 0}, {reports, POLLIN, 0}};
+  Clock::time_point end = Clock::now() + limit;
   for (;;) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
     const int count = ::poll(waiting, 2, static_cast<int>(std::max<long>(left, 0)));
     if (count == 0) return false;
     if (count < 0) continue;
+    if (waiting[1].revents && limited == LimitOf::kSilence) end = Clock::now() + limit;
     if (waiting[1].revents && !ReadSome(reports, text)) waiting[1].fd = -1;
     if (waiting[0].revents) break;
   }
@@ -120,18 +123,18 @@ std::vector<nlohmann::json> Parse(const std::string& text) {
 }  // namespace
 
 ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
-                     const std::string& libraryPath) {
+                     const std::string& libraryPath, LimitOf limited) {
   int ends[2];
   if (::pipe2(ends, O_CLOEXEC) != 0) RefuseStart(errno);
   const Descriptor reading(ends[0]);
   Descriptor writing(ends[1]);
   ::fcntl(reading.value, F_SETFL, O_NONBLOCK);
-  const Clock::time_point end = Clock::now() + limit;
   const pid_t child = Spawn(arguments, libraryPath, writing.value);
   writing.Close();
   const Descriptor watched(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
   std::string text;
-  const bool hasEnded = watched.value >= 0 && Collect(reading.value, watched.value, end, text);
+  const bool hasEnded =
+      watched.value >= 0 && Collect(reading.value, watched.value, limit, limited, text);
   ::kill(-child, SIGKILL);  // also what an ended child has left behind
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {

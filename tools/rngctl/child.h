@@ -17,12 +17,15 @@ struct ChildResult {
   int code;  ///< the exit status or the signal
 };
 
+/// Whether a limit is for a child's whole life, or begins anew with each report.
+enum class LimitOf { kLife, kSilence };
+
 /// Runs this program with `arguments` and waits, at most for `limit`; then it and what it started in
 /// its process group is killed. `libraryPath`, unless empty, is its LD_LIBRARY_PATH. It reads nothing
 /// from standard input, and what it prints on standard output is lost. Throws a `Refusal` when it
 /// cannot be started.
 ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
-                     const std::string& libraryPath = "");
+                     const std::string& libraryPath = "", LimitOf limited = LimitOf::kLife);
 
 /// How a child ended that has not come to its end: "crashed with signal 11 (Segmentation fault)".
 std::string EndInWords(const ChildResult& result, std::chrono::seconds limit);

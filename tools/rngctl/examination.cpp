@@ -55,7 +55,7 @@ Finding Examination::ExamineInChild(const CheckRule& rule) {
   const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
   std::vector<std::string> arguments = {"check-child", RequestFor(rule), subject.path};
   if (!subject.factory.empty()) arguments.push_back("--factory=" + subject.factory);
-  const ChildResult result = RunChild(arguments, limit);
+  const ChildResult result = RunChild(arguments, limit, "", LimitOf::kSilence);
   const CheckAccount account = ReadAccount(result);
   Remember(account);
   if (!account.avoided.empty()) return NotExamined(badSteps[account.avoided]);

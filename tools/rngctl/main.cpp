@@ -104,7 +104,7 @@ void AddCheck(CLI::App& app, CheckRequest& request, CheckChildRequest& childRequ
       ->add_option("--factory", request.factory,
                    "Call this factory, not the one that belongs to the file name")
       ->type_name("NAME");
-  check->add_option("--timeout", request.timeout, "How long each check may take, at most 3600")
+  check->add_option("--timeout", request.timeout, "How long each call may take, at most 3600")
       ->type_name("SECONDS")
       ->capture_default_str()
       ->check(CheckDecimal)
@@ -115,6 +115,7 @@ void AddCheck(CLI::App& app, CheckRequest& request, CheckChildRequest& childRequ
       "devices, several threads, 1,000 loads. Each check runs in a process of its own, so a\n"
       "crash or an endless wait spoils that check alone. A draw that waits for a user is\n"
       "cancelled after a quarter of the time, and what needs its bytes is then not examined.\n"
+      "Nor is what needs many calls, when together they take longer than the time for one.\n"
       "What the plug-in prints on standard error is shown.\n\n"
       "A failed check breaks the contract. A warning does not, but hosts will hardly find or\n"
       "use the generator. A note tells what this machine lacks.\n\n"

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr char kWaits[] = "a draw waits for a user or a device";
+constexpr char kWaits[] = "a draw takes long, or waits for a user or a device";
 
 // Where it waits it is cancelled, and the other checks are told.
 void RequireEnd(WatchedPlugin& plugin, const WatchedDraw& draw) {
@@ -56,6 +56,7 @@ GuardedBuffer DrawBytes(WatchedPlugin& plugin, std::size_t size, unsigned char f
 bool DrawsReliably(WatchedPlugin& plugin) {
   constexpr int kFew = 8;
   for (int i = 0; i < kFew; ++i) {
+    plugin.RequireTime();
     if (!Draw(plugin, 32, 0).answer) return false;
   }
   return true;

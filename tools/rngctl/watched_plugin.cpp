@@ -40,6 +40,11 @@ void WatchedPlugin::BeginLongStep(const std::string& name) {
   isInLongStep = true;
 }
 
+void WatchedPlugin::RequireTime() const {
+  if (std::chrono::steady_clock::now() - begin < subject.limit) return;
+  throw EarlyEnd(Outcome::kNotExamined, "it takes too long; give more time with --timeout");
+}
+
 void WatchedPlugin::Open() {
   const char* const path = subject.path.c_str();
   handle =

@@ -9,7 +9,7 @@ namespace {
 class SlowRng final : public CorrectRng {
  public:
   bool Generate(void* buffer, std::size_t size) override {
-    if (size != 0) ::usleep(700000);
+    if (size != 0) ::usleep(350000);
     return CorrectRng::Generate(buffer, size);
   }
 };
