@@ -114,8 +114,9 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Answers, CheckBreach,
     testing::Values(
-        Breach{"name_is_empty", "name", "no name"},
-        Breach{"name_is_long", "name", "\"eighteen-character\" has 18 characters"},
+        Breach{"name_is_empty", "name-length", "no name: no host can ask for it"},
+        Breach{"name_is_long", "name-length",
+               "\"eighteen-character\" has 18 characters: hosts find"},
         Breach{"name_overruns", "name", "asks for 5 bytes, then writes outside of them"},
         Breach{"name_has_no_end", "name", "does not end inside of the 4 bytes"},
         Breach{"name_changes", "name", "gives \"dsdr\", and then \"dddd\""},
@@ -127,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"description_has_lines", "description-line", "line break"},
         Breach{"description_is_latin", "description-line", "no UTF-8"},
         Breach{"hardware_id_is_long", "hardware-id", "18 characters"},
-        Breach{"flags_change", "stable-flags", "answers 1, and then 2"},
+        Breach{"flags_change", "stable-flags", "answers 1, and then 2: a host"},
         Breach{"no_flags", "some-flag", "answers 0"},
         Breach{"self_test_fails", "self-test", "answers false"},
         Breach{"wants_a_device", "any-device", "false to null"},
@@ -192,7 +193,7 @@ TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output,
-              EndsWith("\n35 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
+              EndsWith("\n36 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
@@ -202,6 +203,10 @@ TEST(Check, FindsNoFaultInCorrectPlugins) {
     EXPECT_EQ("", Failed(report)) << variant;
     EXPECT_EQ("failed-draw-is-zero", Names(report, "not-examined")) << variant;
   }
+}
+
+TEST(Check, ADescriptionMayChange) {
+  EXPECT_EQ("", Failed(Report(Breaking("description_counts"))));
 }
 
 TEST(Check, AUserWhoDoesNotComeIsNoFault) {
@@ -231,7 +236,7 @@ TEST(Check, ManySlowCallsAreNoFault) {
 
 TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
-  EXPECT_EQ("name-in-catalogue failed-draw-is-zero concurrent-calls",
+  EXPECT_EQ("name-length name-in-catalogue failed-draw-is-zero concurrent-calls",
             Names(report, "not-examined"));
   EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
             Reason(report, "concurrent-calls"));
@@ -310,12 +315,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Check, TextShowsFaultsWithTheirMendAndCounts) {
   const Result result =
-      Check(Breaking("no_flags") + "; " RNGCTL " check " + Breaking("name_is_empty"));
+      Check(Breaking("no_flags") + "; " RNGCTL " check " + Breaking("description_fails"));
   EXPECT_THAT(result.output,
               HasSubstr("\nwarning       some-flag             GetFlags has at least one bit\n"
                         "              seen: GetFlags answers 0.\n"
                         "              mend: Return at least one kRngCapability bit: without any"));
-  EXPECT_THAT(result.output, HasSubstr("\nfailed        name                  GetName keeps"));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nfailed        description           GetDescription keeps"));
   EXPECT_THAT(result.output, HasSubstr("checks passed, 0 failed, 1 warning, 1 not examined\n"));
   EXPECT_THAT(result.output, HasSubstr("checks passed, 1 failed, 0 warnings, 2 not examined\n"));
   EXPECT_EQ("rngctl: The plug-in breaks 1 rule.\n", result.errors);

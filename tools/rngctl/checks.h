@@ -24,6 +24,7 @@ Finding CheckAvailable(WatchedPlugin& plugin);
 
 // --- what it answers (check_texts.cpp, check_answers.cpp)
 Finding CheckName(WatchedPlugin& plugin);
+Finding CheckNameLength(WatchedPlugin& plugin);
 Finding CheckNameInCatalogue(WatchedPlugin& plugin);
 Finding CheckDescription(WatchedPlugin& plugin);
 Finding CheckDescriptionIsALine(WatchedPlugin& plugin);
