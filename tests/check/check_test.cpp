@@ -187,6 +187,19 @@ INSTANTIATE_TEST_SUITE_P(
                     Breach{"leaks_memory", "load-cycles", "heap in use"}),
     NameOf);
 
+// The headers of the sections are no more than a place and a number in the header of the file.
+TEST(Check, AFileNeedsNoSections) {
+  for (const auto& [variant, failed] :
+       {std::pair("correct", ""), std::pair("exports_more", "one-export"),
+        std::pair("has_static_tls", "no-static-tls"), std::pair("stays_mapped", "unmapped")}) {
+    const std::string file = TreePath("librngdsdr.so");
+    fs::copy_file(Breaking(variant), file, fs::copy_options::overwrite_existing);
+    const std::string zeros = "dd status=none conv=notrunc if=/dev/zero bs=1 of=" + file;
+    ASSERT_EQ(0, RunShell(zeros + " seek=40 count=8; " + zeros + " seek=60 count=4").status);
+    EXPECT_EQ(failed, Failed(Report(file))) << variant;
+  }
+}
+
 // --- Correct plug-ins
 
 TEST(Check, FindsNoFaultInTheRealPlugin) {
@@ -291,6 +304,7 @@ TEST_P(CheckWrongUsage, IsRefusedWithASentence) {
   WriteFile(TreePath("empty.so"), "");
   fs::copy_file(Breaking("correct"), TreePath("other.so"));
   RunShell("printf '\\267' | dd of=" + TreePath("other.so") + " bs=1 seek=18 conv=notrunc");
+  WriteFile(TreePath("torn.so"), ReadFile(Breaking("correct")).substr(0, 512));
   const auto& [arguments, sentence] = GetParam();
   const Result result = RunShell("cd " + TreePath("") + " && " RNGCTL " check " + arguments);
   EXPECT_EQ(2, result.status);
@@ -305,6 +319,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair("lib", "\"lib\" is a directory."),
                     std::pair("text.so", "\"text.so\" is not a shared library."),
                     std::pair("empty.so", "\"empty.so\" is not a shared library."),
+                    std::pair("torn.so", "\"torn.so\" is not a shared library."),
                     std::pair("other.so", "is not a shared library for this machine (x86-64)."),
                     std::pair(RNGCTL, "is a program, not a shared library."),
                     std::pair("text.so --timeout 0", "--timeout"),

@@ -1,5 +1,6 @@
 #include "elf_facts.h"
 
+#include "elf_segments.h"
 #include "host.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <gelf.h>
 #include <memory>
 #include <unistd.h>
 
@@ -51,49 +51,16 @@ void ReadSymbol(const GElf_Sym& symbol, const std::string& name, ElfFacts& facts
   }
 }
 
-void ReadSymbols(Elf* elf, Elf_Scn* section, const GElf_Shdr& header, ElfFacts& facts) {
-  Elf_Data* const data = ::elf_getdata(section, nullptr);
-  if (!data || header.sh_entsize == 0) return;
-  const auto count = static_cast<int>(header.sh_size / header.sh_entsize);
-  for (int i = 0; i < count; ++i) {
-    GElf_Sym symbol;
-    if (!::gelf_getsym(data, i, &symbol)) return;
-    const char* const name = ::elf_strptr(elf, header.sh_link, symbol.st_name);
-    if (name && *name) ReadSymbol(symbol, name, facts);
+ElfFacts ReadSegments(const ElfSegments& segments) {
+  ElfFacts facts;
+  for (const auto& [symbol, name] : segments.DynamicSymbols()) {
+    if (!name.empty()) ReadSymbol(symbol, name, facts);
   }
-}
-
-void ReadDynamicEntries(Elf_Scn* section, const GElf_Shdr& header, ElfFacts& facts) {
-  Elf_Data* const data = ::elf_getdata(section, nullptr);
-  if (!data || header.sh_entsize == 0) return;
-  const auto count = static_cast<int>(header.sh_size / header.sh_entsize);
-  GElf_Dyn entry;
-  for (int i = 0; i < count && ::gelf_getdyn(data, i, &entry); ++i) {
-    if (entry.d_tag == DT_FLAGS && (entry.d_un.d_val & DF_STATIC_TLS)) facts.hasStaticTls = true;
-    if (entry.d_tag != DT_FLAGS_1) continue;
-    if (entry.d_un.d_val & DF_1_NODELETE) facts.refusesUnloading = true;
-    if (entry.d_un.d_val & DF_1_PIE) facts.isProgram = true;
-  }
-}
-
-void ReadSections(Elf* elf, ElfFacts& facts) {
-  for (Elf_Scn* section = nullptr; (section = ::elf_nextscn(elf, section));) {
-    GElf_Shdr header;
-    if (!::gelf_getshdr(section, &header)) continue;
-    if (header.sh_type == SHT_DYNSYM) ReadSymbols(elf, section, header, facts);
-    if (header.sh_type == SHT_DYNAMIC) ReadDynamicEntries(section, header, facts);
-  }
-}
-
-// Without the header the loader takes the stack of a library for executable.
-bool HasExecutableStack(Elf* elf) {
-  std::size_t count = 0;
-  ::elf_getphdrnum(elf, &count);
-  GElf_Phdr header;
-  for (int i = 0; i < static_cast<int>(count) && ::gelf_getphdr(elf, i, &header); ++i) {
-    if (header.p_type == PT_GNU_STACK) return (header.p_flags & PF_X) != 0;
-  }
-  return true;
+  facts.hasStaticTls = (segments.Dynamic(DT_FLAGS) & DF_STATIC_TLS) != 0;
+  facts.refusesUnloading = (segments.Dynamic(DT_FLAGS_1) & DF_1_NODELETE) != 0;
+  facts.isProgram = (segments.Dynamic(DT_FLAGS_1) & DF_1_PIE) != 0;
+  facts.hasExecutableStack = segments.HasExecutableStack();
+  return facts;
 }
 
 }  // namespace
@@ -111,9 +78,9 @@ ElfFacts ReadElfFacts(const std::string& path) {
       header.e_ident[EI_CLASS] != ELFCLASS64) {
     Refuse(Quoted(path) + " is not a shared library for this machine (x86-64).");
   }
-  ElfFacts facts;
-  ReadSections(elf.get(), facts);
+  const ElfSegments segments(elf.get());
+  if (!segments.HasDynamicTable()) Refuse(Quoted(path) + " is not a shared library.");
+  ElfFacts facts = ReadSegments(segments);
   if (facts.isProgram) Refuse(Quoted(path) + " is a program, not a shared library.");
-  facts.hasExecutableStack = HasExecutableStack(elf.get());
   return facts;
 }
