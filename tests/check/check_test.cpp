@@ -162,6 +162,9 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"thread_stays", "release-ends-threads", "1 thread is still running"},
         Breach{"file_stays", "release-closes-files", "Left open: /dev/null"},
         Breach{"file_stays_each_time", "release-closes-files load-cycles", "Left open: /dev/null"},
+        Breach{"signal_handler_stays", "no-handlers-left",
+               "handler of signal 10 (User defined signal 1)"},
+        Breach{"terminate_handler_stays", "no-handlers-left", "handler of std::terminate"},
         Breach{"exit_handler_stays", "clean-exit", "in the end of the process"},
         Breach{"thread_key_stays", "clean-exit", "in the end of a thread that used it"},
         Breach{"stays_mapped", "unmapped", "flag NODELETE"},
@@ -206,12 +209,12 @@ TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output,
-              EndsWith("\n36 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
+              EndsWith("\n37 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
 TEST(Check, FindsNoFaultInCorrectPlugins) {
-  for (const char* variant : {"correct", "plain_c"}) {
+  for (const char* variant : {"correct", "plain_c", "takes_all_back"}) {
     const json report = Report(Breaking(variant));
     EXPECT_EQ("", Failed(report)) << variant;
     EXPECT_EQ("failed-draw-is-zero", Names(report, "not-examined")) << variant;

@@ -101,6 +101,11 @@ std::vector<CheckRule> AllChecks() {
        CheckReleaseEndsThreads},
       {"release-closes-files", Severity::kError, "Closed again, it has left no file open",
        "Close in Release what was opened.", nullptr, CheckReleaseClosesFiles},
+      {"no-handlers-left", Severity::kError,
+       "Closed again, it has left no handler of signals or of the C++ runtime",
+       "Put back in Release what was there before: sigaction, std::set_terminate, "
+       "std::set_new_handler.",
+       nullptr, CheckNoHandlersLeft},
       {"clean-exit", Severity::kError,
        "The ends of thread and process do not call into it when it is closed",
        "Take back in Release what was registered: on_exit handlers, keys of threads, callbacks.",

@@ -25,6 +25,12 @@ bool HasOnly(const std::set<std::string>& threads) {
   return false;
 }
 
+// Also when the library was there and is gone.
+bool IsInside(const void* function, const std::string& library) {
+  Dl_info place;
+  return ::dladdr(function, &place) == 0 || place.dli_fname == library;
+}
+
 std::string WhyMapped(const ElfFacts& facts) {
   if (facts.refusesUnloading) return " The file carries the flag NODELETE.";
   if (!facts.uniqueSymbols.empty()) {
@@ -55,6 +61,19 @@ Finding CheckReleaseClosesFiles(WatchedPlugin& plugin) {
   for (const auto& [number, file] : OpenFiles()) {
     const auto known = before.find(number);
     Require(known != before.end() && known->second == file, "Left open: " + file + ".");
+  }
+  return Passed();
+}
+
+Finding CheckNoHandlersLeft(WatchedPlugin& plugin) {
+  const std::map<std::string, void*> before = Handlers();
+  Use(plugin);
+  plugin.Stop();
+  for (const auto& [event, handler] : Handlers()) {
+    const auto known = before.find(event);
+    if (known != before.end() && known->second == handler) continue;
+    Require(!handler || !IsInside(handler, plugin.Subject().path),
+            "The handler of " + event + " is left in the library.");
   }
   return Passed();
 }

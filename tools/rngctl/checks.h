@@ -49,6 +49,7 @@ Finding CheckConcurrentCalls(WatchedPlugin& plugin);
 // --- the end (check_release.cpp, check_cycles.cpp)
 Finding CheckReleaseEndsThreads(WatchedPlugin& plugin);
 Finding CheckReleaseClosesFiles(WatchedPlugin& plugin);
+Finding CheckNoHandlersLeft(WatchedPlugin& plugin);
 Finding CheckCleanExit(WatchedPlugin& plugin);
 Finding CheckUnmapped(WatchedPlugin& plugin);
 Finding CheckLoadCycles(WatchedPlugin& plugin);

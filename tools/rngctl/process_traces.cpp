@@ -1,10 +1,14 @@
 #include "process_traces.h"
 
 #include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <malloc.h>
+#include <new>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -28,6 +32,20 @@ std::map<std::string, std::string> OpenFiles() {
     file = file->second == self ? files.erase(file) : std::next(file);
   }
   return files;
+}
+
+std::map<std::string, void*> Handlers() {
+  std::map<std::string, void*> handlers = {
+      {"std::terminate", reinterpret_cast<void*>(std::get_terminate())},
+      {"operator new", reinterpret_cast<void*>(std::get_new_handler())}};
+  for (int signal = 1; signal < NSIG; ++signal) {
+    struct sigaction action = {};
+    if (::sigaction(signal, nullptr, &action) != 0) continue;
+    if (action.sa_handler == SIG_DFL || action.sa_handler == SIG_IGN) continue;
+    const std::string name = "signal " + std::to_string(signal) + " (" + ::strsignal(signal) + ")";
+    handlers.emplace(name, reinterpret_cast<void*>(action.sa_handler));
+  }
+  return handlers;
 }
 
 ProcessSize SizeOfThisProcess() {

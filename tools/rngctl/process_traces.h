@@ -13,6 +13,9 @@ std::set<std::string> ThreadsOfThisProcess();
 /// The open files, by number, with what each refers to.
 std::map<std::string, std::string> OpenFiles();
 
+/// The functions that system and runtime call when something happens, by what that is.
+std::map<std::string, void*> Handlers();
+
 struct ProcessSize {
   std::size_t files;
   std::size_t mappings;
