@@ -28,6 +28,20 @@ function(rng_add_plugin kind)
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     LINK_DEPENDS ${exports})
+  rng_keep_file_name(${target})
+  get_property(languages GLOBAL PROPERTY ENABLED_LANGUAGES)
+  if(CXX IN_LIST languages)
+    target_compile_features(${target} PRIVATE cxx_std_11)  # which provider.h needs
+  endif()
+endfunction()
+
+# rng_keep_file_name(TARGET): whatever the project adds to the names of its own libraries.
+function(rng_keep_file_name target)
+  set_target_properties(${target} PROPERTIES PREFIX lib SUFFIX .so)
+  foreach(configuration IN LISTS CMAKE_CONFIGURATION_TYPES CMAKE_BUILD_TYPE)
+    string(TOUPPER ${configuration} configuration)
+    set_target_properties(${target} PROPERTIES ${configuration}_POSTFIX "")
+  endforeach()
 endfunction()
 
 # rng_look_up_kind(KIND TARGET FACTORY): sets the two variables to what belongs to the kind.

@@ -167,6 +167,28 @@ case $case in
     { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
     for_each_kind check_kind
     ;;
+  SettingsOfTheProjectDoNotSpoilThePlugin)
+    begin_project CXX
+    cat >>CMakeLists.txt <<'PROJECT'
+set(CMAKE_BUILD_TYPE Debug)
+set(CMAKE_DEBUG_POSTFIX _d)
+set(CMAKE_CXX_STANDARD 98)
+foreach(kind MODULE LIBRARY)
+  set(CMAKE_SHARED_${kind}_PREFIX "")
+  set(CMAKE_SHARED_${kind}_SUFFIX .plugin)
+endforeach()
+PROJECT
+    add_kind sobol librngsobol.so GetSobolRng
+    { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
+    check_kind sobol librngsobol.so GetSobolRng
+    ;;
+  PluginNeedsNoCxx)
+    begin_project C
+    echo '__attribute__((visibility("default"))) void* GetSobolRng(void) { return 0; }' >sobol.c
+    echo 'rng_add_plugin(sobol SOURCES sobol.c)' >>CMakeLists.txt
+    { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
+    exports_alone GetSobolRng build/librngsobol.so
+    ;;
   MissingFunctionIsAnError) # a misspelt factory, or one that another library was to bring
     begin_project CXX
     write_plugin sobol.cpp GetSobolRgn
