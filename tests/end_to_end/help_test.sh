@@ -1,8 +1,10 @@
 #!/bin/bash
-# completion_test.sh RNGCTL COMPLETIONS: what both shells offer is what --help lists, for each command.
+# help_test.sh RNGCTL COMPLETIONS PAGE: what both shells offer, and what the manual page tells, is what
+# --help lists, for each command.
 set -eu
 rngctl=$1
 completions=$2
+page=$3
 
 listed() { # COMMAND...: options and subcommands in its help
   "$rngctl" "$@" --help | awk '
@@ -35,6 +37,22 @@ offered_by_zsh() { # COMMAND...
     tr ' ' '\n' | sort -u
 }
 
+# The options of a command in a section of the page.
+told_in() { # SECTION COMMAND...
+  awk -v section="$1" -v wanted="${*:2}" '
+    function words(from, text) {
+      for (text = ""; from <= NF && $from !~ /^(Ar|Op|Fl)$/; ++from) text = text (text ? " " : "") $from
+      return text
+    }
+    /^\.Sh / { part = $2 }
+    part == "SYNOPSIS" && /^\.Nm/ { command = "" }
+    part == "SYNOPSIS" && /^\.Cm / { command = words(2) }
+    part == "DESCRIPTION" && /^\.It Cm / { command = words(3) }
+    part == section && command == wanted && (part == "SYNOPSIS" || /^\.It Fl /) {
+      for (i = 1; i < NF; ++i) if ($i ~ /^\.?Fl$/) print "-" $(i + 1)
+    }' "$page" | sort
+}
+
 kinds=$(zsh -fc '_values() { print -l -- "${@:2}" }; _arguments() { : }; words=(rngctl x ""); CURRENT=3
   . "$0/_rngctl"; _rngctl_kinds' "$completions")
 [ "$(echo "$kinds" | wc -l)" = 12 ]
@@ -48,6 +66,9 @@ compare() { # WHAT WANTED GOT
 }
 
 commands=$(listed | grep -v '^-')
+compare "page: commands" "$(printf '%s\ndefault set' "$commands" | sort)" \
+  "$(sed -n 's/^\.It Cm \([a-z ]*[a-z]\).*/\1/p' "$page" | sort)"
+compare "page: rngctl" "$(listed | grep ^--)" "$(told_in SYNOPSIS)"
 [ "$(echo "$commands" | wc -l)" -ge 5 ]
 while read -r command; do
   # shellcheck disable=SC2086 # two words at most
@@ -56,6 +77,12 @@ while read -r command; do
   compare "bash: rngctl $command" "$(echo "$wanted" | grep -vx -e -h)" "$(offered_by_bash $command)"
   # shellcheck disable=SC2086
   compare "zsh: rngctl $command" "$wanted" "$(offered_by_zsh $command)"
+  [ -n "$command" ] || continue
+  for section in SYNOPSIS DESCRIPTION; do
+    # shellcheck disable=SC2086
+    compare "page, $section: rngctl $command" "$(echo "$wanted" | grep -e '^-' | grep -vxe --help -e -h)" \
+      "$(told_in $section $command)"
+  done
 done <<<"$(printf '\n%s\ndefault set' "$commands")"
 # What the doctor takes for a kind is what the shells offer.
 while read -r kind; do  # the doctor ends with 2 where it knows no such kind
