@@ -87,7 +87,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Breach{"exports_more", "one-export", "1 symbol besides the factory: AnotherF"},
                     Breach{"has_executable_stack", "no-executable-stack", "executable stack"},
                     Breach{"has_static_tls", "no-static-tls", "flag STATIC_TLS"},
-                    Breach{"misses_a_function", "opens", "undefined symbol"}),
+                    Breach{"misses_a_function", "opens", "undefined symbol"},
+                    Breach{"borrows_a_function", "opens", "not linked with what has elf_version;"}),
     NameOf);
 
 #ifndef __clang__  // which makes no such symbols

@@ -1,4 +1,5 @@
 #include "checks.h"
+#include "elf_facts.h"
 
 #include <dlfcn.h>
 
@@ -14,13 +15,28 @@ class EmptySettings final : public IRngSettings {
   const char* GetDsdrFilePath() override { return nullptr; }
 };
 
+// The first symbol that is found because this program has it, and not because the plug-in is linked
+// with what has it; "" without one.
+std::string FindBorrowed(void* library, const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    const bool isOwn = ::dlsym(library, name.c_str()) != nullptr;
+    if (!isOwn && ::dlsym(RTLD_DEFAULT, name.c_str())) return name;
+  }
+  return "";
+}
+
 }  // namespace
 
 // Binds all at once: the aggregator does not, so a missing function would show at its first call.
 Finding CheckOpens(WatchedPlugin& plugin) {
   plugin.Step("the opening of the library");
-  if (::dlopen(plugin.Subject().path.c_str(), RTLD_NOW | RTLD_LOCAL)) return Passed();
-  return Failed(std::string("The loader says: ") + ::dlerror());
+  const std::string& path = plugin.Subject().path;
+  void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!library) return Failed(std::string("The loader says: ") + ::dlerror());
+  const std::string borrowed = FindBorrowed(library, ReadElfFacts(path).needs);
+  if (borrowed.empty()) return Passed();
+  return Failed("It is not linked with what has " + borrowed +
+                "; this program happens to have that, others need not.");
 }
 
 Finding CheckFactory(WatchedPlugin& plugin) {

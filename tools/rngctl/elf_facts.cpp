@@ -44,6 +44,7 @@ void ReadSymbol(const GElf_Sym& symbol, const std::string& name, ElfFacts& facts
     if (name == "__cxa_thread_atexit" || name == "__cxa_thread_atexit_impl") {
       facts.hasThreadDestructors = true;
     }
+    if (binding == STB_GLOBAL) facts.needs.push_back(name);
   } else if (binding == STB_GNU_UNIQUE) {
     facts.uniqueSymbols.push_back(name);
   } else if (binding != STB_LOCAL && symbol.st_shndx != SHN_ABS && !IsAddedByLinkers(name)) {

@@ -7,6 +7,7 @@
 /// What the file of a shared library says about itself, read without running any of its code.
 struct ElfFacts {
   std::vector<std::string> exports;        ///< what others can bind to, but for what linkers add
+  std::vector<std::string> needs;          ///< what it takes from others, and cannot do without
   std::vector<std::string> uniqueSymbols;  ///< of binding GNU_UNIQUE
   bool hasThreadDestructors = false;       ///< it registers destructors of thread_local objects
   bool hasStaticTls = false;
