@@ -143,6 +143,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
         Breach{"draw_fails", "draw-succeeds", "answers false"},
         Breach{"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel", "--timeout 1"},
+        Breach{"cancels_one_draw", "cancel", "has not ended 0.75 s after Cancel", "--timeout 1"},
         Breach{"cancelled_draw_succeeds", "cancel", "answers true", "--timeout 1"},
         Breach{"stays_cancelled", "cancel", "the next draw fails"},
         Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
@@ -153,6 +154,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"skips_last_byte", "draw-fills-buffer", "byte number 5 was never written"},
         Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them"},
         Breach{"repeats_draws", "draws-differ", "are equal"},
+        Breach{"has_a_fixed_seed", "draws-differ", "After a new start"},
         Breach{"shares_a_buffer", "concurrent-calls", "at the same time as others"},
         Breach{"shares_drawn_bytes", "concurrent-calls", "get the same bytes"}),
     NameOf);

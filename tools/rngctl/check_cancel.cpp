@@ -46,13 +46,15 @@ Finding CheckLateDraw(WatchedPlugin& plugin, const WatchedDraw& draw) {
 
 }  // namespace
 
-Finding CheckCancelEndsDraw(WatchedPlugin& plugin) {
+Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   WatchedDraw draw(plugin, 32, 0);
+  WatchedDraw other(plugin, 32, 0);
   if (draw.EndsWithin(plugin.Patience())) return CheckIdleCancel(plugin);
   plugin.Cancel();
   if (!draw.EndsWithin(plugin.Patience())) return CheckLateDraw(plugin, draw);
-  return draw.Answer() ? CheckSlowDraw(plugin) : CheckDrawAfterCancel(plugin);
+  if (!other.EndsWithin(plugin.Patience())) return CheckLateDraw(plugin, other);
+  return draw.Answer() || other.Answer() ? CheckSlowDraw(plugin) : CheckDrawAfterCancel(plugin);
 }
 
 // Not all draws need fail: a few are made in the hope of one that does.

@@ -1,7 +1,7 @@
 #include "checks.h"
 #include "watched_draw.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace {
 
@@ -28,6 +28,10 @@ void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
   Require(place == static_cast<std::ptrdiff_t>(size),
           "In " + std::to_string(kDraws) + " draws of " + std::to_string(size) +
               " bytes byte number " + std::to_string(place + 1) + " was never written.");
+}
+
+bool AreEqual(const GuardedBuffer& one, const GuardedBuffer& other) {
+  return std::equal(one.Data(), one.Data() + one.Size(), other.Data());
 }
 
 }  // namespace
@@ -61,6 +65,10 @@ Finding CheckDrawsDiffer(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   const GuardedBuffer first = DrawBytes(plugin, 32, 0);
   const GuardedBuffer second = DrawBytes(plugin, 32, 0);
-  if (std::memcmp(first.Data(), second.Data(), first.Size()) != 0) return Passed();
-  return Failed("Two draws of 32 bytes, one after the other, are equal.");
+  Require(!AreEqual(first, second), "Two draws of 32 bytes, one after the other, are equal.");
+  plugin.Stop();
+  plugin.StartAvailable();
+  const GuardedBuffer again = DrawBytes(plugin, 32, 0);
+  Require(!AreEqual(first, again), "After a new start it draws the same bytes as after the first.");
+  return Passed();
 }

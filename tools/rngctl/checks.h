@@ -37,7 +37,7 @@ Finding CheckUnknownDevice(WatchedPlugin& plugin);
 
 // --- draws (check_draws.cpp, check_cancel.cpp)
 Finding CheckEmptyDraw(WatchedPlugin& plugin);
-Finding CheckCancelEndsDraw(WatchedPlugin& plugin);
+Finding CheckCancelEndsDraws(WatchedPlugin& plugin);
 Finding CheckFailedDrawIsZero(WatchedPlugin& plugin);
 Finding CheckDrawSucceeds(WatchedPlugin& plugin);
 Finding CheckDrawFillsBuffer(WatchedPlugin& plugin);
