@@ -100,16 +100,17 @@ INSTANTIATE_TEST_SUITE_P(Unique, CheckBreach,
 
 INSTANTIATE_TEST_SUITE_P(
     Start, CheckBreach,
-    testing::Values(
-        Breach{"opening_crashes", "opens", "signal 6 (Aborted) in the opening of the library"},
-        Breach{"factory_gives_null", "gives-object", "gives null"},
-        Breach{"needs_settings", "null-settings", "in SetSettings without settings"},
-        Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
-        Breach{"hangs_with_settings", "built-in-settings", "no answer in 1 s in IsAvailable",
-               "--timeout 1"},
-        Breach{"gives_object_once", "reload", "Opened again"},
-        Breach{"closing_crashes", "reload", "signal 6 (Aborted) in the closing of the library"},
-        Breach{"unavailable", "available", "IsAvailable answers false"}),
+    testing::Values(Breach{"opening_crashes", "opens",
+                           "signal 6 (Aborted) in the opening of the library"},
+                    Breach{"factory_gives_null", "gives-object", "gives null"},
+                    Breach{"needs_settings", "null-settings", "in SetSettings without settings"},
+                    Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
+                    Breach{"hangs_with_settings", "built-in-settings",
+                           "no answer in 1 s in IsAvailable", "--timeout 1"},
+                    Breach{"gives_object_once", "reload", "Opened again"},
+                    Breach{"closing_crashes", "reload exit-without-release",
+                           "signal 6 (Aborted) in the closing of the library"},
+                    Breach{"unavailable", "available", "IsAvailable answers false"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -170,6 +171,8 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"terminate_handler_stays", "no-handlers-left", "handler of std::terminate"},
         Breach{"exit_handler_stays", "clean-exit", "in the end of the process"},
         Breach{"thread_key_stays", "clean-exit", "in the end of a thread that used it"},
+        Breach{"static_thread", "exit-without-release",
+               "signal 6 (Aborted) in the end of the process without Release"},
         Breach{"stays_mapped", "unmapped", "flag NODELETE"},
         Breach{"thread_object_stays", "unmapped", "thread_local objects with destructors"},
         Breach{"leaks_pages", "load-cycles", "address space"}),
@@ -190,7 +193,8 @@ INSTANTIATE_TEST_SUITE_P(
     Plain, CheckBreach,
     testing::Values(Breach{"name_crashes", "name",
                            "crashed with signal 11 (Segmentation fault) in GetName"},
-                    Breach{"leaks_memory", "load-cycles", "heap in use"}),
+                    Breach{"leaks_memory", "load-cycles", "heap in use"},
+                    Breach{"leaks_in_draws", "load-cycles", "heap in use"}),
     NameOf);
 
 // The headers of the sections are no more than a place and a number in the header of the file.
@@ -212,7 +216,7 @@ TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output,
-              EndsWith("\n37 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
+              EndsWith("\n38 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 

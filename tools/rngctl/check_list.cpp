@@ -111,14 +111,18 @@ std::vector<CheckRule> AllChecks() {
        "The ends of thread and process do not call into it when it is closed",
        "Take back in Release what was registered: on_exit handlers, keys of threads, callbacks.",
        nullptr, CheckCleanExit},
+      {"exit-without-release", Severity::kWarning,
+       "A process that ends without Release ends in order",
+       "Leave nothing to static objects: they are destroyed while the generator is in use.",
+       nullptr, CheckExitWithoutRelease},
       {"unmapped", Severity::kError, "Closing it takes it out of the process",
        "Remove what holds it: -z nodelete, GNU-unique symbols (-fno-gnu-unique), thread_local "
        "objects "
        "with destructors.",
        nullptr, CheckUnmapped},
       {"load-cycles", Severity::kError, "The process does not grow when it is used 1,000 times",
-       "Give back in Release what the factory, SetSettings and IsAvailable have taken.", nullptr,
-       CheckLoadCycles},
+       "Give back in Release what the factory, SetSettings, IsAvailable and draws have taken.",
+       nullptr, CheckLoadCycles},
 
       {kNoException, Severity::kError, "Neither the factory nor any operation throws",
        "Catch inside of the plug-in, and answer false, 0 or null."},

@@ -25,6 +25,12 @@ bool HasOnly(const std::set<std::string>& threads) {
   return false;
 }
 
+[[noreturn]] void EndProcess(WatchedPlugin& plugin, const std::string& step) {
+  plugin.Step(step);
+  SendFinding(Passed());
+  std::exit(0);  // NOLINT(concurrency-mt-unsafe): that is the question
+}
+
 // Also when the library was there and is gone.
 bool IsInside(const void* function, const std::string& library) {
   Dl_info place;
@@ -88,9 +94,12 @@ Finding CheckCleanExit(WatchedPlugin& plugin) {
   std::future<void> end = life.get_future();
   std::thread(std::move(life)).join();
   end.get();
-  plugin.Step("the end of the process");
-  SendFinding(Passed());
-  std::exit(0);  // NOLINT(concurrency-mt-unsafe): that is the question
+  EndProcess(plugin, "the end of the process");
+}
+
+Finding CheckExitWithoutRelease(WatchedPlugin& plugin) {
+  Use(plugin);
+  EndProcess(plugin, "the end of the process without Release");
 }
 
 Finding CheckUnmapped(WatchedPlugin& plugin) {

@@ -51,6 +51,7 @@ Finding CheckReleaseEndsThreads(WatchedPlugin& plugin);
 Finding CheckReleaseClosesFiles(WatchedPlugin& plugin);
 Finding CheckNoHandlersLeft(WatchedPlugin& plugin);
 Finding CheckCleanExit(WatchedPlugin& plugin);
+Finding CheckExitWithoutRelease(WatchedPlugin& plugin);
 Finding CheckUnmapped(WatchedPlugin& plugin);
 Finding CheckLoadCycles(WatchedPlugin& plugin);
 
