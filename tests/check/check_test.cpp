@@ -165,6 +165,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Breach{"thread_stays", "release-ends-threads", "1 thread is still running"},
         Breach{"file_stays", "release-closes-files", "Left open: /dev/null"},
+        Breach{"closes_input", "release-closes-files", "not its own: file number 0, /dev/null"},
         Breach{"file_stays_each_time", "release-closes-files load-cycles", "Left open: /dev/null"},
         Breach{"signal_handler_stays", "no-handlers-left",
                "handler of signal 10 (User defined signal 1)"},

@@ -100,8 +100,9 @@ std::vector<CheckRule> AllChecks() {
       {"release-ends-threads", Severity::kError, "After Release no thread of it is left",
        "End and join the threads in Release: the library's code is gone after it.", nullptr,
        CheckReleaseEndsThreads},
-      {"release-closes-files", Severity::kError, "Closed again, it has left no file open",
-       "Close in Release what was opened.", nullptr, CheckReleaseClosesFiles},
+      {"release-closes-files", Severity::kError,
+       "Closed again, it has left no file open, and closed no other",
+       "Close in Release what was opened, and once.", nullptr, CheckReleaseClosesFiles},
       {"no-handlers-left", Severity::kError,
        "Closed again, it has left no handler of signals or of the C++ runtime",
        "Put back in Release what was there before: sigaction, std::set_terminate, "
@@ -121,7 +122,8 @@ std::vector<CheckRule> AllChecks() {
        "with destructors.",
        nullptr, CheckUnmapped},
       {"load-cycles", Severity::kError, "The process does not grow when it is used 1,000 times",
-       "Give back in Release what the factory, SetSettings, IsAvailable and draws have taken.",
+       "Give back in Release what the start and the draws have taken. A libstdc++ that is linked "
+       "statically keeps memory at each load.",
        nullptr, CheckLoadCycles},
 
       {kNoException, Severity::kError, "Neither the factory nor any operation throws",

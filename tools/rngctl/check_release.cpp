@@ -4,6 +4,7 @@
 #include "process_traces.h"
 #include "watched_draw.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <thread>
@@ -29,6 +30,12 @@ bool HasOnly(const std::set<std::string>& threads) {
   plugin.Step(step);
   SendFinding(Passed());
   std::exit(0);  // NOLINT(concurrency-mt-unsafe): that is the question
+}
+
+bool Holds(const std::map<std::string, std::string>& files,
+           const std::pair<const std::string, std::string>& file) {
+  const auto known = files.find(file.first);
+  return known != files.end() && known->second == file.second;
 }
 
 // Also when the library was there and is gone.
@@ -64,9 +71,13 @@ Finding CheckReleaseClosesFiles(WatchedPlugin& plugin) {
   const std::map<std::string, std::string> before = OpenFiles();
   Use(plugin);
   plugin.Stop();
-  for (const auto& [number, file] : OpenFiles()) {
-    const auto known = before.find(number);
-    Require(known != before.end() && known->second == file, "Left open: " + file + ".");
+  const std::map<std::string, std::string> after = OpenFiles();
+  for (const auto& file : after) {
+    Require(Holds(before, file), "Left open: " + file.second + ".");
+  }
+  for (const auto& file : before) {
+    Require(Holds(after, file),
+            "Closed, and not its own: file number " + file.first + ", " + file.second + ".");
   }
   return Passed();
 }
