@@ -182,7 +182,7 @@ TEST_F(Doctor, PassesOverAFileForAnotherMachineAsTheLoaderDoes) {
   const std::string foreign = TreePath("lib/librngdsdr.so");
   WriteForeignLibrary(foreign);
   const json alone = ExamineKind("dsdr");
-  EXPECT_EQ("cannot-be-opened", alone.at("verdict"));
+  EXPECT_EQ("cannot be opened: it is made for another machine", alone.at("summary"));
   EXPECT_EQ(foreign, alone.at("file"));
   EXPECT_THAT(Text(alone.at("mend")), HasSubstr("See that " + foreign));
 
@@ -197,9 +197,18 @@ TEST_F(Doctor, FindsALinkThatLeadsNowhere) {
   const std::string file = TreePath("lib/librngdsdr.so");
   fs::create_symlink(TreePath("lib/gone"), file);
   const json row = ExamineKind("dsdr");
-  EXPECT_EQ("cannot-be-opened", row.at("verdict"));
+  EXPECT_EQ("cannot be opened: a link to nothing", row.at("summary"));
   EXPECT_EQ(file, row.at("file"));
   EXPECT_THAT(Text(row.at("mend")), HasSubstr(file));
+}
+
+TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
+  const std::string file = TreePath("lib/librngdsdr.so");
+  fs::copy(FAKES_DIR "/stub/librngdsdr.so", file);
+  fs::resize_file(file, 4096);
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("crashed with signal 7 (Bus error) while it was opened", row.at("summary"));
+  EXPECT_THAT(Text(row.at("mend")), StartsWith("Install it again"));
 }
 
 // --- Usable, and yet
@@ -390,6 +399,7 @@ TEST_F(Doctor, WhatAPluginNeedsIsNotFoundBesideIt) {
   InstallPlugin("unixdev");
   fs::copy(FAKES_DIR "/missing_dependency/libabsent_device.so", TreePath("lib"));
   EXPECT_EQ("cannot-be-opened", ExamineKind("biokbd").at("verdict"));
+  EXPECT_THAT(Text(ExamineKind("biokbd").at("mend")), HasSubstr("a plug-in with a run path"));
   EXPECT_THAT(RunShell(Rngctl() + " list").output, Not(HasSubstr("biokbd")));
   const std::string environment = "LD_LIBRARY_PATH=" + TreePath("lib");
   EXPECT_NE("cannot-be-opened", ExamineKind("biokbd", environment).at("verdict"));
@@ -550,13 +560,12 @@ TEST_F(Doctor, ShowsTheSettingsFileOfTheService) {
   EXPECT_EQ(TreePath(kSettingsFile), before.at("file"));
   EXPECT_EQ(TreePath("lib/libcrypt_known_path.so"), before.at("known_path_service"));
   EXPECT_FALSE(before.at("exists"));
-  EXPECT_FALSE(before.at("readable"));
   EXPECT_TRUE(before.at("writable"));
   EXPECT_FALSE(fs::exists(TreePath("etc")));
   ASSERT_EQ(0, Run("default set dsdr").status);
   const json after = Examine("dsdr").at("settings");
   EXPECT_TRUE(after.at("exists"));
-  EXPECT_TRUE(after.at("readable"));
+  EXPECT_EQ(json(), after.at("reading_fault"));
   EXPECT_TRUE(after.at("writable"));
 }
 
@@ -564,7 +573,7 @@ TEST_F(Doctor, SeesWhatIsInTheWayOfTheSettingsFile) {
   fs::create_directories(TreePath(kSettingsFile));
   const json folder = Examine("dsdr").at("settings");
   EXPECT_TRUE(folder.at("exists"));
-  EXPECT_FALSE(folder.at("readable"));
+  EXPECT_EQ("it is no regular file", folder.at("reading_fault"));
   EXPECT_FALSE(folder.at("writable"));
   fs::remove_all(TreePath("etc"));
   WriteFile(TreePath("etc"), "a file in the way");
@@ -610,6 +619,28 @@ TEST_F(Doctor, SaysWhetherTheDefaultWouldBeFound) {
 TEST_F(Doctor, ADefaultThatIsTooLongIsNotFound) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=123456789012345678\n");
   EXPECT_EQ(false, Examine("").at("default").at("found"));
+  EXPECT_THAT(
+      Run("doctor").output,
+      HasSubstr("\nDefault        123456789012345678, of no use: more than 17 characters\n"));
+}
+
+TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
+  WriteFile(TreePath(kSettingsFile), "[Device]\nRandomNumberGeneratorType=dsdr\n");
+  EXPECT_THAT(Run("doctor").output,
+              HasSubstr("\nDefault        none: the file has no "
+                        "RandomNumberGeneratorType in a section [Devices]\n"));
+  fs::remove(TreePath(kSettingsFile));
+  fs::create_directory(TreePath(kSettingsFile));
+  EXPECT_THAT(Run("doctor").output, AllOf(HasSubstr("cannot be read (it is no regular file)"),
+                                          HasSubstr("\nDefault        none: the settings file "
+                                                    "cannot be read\n")));
+}
+
+TEST_F(Doctor, ShowsFilesThatLookLikePluginsAndAreOfNoKind) {
+  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("lib/librngDsdr.so"));
+  const json report = Examine("");
+  EXPECT_EQ(json({TreePath("lib/librngDsdr.so")}), report.at("strays"));
+  EXPECT_EQ("not-installed", RowOf(report, "dsdr").at("verdict"));
 }
 
 // --- What is printed
@@ -637,8 +668,8 @@ TEST_F(Doctor, PrintsTextInColumns) {
               HasSubstr("\nunixdev        " + lib + "/librngunixdev.so  loaded as \"unixdev\"\n"));
   EXPECT_THAT(result.output,
               EndsWith("\n\nbioqt, unixx11, dsdr, sobol, JacartaGost, Rutoken, EsmartGost, "
-                       "biokbd, grandmaster, biocore: If you have such a device, install the "
-                       "plug-in of its maker into " +
+                       "biokbd, grandmaster, biocore: Where such a generator is wanted, install "
+                       "its maker's plug-in into " +
                        lib + ".\n"));
 }
 

@@ -68,7 +68,7 @@ DisplayReport FindDisplay(Limit limit, const SearchOrder& search) {
 SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
   const ChildResult result = Examine(kSettings, limit, {}, AsLibraryPath(search));
   const DoctorFacts facts(result);
-  SettingsReport report{facts.Text("file"),     facts.Is("exists"),      facts.Is("isReadable"),
+  SettingsReport report{facts.Text("file"),     facts.Is("exists"),      facts.Text("readingFault"),
                         facts.Is("isWritable"), facts.Text("service"),   "",
                         facts.Text("type"),     facts.Text("hardwareId")};
   if (!HasComeToItsEnd(result)) {
@@ -77,6 +77,23 @@ SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
     report.problem = "the known-path service names no directory";
   }
   return report;
+}
+
+// What an author may have misnamed. Letter case counts.
+std::vector<std::string> ListStrays(const SearchOrder& search) {
+  std::set<std::string> known;
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) known.insert(row.libraryFile);
+  std::set<std::string> strays;
+  for (const std::string& directory : search.directories) {
+    std::error_code absent;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, absent)) {
+      const std::string name = entry.path().filename();
+      const bool isNamedLikeOne = name.starts_with("librng") && name.ends_with(".so") &&
+                                  !name.starts_with("librngaggregator");
+      if (isNamedLikeOne && !known.contains(name)) strays.insert(entry.path());
+    }
+  }
+  return {strays.begin(), strays.end()};
 }
 
 SearchOrder FindSearch(Limit limit) {
@@ -113,7 +130,7 @@ bool IsDisturbance(const GeneratorReport& row) {
 // search for the default comes to it is not known.
 StartReport ForeseeStart(const DoctorReport& report) {
   if (report.display.endsProcesses) return {false, "not tried, because of the X display", false};
-  StartReport start;
+  StartReport start{false, ""};
   for (const GeneratorReport& row : report.generators) {
     if (!IsDisturbance(row)) continue;
     start.problem += (start.problem.empty() ? "not tried, because of " : ", ") + row.kind;
@@ -164,14 +181,12 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
 void RunDoctor(const DoctorRequest& request) {
   const Limit limit(request.timeout);
   const Rows rows = ChooseRows(request.kind);
-  const SearchOrder search = FindSearch(limit);
-  DoctorReport report{search,
-                      "",
-                      FindSettings(limit, search),
-                      FindDisplay(limit, search),
-                      {},
-                      {false, "not tried"}};
+  DoctorReport report;
+  report.search = FindSearch(limit);
   report.runPath = RunPathOf(report.search.library);
+  report.strays = ListStrays(report.search);
+  report.settings = FindSettings(limit, report.search);
+  report.display = FindDisplay(limit, report.search);
   for (const ProviderCatalogueEntry& row : rows) {
     report.generators.push_back(FindGenerator(row, report, limit));
   }

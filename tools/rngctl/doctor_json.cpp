@@ -12,7 +12,7 @@ Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text)
 Json AsJson(const SettingsReport& settings) {
   return {{"file", OrNull(settings.file)},
           {"exists", settings.exists},
-          {"readable", settings.isReadable},
+          {"reading_fault", OrNull(settings.readingFault)},
           {"writable", settings.isWritable},
           {"known_path_service", OrNull(settings.service)},
           {"problem", OrNull(settings.problem)}};
@@ -58,6 +58,7 @@ void PrintJson(const DoctorReport& report) {
                      {"display", AsJson(report.display)},
                      {"default", DefaultAsJson(report)},
                      {"start", AsJson(report.start)},
+                     {"strays", report.strays},
                      {"generators", rows}};
   std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -64,9 +64,9 @@ struct DisplayReport {
 };
 
 struct SettingsReport {
-  std::string file = {};  ///< the path of rng.ini
-  bool exists = false;
-  bool isReadable = false;
+  std::string file = {};          ///< the path of rng.ini
+  bool exists = false;            ///< or may exist, where this user cannot look
+  std::string readingFault = {};  ///< why it cannot be read
   bool isWritable = false;
   std::string service = {};  ///< the file of the known-path service that is in use
   std::string problem = {};  ///< why the path is not known
@@ -77,7 +77,7 @@ struct SettingsReport {
 /// A start of the library with all plug-ins, and its stop.
 struct StartReport {
   bool isTried = false;
-  std::string problem = {};               ///< why it does not go well, or was not tried
+  std::string problem = "not tried";      ///< why it does not go well, or was not tried
   std::optional<bool> findsDefault = {};  ///< a generator has the configured name; empty: not known
 };
 
@@ -88,6 +88,7 @@ struct DoctorReport {
   DisplayReport display;
   std::vector<GeneratorReport> generators;
   StartReport start;
+  std::vector<std::string> strays;  ///< files that look like plug-ins, of no kind
 };
 
 void PrintText(const DoctorReport& report);

@@ -7,7 +7,9 @@
 #include "search_order.h"
 #include "settings/known_path.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -93,10 +95,13 @@ void ExamineSettings() {
   SendReport({{"isKnown", directory.has_value()}, {"service", FindService(directory)}});
   if (!directory) return SendReport({{"step", "end"}});
   const std::string file = *directory + "/rng.ini";
+  const int error = MayAccess(file, R_OK) ? 0 : errno;
   std::error_code unknown;
+  std::string fault = error == 0 ? "" : std::strerror(error);
+  if (error == 0 && !fs::is_regular_file(file, unknown)) fault = "it is no regular file";
   SendReport({{"file", file},
-              {"exists", MayAccess(file, F_OK)},
-              {"isReadable", fs::is_regular_file(file, unknown) && MayAccess(file, R_OK)},
+              {"exists", error != ENOENT && error != ENOTDIR},
+              {"readingFault", fault},
               {"isWritable", CanBeStored(file)},
               {"type", Text(GetDefaultSettings()->GetType())},
               {"hardwareId", Text(GetDefaultSettings()->GetHardwareId())},

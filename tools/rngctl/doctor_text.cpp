@@ -26,20 +26,32 @@ void PrintSearchOrder(const SearchOrder& search) {
 
 std::string DescribeFile(const SettingsReport& settings) {
   if (!settings.problem.empty()) return "unknown: " + settings.problem;
-  const std::string state = !settings.exists      ? "does not exist"
-                            : settings.isReadable ? "can be read"
-                                                  : "cannot be read";
+  const std::string state = !settings.exists ? "does not exist"
+                            : settings.readingFault.empty()
+                                ? "can be read"
+                                : "cannot be read (" + settings.readingFault + ")";
   return settings.file + ", " + state + ", " +
          (settings.isWritable ? "can be written" : "cannot be written");
 }
 
+std::string DescribeSearch(const StartReport& start) {
+  if (!start.findsDefault) return "not examined";
+  if (*start.findsDefault) return "found";
+  return start.problem.empty() ? "not found" : "not found, since a start does not go well";
+}
+
 std::string DescribeDefault(const DoctorReport& report) {
   const SettingsReport& settings = report.settings;
-  if (settings.type.empty()) return "none configured";
   const std::string device = settings.hardwareId.empty() ? "" : ", device " + settings.hardwareId;
-  const std::optional<bool> findsDefault = report.start.findsDefault;
-  const char* const answer = !findsDefault ? "not examined" : *findsDefault ? "found" : "not found";
-  return settings.type + device + ", " + answer;
+  const std::string configured = (settings.type.empty() ? "none" : settings.type) + device;
+  if (std::max(settings.type.size(), settings.hardwareId.size()) >= kRngNameSize) {
+    return configured + ", of no use: more than 17 characters";
+  }
+  if (!settings.type.empty()) return configured + ", " + DescribeSearch(report.start);
+  if (!settings.exists) return configured + " configured";
+  return configured + (settings.readingFault.empty()
+                           ? ": the file has no RandomNumberGeneratorType in a section [Devices]"
+                           : ": the settings file cannot be read");
 }
 
 void PrintTop(const DoctorReport& report) {
@@ -52,6 +64,9 @@ void PrintTop(const DoctorReport& report) {
   PrintField("X display", report.display.isFound ? "found" : "none, " + report.display.reason);
   PrintField("Default", DescribeDefault(report));
   PrintField("Start, stop", report.start.problem.empty() ? "in order" : report.start.problem);
+  for (const std::string& stray : report.strays) {
+    PrintField("Of no kind", stray + ", which no program looks for");
+  }
 }
 
 constexpr const char* kGreen = "\033[32m";

@@ -4,6 +4,7 @@
 #include "host.h"
 
 #include <filesystem>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
@@ -31,7 +32,26 @@ void Put(GeneratorReport& report, DoctorVerdict verdict, const std::string& summ
 void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
   const std::string place = search.directories.empty() ? "the search order" : search.directories[0];
   Put(report, DoctorVerdict::kNotInstalled, "not installed",
-      "If you have such a device, install the plug-in of its maker into " + place + ".");
+      "Where such a generator is wanted, install its maker's plug-in into " + place + ".");
+}
+
+std::string MendMissing(const GeneratorReport& report, const std::string& missing) {
+  std::error_code unknown;
+  const std::string needed = Quoted(missing) + ", which the plug-in needs,";
+  if (!fs::exists(fs::path(report.file).parent_path() / missing, unknown)) {
+    return "Install " + needed + " where the loader finds it.";
+  }
+  return "Install " + needed +
+         " where the loader finds it, or ask for a plug-in with a run path: "
+         "what lies beside a plug-in is not found by that alone.";
+}
+
+// The loader itself does not tell: it goes on to the next file.
+std::string WhyPassedOver(const std::string& file) {
+  std::error_code unknown;
+  if (fs::is_symlink(file, unknown) && !fs::exists(file, unknown)) return "a link to nothing";
+  return ::access(file.c_str(), R_OK) == 0 ? "it is made for another machine"
+                                           : "this user may not read it";
 }
 
 void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
@@ -44,9 +64,9 @@ void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
         "Install the plug-in again, as its maker offers it for this system.");
   } else if (missing != report.libraryFile && missing != report.file) {
     Put(report, DoctorVerdict::kCannotBeOpened, summary + Quoted(missing) + " is missing: " + words,
-        "Install " + Quoted(missing) + ", which the plug-in needs, where the loader finds it.");
+        MendMissing(report, missing));
   } else if (!report.file.empty()) {
-    Put(report, DoctorVerdict::kCannotBeOpened, summary + words,
+    Put(report, DoctorVerdict::kCannotBeOpened, summary + WhyPassedOver(report.file),
         "See that " + report.file + " is a file that this user may read, made for this machine.");
   } else {
     PutNotInstalled(report, search);
@@ -60,8 +80,13 @@ std::string MendDisturbance(const GeneratorReport& report, DoctorVerdict verdict
            "own end.";
   }
   if (report.isKept) {
-    return "Ask its maker for a better one: the library lists it, and a program that looks for a "
-           "generator or stops the library will come to the same.";
+    const bool isInStop = step == "release" || step == "close";
+    return "Ask its maker for a better one: the library lists it, and programs come to the same " +
+           std::string(isInStop ? "when they stop it." : "when they look for a generator.");
+  }
+  if (step == "open" && verdict == DoctorVerdict::kCrashed) {
+    return "Install it again, since the file may be incomplete, or ask its maker for a better one: "
+           "until then no program gets through the start of the library.";
   }
   if (verdict == DoctorVerdict::kNoAnswer) {
     return "See that the device is connected and ready, or allow more time with --timeout: a "
