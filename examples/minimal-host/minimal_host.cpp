@@ -42,16 +42,33 @@ int PrintRandomBytes() {
   return 0;
 }
 
+// What a plug-in throws comes through the library to the host.
+template <typename Work>
+int Guarded(Work work) {
+  try {
+    return work();
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "A plug-in failed: %s\n", failure.what());
+  } catch (...) {
+    std::fputs("A plug-in failed.\n", stderr);
+  }
+  return 1;
+}
+
+int StartAndPrint() {
+  Initialize(GetDefaultSettings());
+  return PrintRandomBytes();
+}
+
+int Stop() {
+  ShutDown();
+  return 0;
+}
+
 }  // namespace
 
 int main() {
-  int status = 1;
-  try {
-    Initialize(GetDefaultSettings());
-    status = PrintRandomBytes();
-  } catch (const std::exception& failure) {
-    std::fprintf(stderr, "A plug-in failed: %s\n", failure.what());
-  }
-  ShutDown();  // also after a start that threw: the count is raised all the same
-  return status;
+  const int status = Guarded(StartAndPrint);
+  const int stopStatus = Guarded(Stop);  // also after a start that threw: the count is raised
+  return status != 0 ? status : stopStatus;
 }

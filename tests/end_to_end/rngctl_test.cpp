@@ -65,7 +65,9 @@ TEST_F(RngctlTest, AThrowingPluginIsASentence) {
   InstallPlugin("dsdr", "throwing_start");
   const Result result = Run("list");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: A plug-in or the system failed: no driver\n", result.errors);
+  EXPECT_EQ(
+      "rngctl: A plug-in or the system failed: no driver\n\"rngctl doctor\" may tell which.\n",
+      result.errors);
 }
 
 TEST_F(RngctlTest, AThrowingReleaseIsASentenceAfterTheResult) {
@@ -158,6 +160,18 @@ TEST_F(RngctlTest, AFailedDrawLeavesTheOldFileAndNothingElse) {
   EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
 }
 
+TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
+  fs::create_directory(TreePath("keys"));
+  const std::string draw = Rngctl() + " read unixdev -n 99999999999 -o " + TreePath("keys/key");
+  for (const char* signal : {"TERM", "HUP"}) {
+    const Result result =
+        RunShell(draw + " & until ls " + TreePath("keys/key.*") +
+                 "; do sleep 0.01; done >/dev/null 2>&1; kill -" + signal + " $!; wait $!");
+    EXPECT_LT(128, result.status);
+    EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+  }
+}
+
 TEST_F(RngctlTest, WritesAFileThatOnlyItsOwnerReads) {
   InstallPlugin("sobol");
   WriteFile(TreePath("keys/key"), "old");
@@ -217,6 +231,11 @@ INSTANTIATE_TEST_SUITE_P(
                     "default set a 'x '", "default set 123456789012345678",
                     "default set a 123456789012345678"));
 
+TEST_F(RngctlTest, AMisspeltCommandIsNamed) {
+  EXPECT_THAT(Run("chekc x").errors, StartsWith("rngctl: There is no command \"chekc\"\n"));
+  EXPECT_THAT(Run("list more").errors, HasSubstr("more"));
+}
+
 TEST_F(RngctlTest, HelpAndVersionAreResults) {
   const Result help = Run("--help");
   EXPECT_EQ(0, help.status);
@@ -233,7 +252,7 @@ TEST_F(RngctlTest, ShowsTheLastResortWhenNothingIsConfigured) {
   EXPECT_EQ(0, result.status);
   EXPECT_EQ(
       "configured  none\n"
-      "default     biokbd\n"
+      "fallback    biokbd\n"
       "loaded      no\n",
       result.output);
 }

@@ -51,7 +51,8 @@ void RunDefault(std::uint32_t mask) {
     throw Refusal(kNegativeAnswer,
                   "There is no default: none is configured, and no kind in the mask is usable.");
   }
-  std::cout << "default     " << Describe(info.type, info.hardwareId) << '\n'
+  std::cout << (type.empty() ? "fallback    " : "default     ")
+            << Describe(info.type, info.hardwareId) << '\n'
             << "loaded      " << (GetRng(info.type) ? "yes" : "no") << '\n';
 }
 
@@ -78,6 +79,6 @@ void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
                              : "The default is now " + stored + ".\n");
   if (!name.empty() && !GetRng(name.c_str())) {
     std::cerr << "Warning: no usable generator is called " << Quoted(name)
-              << " now; it is stored all the same.\n";
+              << " now (letter case counts; see \"rngctl list\"); it is stored all the same.\n";
   }
 }

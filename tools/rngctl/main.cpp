@@ -133,8 +133,11 @@ int Run(int count, char** arguments) {
   CLI::App app("Lists random-number generators, draws from them, and keeps the default.", "rngctl");
   app.set_version_flag("--version", "rngctl " RNGCTL_VERSION);
   app.require_subcommand(1);
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("rngctl: ") + error.what() + "\nRun with --help for more information.\n";
+  app.failure_message([](const CLI::App* asked, const CLI::Error& error) {
+    const std::vector<std::string> rest = asked->remaining();
+    const bool isUnknown = !rest.empty() && asked->get_subcommands().empty();
+    return "rngctl: " + (isUnknown ? "There is no command " + Quoted(rest[0]) : error.what()) +
+           "\nRun with --help for more information.\n";
   });
   app.footer(
       "Exit status: 0 done, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator.");
@@ -170,7 +173,8 @@ int main(int count, char** arguments) {
     std::cerr << "rngctl: " << refusal.what() << '\n';
     return refusal.status;
   } catch (const std::exception& error) {
-    std::cerr << "rngctl: A plug-in or the system failed: " << Printable(error.what()) << '\n';
+    std::cerr << "rngctl: A plug-in or the system failed: " << Printable(error.what())
+              << "\n\"rngctl doctor\" may tell which.\n";
     return kNegativeAnswer;
   } catch (...) {
     std::cerr << "rngctl: A plug-in failed without saying why.\n";

@@ -3,6 +3,8 @@
 #include "host.h"
 
 #include <cerrno>
+#include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -10,6 +12,31 @@
 #include <unistd.h>
 
 namespace fs = std::filesystem;
+
+namespace {
+
+char g_unfinished[PATH_MAX];
+
+void RemoveUnfinished(int signal) {
+  ::unlink(g_unfinished);
+  ::raise(signal);  // its own action again
+}
+
+// Who interrupts a draw does not want the half of it. Signals that are ignored stay so.
+void RemoveWhenInterrupted(const std::string& temporary) {
+  temporary.copy(g_unfinished, sizeof g_unfinished - 1);
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+    struct sigaction action = {};
+    ::sigaction(signal, nullptr, &action);
+    if (action.sa_handler == SIG_IGN) continue;
+    action = {};
+    action.sa_handler = RemoveUnfinished;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
+}  // namespace
 
 Output::Output(const std::string& path) : file(path), descriptor(STDOUT_FILENO) {
   if (file.empty()) return;
@@ -20,7 +47,7 @@ Output::Output(const std::string& path) : file(path), descriptor(STDOUT_FILENO) 
     const fs::path place = fs::weakly_canonical(file, unknown);
     temporary = (unknown ? file : place.string()) + ".XXXXXX";
     descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (descriptor < 0) temporary.clear();
+    descriptor < 0 ? temporary.clear() : RemoveWhenInterrupted(temporary);
   }
   if (descriptor < 0) Refuse();
 }

@@ -5,8 +5,8 @@
 #include <string_view>
 
 /// Where the bytes go: standard output or a file. A regular file is written beside its place,
-/// readable by its owner alone, and takes the place when all is there: a failure leaves the old one
-/// as it was. Throws a `Refusal` with the system's reason.
+/// readable by its owner alone, and takes the place when all is there: a failure or an interruption
+/// leaves the old one as it was, and nothing beside it. Throws a `Refusal` with the system's reason.
 class Output {
  public:
   explicit Output(const std::string& path);  ///< empty: standard output
