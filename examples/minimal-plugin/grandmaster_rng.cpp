@@ -49,6 +49,7 @@ class GrandmasterRng final : public IRngProvider {
   }
 
   void Cancel() override {}  // a draw waits for no user and no device
+  // A device would report kRngCapabilityHardware.
   std::uint32_t GetFlags() override { return kRngCapabilityOperatingSystem; }
   void SetSettings(IRngSettings*) override {}
   void Release() override {}  // the object is the library's own and goes with it
