@@ -4,8 +4,6 @@
 #include "settings/known_path.h"
 #include "settings/profile_file.h"
 
-#include <utility>
-
 namespace {
 
 constexpr char kSection[] = "Devices";
@@ -13,15 +11,9 @@ constexpr char kTypeKey[] = "RandomNumberGeneratorType";
 constexpr char kHardwareIdKey[] = "RandomNumberGeneratorHardwareID";
 constexpr std::uint32_t kValueSize = 512;
 
-// The directory, empty when it cannot be found.
-std::string GetDataDirectory() { return FindDataDirectory().value_or(""); }
-
 // The path of rng.ini, empty when its directory cannot be found. The separator is always added:
 // directories are taken as the service gives them.
-std::string GetSettingsFilePath() {
-  auto directory = FindSettingsDirectory();
-  return directory ? *std::move(directory) + "/rng.ini" : "";
-}
+std::string GetSettingsFilePath() { return FindSettingsPath("/rng.ini").value_or(""); }
 
 // Reads the value of `key`, which lives in `last` afterwards.
 const char* ReadSetting(const char* key, std::string& last) {
@@ -56,6 +48,6 @@ bool DefaultSettingsImpl::SetHardwareId(const char* hardwareId) {
 }
 
 const char* DefaultSettingsImpl::GetDsdrFilePath() {
-  if (dsdrFilePath.empty()) dsdrFilePath = GetDataDirectory() + "/dsdr.bin";
+  if (dsdrFilePath.empty()) dsdrFilePath = FindDataPath("/dsdr.bin").value_or("/dsdr.bin");
   return dsdrFilePath.c_str();
 }

@@ -1,5 +1,7 @@
 #include "settings/known_path.h"
 
+#include "settings/join.h"
+
 #include <cstdint>
 #include <cstring>
 #include <dlfcn.h>
@@ -22,29 +24,31 @@ struct CloseLibrary {
 };
 using LibraryHandle = std::unique_ptr<void, CloseLibrary>;
 
-std::optional<std::string> Ask(decltype(&CKP_GetPath) getPath, KnownPath id) {
-  char buffer[kPathSize] = {};
+std::optional<std::string> Ask(decltype(&CKP_GetPath) getPath, KnownPath id,
+                               std::string_view ending) {
+  char directory[kPathSize] = {};
   std::uint64_t size = kPathSize;
-  if (getPath(id, buffer, &size, nullptr) != 0) return std::nullopt;
+  if (getPath(id, directory, &size, nullptr) != 0) return std::nullopt;
   // The terminator is the service's duty; without one, the text ends with the buffer.
-  return std::string(buffer, ::strnlen(buffer, kPathSize));
+  return Join({directory, ::strnlen(directory, kPathSize)}, ending);
 }
 
-std::optional<std::string> FindDirectory(KnownPath id, const char* fixedDirectory) {
-  if (CKP_GetPath) return Ask(CKP_GetPath, id);
+std::optional<std::string> FindPath(KnownPath id, const char* fixedDirectory,
+                                    std::string_view ending) {
+  if (CKP_GetPath) return Ask(CKP_GetPath, id, ending);
   const LibraryHandle library(::dlopen("libcrypt_known_path.so", RTLD_LAZY | RTLD_NODELETE));
-  if (!library) return fixedDirectory;
+  if (!library) return Join(fixedDirectory, ending);
   void* const getPath = ::dlsym(library.get(), "CKP_GetPath");
   if (!getPath) return std::nullopt;
-  return Ask(reinterpret_cast<decltype(&CKP_GetPath)>(getPath), id);
+  return Ask(reinterpret_cast<decltype(&CKP_GetPath)>(getPath), id, ending);
 }
 
 }  // namespace
 
-std::optional<std::string> FindSettingsDirectory() {
-  return FindDirectory(KnownPathSettingsDir, RNG_SETTINGS_DIR);
+std::optional<std::string> FindSettingsPath(std::string_view ending) {
+  return FindPath(KnownPathSettingsDir, RNG_SETTINGS_DIR, ending);
 }
 
-std::optional<std::string> FindDataDirectory() {
-  return FindDirectory(KnownPathDataDir, RNG_DATA_DIR);
+std::optional<std::string> FindDataPath(std::string_view ending) {
+  return FindPath(KnownPathDataDir, RNG_DATA_DIR, ending);
 }

@@ -3,8 +3,10 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
-/// The installation's directories, asked afresh at each call; nothing when the lookup fails.
+/// The installation's directories with `ending` behind them, say "/rng.ini"; the directory is asked
+/// afresh at each call. Nothing when the lookup fails.
 ///
 /// The service that is asked is `CKP_GetPath`: the one already bound in the process, else the one
 /// in `libcrypt_known_path.so`. Where neither is there (the library is absent or cannot be opened),
@@ -13,7 +15,7 @@
 ///
 /// The library is left in the process (`RTLD_NODELETE`), since the service may keep state; this
 /// side keeps none. Directories are byte strings as the service gives them, at most 256 bytes.
-std::optional<std::string> FindSettingsDirectory();
-std::optional<std::string> FindDataDirectory();
+std::optional<std::string> FindSettingsPath(std::string_view ending);
+std::optional<std::string> FindDataPath(std::string_view ending);
 
 #endif

@@ -1,3 +1,4 @@
+#include "settings/join.h"
 #include "settings/profile_file.h"
 
 #include <cstdio>
@@ -92,9 +93,7 @@ int WriteNewFile(const char* path, const char* header, const Entry& entry) {
 
 int WriteProfileString(const char* section, const char* key, const char* value, const char* path) {
   if (!path || !key || !section) return 0;
-  std::string temporaryPath;
-  temporaryPath.reserve(std::strlen(path) + sizeof kTemporarySuffix);
-  temporaryPath.append(path).append(kTemporarySuffix);
+  const std::string temporaryPath = Join(path, kTemporarySuffix);
   const Entry entry{key, value ? value : ""};
   if (std::strlen(section) + 2 > kLongestLine) return 0;
   Line header = {};

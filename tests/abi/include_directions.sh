@@ -60,7 +60,7 @@ done
 see '^aggregator/' '^(aggregator|providers|settings|rngaggregator)/'
 see '^providers/' '^(providers|rngaggregator)/'
 see '^settings/' '^(settings|rngaggregator)/'
-see '^settings/profile_' '^settings/profile_file[.]h$'
+see '^settings/profile_' '^settings/(join|profile_file)[.]h$'
 see '^include/' '^rngaggregator/'
 see '^plugins/' '^(plugins|rngaggregator)/'
 # It tells and checks what the library does without a word: which rows there are, how one is opened.

@@ -91,7 +91,7 @@ void ExamineDisplay() {
 }
 
 void ExamineSettings() {
-  const std::optional<std::string> directory = FindSettingsDirectory();
+  const std::optional<std::string> directory = FindSettingsPath("");
   SendReport({{"isKnown", directory.has_value()}, {"service", FindService(directory)}});
   if (!directory) return SendReport({{"step", "end"}});
   const std::string file = *directory + "/rng.ini";
