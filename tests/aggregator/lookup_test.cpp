@@ -136,7 +136,7 @@ TEST(GetRng, ComparesWholeNamesAndCase) {
   InstallPlugin("dsdr");
   const AggregatorLibrary library;
   library.Start(nullptr, 1);
-  for (const char* name : {"Dsdr", "DSDR", "dsd", "dsdrx", "", " dsdr", "dsdr "}) {
+  for (const char* name : {"Dsdr", "DSDR", "dsdR", "dsd", "dsdrx", "", " dsdr", "dsdr "}) {
     EXPECT_EQ(nullptr, library.GetRng(name)) << name;
   }
   EXPECT_EQ(Fake("dsdr").provider, library.GetRng("dsdr"));
@@ -184,6 +184,16 @@ TEST(GetRng, NameEndsAtTheFirstZeroByteOfALargerBuffer) {
   InstallPlugin("dsdr");
   Fake("dsdr").name = "abc";
   Fake("dsdr").nameSize = 8;
+  const AggregatorLibrary library;
+  library.Start(nullptr, 1);
+  EXPECT_EQ(Fake("dsdr").provider, library.GetRng("abc"));
+}
+
+TEST(GetRng, BufferIsZeroWhereTheProviderWritesNothing) {
+  InstallPlugin("dsdr");
+  Fake("dsdr").name = "abc";
+  Fake("dsdr").nameSize = 8;
+  Fake("dsdr").isTerminated = false;
   const AggregatorLibrary library;
   library.Start(nullptr, 1);
   EXPECT_EQ(Fake("dsdr").provider, library.GetRng("abc"));

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace {
@@ -22,7 +23,7 @@ void* operator new(std::size_t size) {
   const bool isFailing = ++g_made == g_failing;
   // Refused here: the sanitizers' malloc would end the process.
   void* const memory = isFailing || size > PTRDIFF_MAX ? nullptr : std::malloc(size ? size : 1);
-  if (memory) return memory;
+  if (memory) return std::memset(memory, 0xA5, size);  // nobody may count on finding zeros
   ++g_freed;
   throw std::bad_alloc();
 }

@@ -14,6 +14,7 @@
 struct FakeRng {
   std::string name;                       ///< the text that GetName writes; at first the kind
   std::optional<std::int32_t> nameSize;   ///< GetName's answer to null; by default the text's need
+  bool isTerminated = true;               ///< whether GetName writes the terminator, too
   std::optional<std::int32_t> nameAgain;  ///< GetName's answer to a buffer; by default the same
   bool factoryGivesNull = false;
   bool isAvailable = true;

@@ -16,7 +16,7 @@ class ScriptedRng final : public IRngProvider {
     const auto need = static_cast<std::int32_t>(fake.name.size() + 1);
     const std::int32_t size = fake.nameSize.value_or(need);
     if (!buffer) return size;
-    std::memcpy(buffer, fake.name.c_str(), fake.name.size() + 1);
+    std::memcpy(buffer, fake.name.c_str(), fake.name.size() + fake.isTerminated);
     return fake.nameAgain.value_or(size);
   }
   std::int32_t GetDescription(char*) override { return 0; }
