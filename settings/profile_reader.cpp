@@ -20,10 +20,15 @@ using Line = char[kBufferSize];
 
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-// Reads on until a line begins with `prefix`, in any case.
+int ToLower(char c) { return std::tolower(static_cast<unsigned char>(c)); }
+
+// Reads on until a line begins with `prefix`, in any case. Without locks, since the stream is read
+// here alone; and most lines differ in their first character, which spares them a call.
 bool FindLine(std::FILE* file, const char* prefix, Line& line) {
   const std::size_t length = std::strlen(prefix);
-  while (std::fgets(line, kReadLimit, file)) {
+  const int first = ToLower(*prefix);
+  while (::fgets_unlocked(line, kReadLimit, file)) {
+    if (length > 0 && ToLower(*line) != first) continue;
     if (::strncasecmp(line, prefix, length) == 0) return true;
   }
   return false;
