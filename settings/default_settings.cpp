@@ -11,6 +11,9 @@ constexpr char kTypeKey[] = "RandomNumberGeneratorType";
 constexpr char kHardwareIdKey[] = "RandomNumberGeneratorHardwareID";
 constexpr std::uint32_t kValueSize = 512;
 
+// The directory, empty when it cannot be found.
+std::string GetDataDirectory() { return FindDataDirectory().value_or(""); }
+
 // The path of rng.ini, empty when its directory cannot be found. The separator is always added:
 // directories are taken as the service gives them.
 std::string GetSettingsFilePath() { return FindSettingsPath("/rng.ini").value_or(""); }
@@ -48,6 +51,6 @@ bool DefaultSettingsImpl::SetHardwareId(const char* hardwareId) {
 }
 
 const char* DefaultSettingsImpl::GetDsdrFilePath() {
-  if (dsdrFilePath.empty()) dsdrFilePath = FindDataPath("/dsdr.bin").value_or("/dsdr.bin");
+  if (dsdrFilePath.empty()) dsdrFilePath = GetDataDirectory() + "/dsdr.bin";
   return dsdrFilePath.c_str();
 }

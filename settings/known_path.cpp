@@ -49,6 +49,6 @@ std::optional<std::string> FindSettingsPath(std::string_view ending) {
   return FindPath(KnownPathSettingsDir, RNG_SETTINGS_DIR, ending);
 }
 
-std::optional<std::string> FindDataPath(std::string_view ending) {
-  return FindPath(KnownPathDataDir, RNG_DATA_DIR, ending);
+std::optional<std::string> FindDataDirectory() {
+  return FindPath(KnownPathDataDir, RNG_DATA_DIR, "");
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// The installation's directories with `ending` behind them, say "/rng.ini"; the directory is asked
+/// The settings directory with `ending` behind it, say "/rng.ini", and the data directory, both asked
 /// afresh at each call. Nothing when the lookup fails.
 ///
 /// The service that is asked is `CKP_GetPath`: the one already bound in the process, else the one
@@ -16,6 +16,6 @@
 /// The library is left in the process (`RTLD_NODELETE`), since the service may keep state; this
 /// side keeps none. Directories are byte strings as the service gives them, at most 256 bytes.
 std::optional<std::string> FindSettingsPath(std::string_view ending);
-std::optional<std::string> FindDataPath(std::string_view ending);
+std::optional<std::string> FindDataDirectory();
 
 #endif
