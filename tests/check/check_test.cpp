@@ -64,6 +64,7 @@ struct Breach {
   std::string failed;  // all the checks that fail
   std::string seen;    // part of what is said of the first of them
   std::string options = "";
+  std::string mend = "";  // the beginning of how to mend that, where the check's own does not fit
 };
 
 void PrintTo(const Breach& breach, std::ostream* stream) { *stream << breach.variant; }
@@ -77,6 +78,7 @@ TEST_P(CheckBreach, FailsItsCheckAlone) {
   EXPECT_EQ(breach.failed, Failed(report)) << result.output << result.errors;
   const json& check = Find(report, breach.failed.substr(0, breach.failed.find(' ')));
   EXPECT_THAT(check.value("seen", ""), HasSubstr(breach.seen));
+  EXPECT_THAT(check.value("mend", ""), StartsWith(breach.mend));
   EXPECT_EQ(check.at("severity") == "error" ? 1 : 0, result.status);
 }
 
@@ -109,7 +111,8 @@ INSTANTIATE_TEST_SUITE_P(
                            "no answer in 1 s in IsAvailable", "--timeout 1"},
                     Breach{"gives_object_once", "reload", "Opened again"},
                     Breach{"closing_crashes", "reload exit-without-release",
-                           "signal 6 (Aborted) in the closing of the library"},
+                           "signal 6 (Aborted) in the closing of the library", "",
+                           "Let no static destructor throw"},
                     Breach{"unavailable", "available", "IsAvailable answers false"}),
     NameOf);
 
@@ -197,6 +200,37 @@ INSTANTIATE_TEST_SUITE_P(
                     Breach{"leaks_memory", "load-cycles", "heap in use"},
                     Breach{"leaks_in_draws", "load-cycles", "heap in use"}),
     NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    EndOfProcess, CheckBreach,
+    testing::Values(Breach{"opening_throws", "opens", "in the opening of the library", "",
+                           "Let no static constructor throw"},
+                    Breach{"available_crashes", "null-settings empty-settings built-in-settings",
+                           "in IsAvailable without settings", "",
+                           "Compare the settings, and what they answer"},
+                    Breach{"draw_crashes", "draw-succeeds",
+                           "crashed with signal 11 (Segmentation fault) in Generate", "",
+                           "No operation may end the process"},
+                    Breach{"self_test_hangs", "self-test", "no answer in 1 s", "--timeout 1",
+                           "Let it return soon"}),
+    NameOf);
+
+TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
+  EXPECT_EQ("error", Find(Report(Breaking("draw_crashes")), "draw-succeeds").at("severity"));
+  const json report = Report(Breaking("self_test_ends_process"));
+  EXPECT_EQ("opens self-test", Failed(report));
+  const json& selfTest = Find(report, "self-test");
+  EXPECT_EQ("error", selfTest.at("severity"));
+  EXPECT_EQ("It ended the process with status 127 in SelfTest.", selfTest.at("seen"));
+  EXPECT_THAT(selfTest.at("mend"), StartsWith("Link with the library that has the missing"));
+}
+
+TEST(Check, WhatIsAskedOfTheEndOfTheProcessStaysAWarning) {
+  const json report = Report(Breaking("static_thread"));
+  const json& check = Find(report, "exit-without-release");
+  EXPECT_EQ("warning", check.at("severity"));
+  EXPECT_THAT(check.at("mend"), StartsWith("Leave nothing to static objects"));
+}
 
 // The headers of the sections are no more than a place and a number in the header of the file.
 TEST(Check, AFileNeedsNoSections) {

@@ -12,6 +12,7 @@ struct CheckAccount {
   std::string step = "the start of the check";  ///< the last one
   std::string avoided = {};                     ///< the known bad step at which it stopped
   std::optional<Finding> finding = {};
+  bool isInOwnStep = false;                                ///< the last step is the check's matter
   bool hasObject = false;                                  ///< the factory gave one
   bool drawsWait = false;                                  ///< a draw waits for a user or a device
   std::map<std::string, std::string> exceptions = {};      ///< what was thrown, by step
@@ -23,5 +24,8 @@ CheckAccount ReadAccount(const ChildResult& result);
 /// How a child that did not come to its end has ended: "crashed with signal 11 (Segmentation fault)".
 /// Empty when it did.
 std::string DescribeBadEnd(const ChildResult& result, std::chrono::seconds limit);
+
+/// The fault in a child that ended so, described as `how`.
+Finding JudgeBadEnd(const CheckAccount& account, const ChildResult& result, const std::string& how);
 
 #endif

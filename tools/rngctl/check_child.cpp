@@ -19,14 +19,16 @@ Finding Make(const CheckRule& rule, WatchedPlugin& plugin) {
   try {
     return rule.inChild(plugin);
   } catch (const EarlyEnd& end) {
-    return {end.outcome, end.what()};
+    return {end.outcome, end.what(), end.mend};
   }
 }
 
 }  // namespace
 
 void SendFinding(const Finding& finding) {
-  SendReport({{"outcome", static_cast<int>(finding.outcome)}, {"seen", finding.seen}});
+  SendReport({{"outcome", static_cast<int>(finding.outcome)},
+              {"seen", finding.seen},
+              {"mend", finding.mend}});
 }
 
 void RunCheckChild(const CheckChildRequest& request) {

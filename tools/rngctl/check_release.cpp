@@ -27,7 +27,7 @@ bool HasOnly(const std::set<std::string>& threads) {
 }
 
 [[noreturn]] void EndProcess(WatchedPlugin& plugin, const std::string& step) {
-  plugin.Step(step);
+  plugin.OwnStep(step);
   SendFinding(Passed());
   std::exit(0);  // NOLINT(concurrency-mt-unsafe): that is the question
 }
@@ -100,7 +100,7 @@ Finding CheckCleanExit(WatchedPlugin& plugin) {
   std::packaged_task<void()> life([&plugin] {
     Use(plugin);
     plugin.Stop();
-    plugin.Step("the end of a thread that used it");
+    plugin.OwnStep("the end of a thread that used it");
   });
   std::future<void> end = life.get_future();
   std::thread(std::move(life)).join();

@@ -12,10 +12,14 @@ enum class Outcome { kPassed, kFailed, kNotExamined };
 
 struct Finding {
   Outcome outcome;
-  std::string seen;  ///< in a sentence: the fault, or why it was not examined
+  std::string seen;       ///< in a sentence: the fault, or why it was not examined
+  std::string mend = {};  ///< of a fault to which the check's own does not fit
+  bool isGraver = false;  ///< than the check: an operation has ended the process, which is an error
 };
 inline Finding Passed() { return {Outcome::kPassed, ""}; }
-inline Finding Failed(const std::string& seen) { return {Outcome::kFailed, seen}; }
+inline Finding Failed(const std::string& seen, const std::string& mend = "") {
+  return {Outcome::kFailed, seen, mend};
+}
 inline Finding NotExamined(const std::string& why) { return {Outcome::kNotExamined, why}; }
 
 struct CheckResult {

@@ -29,7 +29,7 @@ std::string FindBorrowed(void* library, const std::vector<std::string>& names) {
 
 // Binds all at once: the aggregator does not, so a missing function would show at its first call.
 Finding CheckOpens(WatchedPlugin& plugin) {
-  plugin.Step("the opening of the library");
+  plugin.Step(kOpening);
   const std::string& path = plugin.Subject().path;
   void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!library) return Failed(std::string("The loader says: ") + ::dlerror());

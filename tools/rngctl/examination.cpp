@@ -37,7 +37,11 @@ CheckResult Examination::Examine(const CheckRule& rule) {
                                          : Gather(rule.name);
   // Who names another factory knows that it is not the catalogue's.
   const bool isMild = hasOwnFactory && rule.name == std::string(kCataloguePair);
-  return {rule.name, isMild ? Severity::kWarning : rule.severity, rule.rule, rule.mend, finding};
+  const Severity severity = finding.isGraver ? Severity::kError
+                            : isMild         ? Severity::kWarning
+                                             : rule.severity;
+  const std::string mend = finding.mend.empty() ? rule.mend : finding.mend;
+  return {rule.name, severity, rule.rule, mend, finding};
 }
 
 std::string Examination::RequestFor(const CheckRule& rule) const {
@@ -63,7 +67,7 @@ Finding Examination::ExamineInChild(const CheckRule& rule) {
   if (badEnd.empty() && account.finding) return *account.finding;
   const std::string how = badEnd.empty() ? "ended the process with status 0" : badEnd;
   badSteps.emplace(account.step, account.step + " " + how + " in the check " + rule.name);
-  return Failed("It " + how + " in " + account.step + ".");
+  return JudgeBadEnd(account, result, how);
 }
 
 void Examination::Remember(const CheckAccount& account) {

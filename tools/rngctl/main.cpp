@@ -117,8 +117,9 @@ void AddCheck(CLI::App& app, CheckRequest& request, CheckChildRequest& childRequ
       "cancelled after a quarter of the time, and what needs its bytes is then not examined.\n"
       "Nor is what needs many calls, when together they take longer than the time for one.\n"
       "What the plug-in prints on standard error is shown.\n\n"
-      "A failed check breaks the contract. A warning does not, but hosts will have trouble\n"
-      "with the generator. A note tells what this machine lacks.\n\n"
+      "A failed check breaks the contract; so does an operation that ends the process, in any\n"
+      "check. A warning does not, but hosts will have trouble with the generator. A note tells\n"
+      "what this machine lacks.\n\n"
       "Exit status: 0 no check failed (there may be warnings); 1 one failed; 2 wrong usage, or\n"
       "PLUGIN is not a shared library for this machine.");
   check->callback([&request] { RunCheck(request); });

@@ -26,17 +26,22 @@ auto WatchedPlugin::Watch(const std::string& step, Call call) {
   }
 }
 
-void WatchedPlugin::Step(const std::string& name) {
+void WatchedPlugin::Step(const std::string& name) { ReportStep(name, false); }
+void WatchedPlugin::OwnStep(const std::string& name) { ReportStep(name, true); }
+
+void WatchedPlugin::ReportStep(const std::string& name, bool isOwn) {
   if (isInLongStep) return;
   if (!IsGood(name)) {
     SendReport({{"avoided", name}});
     throw EarlyEnd(Outcome::kNotExamined, "");
   }
-  SendReport({{"step", name}});
+  nlohmann::json report = {{"step", name}};
+  if (isOwn) report["isOwn"] = true;
+  SendReport(report);
 }
 
 void WatchedPlugin::BeginLongStep(const std::string& name) {
-  Step(name);
+  OwnStep(name);
   isInLongStep = true;
 }
 
@@ -47,8 +52,7 @@ void WatchedPlugin::RequireTime() const {
 
 void WatchedPlugin::Open() {
   const char* const path = subject.path.c_str();
-  handle =
-      Watch("the opening of the library", [&] { return ::dlopen(path, RTLD_LAZY | RTLD_GLOBAL); });
+  handle = Watch(kOpening, [&] { return ::dlopen(path, RTLD_LAZY | RTLD_GLOBAL); });
   if (!handle) throw EarlyEnd(Outcome::kNotExamined, "the library cannot be opened");
 }
 
@@ -65,7 +69,7 @@ bool WatchedPlugin::Make() {
 }
 
 void WatchedPlugin::Close() {
-  Watch("the closing of the library", [&] { return ::dlclose(handle); });
+  Watch(kClosing, [&] { return ::dlclose(handle); });
 }
 
 bool WatchedPlugin::StartWith(IRngSettings* settings, const std::string& note) {

@@ -11,6 +11,10 @@
 
 #include <rngaggregator/provider.h>
 
+/// Steps that are no operations.
+inline constexpr char kOpening[] = "the opening of the library";
+inline constexpr char kClosing[] = "the closing of the library";
+
 /// What a child is told about the plug-in that it examines.
 struct PluginUnderCheck {
   std::string path;
@@ -24,8 +28,10 @@ struct PluginUnderCheck {
 /// The check ends here, with this outcome.
 class EarlyEnd : public std::runtime_error {
  public:
-  EarlyEnd(Outcome how, const std::string& seen) : std::runtime_error(seen), outcome(how) {}
+  EarlyEnd(Outcome how, const std::string& seen, std::string help = "")
+      : std::runtime_error(seen), outcome(how), mend(std::move(help)) {}
   const Outcome outcome;
+  const std::string mend;  ///< empty where the check's own fits
 };
 
 /// A plug-in in a child. Before it is called the child reports the step, so that the parent knows
@@ -51,12 +57,14 @@ class WatchedPlugin final : public IRngProvider {
   bool StartMade();       ///< what is left of the start when the object is made
   void Stop();
 
-  /// Reports a step.
+  /// Reports a step; one of the check's own is what the check is about.
   void Step(const std::string& name);
+  void OwnStep(const std::string& name);
   bool IsGood(const std::string& step) const { return !subject.badSteps.contains(step); }
 
-  /// All calls from now on, from whatever threads, belong to one step.
+  /// All calls up to the end, from whatever threads, belong to one step of the check's own.
   void BeginLongStep(const std::string& name);
+  void EndLongStep() { isInLongStep = false; }
 
   /// How long a draw is waited for, before it counts as waiting for a user or a device.
   std::chrono::milliseconds Patience() const { return subject.limit / 4; }
@@ -77,6 +85,7 @@ class WatchedPlugin final : public IRngProvider {
   void Release() override;
 
  private:
+  void ReportStep(const std::string& name, bool isOwn);
   template <typename Call>
   auto Watch(const std::string& step, Call call);
 
@@ -89,8 +98,8 @@ class WatchedPlugin final : public IRngProvider {
 };
 
 /// The check ends when the plug-in's answer to a request is not as it must be.
-inline void Require(bool isSo, const std::string& fault) {
-  if (!isSo) throw EarlyEnd(Outcome::kFailed, fault);
+inline void Require(bool isSo, const std::string& fault, const std::string& mend = "") {
+  if (!isSo) throw EarlyEnd(Outcome::kFailed, fault, mend);
 }
 
 #endif

@@ -1,0 +1,19 @@
+// Crashes when it draws.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+#include <csignal>
+
+namespace {
+
+class DrawCrashesRng final : public CorrectRng {
+ public:
+  bool Generate(void* buffer, std::size_t size) override {
+    if (size != 0) ::raise(SIGSEGV);
+    return CorrectRng::Generate(buffer, size);
+  }
+};
+
+}  // namespace
+
+EXPORT_RNG(DrawCrashesRng)
