@@ -159,6 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them"},
         Breach{"repeats_draws", "draws-differ", "are equal"},
         Breach{"has_a_fixed_seed", "draws-differ", "After a new start"},
+        Breach{"refuses_company", "concurrent-calls", "true when called alone, and false at the"},
         Breach{"shares_a_buffer", "concurrent-calls", "at the same time as others"},
         Breach{"shares_drawn_bytes", "concurrent-calls", "get the same bytes"}),
     NameOf);
@@ -209,7 +210,7 @@ INSTANTIATE_TEST_SUITE_P(
                            "in IsAvailable without settings", "",
                            "Compare the settings, and what they answer"},
                     Breach{"draw_crashes", "draw-succeeds",
-                           "crashed with signal 11 (Segmentation fault) in Generate", "",
+                           "It crashed with signal 6 (Aborted) in Generate.", "",
                            "No operation may end the process"},
                     Breach{"self_test_hangs", "self-test", "no answer in 1 s", "--timeout 1",
                            "Let it return soon"}),
@@ -270,7 +271,8 @@ TEST(Check, ADescriptionMayChange) {
 TEST(Check, AUserWhoDoesNotComeIsNoFault) {
   const json report = Report("--timeout 1 " + Breaking("waits_for_user"));
   EXPECT_EQ("", Failed(report));
-  EXPECT_EQ("draw-succeeds draw-fills-buffer draws-differ", Names(report, "not-examined"));
+  EXPECT_EQ("draw-succeeds draw-fills-buffer draws-differ concurrent-calls",
+            Names(report, "not-examined"));
   EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(report, "draws-differ"));
 }
 
@@ -278,6 +280,13 @@ TEST(Check, ASlowSourceIsNoFault) {
   const json report = Report("--timeout 1 " + Breaking("slow"));
   EXPECT_EQ("", Failed(report));
   EXPECT_EQ("draws are slow, but wait for nobody", Reason(report, "cancel"));
+}
+
+TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {
+  const json report = Report(Breaking("runs_out"));
+  EXPECT_EQ("", Failed(report));
+  EXPECT_EQ("the source ran out: draws now fail also when called alone",
+            Reason(report, "concurrent-calls"));
 }
 
 // No call takes the time that is meant for one, many together do.
@@ -294,8 +303,10 @@ TEST(Check, ManySlowCallsAreNoFault) {
 
 TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
-  EXPECT_EQ("name-length name-in-catalogue failed-draw-is-zero concurrent-calls",
-            Names(report, "not-examined"));
+  EXPECT_EQ(
+      "name-length name-in-catalogue failed-draw-is-zero concurrent-calls no-exceptions "
+      "no-lifecycle-calls",
+      Names(report, "not-examined"));
   EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
             Reason(report, "concurrent-calls"));
 }
@@ -309,7 +320,32 @@ TEST(Check, AHangIsWaitedForOnce) {
 TEST(Check, WithoutAnObjectNothingIsSaidOfItsOperations) {
   const json report = Report(Breaking("factory_gives_null"));
   EXPECT_EQ("the factory gives no object", Reason(report, "name"));
-  EXPECT_EQ("no operation could be called", Reason(report, "no-exceptions"));
+  EXPECT_THAT(Reason(report, "no-exceptions"),
+              AllOf(HasSubstr("were not called, or did not return: SetSettings, IsAvailable, GetN"),
+                    Not(HasSubstr("the factory"))));
+}
+
+TEST(Check, WhatWasNotCalledIsNotSaidToKeepTheRules) {
+  const std::string unavailable = Reason(Report(Breaking("unavailable")), "no-lifecycle-calls");
+  EXPECT_THAT(unavailable, EndsWith(": GetName, GetDescription, GetHardwareId, GetFlags, "
+                                    "SelectDevice, Generate, SelfTest, Cancel"));
+  EXPECT_THAT(Reason(Report(Breaking("draw_crashes")), "no-exceptions"),
+              EndsWith(": Generate, Cancel"));
+  EXPECT_THAT(Reason(Report(Breaking("draw_throws")), "no-lifecycle-calls"),
+              EndsWith(": Generate, Cancel"));
+  EXPECT_EQ("passed", Find(Report(Breaking("draw_fails")), "no-exceptions").at("result"));
+}
+
+TEST(Check, ThreadsThatCannotDrawSayNothingOfConcurrentDraws) {
+  for (const auto& [variant, reason] :
+       {std::pair("draw_crashes",
+                  "Generate crashed with signal 6 (Aborted) in the check draw-succ"),
+        std::pair("draw_throws", "Generate throws an exception"),
+        std::pair("draw_fails", "Generate answers false"),
+        std::pair("failed_draw_leaves_bytes", "draws fail at times also when called alone")}) {
+    EXPECT_THAT(Reason(Report(Breaking(variant)), "concurrent-calls"), StartsWith(reason))
+        << variant;
+  }
 }
 
 // --- File name and factory

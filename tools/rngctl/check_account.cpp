@@ -9,11 +9,10 @@ constexpr int kLoaderStatus = 127;  // when a function is missing
 void Read(const nlohmann::json& report, CheckAccount& account) {
   if (report.contains("step")) {
     account.step = report["step"];
+    account.steps.insert(account.step);
     account.isInOwnStep = report.contains("isOwn");
   } else if (report.contains("avoided")) {
     account.avoided = report["avoided"];
-  } else if (report.contains("hasObject")) {
-    account.hasObject = true;
   } else if (report.contains("waits")) {
     account.drawsWait = true;
   } else if (report.contains("threw")) {

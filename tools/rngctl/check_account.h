@@ -6,14 +6,15 @@
 
 #include <map>
 #include <optional>
+#include <set>
 
 /// What the child of one check has told before its end.
 struct CheckAccount {
   std::string step = "the start of the check";  ///< the last one
+  std::set<std::string> steps = {};             ///< all
   std::string avoided = {};                     ///< the known bad step at which it stopped
   std::optional<Finding> finding = {};
   bool isInOwnStep = false;                                ///< the last step is the check's matter
-  bool hasObject = false;                                  ///< the factory gave one
   bool drawsWait = false;                                  ///< a draw waits for a user or a device
   std::map<std::string, std::string> exceptions = {};      ///< what was thrown, by step
   std::map<std::string, std::string> lifecycleCalls = {};  ///< the step, by function

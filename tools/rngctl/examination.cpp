@@ -71,7 +71,7 @@ Finding Examination::ExamineInChild(const CheckRule& rule) {
 }
 
 void Examination::Remember(const CheckAccount& account) {
-  hasObject = hasObject || account.hasObject;
+  stepsTaken.insert(account.steps.begin(), account.steps.end());
   drawsWait = drawsWait || account.drawsWait;
   exceptions.insert(account.exceptions.begin(), account.exceptions.end());
   lifecycleCalls.insert(account.lifecycleCalls.begin(), account.lifecycleCalls.end());
@@ -85,5 +85,20 @@ Finding Examination::Gather(const std::string& rule) const {
   const std::string seen =
       rule == kNoException ? DescribeExceptions(exceptions) : DescribeCalls(lifecycleCalls);
   if (!seen.empty()) return Failed(seen);
-  return hasObject ? Passed() : NotExamined("no operation could be called");
+  const std::string unexamined = Unexamined();
+  return unexamined.empty()
+             ? Passed()
+             : NotExamined("these were not called, or did not return: " + unexamined);
+}
+
+// What was not called, or has ended its process or thrown, may still do anything.
+std::string Examination::Unexamined() const {
+  std::string names;
+  for (const char* step :
+       {kFactory, "SetSettings", "IsAvailable", "GetName", "GetDescription", "GetHardwareId",
+        "GetFlags", "SelectDevice", "Generate", "SelfTest", "Cancel", "Release"}) {
+    if (stepsTaken.contains(step) && !badSteps.contains(step)) continue;
+    names.append(names.empty() ? "" : ", ").append(step);
+  }
+  return names;
 }

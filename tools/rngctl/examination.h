@@ -20,12 +20,13 @@ class Examination {
   void Remember(const CheckAccount& account);
   std::string RequestFor(const CheckRule& rule) const;
   Finding Gather(const std::string& rule) const;
+  std::string Unexamined() const;
 
   const CheckSubject subject;
   const bool hasOwnFactory;
   const std::chrono::seconds limit;
-  bool hasObject = false;
   bool drawsWait = false;
+  std::set<std::string> stepsTaken;
   std::map<std::string, std::string> badSteps;  // what happened there
   std::map<std::string, std::string> exceptions;
   std::map<std::string, std::string> lifecycleCalls;

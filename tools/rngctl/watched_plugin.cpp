@@ -63,8 +63,7 @@ bool WatchedPlugin::Make() {
   }
   auto* const factory = reinterpret_cast<RngFactory>(::dlsym(handle, subject.factory.c_str()));
   if (!factory) throw EarlyEnd(Outcome::kNotExamined, "there is no factory " + subject.factory);
-  provider = Watch("the factory", factory);
-  if (provider) SendReport({{"hasObject", true}});
+  provider = Watch(kFactory, factory);
   return provider != nullptr;
 }
 

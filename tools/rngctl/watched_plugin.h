@@ -11,8 +11,9 @@
 
 #include <rngaggregator/provider.h>
 
-/// Steps that are no operations.
+/// Steps that are no operations of an object.
 inline constexpr char kOpening[] = "the opening of the library";
+inline constexpr char kFactory[] = "the factory";
 inline constexpr char kClosing[] = "the closing of the library";
 
 /// What a child is told about the plug-in that it examines.
