@@ -121,7 +121,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Breach{"name_is_empty", "name-length", "no name: no host can ask for it"},
         Breach{"name_is_long", "name-length",
-               "\"eighteen-character\" has 18 characters: hosts find"},
+               "\"eighteen-character\" has 18 characters: hosts find", "",
+               "Shorten it to 17 characters."},
         Breach{"name_overruns", "name", "asks for 5 bytes, then writes outside of them"},
         Breach{"name_has_no_end", "name", "does not end inside of the 4 bytes"},
         Breach{"name_changes", "name", "gives \"dsdr\", and then \"dddd\""},
@@ -132,7 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"description_fails", "description", "negative size, -1"},
         Breach{"description_has_lines", "description-line", "line break"},
         Breach{"description_is_latin", "description-line", "no UTF-8"},
-        Breach{"hardware_id_is_long", "hardware-id", "18 characters"},
+        Breach{"hardware_id_is_long", "hardware-id", "18 characters", "", "Shorten it to 17"},
         Breach{"flags_change", "stable-flags", "answers 1, and then 2: a host"},
         Breach{"no_flags", "some-flag", "answers 0"},
         Breach{"self_test_fails", "self-test", "answers false"},
@@ -156,7 +157,8 @@ INSTANTIATE_TEST_SUITE_P(
                "--timeout 1"},
         Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
         Breach{"skips_last_byte", "draw-fills-buffer", "byte number 5 was never written"},
-        Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them"},
+        Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them", "",
+               "Write no more bytes than the size says."},
         Breach{"repeats_draws", "draws-differ", "are equal"},
         Breach{"has_a_fixed_seed", "draws-differ", "After a new start"},
         Breach{"refuses_company", "concurrent-calls", "true when called alone, and false at the"},
@@ -372,8 +374,26 @@ TEST(Check, AFactoryOfAnotherKindIsNoPair) {
   EXPECT_EQ("catalogue-pair name-in-catalogue", Failed(Report("--factory GetDsdrRng " + file)));
   const json report = Report(file);
   EXPECT_EQ("one-export", Failed(report));
-  EXPECT_EQ("It does not export GetSobolRng.", Seen(report, "one-export"));
+  EXPECT_EQ("It does not export GetSobolRng, but GetDsdrRng.", Seen(report, "one-export"));
+  EXPECT_THAT(Find(report, "one-export").at("mend"),
+              AllOf(StartsWith("Define it extern \"C\", with default visibility and this exact"),
+                    EndsWith("Or name the file librngdsdr.so: GetDsdrRng belongs to that.")));
+  EXPECT_EQ("it does not export GetSobolRng", Reason(report, "catalogue-pair"));
   EXPECT_EQ("there is no factory GetSobolRng", Reason(report, "name"));
+}
+
+TEST(Check, AFactoryInCppIsSeenByItsMangledName) {
+  const json report = Report(Breaking("factory_is_mangled"));
+  EXPECT_EQ("It does not export GetDsdrRng, but _Z10GetDsdrRngv.", Seen(report, "one-export"));
+  EXPECT_THAT(Find(report, "one-export").at("mend"), EndsWith("no version script hide it."));
+}
+
+TEST(Check, ALibraryBesideThePluginNeedsARunPath) {
+  const json report = Report(BREAKING_DIR "/../missing_dependency/librngbiokb.so");
+  EXPECT_EQ("opens", Failed(report));
+  EXPECT_THAT(Seen(report, "opens"), HasSubstr("libabsent_device.so: cannot open"));
+  EXPECT_THAT(Find(report, "opens").at("mend"),
+              AllOf(StartsWith("Install libabsent_device.so where"), HasSubstr("'$ORIGIN'")));
 }
 
 // --- Wrong usage

@@ -19,7 +19,8 @@ void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
     const unsigned char fill = kFills[i % std::size(kFills)];
     const GuardedBuffer bytes = DrawBytes(plugin, size, fill);
     Require(bytes.IsIntactAround(),
-            "A draw of " + std::to_string(size) + " bytes writes outside of them.");
+            "A draw of " + std::to_string(size) + " bytes writes outside of them.",
+            "Write no more bytes than the size says.");
     for (std::size_t place = 0; place < size; ++place) {
       if (bytes.Data()[place] != fill) isWritten[place] = true;
     }

@@ -1,5 +1,6 @@
 #include "checks.h"
 #include "host.h"
+#include "providers/catalogue.h"
 
 #include <algorithm>
 
@@ -19,9 +20,31 @@ std::string Listed(const std::vector<std::string>& names) {
   return text + (names.size() > kShown ? ", ..." : "");
 }
 
+bool ExportsFactory(const CheckSubject& subject) {
+  const std::vector<std::string>& exports = subject.facts.exports;
+  return std::find(exports.begin(), exports.end(), subject.factory) != exports.end();
+}
+
+Finding FailedWithoutFactory(const CheckSubject& subject) {
+  const std::vector<std::string>& exports = subject.facts.exports;
+  std::string mend =
+      "Define it extern \"C\", with default visibility and this exact name, and have no version "
+      "script hide it.";
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
+    if (std::find(exports.begin(), exports.end(), row.factorySymbol) == exports.end()) continue;
+    mend += " Or name the file " + row.libraryFile + ": " + row.factorySymbol + " belongs to that.";
+  }
+  return Failed("It does not export " + subject.factory + ", but " +
+                    (exports.empty() ? "nothing" : Listed(exports)) + ".",
+                mend);
+}
+
 }  // namespace
 
 Finding CheckCataloguePair(const CheckSubject& subject) {
+  if (subject.isCataloguePair && !ExportsFactory(subject)) {
+    return NotExamined("it does not export " + subject.factory);
+  }
   if (subject.isCataloguePair) return Passed();
   if (subject.kind.empty()) {
     return Failed("No kind of generator has the file name " + Quoted(subject.file) + ".");
@@ -32,10 +55,9 @@ Finding CheckCataloguePair(const CheckSubject& subject) {
 
 Finding CheckExports(const CheckSubject& subject) {
   if (subject.factory.empty()) return NotExamined("which factory it should export is unknown");
+  if (!ExportsFactory(subject)) return FailedWithoutFactory(subject);
   std::vector<std::string> others = subject.facts.exports;
-  const auto factory = std::find(others.begin(), others.end(), subject.factory);
-  if (factory == others.end()) return Failed("It does not export " + subject.factory + ".");
-  others.erase(factory);
+  std::erase(others, subject.factory);
   if (others.empty()) return Passed();
   return Failed("It exports " + Count(others.size(), "symbol") +
                 " besides the factory: " + Listed(others) + ".");

@@ -95,7 +95,9 @@ std::vector<CheckRule> AllChecks() {
        "Take new bytes from the source for each draw, and seed a generator from a source.", nullptr,
        CheckDrawsDiffer},
       {"concurrent-calls", Severity::kError, "Several threads may call it at once",
-       "Guard with a lock what the calls share, such as buffers.", nullptr, CheckConcurrentCalls},
+       "Guard with a lock what the calls share, such as buffers, and give it back on every way "
+       "out.",
+       nullptr, CheckConcurrentCalls},
 
       {"release-ends-threads", Severity::kError, "After Release no thread of it is left",
        "End and join the threads in Release: the library's code is gone after it.", nullptr,
@@ -127,7 +129,8 @@ std::vector<CheckRule> AllChecks() {
        nullptr, CheckLoadCycles},
 
       {kNoException, Severity::kError, "Neither the factory nor any operation throws",
-       "Catch inside of the plug-in, and answer false, 0 or null."},
+       "Catch inside of the plug-in, and answer false, 0 or null: nobody else does before the "
+       "host."},
       {kNoLifecycleCall, Severity::kError, "It calls neither Initialize nor ShutDown",
        "Leave the start and the stop to the host: called from here they wait for themselves."},
   };

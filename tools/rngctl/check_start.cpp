@@ -25,6 +25,21 @@ std::string FindBorrowed(void* library, const std::vector<std::string>& names) {
   return "";
 }
 
+// A library that is missing; "" when it is something else that the loader says.
+std::string FindMissing(const std::string& words) {
+  const auto end = words.find(": cannot open shared object file: ");
+  return end == std::string::npos ? "" : words.substr(0, end);
+}
+
+Finding FailedToOpen(const std::string& words) {
+  const std::string missing = FindMissing(words);
+  return Failed("The loader says: " + words,
+                missing.empty() ? ""
+                                : "Install " + missing +
+                                      " where the loader looks, or link with a run path: "
+                                      "-Wl,-rpath,'$ORIGIN' finds what lies beside the plug-in.");
+}
+
 }  // namespace
 
 // Binds all at once: the aggregator does not, so a missing function would show at its first call.
@@ -32,7 +47,7 @@ Finding CheckOpens(WatchedPlugin& plugin) {
   plugin.Step(kOpening);
   const std::string& path = plugin.Subject().path;
   void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!library) return Failed(std::string("The loader says: ") + ::dlerror());
+  if (!library) return FailedToOpen(::dlerror());
   const std::string borrowed = FindBorrowed(library, ReadElfFacts(path).needs);
   if (borrowed.empty()) return Passed();
   return Failed("It is not linked with what has " + borrowed +

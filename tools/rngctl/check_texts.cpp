@@ -94,7 +94,8 @@ Finding CheckNameLength(WatchedPlugin& plugin) {
   const std::string name = ReadForContent(plugin, &IRngProvider::GetName);
   if (name.empty()) return Failed("It reports no name: no host can ask for it.");
   if (name.size() <= kLongestName) return Passed();
-  return Failed(Characters(name) + ": hosts find it, but it cannot be stored as the default.");
+  return Failed(Characters(name) + ": hosts find it, but it cannot be stored as the default.",
+                "Shorten it to " + std::to_string(kLongestName) + " characters.");
 }
 
 Finding CheckNameInCatalogue(WatchedPlugin& plugin) {
@@ -128,6 +129,9 @@ Finding CheckDescriptionIsALine(WatchedPlugin& plugin) {
 Finding CheckHardwareId(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   const std::optional<std::string> id = ReadByProtocol(plugin, &IRngProvider::GetHardwareId);
-  if (id) Require(id->size() <= kLongestName, Characters(*id) + ".");
+  if (id) {
+    Require(id->size() <= kLongestName, Characters(*id) + ".",
+            "Shorten it to " + std::to_string(kLongestName) + " characters.");
+  }
   return Passed();
 }

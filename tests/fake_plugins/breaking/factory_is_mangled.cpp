@@ -1,0 +1,8 @@
+// Its factory has a name of C++.
+
+#include "tests/fake_plugins/breaking/correct_rng.h"
+
+__attribute__((visibility("default"))) IRngProvider* FACTORY() {
+  static CorrectRng provider;
+  return &provider;
+}
