@@ -193,7 +193,8 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"draw_throws", "no-exceptions", "Generate throws \"no entropy\""},
         Breach{"release_throws", "no-exceptions", "Release throws \"still in use\""},
         Breach{"calls_initialize", "no-lifecycle-calls", "Initialize is called in IsAvailable"},
-        Breach{"calls_shut_down", "no-lifecycle-calls", "ShutDown is called in Release"}),
+        Breach{"calls_shut_down", "no-lifecycle-calls", "ShutDown is called in Release"},
+        Breach{"prints", "no-output", "In the check empty-draw it prints \"drawing 0\"."}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -254,7 +255,7 @@ TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output,
-              EndsWith("\n38 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
+              EndsWith("\n39 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
@@ -307,7 +308,7 @@ TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
   EXPECT_EQ(
       "name-length name-in-catalogue failed-draw-is-zero concurrent-calls no-exceptions "
-      "no-lifecycle-calls",
+      "no-lifecycle-calls no-output",
       Names(report, "not-examined"));
   EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
             Reason(report, "concurrent-calls"));

@@ -133,5 +133,7 @@ std::vector<CheckRule> AllChecks() {
        "host."},
       {kNoLifecycleCall, Severity::kError, "It calls neither Initialize nor ShutDown",
        "Leave the start and the stop to the host: called from here they wait for themselves."},
+      {kNoOutput, Severity::kWarning, "It prints nothing on standard output",
+       "Print on standard error, or not at all: standard output belongs to the host."},
   };
 }

@@ -21,6 +21,7 @@ struct CheckRule {
 inline constexpr char kCataloguePair[] = "catalogue-pair";
 inline constexpr char kNoException[] = "no-exceptions";
 inline constexpr char kNoLifecycleCall[] = "no-lifecycle-calls";
+inline constexpr char kNoOutput[] = "no-output";
 
 /// All checks, in an order in which each needs only what was checked before it.
 std::vector<CheckRule> AllChecks();

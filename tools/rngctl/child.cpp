@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
@@ -39,6 +40,18 @@ class Descriptor {
   int value;
 };
 
+class Pipe {
+ public:
+  Pipe() {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) RefuseStart(errno);
+    reading.value = ends[0];
+    writing.value = ends[1];
+  }
+  Descriptor reading;
+  Descriptor writing;
+};
+
 // This one's, with another LD_LIBRARY_PATH if one is given.
 std::vector<std::string> ChildEnvironment(const std::string& libraryPath) {
   const std::string name = "LD_LIBRARY_PATH=";
@@ -60,14 +73,14 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 }
 
 pid_t Spawn(std::vector<std::string> arguments, const std::string& libraryPath,
-            int reportDescriptor) {
+            int outputDescriptor, int reportDescriptor) {
   std::vector<std::string> environment = ChildEnvironment(libraryPath);
   arguments.insert(arguments.begin(), "rngctl");
   posix_spawn_file_actions_t actions;
   posix_spawnattr_t attributes;
   ::posix_spawn_file_actions_init(&actions);
   ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  ::posix_spawn_file_actions_adddup2(&actions, outputDescriptor, STDOUT_FILENO);
   ::posix_spawn_file_actions_adddup2(&actions, reportDescriptor, kReportDescriptor);
   ::posix_spawnattr_init(&attributes);
   ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
@@ -124,24 +137,26 @@ std::vector<nlohmann::json> Parse(const std::string& text) {
 
 ChildResult RunChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
                      const std::string& libraryPath, LimitOf limited) {
-  int ends[2];
-  if (::pipe2(ends, O_CLOEXEC) != 0) RefuseStart(errno);
-  const Descriptor reading(ends[0]);
-  Descriptor writing(ends[1]);
-  ::fcntl(reading.value, F_SETFL, O_NONBLOCK);
-  const pid_t child = Spawn(arguments, libraryPath, writing.value);
-  writing.Close();
+  Pipe reports;
+  Pipe output;
+  ::fcntl(reports.reading.value, F_SETFL, O_NONBLOCK);
+  ::fcntl(output.reading.value, F_SETFL, O_NONBLOCK);
+  ::fcntl(output.writing.value, F_SETFL, O_NONBLOCK);
+  const pid_t child = Spawn(arguments, libraryPath, output.writing.value, reports.writing.value);
+  reports.writing.Close();
   const Descriptor watched(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
   std::string text;
   const bool hasEnded =
-      watched.value >= 0 && Collect(reading.value, watched.value, limit, limited, text);
+      watched.value >= 0 && Collect(reports.reading.value, watched.value, limit, limited, text);
   ::kill(-child, SIGKILL);  // also what an ended child has left behind
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  if (!hasEnded) return {Parse(text), ChildEnd::kTimedOut, 0};
-  if (WIFSIGNALED(status)) return {Parse(text), ChildEnd::kSignalled, WTERMSIG(status)};
-  return {Parse(text), ChildEnd::kExited, WEXITSTATUS(status)};
+  std::string printed;
+  ReadSome(output.reading.value, printed);
+  if (!hasEnded) return {Parse(text), ChildEnd::kTimedOut, 0, printed};
+  if (WIFSIGNALED(status)) return {Parse(text), ChildEnd::kSignalled, WTERMSIG(status), printed};
+  return {Parse(text), ChildEnd::kExited, WEXITSTATUS(status), printed};
 }
 
 std::string EndInWords(const ChildResult& result, std::chrono::seconds limit) {
@@ -160,6 +175,7 @@ void BecomeChild() {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit none = {0, 0};
   ::setrlimit(RLIMIT_CORE, &none);
+  std::setvbuf(stdout, nullptr, _IONBF, 0);
   ::fcntl(kReportDescriptor, F_SETFD, FD_CLOEXEC);
 }
 

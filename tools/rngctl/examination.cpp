@@ -3,6 +3,8 @@
 #include "host.h"
 #include "terminal.h"
 
+#include <algorithm>
+
 namespace {
 
 std::string DescribeExceptions(const std::map<std::string, std::string>& exceptions) {
@@ -62,6 +64,7 @@ Finding Examination::ExamineInChild(const CheckRule& rule) {
   const ChildResult result = RunChild(arguments, limit, "", LimitOf::kSilence);
   const CheckAccount account = ReadAccount(result);
   Remember(account);
+  RememberOutput(result.printed, rule.name);
   if (!account.avoided.empty()) return NotExamined(badSteps[account.avoided]);
   const std::string badEnd = DescribeBadEnd(result, limit);
   if (badEnd.empty() && account.finding) return *account.finding;
@@ -80,10 +83,19 @@ void Examination::Remember(const CheckAccount& account) {
   }
 }
 
+// A line will do to recognise it.
+void Examination::RememberOutput(const std::string& printed, const std::string& check) {
+  if (printed.empty() || !output.empty()) return;
+  constexpr std::size_t kShown = 60;
+  output = "In the check " + check + " it prints " +
+           Quoted(printed.substr(0, std::min(kShown, printed.find('\n')))) + ".";
+}
+
 // What any of the children has seen.
 Finding Examination::Gather(const std::string& rule) const {
-  const std::string seen =
-      rule == kNoException ? DescribeExceptions(exceptions) : DescribeCalls(lifecycleCalls);
+  const std::string seen = rule == kNoException ? DescribeExceptions(exceptions)
+                           : rule == kNoOutput  ? output
+                                                : DescribeCalls(lifecycleCalls);
   if (!seen.empty()) return Failed(seen);
   const std::string unexamined = Unexamined();
   return unexamined.empty()

@@ -18,6 +18,7 @@ class Examination {
   CheckResult Examine(const CheckRule& rule);
   Finding ExamineInChild(const CheckRule& rule);
   void Remember(const CheckAccount& account);
+  void RememberOutput(const std::string& printed, const std::string& check);
   std::string RequestFor(const CheckRule& rule) const;
   Finding Gather(const std::string& rule) const;
   std::string Unexamined() const;
@@ -30,6 +31,7 @@ class Examination {
   std::map<std::string, std::string> badSteps;  // what happened there
   std::map<std::string, std::string> exceptions;
   std::map<std::string, std::string> lifecycleCalls;
+  std::string output;  // what it printed first, in a sentence
 };
 
 #endif
