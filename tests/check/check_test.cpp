@@ -445,6 +445,20 @@ TEST(Check, TextShowsFaultsWithTheirMendAndCounts) {
   EXPECT_THAT(result.output, Not(HasSubstr("\033")));
 }
 
+TEST(Check, TextGivesAReasonOnceForAllChecks) {
+  const std::string text = Check(Breaking("draw_fails")).output;
+  EXPECT_THAT(text, HasSubstr("\nnot examined  cancel\n"
+                              "              why: draws fail also without Cancel\n"
+                              "not examined  draw-fills-buffer, draws-differ, concurrent-calls\n"
+                              "              why: Generate answers false\n\n"));
+  EXPECT_THAT(text, HasSubstr("\nwarning       draw-succeeds "));
+}
+
+TEST(Check, TheResultIsCompleteBeforeTheSentenceOnStandardError) {
+  const Result result = Check(Breaking("description_fails") + " 2>&1");
+  EXPECT_THAT(result.output, EndsWith("not examined\nrngctl: The plug-in breaks 1 rule.\n"));
+}
+
 TEST(Check, APluginCannotSteerTheTerminal) {
   EXPECT_THAT(Check(Breaking("description_has_lines")).output, HasSubstr("\"One?two\""));
 }
