@@ -15,15 +15,21 @@ constexpr std::size_t kHeapSlack = kCycles * 32 / 2;
 constexpr std::size_t kAddressSlack = kCycles * 4096 / 2;
 constexpr std::size_t kMappingSlack = kCycles / 2;
 
+bool DrawsInTime(WatchedPlugin& plugin) {
+  const auto begin = std::chrono::steady_clock::now();
+  const bool isDrawn = Draw(plugin, kDrawSize, 0).answer;
+  const auto time = std::chrono::steady_clock::now() - begin;
+  return isDrawn && time * kCycles * 4 < plugin.Subject().limit;
+}
+
 // Whether the draws, one in each cycle, leave enough of the time for the rest.
 bool DrawsQuickly(WatchedPlugin& plugin) {
   if (!CanDraw(plugin)) return false;
   const bool isAvailable = plugin.StartWithBuiltIn();
-  const auto begin = std::chrono::steady_clock::now();
-  const bool draws = isAvailable && Draw(plugin, kDrawSize, 0).answer;
-  const auto time = std::chrono::steady_clock::now() - begin;
+  // The first draw may take longer than others, and a machine be busy for a moment.
+  const bool draws = isAvailable && (DrawsInTime(plugin) || DrawsInTime(plugin));
   plugin.Stop();
-  return draws && time * kCycles * 4 < plugin.Subject().limit;
+  return draws;
 }
 
 void RunCycles(WatchedPlugin& plugin, std::size_t count, bool draws) {
