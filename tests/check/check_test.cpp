@@ -55,15 +55,31 @@ std::string Reason(const json& report, const std::string& name) {
   return Find(report, name).value("reason", "");
 }
 
+// Of plug-ins that take time: one waits for all together.
+std::map<std::string, Result> CheckTogether(const std::vector<std::string>& variants) {
+  std::string command;
+  for (const std::string& variant : variants) {
+    const std::string file = TreePath(variant);
+    command += "(" RNGCTL " check --json --timeout 1 " + Breaking(variant) + " >" + file +
+               "; echo $? >" + file + ".status) & ";
+  }
+  RunShell(command + "wait");
+  std::map<std::string, Result> results;
+  for (const std::string& variant : variants) {
+    const std::string file = TreePath(variant);
+    results[variant] = {std::stoi(ReadFile(file + ".status")), ReadFile(file), ""};
+  }
+  return results;
+}
+
 }  // namespace
 
 // --- Each rule, and a plug-in that breaks it
 
 struct Breach {
   std::string variant;
-  std::string failed;  // all the checks that fail
-  std::string seen;    // part of what is said of the first of them
-  std::string options = "";
+  std::string failed;     // all the checks that fail
+  std::string seen;       // part of what is said of the first of them
   std::string mend = "";  // the beginning of how to mend that, where the check's own does not fit
 };
 
@@ -71,15 +87,17 @@ void PrintTo(const Breach& breach, std::ostream* stream) { *stream << breach.var
 
 class CheckBreach : public testing::TestWithParam<Breach> {};
 
-TEST_P(CheckBreach, FailsItsCheckAlone) {
-  const Breach& breach = GetParam();
-  const Result result = Check("--json " + breach.options + " " + Breaking(breach.variant));
+void ExpectBreach(const Breach& breach, const Result& result) {
   const json report = json::parse(result.output);
   EXPECT_EQ(breach.failed, Failed(report)) << result.output << result.errors;
   const json& check = Find(report, breach.failed.substr(0, breach.failed.find(' ')));
   EXPECT_THAT(check.value("seen", ""), HasSubstr(breach.seen));
   EXPECT_THAT(check.value("mend", ""), StartsWith(breach.mend));
   EXPECT_EQ(check.at("severity") == "error" ? 1 : 0, result.status);
+}
+
+TEST_P(CheckBreach, FailsItsCheckAlone) {
+  ExpectBreach(GetParam(), Check("--json " + Breaking(GetParam().variant)));
 }
 
 std::string NameOf(const testing::TestParamInfo<Breach>& info) { return info.param.variant; }
@@ -107,11 +125,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Breach{"factory_gives_null", "gives-object", "gives null"},
                     Breach{"needs_settings", "null-settings", "in SetSettings without settings"},
                     Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
-                    Breach{"hangs_with_settings", "built-in-settings",
-                           "no answer in 1 s in IsAvailable", "--timeout 1"},
                     Breach{"gives_object_once", "reload", "Opened again"},
                     Breach{"closing_crashes", "reload exit-without-release",
-                           "signal 6 (Aborted) in the closing of the library", "",
+                           "signal 6 (Aborted) in the closing of the library",
                            "Let no static destructor throw"},
                     Breach{"unavailable", "available", "IsAvailable answers false"}),
     NameOf);
@@ -121,19 +137,18 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Breach{"name_is_empty", "name-length", "no name: no host can ask for it"},
         Breach{"name_is_long", "name-length",
-               "\"eighteen-character\" has 18 characters: hosts find", "",
+               "\"eighteen-character\" has 18 characters: hosts find",
                "Shorten it to 17 characters."},
         Breach{"name_overruns", "name", "asks for 5 bytes, then writes outside of them"},
         Breach{"name_has_no_end", "name", "does not end inside of the 4 bytes"},
         Breach{"name_changes", "name", "gives \"dsdr\", and then \"dddd\""},
         Breach{"name_size_differs", "name", "asks for 5 bytes, then answers that there are 4"},
         Breach{"name_ends_process", "name", "ended the process with status 3 in GetName"},
-        Breach{"name_hangs", "name", "gave no answer in 1 s in GetName", "--timeout 1"},
         Breach{"name_is_wrong", "name-in-catalogue", "\"mine\"; the file is the one of \"dsdr\""},
         Breach{"description_fails", "description", "negative size, -1"},
         Breach{"description_has_lines", "description-line", "line break"},
         Breach{"description_is_latin", "description-line", "no UTF-8"},
-        Breach{"hardware_id_is_long", "hardware-id", "18 characters", "", "Shorten it to 17"},
+        Breach{"hardware_id_is_long", "hardware-id", "18 characters", "Shorten it to 17"},
         Breach{"flags_change", "stable-flags", "answers 1, and then 2: a host"},
         Breach{"no_flags", "some-flag", "answers 0"},
         Breach{"self_test_fails", "self-test", "answers false"},
@@ -147,17 +162,11 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"empty_draw_fails", "empty-draw", "false to null and the size 0"},
         Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
         Breach{"draw_fails", "draw-succeeds", "answers false"},
-        Breach{"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel", "--timeout 1"},
-        Breach{"cancels_one_draw", "cancel", "has not ended 0.75 s after Cancel", "--timeout 1"},
-        Breach{"cancelled_draw_succeeds", "cancel", "answers true", "--timeout 1"},
         Breach{"stays_cancelled", "cancel", "the next draw fails"},
         Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
-        Breach{"waits_only_once", "cancel", "ends the next one, too", "--timeout 1"},
-        Breach{"cancelled_draw_leaves_bytes", "failed-draw-is-zero", "was cancelled",
-               "--timeout 1"},
         Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
         Breach{"skips_last_byte", "draw-fills-buffer", "byte number 5 was never written"},
-        Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them", "",
+        Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them",
                "Write no more bytes than the size says."},
         Breach{"repeats_draws", "draws-differ", "are equal"},
         Breach{"has_a_fixed_seed", "draws-differ", "After a new start"},
@@ -207,16 +216,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     EndOfProcess, CheckBreach,
-    testing::Values(Breach{"opening_throws", "opens", "in the opening of the library", "",
+    testing::Values(Breach{"opening_throws", "opens", "in the opening of the library",
                            "Let no static constructor throw"},
                     Breach{"available_crashes", "null-settings empty-settings built-in-settings",
-                           "in IsAvailable without settings", "",
+                           "in IsAvailable without settings",
                            "Compare the settings, and what they answer"},
                     Breach{"draw_crashes", "draw-succeeds",
-                           "It crashed with signal 6 (Aborted) in Generate.", "",
-                           "No operation may end the process"},
-                    Breach{"self_test_hangs", "self-test", "no answer in 1 s", "--timeout 1",
-                           "Let it return soon"}),
+                           "It crashed with signal 6 (Aborted) in Generate.",
+                           "No operation may end the process"}),
     NameOf);
 
 TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
@@ -234,6 +241,28 @@ TEST(Check, WhatIsAskedOfTheEndOfTheProcessStaysAWarning) {
   const json& check = Find(report, "exit-without-release");
   EXPECT_EQ("warning", check.at("severity"));
   EXPECT_THAT(check.at("mend"), StartsWith("Leave nothing to static objects"));
+}
+
+TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
+  const Breach breaches[] = {
+      {"hangs_with_settings", "built-in-settings", "no answer in 1 s in IsAvailable"},
+      {"name_hangs", "name", "gave no answer in 1 s in GetName"},
+      {"self_test_hangs", "self-test", "no answer in 1 s", "Let it return soon"},
+      {"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel"},
+      {"cancels_one_draw", "cancel", "has not ended 0.75 s after Cancel"},
+      {"cancelled_draw_succeeds", "cancel", "answers true"},
+      {"waits_only_once", "cancel", "ends the next one, too"},
+      {"cancelled_draw_leaves_bytes", "failed-draw-is-zero", "was cancelled"}};
+  std::vector<std::string> variants;
+  for (const Breach& breach : breaches) variants.push_back(breach.variant);
+  std::map<std::string, Result> results = CheckTogether(variants);
+  for (const Breach& breach : breaches) {
+    SCOPED_TRACE(breach.variant);
+    ExpectBreach(breach, results[breach.variant]);
+  }
+  // A step that gave no answer is not taken again.
+  EXPECT_EQ("IsAvailable gave no answer in 1 s in the check built-in-settings",
+            Reason(json::parse(results["hangs_with_settings"].output), "load-cycles"));
 }
 
 // The headers of the sections are no more than a place and a number in the header of the file.
@@ -271,18 +300,26 @@ TEST(Check, ADescriptionMayChange) {
   EXPECT_EQ("", Failed(Report(Breaking("description_counts"))));
 }
 
-TEST(Check, AUserWhoDoesNotComeIsNoFault) {
-  const json report = Report("--timeout 1 " + Breaking("waits_for_user"));
-  EXPECT_EQ("", Failed(report));
+TEST(Check, WhatTakesTimeIsNoFault) {
+  std::map<std::string, Result> results =
+      CheckTogether({"waits_for_user", "slow", "slow_throughout"});
+  const json user = json::parse(results["waits_for_user"].output);
+  EXPECT_EQ("", Failed(user));
   EXPECT_EQ("draw-succeeds draw-fills-buffer draws-differ concurrent-calls",
-            Names(report, "not-examined"));
-  EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(report, "draws-differ"));
-}
+            Names(user, "not-examined"));
+  EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
 
-TEST(Check, ASlowSourceIsNoFault) {
-  const json report = Report("--timeout 1 " + Breaking("slow"));
-  EXPECT_EQ("", Failed(report));
-  EXPECT_EQ("draws are slow, but wait for nobody", Reason(report, "cancel"));
+  const json slow = json::parse(results["slow"].output);
+  EXPECT_EQ("", Failed(slow));
+  EXPECT_EQ("draws are slow, but wait for nobody", Reason(slow, "cancel"));
+
+  // No call takes the time that is meant for one, many together do.
+  const json throughout = json::parse(results["slow_throughout"].output);
+  EXPECT_EQ("", Failed(throughout));
+  EXPECT_EQ("passed", Find(throughout, "reload").at("result"));
+  for (const char* name : {"failed-draw-is-zero", "load-cycles"}) {
+    EXPECT_EQ("it takes too long; give more time with --timeout", Reason(throughout, name)) << name;
+  }
 }
 
 TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {
@@ -290,16 +327,6 @@ TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {
   EXPECT_EQ("", Failed(report));
   EXPECT_EQ("the source ran out: draws now fail also when called alone",
             Reason(report, "concurrent-calls"));
-}
-
-// No call takes the time that is meant for one, many together do.
-TEST(Check, ManySlowCallsAreNoFault) {
-  const json report = Report("--timeout 1 " + Breaking("slow_throughout"));
-  EXPECT_EQ("", Failed(report));
-  EXPECT_EQ("passed", Find(report, "reload").at("result"));
-  for (const char* name : {"failed-draw-is-zero", "load-cycles"}) {
-    EXPECT_EQ("it takes too long; give more time with --timeout", Reason(report, name)) << name;
-  }
 }
 
 // --- What one fault leaves of the other checks
@@ -312,12 +339,6 @@ TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
       Names(report, "not-examined"));
   EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
             Reason(report, "concurrent-calls"));
-}
-
-TEST(Check, AHangIsWaitedForOnce) {
-  const json report = Report("--timeout 1 " + Breaking("hangs_with_settings"));
-  EXPECT_EQ("IsAvailable gave no answer in 1 s in the check built-in-settings",
-            Reason(report, "load-cycles"));
 }
 
 TEST(Check, WithoutAnObjectNothingIsSaidOfItsOperations) {

@@ -12,7 +12,7 @@ class RefusesCompanyRng final : public CorrectRng {
   bool Generate(void* buffer, std::size_t size) override {
     if (size == 0) return true;
     const bool isAlone = draws++ == 0;
-    ::usleep(1000);
+    ::usleep(100);
     if (isAlone) {
       CorrectRng::Generate(buffer, size);
     } else {
