@@ -27,22 +27,19 @@ void Read(const nlohmann::json& report, CheckAccount& account) {
 
 std::string MendEnd(const std::string& step, const ChildResult& result) {
   if (result.end == ChildEnd::kTimedOut) {
-    return "Let it return soon: feed or attach the device that it waits for, or give more time "
-           "with "
-           "--timeout.";
+    return "Let it return soon: feed or attach the device that it waits for, or give more "
+           "time with --timeout.";
   }
   if (step == kOpening) {
-    return "Let no static constructor throw or end the process: do what may fail in IsAvailable, "
-           "and "
-           "answer false.";
+    return "Let no static constructor throw or end the process: do what may fail in "
+           "IsAvailable, and answer false.";
   }
   if (step == kClosing) {
     return "Let no static destructor throw or end the process: do what may fail in Release.";
   }
   if (result.end == ChildEnd::kExited && result.code == kLoaderStatus) {
-    return "Link with the library that has the missing function: the loader ends the process when "
-           "it "
-           "is called.";
+    return "Link with the library that has the missing function: the loader ends the process "
+           "when it is called.";
   }
   if (step.ends_with(" settings")) {
     return "Compare the settings, and what they answer, with null before using them. If it is not "

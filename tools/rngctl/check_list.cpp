@@ -129,8 +129,8 @@ std::vector<CheckRule> AllChecks() {
        nullptr, CheckLoadCycles},
 
       {kNoException, Severity::kError, "Neither the factory nor any operation throws",
-       "Catch inside of the plug-in, and answer false, 0 or null: nobody else does before the "
-       "host."},
+       "Catch inside of the plug-in, and answer false, 0 or null: nothing else catches it before "
+       "the host."},
       {kNoLifecycleCall, Severity::kError, "It calls neither Initialize nor ShutDown",
        "Leave the start and the stop to the host: called from here they wait for themselves."},
       {kNoOutput, Severity::kWarning, "It prints nothing on standard output",
