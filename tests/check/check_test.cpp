@@ -246,6 +246,7 @@ TEST(Check, WhatIsAskedOfTheEndOfTheProcessStaysAWarning) {
 TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
   const Breach breaches[] = {
       {"hangs_with_settings", "built-in-settings", "no answer in 1 s in IsAvailable"},
+      {"factory_hangs", "gives-object", "gave no answer in 1 s in the factory"},
       {"name_hangs", "name", "gave no answer in 1 s in GetName"},
       {"self_test_hangs", "self-test", "no answer in 1 s", "Let it return soon"},
       {"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel"},

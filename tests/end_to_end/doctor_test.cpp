@@ -221,6 +221,13 @@ TEST_F(Doctor, WarnsOfAFunctionThatIsMissing) {
   EXPECT_THAT(Text(row.at("warnings")[0]), StartsWith("It needs the function \"GetSobolRng\","));
 }
 
+TEST_F(Doctor, WarnsOfAFunctionThatOnlyThisProgramHas) {
+  InstallPlugin("dsdr", "breaking/borrows_a_function");
+  const json row = ExamineKind("dsdr");
+  ASSERT_EQ(1U, row.at("warnings").size());
+  EXPECT_THAT(Text(row.at("warnings")[0]), StartsWith("It needs the function \"elf_version\","));
+}
+
 TEST_F(Doctor, WarnsOfAPluginWithoutCapabilities) {
   InstallPlugin("sobol", "flagless");
   const json row = ExamineKind("sobol");

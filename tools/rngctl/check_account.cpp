@@ -67,6 +67,7 @@ Finding JudgeBadEnd(const CheckAccount& account, const ChildResult& result,
   Finding finding = Failed("It " + how + " in " + account.step + ".");
   if (account.isInOwnStep) return finding;
   finding.mend = MendEnd(account.step, result);
-  finding.isGraver = result.end != ChildEnd::kTimedOut;
+  // Every start of a host waits where a factory does, even for what the check takes easily.
+  finding.isGraver = result.end != ChildEnd::kTimedOut || account.step == kFactory;
   return finding;
 }

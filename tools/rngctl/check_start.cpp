@@ -1,5 +1,5 @@
+#include "borrowed.h"
 #include "checks.h"
-#include "elf_facts.h"
 
 #include <dlfcn.h>
 
@@ -14,16 +14,6 @@ class EmptySettings final : public IRngSettings {
   bool SetHardwareId(const char*) override { return false; }
   const char* GetDsdrFilePath() override { return nullptr; }
 };
-
-// The first symbol that is found because this program has it, and not because the plug-in is linked
-// with what has it; "" without one.
-std::string FindBorrowed(void* library, const std::vector<std::string>& names) {
-  for (const std::string& name : names) {
-    const bool isOwn = ::dlsym(library, name.c_str()) != nullptr;
-    if (!isOwn && ::dlsym(RTLD_DEFAULT, name.c_str())) return name;
-  }
-  return "";
-}
 
 // A library that is missing; "" when it is something else that the loader says.
 std::string FindMissing(const std::string& words) {
@@ -48,7 +38,7 @@ Finding CheckOpens(WatchedPlugin& plugin) {
   const std::string& path = plugin.Subject().path;
   void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!library) return FailedToOpen(::dlerror());
-  const std::string borrowed = FindBorrowed(library, ReadElfFacts(path).needs);
+  const std::string borrowed = FindBorrowed(library);
   if (borrowed.empty()) return Passed();
   return Failed("It is not linked with what has " + borrowed +
                 "; this program happens to have that, others need not.");

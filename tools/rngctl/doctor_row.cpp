@@ -1,5 +1,6 @@
 #include "doctor_row.h"
 
+#include "borrowed.h"
 #include "child.h"
 #include "doctor_report.h"
 #include "host.h"
@@ -118,6 +119,7 @@ void ExamineRow(const ProviderCatalogueEntry& row, const std::string& fileToOpen
 }
 
 void ExamineBinding(const std::string& fileToOpen) {
-  if (!::dlopen(fileToOpen.c_str(), RTLD_NOW)) Send("bindError", ::dlerror());
+  void* const library = ::dlopen(fileToOpen.c_str(), RTLD_NOW);
+  library ? Send("borrowed", FindBorrowed(library)) : Send("bindError", ::dlerror());
   ::_exit(kDone);
 }

@@ -22,8 +22,8 @@
 void ExamineRow(const ProviderCatalogueEntry& row, const std::string& fileToOpen);
 
 /// In another child: looks up at once all that the plug-in needs, which the library does not ask for,
-/// and sends the loader's words as "bindError" when something is missing. Ends the process, so that
-/// nothing is closed, which is not the matter here.
+/// and sends the loader's words as "bindError" when something is missing, else as "borrowed" what only
+/// this program happens to have. Ends the process, so that nothing is closed, which is not the matter here.
 [[noreturn]] void ExamineBinding(const std::string& fileToOpen);
 
 #endif

@@ -175,12 +175,17 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
 }
 
 std::string BindingWarning(const ChildResult& result) {
-  const std::string words = DoctorFacts(result).Text("bindError");
-  if (words.empty()) return "";
+  const DoctorFacts facts(result);
+  const std::string words = facts.Text("bindError");
   const std::string mark = "undefined symbol: ";
   const auto place = words.find(mark);
-  if (place == std::string::npos) return "Not all that it needs is there: " + words + ".";
-  return "It needs the function " + Quoted(words.substr(place + mark.size())) +
+  if (!words.empty() && place == std::string::npos) {
+    return "Not all that it needs is there: " + words + ".";
+  }
+  const std::string missing =
+      words.empty() ? facts.Text("borrowed") : words.substr(place + mark.size());
+  if (missing.empty()) return "";
+  return "It needs the function " + Quoted(missing) +
          ", which is missing: a program that comes to call it is ended, unless another plug-in "
          "brings it.";
 }
