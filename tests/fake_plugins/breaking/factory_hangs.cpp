@@ -1,7 +1,8 @@
 // Its factory never answers.
 
-#include <rngaggregator/provider.h>
 #include <unistd.h>
+
+#include <rngaggregator/provider.h>
 
 extern "C" __attribute__((visibility("default"))) IRngProvider* FACTORY() {
   ::pause();
