@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <set>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -202,6 +203,11 @@ TEST_F(Doctor, FindsALinkThatLeadsNowhere) {
   EXPECT_THAT(Text(row.at("mend")), HasSubstr(file));
 }
 
+TEST_F(Doctor, APipeInAPluginsPlaceIsWaitedForNoLongerThanAPlugin) {
+  ASSERT_EQ(0, ::mkfifo(TreePath("lib/librngdsdr.so").c_str(), 0600));
+  EXPECT_EQ("no answer in 1 s while it was opened", ExamineKind("dsdr", "", 1).at("summary"));
+}
+
 TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
   const std::string file = TreePath("lib/librngdsdr.so");
   fs::copy(FAKES_DIR "/stub/librngdsdr.so", file);
@@ -209,6 +215,13 @@ TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("crashed with signal 7 (Bus error) while it was opened", row.at("summary"));
   EXPECT_THAT(Text(row.at("mend")), StartsWith("Install it again"));
+
+  // Within its head: the loader passes over no such file.
+  fs::resize_file(file, 10);
+  fs::create_directory(TreePath("other"));
+  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("other"));
+  EXPECT_EQ("cannot be opened: " + file + ": file too short",
+            ExamineKind("dsdr", "LD_LIBRARY_PATH=" + TreePath("other")).at("summary"));
 }
 
 // --- Usable, and yet
@@ -333,6 +346,14 @@ TEST_F(Doctor, FindsNoDefaultBehindAPluginThatEndsEveryStart) {
   EXPECT_EQ(false, Examine("").at("default").at("found"));
 }
 
+TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
+  fs::create_directory(TreePath("etc"));
+  ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
+  const json settings = Examine("dsdr", "", 1).at("settings");
+  EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
+  EXPECT_EQ("reading it: no answer in 1 s", settings.at("problem"));
+}
+
 // --- The start with all plug-ins
 
 TEST_F(Doctor, StartsTheLibraryWhereNoPluginIsKnownToDisturbIt) {
@@ -360,23 +381,29 @@ TEST_F(Doctor, DoesNotKnowOfADefaultThatIsNotLookedFor) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
   InstallPlugin("dsdr", "throwing_release");
   EXPECT_EQ(json(), Examine("").at("default").at("found"));
+  fs::remove(TreePath("lib/librngdsdr.so"));
+  InstallPlugin("sobol", "hanging");  // or slow: the limit is the doctor's
+  EXPECT_EQ(json(), Examine("", "", 1).at("default").at("found"));
 }
 
-TEST_F(Doctor, WarnsWherePluginsAnswerOtherwiseBesideOthers) {
+TEST_F(Doctor, TheStartIsRightWherePluginsAnswerOtherwiseBesideOthers) {
   InstallX11("whole");
   InstallPlugin("bioqt");
   InstallPlugin("dsdr", "sociable");
   InstallPlugin("sobol", "sociable");
   const json report = Examine("");
   const json dsdr = RowOf(report, "dsdr");
-  EXPECT_EQ("not-available", dsdr.at("verdict"));
-  EXPECT_EQ(
-      json({"A start with all plug-ins keeps " + TreePath("lib/librngdsdr.so") + " all the same."}),
-      dsdr.at("warnings"));
+  EXPECT_EQ("contradicted", dsdr.at("verdict"));
+  EXPECT_EQ(true, dsdr.at("kept"));
+  EXPECT_EQ("not available, but a start with all plug-ins keeps " + TreePath("lib/librngdsdr.so"),
+            dsdr.at("summary"));
   const json sobol = RowOf(report, "sobol");
-  EXPECT_EQ("loaded", sobol.at("verdict"));
-  EXPECT_EQ(json({"A start with all plug-ins does not keep it."}), sobol.at("warnings"));
-  EXPECT_THAT(RowOf(report, "bioqt").at("warnings"), IsEmpty());
+  EXPECT_EQ("contradicted", sobol.at("verdict"));
+  EXPECT_EQ(false, sobol.at("kept"));
+  EXPECT_EQ("loaded as \"sobol\", but a start with all plug-ins does not keep it",
+            sobol.at("summary"));
+  EXPECT_EQ("loaded", RowOf(report, "bioqt").at("verdict"));
+  EXPECT_THAT(Run("doctor").errors, HasSubstr("2 of the installed plug-ins are not in order"));
 }
 
 TEST_F(Doctor, WarnsOfAFileForThisProcessorThatComesBeforeTheOther) {
@@ -582,7 +609,14 @@ TEST_F(Doctor, SeesWhatIsInTheWayOfTheSettingsFile) {
   EXPECT_TRUE(folder.at("exists"));
   EXPECT_EQ("it is no regular file", folder.at("reading_fault"));
   EXPECT_FALSE(folder.at("writable"));
+  fs::remove(TreePath(kSettingsFile));
+  WriteFile(TreePath(kSettingsFile), "[Devices]\n");
+  fs::create_directory(TreePath("etc/rng.ini.tmp"));
+  EXPECT_FALSE(Examine("dsdr").at("settings").at("writable"));
   fs::remove_all(TreePath("etc"));
+  fs::create_symlink(TreePath("gone"), TreePath("etc"));
+  EXPECT_FALSE(Examine("dsdr").at("settings").at("writable"));
+  fs::remove(TreePath("etc"));
   WriteFile(TreePath("etc"), "a file in the way");
   EXPECT_FALSE(Examine("dsdr").at("settings").at("writable"));
 }
@@ -634,7 +668,7 @@ TEST_F(Doctor, ADefaultThatIsTooLongIsNotFound) {
 TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
   WriteFile(TreePath(kSettingsFile), "[Device]\nRandomNumberGeneratorType=dsdr\n");
   EXPECT_THAT(Run("doctor").output,
-              HasSubstr("\nDefault        none: the file has no "
+              HasSubstr("\nDefault        none: the file gives no "
                         "RandomNumberGeneratorType in a section [Devices]\n"));
   fs::remove(TreePath(kSettingsFile));
   fs::create_directory(TreePath(kSettingsFile));

@@ -166,8 +166,9 @@ std::string EndInWords(const ChildResult& result, std::chrono::seconds limit) {
     case ChildEnd::kSignalled:
       return "crashed with signal " + std::to_string(result.code) + " (" +
              ::strsignal(result.code) + ")";
-    default:
-      return "ended the process with status " + std::to_string(result.code);
+    default:  // without its reports a child looks as if it had ended early
+      return "ended the process with status " + std::to_string(result.code) +
+             (result.code == 0 ? ", or closed files that are not its own," : "");
   }
 }
 

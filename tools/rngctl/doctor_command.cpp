@@ -72,7 +72,8 @@ SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
                         facts.Is("isWritable"), facts.Text("service"),   "",
                         facts.Text("type"),     facts.Text("hardwareId")};
   if (!HasComeToItsEnd(result)) {
-    report.problem = "the known-path service: " + EndInWords(result, limit);
+    const std::string place = report.file.empty() ? "the known-path service: " : "reading it: ";
+    report.problem = place + EndInWords(result, limit);
   } else if (!facts.Is("isKnown")) {
     report.problem = "the known-path service names no directory";
   }
@@ -126,15 +127,15 @@ bool IsDisturbance(const GeneratorReport& row) {
   return disturbances.contains(row.verdict);
 }
 
-// What is known to disturb a start is not met again. One that is kept lets the start go on; whether the
-// search for the default comes to it is not known.
+// What is known to disturb a start is not met again. One that is kept or only slow may let the start go
+// on; whether the search for the default comes to it is not known.
 StartReport ForeseeStart(const DoctorReport& report) {
   if (report.display.endsProcesses) return {false, "not tried, because of the X display", false};
   StartReport start{false, ""};
   for (const GeneratorReport& row : report.generators) {
     if (!IsDisturbance(row)) continue;
     start.problem += (start.problem.empty() ? "not tried, because of " : ", ") + row.kind;
-    if (!row.isKept) start.findsDefault = false;
+    if (!row.isKept && row.verdict != DoctorVerdict::kNoAnswer) start.findsDefault = false;
   }
   return start;
 }

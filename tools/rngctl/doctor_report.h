@@ -21,6 +21,7 @@ enum class DoctorVerdict {
   kNameless,
   kWrongName,
   kNoDisplay,
+  kContradicted,
   kCallsBack,
   kThrew,
   kCrashed,
@@ -38,6 +39,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(DoctorVerdict,
                               {DoctorVerdict::kNameless, "nameless"},
                               {DoctorVerdict::kWrongName, "wrong-name"},
                               {DoctorVerdict::kNoDisplay, "no-display"},
+                              {DoctorVerdict::kContradicted, "contradicted"},
                               {DoctorVerdict::kCallsBack, "calls-back"},
                               {DoctorVerdict::kThrew, "threw"},
                               {DoctorVerdict::kCrashed, "crashed"},
@@ -50,6 +52,7 @@ struct GeneratorReport {
   std::string file = {};    ///< what it takes, or would take
   DoctorVerdict verdict = DoctorVerdict::kNotInstalled;
   bool isKept = false;       ///< a start of the library lists it, whatever comes later
+  bool stays = false;        ///< in the process after it was closed
   std::string name = {};     ///< what it reports
   std::string summary = {};  ///< the verdict in words
   std::string mend = {};     ///< how to come to a better one, in a sentence

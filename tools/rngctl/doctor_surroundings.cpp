@@ -48,10 +48,10 @@ Fault FindDisplayFault() {
 }
 
 // What the lookup has left in the process.
-std::string FindService(const std::optional<std::string>& directory) {
+std::string FindService(const std::optional<std::string>& file) {
   const LibraryHandle library(::dlopen("libcrypt_known_path.so", RTLD_LAZY | RTLD_NOLOAD));
   if (const link_map* const map = MapOf(library.get())) return map->l_name;
-  return directory == RNG_SETTINGS_DIR ? "" : "already in the process";
+  return file == RNG_SETTINGS_DIR "/rng.ini" ? "" : "already in the process";
 }
 
 bool MayAccess(const fs::path& path, int mode) { return ::access(path.c_str(), mode) == 0; }
@@ -65,15 +65,25 @@ bool IsAnothersToReplace(const fs::path& file) {
          (place.st_mode & S_ISVTX) != 0 && user != 0 && user != place.st_uid && user != old.st_uid;
 }
 
+// Whether what is left of the last rewrite, if anything, is in the way of the next.
+bool IsTemporaryInTheWay(const fs::path& file) {
+  const fs::path temporary = file.string() + ".tmp";
+  std::error_code unknown;
+  return MayAccess(temporary, F_OK) &&
+         (fs::is_directory(temporary, unknown) || !MayAccess(temporary, W_OK));
+}
+
 // A store makes missing directories and puts a new file in the old one's place, whose own
 // permissions do not count then; only a file that cannot be read is written over.
 bool CanBeStored(const fs::path& file) {
   std::error_code unknown;
   if (!file.is_absolute() || fs::is_directory(file, unknown)) return false;
   if (MayAccess(file, F_OK) && !MayAccess(file, R_OK)) return MayAccess(file, W_OK);
-  if (IsAnothersToReplace(file)) return false;
+  if (MayAccess(file, F_OK) && (IsAnothersToReplace(file) || IsTemporaryInTheWay(file)))
+    return false;
   fs::path directory = file.parent_path();
   while (!MayAccess(directory, F_OK) && directory.has_relative_path()) {
+    if (fs::is_symlink(directory, unknown)) return false;  // a link to nothing cannot be made
     directory = directory.parent_path();
   }
   return fs::is_directory(directory, unknown) && MayAccess(directory, W_OK | X_OK);
@@ -91,19 +101,18 @@ void ExamineDisplay() {
 }
 
 void ExamineSettings() {
-  const std::optional<std::string> directory = FindSettingsPath("");
-  SendReport({{"isKnown", directory.has_value()}, {"service", FindService(directory)}});
-  if (!directory) return SendReport({{"step", "end"}});
-  const std::string file = *directory + "/rng.ini";
-  const int error = MayAccess(file, R_OK) ? 0 : errno;
+  const std::optional<std::string> file = FindSettingsPath("/rng.ini");
+  SendReport({{"isKnown", file.has_value()}, {"service", FindService(file)}});
+  if (!file) return SendReport({{"step", "end"}});
+  const int error = MayAccess(*file, R_OK) ? 0 : errno;
   std::error_code unknown;
   std::string fault = error == 0 ? "" : std::strerror(error);
-  if (error == 0 && !fs::is_regular_file(file, unknown)) fault = "it is no regular file";
-  SendReport({{"file", file},
+  if (error == 0 && !fs::is_regular_file(*file, unknown)) fault = "it is no regular file";
+  SendReport({{"file", *file},
               {"exists", error != ENOENT && error != ENOTDIR},
               {"readingFault", fault},
-              {"isWritable", CanBeStored(file)},
-              {"type", Text(GetDefaultSettings()->GetType())},
+              {"isWritable", CanBeStored(*file)}});
+  SendReport({{"type", Text(GetDefaultSettings()->GetType())},
               {"hardwareId", Text(GetDefaultSettings()->GetHardwareId())},
               {"step", "end"}});
 }

@@ -48,9 +48,10 @@ std::string DescribeDefault(const DoctorReport& report) {
     return configured + ", of no use: more than 17 characters";
   }
   if (!settings.type.empty()) return configured + ", " + DescribeSearch(report.start);
+  if (!settings.problem.empty()) return "not known";
   if (!settings.exists) return configured + " configured";
   return configured + (settings.readingFault.empty()
-                           ? ": the file has no RandomNumberGeneratorType in a section [Devices]"
+                           ? ": the file gives no RandomNumberGeneratorType in a section [Devices]"
                            : ": the settings file cannot be read");
 }
 
@@ -65,7 +66,7 @@ void PrintTop(const DoctorReport& report) {
   PrintField("Default", DescribeDefault(report));
   PrintField("Start, stop", report.start.problem.empty() ? "in order" : report.start.problem);
   for (const std::string& stray : report.strays) {
-    PrintField("Of no kind", stray + ", which no program looks for");
+    PrintField("Of no kind", stray + ", which is no plug-in's name");
   }
 }
 

@@ -142,7 +142,8 @@ void AddWarnings(GeneratorReport& report, const DoctorFacts& facts) {
         "It reports no capability: programs that list generators by what they are capable of do "
         "not see it, those that ask for its name do.");
   }
-  if (facts.Is("stays")) {
+  report.stays = facts.Is("stays");
+  if (report.stays) {
     report.warnings.emplace_back(
         "It stays in the process after it is closed, and comes to the next start as it was left.");
   }
@@ -194,16 +195,19 @@ void CompareWithStart(GeneratorReport& row, const ChildResult& start) {
   std::error_code unknown;
   std::string opened;
   const DoctorFacts facts(start);
+  if (facts.Text("step") == "start") return;  // it has not come far enough to tell
   for (const fs::path path : facts.List("opened")) {
     if (path.filename() == row.libraryFile) opened = path;
   }
-  if (opened.empty()) {
-    if (row.isKept && facts.Text("step") != "start") {
-      row.warnings.emplace_back("A start with all plug-ins does not keep it.");
-    }
-  } else if (!row.isKept) {
-    row.warnings.push_back("A start with all plug-ins keeps " + opened + " all the same.");
-  } else if (!fs::equivalent(opened, row.file, unknown)) {
+  const bool isKept = !opened.empty() && (row.isKept || !row.stays);
+  if (isKept != row.isKept) {
+    row.isKept = isKept;
+    Put(row, DoctorVerdict::kContradicted,
+        row.summary + ", but a start with all plug-ins " +
+            (isKept ? "keeps " + opened : "does not keep it"),
+        "What the start does counts: look at what else is installed, and ask its maker what the "
+        "plug-in needs beside it or does not bear.");
+  } else if (isKept && !fs::equivalent(opened, row.file, unknown)) {
     row.warnings.push_back("A start with all plug-ins takes " + opened + " in its place.");
   }
 }

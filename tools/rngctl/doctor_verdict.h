@@ -12,8 +12,8 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
 /// The warning about what the child of `ExamineBinding` has found missing, "" for none.
 std::string BindingWarning(const ChildResult& result);
 
-/// Warns where a start with all plug-ins, whose child ended with `start`, has not done with the plug-in
-/// of the row what is to be expected of it.
+/// Says so where a start with all plug-ins, whose child ended with `start`, has not done with the plug-in
+/// of the row what is to be expected of it. The start is right.
 void CompareWithStart(GeneratorReport& row, const ChildResult& start);
 
 /// Puts that start into words.

@@ -68,7 +68,7 @@ Finding Examination::ExamineInChild(const CheckRule& rule) {
   if (!account.avoided.empty()) return NotExamined(badSteps[account.avoided]);
   const std::string badEnd = DescribeBadEnd(result, limit);
   if (badEnd.empty() && account.finding) return *account.finding;
-  const std::string how = badEnd.empty() ? "ended the process with status 0" : badEnd;
+  const std::string how = badEnd.empty() ? EndInWords(result, limit) : badEnd;
   badSteps.emplace(account.step, account.step + " " + how + " in the check " + rule.name);
   return JudgeBadEnd(account, result, how);
 }

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <link.h>
 #include <memory>
+#include <unistd.h>
 
 namespace {
 
@@ -39,10 +40,13 @@ std::vector<std::string> ListSearched(const char* library) {
 // Whether the loader takes the file: it passes over one that it cannot read or that is made for
 // another machine.
 bool IsForThisMachine(const std::string& file) {
+  if (::access(file.c_str(), R_OK) != 0) return false;
+  std::error_code unknown;
+  if (!std::filesystem::is_regular_file(file, unknown))
+    return true;  // reading it may wait for ever
   ElfW(Ehdr) header = {};
   std::ifstream stream(file, std::ios::binary);
-  if (!stream) return false;
-  stream.read(reinterpret_cast<char*>(&header), sizeof header);
+  if (!stream.read(reinterpret_cast<char*>(&header), sizeof header)) return true;  // and fails then
   const bool isElf = std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
   return !isElf || (header.e_ident[EI_CLASS] == ELFCLASS64 && header.e_machine == EM_X86_64);
 }
@@ -82,6 +86,11 @@ std::string FindLibrary() {
 
 SearchOrder FindSearchOrder(std::size_t systemDirectories) {
   const std::string library = FindLibrary();
+  if (library.find_first_of(":;") != std::string::npos) {
+    throw Refusal(kNegativeAnswer,
+                  "The doctor does not examine a library in a folder whose name has "
+                  "a colon or a semicolon, which divide search paths.");
+  }
   SearchOrder order{Straight(library), ListSearched(library.c_str()), {}};
   const std::size_t defaults = std::min(systemDirectories, order.directories.size());
   const auto middle = order.directories.end() - static_cast<std::ptrdiff_t>(defaults);
