@@ -25,7 +25,9 @@ void PrintSearchOrder(const SearchOrder& search) {
 }
 
 std::string DescribeFile(const SettingsReport& settings) {
-  if (!settings.problem.empty()) return "unknown: " + settings.problem;
+  if (!settings.problem.empty()) {
+    return (settings.file.empty() ? "unknown: " : settings.file + ": ") + settings.problem;
+  }
   const std::string state = !settings.exists ? "does not exist"
                             : settings.readingFault.empty()
                                 ? "can be read"
