@@ -303,7 +303,7 @@ TEST(Check, ADescriptionMayChange) {
 
 TEST(Check, WhatTakesTimeIsNoFault) {
   std::map<std::string, Result> results =
-      CheckTogether({"waits_for_user", "slow", "slow_throughout"});
+      CheckTogether({"waits_for_user", "slow", "slow_throughout", "draws_in_turn"});
   const json user = json::parse(results["waits_for_user"].output);
   EXPECT_EQ("", Failed(user));
   EXPECT_EQ("draw-succeeds draw-fills-buffer draws-differ concurrent-calls",
@@ -313,6 +313,10 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   const json slow = json::parse(results["slow"].output);
   EXPECT_EQ("", Failed(slow));
   EXPECT_EQ("draws are slow, but wait for nobody", Reason(slow, "cancel"));
+
+  const json inTurn = json::parse(results["draws_in_turn"].output);
+  EXPECT_EQ("", Failed(inTurn));
+  EXPECT_EQ("draws are slow, but wait for nobody", Reason(inTurn, "cancel"));
 
   // No call takes the time that is meant for one, many together do.
   const json throughout = json::parse(results["slow_throughout"].output);

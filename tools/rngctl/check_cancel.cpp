@@ -2,6 +2,7 @@
 #include "watched_draw.h"
 
 #include <sstream>
+#include <vector>
 
 namespace {
 
@@ -37,12 +38,17 @@ Finding CheckSlowDraw(WatchedPlugin& plugin) {
   return Failed("A draw that Cancel ended answers true.");
 }
 
-// What comes late may have come by itself.
-Finding CheckLateDraw(WatchedPlugin& plugin, const WatchedDraw& draw) {
-  const auto wait = 2 * plugin.Patience();
-  if (draw.EndsWithin(wait)) return NotExamined(kSlow);
-  return Failed("A draw that waits has not ended " + Seconds(wait + plugin.Patience()) +
-                " after Cancel.");
+// What comes late may have come by itself. One of them is enough: where draws take turns, the other
+// needs its own time and that of the one before it.
+bool AnyEndsWithin(std::chrono::milliseconds time, const std::vector<const WatchedDraw*>& draws) {
+  constexpr auto kMoment = std::chrono::milliseconds(5);
+  const auto end = std::chrono::steady_clock::now() + time;
+  while (!draws.empty() && std::chrono::steady_clock::now() < end) {
+    for (const WatchedDraw* draw : draws) {
+      if (draw->EndsWithin(kMoment)) return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -53,9 +59,21 @@ Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
   WatchedDraw other(plugin, 32, 0);
   if (draw.EndsWithin(plugin.Patience())) return CheckIdleCancel(plugin);
   plugin.Cancel();
-  if (!draw.EndsWithin(plugin.Patience())) return CheckLateDraw(plugin, draw);
-  if (!other.EndsWithin(plugin.Patience())) return CheckLateDraw(plugin, other);
-  return draw.Answer() || other.Answer() ? CheckSlowDraw(plugin) : CheckDrawAfterCancel(plugin);
+  bool hasSucceeded = false;
+  std::vector<const WatchedDraw*> late;
+  for (WatchedDraw* one : {&draw, &other}) {
+    // The time of the first was that of both.
+    if (!one->EndsWithin(late.empty() ? plugin.Patience() : std::chrono::milliseconds(0))) {
+      late.push_back(one);
+    } else if (one->Answer()) {
+      hasSucceeded = true;
+    }
+  }
+  if (AnyEndsWithin(2 * plugin.Patience(), late)) return NotExamined(kSlow);
+  if (hasSucceeded) return CheckSlowDraw(plugin);
+  if (late.empty()) return CheckDrawAfterCancel(plugin);
+  return Failed("A draw that waits has not ended " + Seconds(3 * plugin.Patience()) +
+                " after Cancel.");
 }
 
 // Not all draws need fail: a few are made in the hope of one that does.
