@@ -165,6 +165,9 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"stays_cancelled", "cancel", "the next draw fails"},
         Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
         Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
+        Breach{"refused_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
+        Breach{"fills_only_the_beginning", "draw-fills-buffer",
+               "those after byte number 8192 are not written"},
         Breach{"skips_last_byte", "draw-fills-buffer", "byte number 5 was never written"},
         Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them",
                "Write no more bytes than the size says."},
@@ -325,6 +328,11 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   for (const char* name : {"failed-draw-is-zero", "load-cycles"}) {
     EXPECT_EQ("it takes too long; give more time with --timeout", Reason(throughout, name)) << name;
   }
+}
+
+TEST(Check, ALargeDrawMayBeRefused) {
+  const json report = Report(Breaking("refused_draw_leaves_bytes"));
+  EXPECT_EQ("a draw of 70000 bytes fails", Reason(report, "draw-fills-buffer"));
 }
 
 TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {

@@ -76,14 +76,15 @@ Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
                 " after Cancel.");
 }
 
-// Not all draws need fail: a few are made in the hope of one that does.
+// Not all draws need fail: a few are made in the hope of one that does, the last of them of a size that
+// may be refused.
 Finding CheckFailedDrawIsZero(WatchedPlugin& plugin) {
-  constexpr int kDraws = 16;
+  constexpr int kDraws = 17;
   plugin.StartAvailable();
   bool isWaiting = false;
   for (int i = 0; i < kDraws && !isWaiting; ++i) {
     plugin.RequireTime();
-    WatchedDraw draw(plugin, 1021, 0xA5);
+    WatchedDraw draw(plugin, i + 1 < kDraws ? 1021 : kLargeDraw, 0xA5);
     isWaiting = !draw.EndsWithin(plugin.Patience());
     if (isWaiting) {
       plugin.Cancel();

@@ -31,6 +31,42 @@ void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
               " bytes byte number " + std::to_string(place + 1) + " was never written.");
 }
 
+// That as many places in a row show nothing but their fill in two large draws happens by chance once in
+// 2^239 times.
+constexpr int kSuspicious = 16;
+
+// A large draw that takes its time tells nothing of the smaller ones that other checks make.
+GuardedBuffer DrawMany(WatchedPlugin& plugin, unsigned char fill) {
+  plugin.RequireTime();
+  const std::string what = "a draw of " + std::to_string(kLargeDraw) + " bytes ";
+  WatchedDraw draw(plugin, kLargeDraw, fill);
+  if (!draw.EndsWithin(plugin.Patience())) {
+    plugin.Cancel();
+    draw.EndsWithin(plugin.Patience());
+    throw EarlyEnd(Outcome::kNotExamined, what + "takes too long; give more time with --timeout");
+  }
+  if (!draw.Answer()) throw EarlyEnd(Outcome::kNotExamined, what + "fails");
+  Require(draw.Buffer().IsIntactAround(), "A" + what.substr(1) + "writes outside of them.",
+          "Write no more bytes than the size says.");
+  return draw.Buffer();
+}
+
+// The end of what a plug-in asks of its source at once may be far from the end of the buffer.
+void CheckLargeFilling(WatchedPlugin& plugin) {
+  constexpr unsigned char kFill = 0xA5;
+  constexpr unsigned char kOtherFill = 0x5A;
+  const GuardedBuffer bytes = DrawMany(plugin, kFill);
+  const GuardedBuffer others = DrawMany(plugin, kOtherFill);
+  int unwritten = 0;
+  for (std::size_t place = 0; place < kLargeDraw; ++place) {
+    const bool isWritten = bytes.Data()[place] != kFill || others.Data()[place] != kOtherFill;
+    unwritten = isWritten ? 0 : unwritten + 1;
+    Require(unwritten < kSuspicious,
+            "In draws of " + std::to_string(kLargeDraw) + " bytes those after byte number " +
+                std::to_string(place + 1 - kSuspicious) + " are not written.");
+  }
+}
+
 bool AreEqual(const GuardedBuffer& one, const GuardedBuffer& other) {
   return std::equal(one.Data(), one.Data() + one.Size(), other.Data());
 }
@@ -58,6 +94,7 @@ Finding CheckDrawSucceeds(WatchedPlugin& plugin) {
 Finding CheckDrawFillsBuffer(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   for (const std::size_t size : kSizes) CheckFilling(plugin, size);
+  CheckLargeFilling(plugin);
   return Passed();
 }
 

@@ -8,6 +8,9 @@
 #include <memory>
 #include <thread>
 
+/// More bytes than a plug-in, or its source, is likely to handle at once.
+inline constexpr std::size_t kLargeDraw = 70000;
+
 /// A draw in a thread of its own, because it may wait for a user or a device, and for ever.
 class WatchedDraw {
  public:
