@@ -175,6 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"has_a_fixed_seed", "draws-differ", "After a new start"},
         Breach{"refuses_company", "concurrent-calls", "true when called alone, and false at the"},
         Breach{"shares_a_buffer", "concurrent-calls", "at the same time as others"},
+        Breach{"shares_an_id_buffer", "concurrent-calls", "GetHardwareId gives "},
         Breach{"shares_drawn_bytes", "concurrent-calls", "get the same bytes"}),
     NameOf);
 

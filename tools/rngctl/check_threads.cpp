@@ -2,6 +2,7 @@
 #include "guarded_buffer.h"
 #include "host.h"
 #include "watched_draw.h"
+#include "watched_text.h"
 
 #include <algorithm>
 #include <array>
@@ -19,25 +20,40 @@ using Bytes = std::array<unsigned char, 16>;
 struct Answers {
   std::string name;
   std::string description;
+  std::string hardwareId;
   bool operator==(const Answers&) const = default;
 };
 
-// Whether a text keeps to its buffer is the matter of another check.
-std::string ReadGuarded(WatchedPlugin& plugin,
-                        std::int32_t (IRngProvider::*operation)(char* buffer)) {
-  const std::int32_t size = (plugin.*operation)(nullptr);
-  if (size <= 0) return "";
-  GuardedBuffer buffer(static_cast<std::size_t>(size), 0);
-  const auto* const text = reinterpret_cast<char*>(buffer.Data());
-  (plugin.*operation)(reinterpret_cast<char*>(buffer.Data()));
-  return {text, std::find(text, text + size, '\0')};
-}
-
-// The flags may be others each time.
+// The flags may be others each time, and so may be whether a device is found.
 Answers Ask(WatchedPlugin& plugin) {
   plugin.GetFlags();
+  plugin.SelectDevice(nullptr);
   return {ReadGuarded(plugin, &IRngProvider::GetName),
-          ReadGuarded(plugin, &IRngProvider::GetDescription)};
+          ReadGuarded(plugin, &IRngProvider::GetDescription),
+          ReadGuarded(plugin, &IRngProvider::GetHardwareId)};
+}
+
+// What is called besides the texts.
+struct Calls {
+  bool draw;
+  bool askAgain;  // for availability
+  bool testSelf;
+};
+
+// One that takes its time would leave too little of it for the others.
+template <typename Call>
+bool IsQuick(Call call) {
+  constexpr auto kQuick = kEnough / 20;
+  const auto begin = std::chrono::steady_clock::now();
+  call();
+  return std::chrono::steady_clock::now() - begin < kQuick;
+}
+
+// A self-test may be a draw, and wait as draws do.
+Calls ChooseCalls(WatchedPlugin& plugin) {
+  const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
+  return {draws, IsQuick([&plugin] { plugin.AskAgain(); }),
+          draws && plugin.IsGood("SelfTest") && IsQuick([&plugin] { plugin.SelfTest(); })};
 }
 
 void RequireSame(const std::string& what, const std::string& alone, const std::string& together) {
@@ -53,11 +69,15 @@ struct Witness {
   Outcome outcome = Outcome::kPassed;
 };
 
-void CallInTurn(WatchedPlugin& plugin, const Answers& expected, bool draws, Witness& witness) {
+void CallInTurn(WatchedPlugin& plugin, const Answers& expected, const Calls& calls,
+                Witness& witness) {
   const Answers seen = Ask(plugin);
   RequireSame("GetName", expected.name, seen.name);
   RequireSame("GetDescription", expected.description, seen.description);
-  if (!draws) return;
+  RequireSame("GetHardwareId", expected.hardwareId, seen.hardwareId);
+  if (calls.askAgain) plugin.AskAgain();
+  if (calls.testSelf) plugin.SelfTest();
+  if (!calls.draw) return;
   Bytes bytes;
   GuardedBuffer buffer(bytes.size(), 0);
   witness.wasRefused = !plugin.Generate(buffer.Data(), buffer.Size());
@@ -66,12 +86,13 @@ void CallInTurn(WatchedPlugin& plugin, const Answers& expected, bool draws, Witn
   witness.draws.push_back(bytes);
 }
 
-void CallForAWhile(WatchedPlugin& plugin, const Answers& expected, bool draws, Witness& witness) {
+void CallForAWhile(WatchedPlugin& plugin, const Answers& expected, const Calls& calls,
+                   Witness& witness) {
   const auto end = std::chrono::steady_clock::now() + kEnough;
   try {
     for (int i = 0; i < kRounds && !witness.wasRefused && std::chrono::steady_clock::now() < end;
          ++i) {
-      CallInTurn(plugin, expected, draws, witness);
+      CallInTurn(plugin, expected, calls, witness);
     }
   } catch (const EarlyEnd& early) {
     witness.fault = early.what();
@@ -126,16 +147,17 @@ void RequireQuickCalls(WatchedPlugin& plugin, bool draws) {
 Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   const Answers expected = Ask(plugin);
-  const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
+  const Calls calls = ChooseCalls(plugin);
   if (Ask(plugin) != expected) return NotExamined("it answers differently also when called alone");
-  RequireQuickCalls(plugin, draws);
+  RequireQuickCalls(plugin, calls.draw);
   plugin.BeginLongStep("calls from several threads at once");
   std::array<Witness, kThreads> witnesses;
   std::vector<std::thread> threads;
   threads.reserve(kThreads);
   for (Witness& witness : witnesses) {
-    threads.emplace_back(
-        [&plugin, &expected, draws, &witness] { CallForAWhile(plugin, expected, draws, witness); });
+    threads.emplace_back([&plugin, &expected, &calls, &witness] {
+      CallForAWhile(plugin, expected, calls, witness);
+    });
   }
   for (std::thread& thread : threads) thread.join();
   plugin.EndLongStep();
@@ -144,5 +166,5 @@ Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
   }
   RequireDraws(plugin, witnesses);
   RequireOwnDraws(witnesses);
-  return draws ? Passed() : TellWhyNothingIsDrawn(plugin);
+  return calls.draw ? Passed() : TellWhyNothingIsDrawn(plugin);
 }

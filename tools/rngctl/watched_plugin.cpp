@@ -122,6 +122,10 @@ bool WatchedPlugin::IsAvailable() {
   return Watch("IsAvailable" + settingsNote, [&] { return provider->IsAvailable(); });
 }
 
+bool WatchedPlugin::AskAgain() {
+  return Watch("IsAvailable while in use", [&] { return provider->IsAvailable(); });
+}
+
 bool WatchedPlugin::SelfTest() {
   return Watch("SelfTest", [&] { return provider->SelfTest(); });
 }

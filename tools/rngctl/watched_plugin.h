@@ -58,6 +58,10 @@ class WatchedPlugin final : public IRngProvider {
   bool StartMade();       ///< what is left of the start when the object is made
   void Stop();
 
+  /// Asks once more for availability: a step of its own, as a fault there does not keep it from being
+  /// started.
+  bool AskAgain();
+
   /// Reports a step; one of the check's own is what the check is about.
   void Step(const std::string& name);
   void OwnStep(const std::string& name);

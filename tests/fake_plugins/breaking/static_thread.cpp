@@ -10,10 +10,9 @@ namespace {
 
 class StaticThreadRng final : public CorrectRng {
  public:
-  bool IsAvailable() override {
+  void SetSettings(IRngSettings*) override {
     isOver = false;
     thread = std::thread([this] { WaitForTheEnd(); });
-    return true;
   }
   void Release() override {
     {

@@ -17,7 +17,7 @@ namespace {
 
 class TakesAllBackRng final : public CorrectRng {
  public:
-  bool IsAvailable() override {
+  void SetSettings(IRngSettings*) override {
     struct sigaction action = {};
     action.sa_handler = [](int) {};
     ::sigaction(SIGUSR1, &action, &earlierAction);
@@ -26,7 +26,6 @@ class TakesAllBackRng final : public CorrectRng {
     ::pthread_setspecific(key, this);
     file = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
     thread = std::thread([this] { WaitForTheEnd(); });
-    return true;
   }
   bool Generate(void* buffer, std::size_t size) override {
     try {
