@@ -215,6 +215,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Breach{"name_crashes", "name",
                            "crashed with signal 11 (Segmentation fault) in GetName"},
                     Breach{"leaks_memory", "load-cycles", "heap in use"},
+                    Breach{"leaks_in_texts", "load-cycles", "heap in use"},
                     Breach{"leaks_in_draws", "load-cycles", "heap in use"}),
     NameOf);
 

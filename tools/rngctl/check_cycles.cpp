@@ -1,6 +1,9 @@
 #include "checks.h"
 #include "process_traces.h"
 #include "watched_draw.h"
+#include "watched_text.h"
+
+#include <vector>
 
 namespace {
 
@@ -15,30 +18,63 @@ constexpr std::size_t kHeapSlack = kCycles * 32 / 2;
 constexpr std::size_t kAddressSlack = kCycles * 4096 / 2;
 constexpr std::size_t kMappingSlack = kCycles / 2;
 
-// In this thread: on a busy machine another is late to tell of its draw.
-bool DrawsInTime(WatchedPlugin& plugin) {
-  GuardedBuffer buffer(kDrawSize, 0);
+// What is called in each cycle, besides start and stop.
+struct Calls {
+  bool draw = false;
+  std::vector<TextOperation> texts;
+};
+
+// In this thread: on a busy machine another is late to tell of its draw. All calls
+// together are to take no more than half of the time.
+template <typename Call>
+bool IsQuick(const WatchedPlugin& plugin, std::size_t share, Call call) {
   const auto begin = std::chrono::steady_clock::now();
-  const bool isDrawn = plugin.Generate(buffer.Data(), buffer.Size());
-  const auto time = std::chrono::steady_clock::now() - begin;
-  return isDrawn && time * kCycles * 4 < plugin.Subject().limit;
+  const bool isDone = call();
+  return isDone &&
+         (std::chrono::steady_clock::now() - begin) * kCycles * share < plugin.Subject().limit;
 }
 
-// Whether the draws, one in each cycle, leave enough of the time for the rest. The first shows
-// whether they wait.
+bool DrawHere(WatchedPlugin& plugin) {
+  GuardedBuffer buffer(kDrawSize, 0);
+  return plugin.Generate(buffer.Data(), buffer.Size());
+}
+
+// The first draw shows whether they wait.
 bool DrawsQuickly(WatchedPlugin& plugin) {
-  if (!CanDraw(plugin)) return false;
-  const bool isAvailable = plugin.StartWithBuiltIn();
-  const bool draws = isAvailable && Draw(plugin, kDrawSize, 0).answer && DrawsInTime(plugin);
-  plugin.Stop();
-  return draws;
+  return CanDraw(plugin) && Draw(plugin, kDrawSize, 0).answer &&
+         IsQuick(plugin, 4, [&plugin] { return DrawHere(plugin); });
 }
 
-void RunCycles(WatchedPlugin& plugin, std::size_t count, bool draws) {
+// A text that ends the process or throws is the matter of another check.
+std::vector<TextOperation> QuickTexts(WatchedPlugin& plugin) {
+  std::vector<TextOperation> texts;
+  for (const auto& [name, text] :
+       {std::pair<const char*, TextOperation>("GetName", &IRngProvider::GetName),
+        {"GetDescription", &IRngProvider::GetDescription},
+        {"GetHardwareId", &IRngProvider::GetHardwareId}}) {
+    const auto read = [&plugin, operation = text] {
+      ReadGuarded(plugin, operation);
+      return true;
+    };
+    if (plugin.IsGood(name) && IsQuick(plugin, 12, read)) texts.push_back(text);
+  }
+  return texts;
+}
+
+Calls ChooseCalls(WatchedPlugin& plugin) {
+  Calls calls;
+  if (plugin.StartWithBuiltIn()) calls = {DrawsQuickly(plugin), QuickTexts(plugin)};
+  plugin.Stop();
+  return calls;
+}
+
+void RunCycles(WatchedPlugin& plugin, std::size_t count, const Calls& calls) {
   for (std::size_t done = 0; done < count; ++done) {
     plugin.RequireTime();
-    GuardedBuffer buffer(kDrawSize, 0);
-    if (plugin.StartWithBuiltIn() && draws) plugin.Generate(buffer.Data(), buffer.Size());
+    if (plugin.StartWithBuiltIn()) {
+      if (calls.draw) DrawHere(plugin);
+      for (const TextOperation text : calls.texts) ReadGuarded(plugin, text);
+    }
     plugin.Stop();
   }
 }
@@ -53,11 +89,11 @@ void RequireNoGrowth(const std::string& what, std::size_t before, std::size_t af
 }  // namespace
 
 Finding CheckLoadCycles(WatchedPlugin& plugin) {
-  const bool draws = DrawsQuickly(plugin);
-  RunCycles(plugin, kWarmUp, draws);
+  const Calls calls = ChooseCalls(plugin);
+  RunCycles(plugin, kWarmUp, calls);
   const ProcessSize before = SizeOfThisProcess();
   for (std::size_t done = 0; done < kCycles; done += kCyclesAtOnce) {
-    RunCycles(plugin, kCyclesAtOnce, draws);
+    RunCycles(plugin, kCyclesAtOnce, calls);
     RequireNoGrowth("the number of open files", before.files, OpenFiles().size(), 0);
   }
   const ProcessSize after = SizeOfThisProcess();

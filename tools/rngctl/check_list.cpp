@@ -124,7 +124,7 @@ std::vector<CheckRule> AllChecks() {
        "with destructors.",
        nullptr, CheckUnmapped},
       {"load-cycles", Severity::kError, "The process does not grow when it is used 1,000 times",
-       "Give back in Release what the start and the draws have taken. A libstdc++ that is linked "
+       "Give back in Release what start, draws and texts have taken. A libstdc++ that is linked "
        "statically keeps memory at each load.",
        nullptr, CheckLoadCycles},
 
