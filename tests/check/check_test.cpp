@@ -153,7 +153,8 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"no_flags", "some-flag", "answers 0"},
         Breach{"self_test_fails", "self-test", "answers false"},
         Breach{"wants_a_device", "any-device", "false to null"},
-        Breach{"takes_every_device", "unknown-device", "no device bears"}),
+        Breach{"takes_every_device", "unknown-device", "no device bears"},
+        Breach{"refuses_own_device", "own-device", "false to \"X1\", which GetHardwareId gives"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -290,15 +291,18 @@ TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output,
-              EndsWith("\n39 checks passed, 0 failed, 0 warnings, 1 not examined\n"));
+              EndsWith("\n39 checks passed, 0 failed, 0 warnings, 2 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
 TEST(Check, FindsNoFaultInCorrectPlugins) {
-  for (const char* variant : {"correct", "plain_c", "takes_all_back"}) {
+  for (const auto& [variant, unexamined] :
+       {std::pair("correct", "own-device failed-draw-is-zero"),
+        std::pair("plain_c", "failed-draw-is-zero"),
+        std::pair("takes_all_back", "own-device failed-draw-is-zero")}) {
     const json report = Report(Breaking(variant));
     EXPECT_EQ("", Failed(report)) << variant;
-    EXPECT_EQ("failed-draw-is-zero", Names(report, "not-examined")) << variant;
+    EXPECT_EQ(unexamined, Names(report, "not-examined")) << variant;
   }
 }
 
@@ -311,7 +315,7 @@ TEST(Check, WhatTakesTimeIsNoFault) {
       CheckTogether({"waits_for_user", "slow", "slow_throughout", "draws_in_turn"});
   const json user = json::parse(results["waits_for_user"].output);
   EXPECT_EQ("", Failed(user));
-  EXPECT_EQ("draw-succeeds draw-fills-buffer draws-differ concurrent-calls",
+  EXPECT_EQ("own-device draw-succeeds draw-fills-buffer draws-differ concurrent-calls",
             Names(user, "not-examined"));
   EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
 
@@ -349,7 +353,7 @@ TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {
 TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
   EXPECT_EQ(
-      "name-length name-in-catalogue failed-draw-is-zero concurrent-calls no-exceptions "
+      "name-length name-in-catalogue own-device failed-draw-is-zero concurrent-calls no-exceptions "
       "no-lifecycle-calls no-output",
       Names(report, "not-examined"));
   EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
@@ -475,8 +479,8 @@ TEST(Check, TextShowsFaultsWithTheirMendAndCounts) {
                         "              mend: Return at least one kRngCapability bit: without any"));
   EXPECT_THAT(result.output,
               HasSubstr("\nfailed        description           GetDescription keeps"));
-  EXPECT_THAT(result.output, HasSubstr("checks passed, 0 failed, 1 warning, 1 not examined\n"));
-  EXPECT_THAT(result.output, HasSubstr("checks passed, 1 failed, 0 warnings, 2 not examined\n"));
+  EXPECT_THAT(result.output, HasSubstr("checks passed, 0 failed, 1 warning, 2 not examined\n"));
+  EXPECT_THAT(result.output, HasSubstr("checks passed, 1 failed, 0 warnings, 3 not examined\n"));
   EXPECT_EQ("rngctl: The plug-in breaks 1 rule.\n", result.errors);
   EXPECT_THAT(result.output, Not(HasSubstr("\033")));
 }
@@ -532,7 +536,7 @@ TEST(Check, APathNeedNotBeUtf8) {
   fs::copy_file(Breaking("correct"), folder + "/librngdsdr.so");
   const json report = Report("'" + folder + "/librngdsdr.so'");
   EXPECT_EQ("", Failed(report));
-  EXPECT_EQ("failed-draw-is-zero", Names(report, "not-examined"));
+  EXPECT_EQ("own-device failed-draw-is-zero", Names(report, "not-examined"));
   EXPECT_THAT(report.at("plugin"), EndsWith("/caf\xEF\xBF\xBD/librngdsdr.so"));
   EXPECT_EQ("there is no factory Get\xEF\xBF\xBD",
             Reason(Report("--factory 'Get\xE9' " + Breaking("correct")), "name"));

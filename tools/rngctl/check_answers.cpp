@@ -1,4 +1,6 @@
 #include "checks.h"
+#include "host.h"
+#include "watched_text.h"
 
 Finding CheckFlagsStable(WatchedPlugin& plugin) {
   plugin.StartAvailable();
@@ -33,4 +35,13 @@ Finding CheckUnknownDevice(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   if (!plugin.SelectDevice("no-such-device-\x01")) return Passed();
   return Failed("SelectDevice answers true to a text that no device bears.");
+}
+
+Finding CheckOwnDevice(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const std::string id = ReadGuarded(plugin, &IRngProvider::GetHardwareId);
+  if (id.empty()) return NotExamined("GetHardwareId names no device");
+  if (id.size() >= kRngNameSize) return NotExamined("the identifier of the device is too long");
+  if (plugin.SelectDevice(id.c_str())) return Passed();
+  return Failed("SelectDevice answers false to " + Quoted(id) + ", which GetHardwareId gives.");
 }

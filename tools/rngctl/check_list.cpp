@@ -75,6 +75,10 @@ std::vector<CheckRule> AllChecks() {
        "Return true for both.", nullptr, CheckAnyDevice},
       {"unknown-device", Severity::kWarning, "SelectDevice refuses a device that does not exist",
        "Return false, and keep the device that was chosen before.", nullptr, CheckUnknownDevice},
+      {"own-device", Severity::kWarning, "SelectDevice takes the device that GetHardwareId names",
+       "Compare with the identifier that GetHardwareId reports: it is what hosts store and hand "
+       "back.",
+       nullptr, CheckOwnDevice},
 
       {"empty-draw", Severity::kError,
        "A draw of 0 bytes succeeds, also into null, and writes nothing",

@@ -34,6 +34,7 @@ Finding CheckFlagsNotZero(WatchedPlugin& plugin);
 Finding CheckSelfTest(WatchedPlugin& plugin);
 Finding CheckAnyDevice(WatchedPlugin& plugin);
 Finding CheckUnknownDevice(WatchedPlugin& plugin);
+Finding CheckOwnDevice(WatchedPlugin& plugin);
 
 // --- draws (check_draws.cpp, check_cancel.cpp)
 Finding CheckEmptyDraw(WatchedPlugin& plugin);
