@@ -141,7 +141,7 @@ StartReport ForeseeStart(const DoctorReport& report) {
 }
 
 StartReport FindStart(DoctorReport& report, Limit limit) {
-  const StartReport foreseen = ForeseeStart(report);
+  StartReport foreseen = ForeseeStart(report);
   if (!foreseen.problem.empty()) return foreseen;
   const Limit forAll = limit * report.generators.size();
   const ChildResult result = Examine(kStart, forAll);

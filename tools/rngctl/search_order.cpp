@@ -107,7 +107,7 @@ std::string FindTaken(const std::string& name, const SearchOrder& order) {
 }
 
 std::string FindFirst(const std::string& name, const SearchOrder& order) {
-  const std::string taken = FindTaken(name, order);
+  std::string taken = FindTaken(name, order);
   if (!taken.empty()) return taken;
   for (const auto* directories : {&order.directories, &order.defaults}) {
     const std::vector<std::string> files = ListFiles(name, *directories);
