@@ -169,6 +169,9 @@ TEST_F(Doctor, QuotesTheLoaderOnAFileThatIsNoLibrary) {
 
 namespace {
 
+const std::string kNoSuchFile =
+    "librngdsdr.so: cannot open shared object file: No such file or directory";
+
 // An ELF file, of which the loader reads no more than its head.
 void WriteForeignLibrary(const std::string& file) {
   fs::copy_file(FAKES_DIR "/stub/librngdsdr.so", file);
@@ -183,7 +186,8 @@ TEST_F(Doctor, PassesOverAFileForAnotherMachineAsTheLoaderDoes) {
   const std::string foreign = TreePath("lib/librngdsdr.so");
   WriteForeignLibrary(foreign);
   const json alone = ExamineKind("dsdr");
-  EXPECT_EQ("cannot be opened: it is made for another machine", alone.at("summary"));
+  EXPECT_EQ("cannot be opened: it is made for another machine: " + kNoSuchFile,
+            alone.at("summary"));
   EXPECT_EQ(foreign, alone.at("file"));
   EXPECT_THAT(Text(alone.at("mend")), HasSubstr("See that " + foreign));
 
@@ -198,7 +202,7 @@ TEST_F(Doctor, FindsALinkThatLeadsNowhere) {
   const std::string file = TreePath("lib/librngdsdr.so");
   fs::create_symlink(TreePath("lib/gone"), file);
   const json row = ExamineKind("dsdr");
-  EXPECT_EQ("cannot be opened: a link to nothing", row.at("summary"));
+  EXPECT_EQ("cannot be opened: a link to nothing: " + kNoSuchFile, row.at("summary"));
   EXPECT_EQ(file, row.at("file"));
   EXPECT_THAT(Text(row.at("mend")), HasSubstr(file));
 }
@@ -576,6 +580,15 @@ TEST_F(Doctor, TellsTheSystemsDirectoriesFromThoseOfTheEnvironment) {
     EXPECT_EQ(defaults, Examine("dsdr", environment).at("library").at("default_directories"))
         << odd;
   }
+}
+
+TEST_F(Doctor, RefusesAFolderThatNoSearchPathCanName) {
+  RunShell("mkdir " + TreePath("a:b") + "; cp -r " + TreePath("bin") + " " + TreePath("lib") + " " +
+           TreePath("a:b"));
+  const Result result = RunShell(TreePath("a:b/bin/rngctl") + " doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output, IsEmpty());
+  EXPECT_THAT(result.errors, HasSubstr("a colon or a semicolon"));
 }
 
 TEST_F(Doctor, TheFileBesideTheLibraryComesFirst) {

@@ -31,7 +31,7 @@ void RunCheck(const CheckRequest& request) {
                           std::chrono::seconds(request.timeout));
   const CheckReport report = examination.Run();
   (request.asJson ? PrintAsJson : PrintAsText)(report);
-  if (!std::cout.flush()) throw Refusal(kNegativeAnswer, "Cannot write to standard output.");
+  FinishOutput();
   const std::size_t errors = report.CountFailed(Severity::kError);
   if (errors == 0) return;
   throw Refusal(kNegativeAnswer, "The plug-in breaks " + std::to_string(errors) +

@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iostream>
 #include <set>
 
 namespace fs = std::filesystem;
@@ -193,7 +192,7 @@ void RunDoctor(const DoctorRequest& request) {
   }
   if (request.kind.empty()) report.start = FindStart(report, limit);
   request.asJson ? PrintJson(report) : PrintText(report);
-  if (!std::cout.flush()) throw Refusal(kNegativeAnswer, "Cannot write to standard output.");
+  FinishOutput();
   Conclude(report, request.kind);
 }
 

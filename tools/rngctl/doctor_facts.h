@@ -7,9 +7,9 @@
 class DoctorFacts {
  public:
   explicit DoctorFacts(const ChildResult& result);
-  std::string Text(const char* key) const;  ///< "" without one
-  bool Is(const char* key) const;           ///< false without one
-  std::vector<std::string> List(const char* key) const;
+  std::string Text(const char* key) const;               ///< "" without one
+  bool Is(const char* key) const;                        ///< false without one
+  std::vector<std::string> List(const char* key) const;  ///< empty without one
 
  private:
   nlohmann::json values = nlohmann::json::object();

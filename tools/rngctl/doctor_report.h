@@ -72,7 +72,7 @@ struct SettingsReport {
   std::string readingFault = {};  ///< why it cannot be read
   bool isWritable = false;
   std::string service = {};  ///< the file of the known-path service that is in use
-  std::string problem = {};  ///< why the path is not known
+  std::string problem = {};  ///< why it is not known what is configured
   std::string type = {};     ///< the configured default
   std::string hardwareId = {};
 };

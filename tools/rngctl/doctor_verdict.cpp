@@ -46,7 +46,7 @@ std::string MendMissing(const GeneratorReport& report, const std::string& missin
          "what lies beside a plug-in is not found by that alone.";
 }
 
-// The loader itself does not tell: it goes on to the next file.
+// The loader's words do not tell: it goes on to the next file, and speaks of the last.
 std::string WhyPassedOver(const std::string& file) {
   std::error_code unknown;
   if (fs::is_symlink(file, unknown) && !fs::exists(file, unknown)) return "a link to nothing";
@@ -66,7 +66,7 @@ void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
     Put(report, DoctorVerdict::kCannotBeOpened, summary + Quoted(missing) + " is missing: " + words,
         MendMissing(report, missing));
   } else if (!report.file.empty()) {
-    Put(report, DoctorVerdict::kCannotBeOpened, summary + WhyPassedOver(report.file),
+    Put(report, DoctorVerdict::kCannotBeOpened, summary + WhyPassedOver(report.file) + ": " + words,
         "See that " + report.file + " is a file that this user may read, made for this machine.");
   } else {
     PutNotInstalled(report, search);
@@ -93,8 +93,7 @@ std::string MendDisturbance(const GeneratorReport& report, DoctorVerdict verdict
            "program that starts the library waits as long.";
   }
   return "Remove the file or ask its maker for a better one: until then no program gets through "
-         "the "
-         "start of the library.";
+         "the start of the library.";
 }
 
 // With `what` happening in `step`.

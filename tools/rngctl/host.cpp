@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <exception>
+#include <iostream>
 
 // A start that throws has raised the count all the same.
 StartedAggregator::StartedAggregator() try { Initialize(GetDefaultSettings()); } catch (...) {
@@ -50,6 +51,10 @@ std::size_t CountColumns(const std::string& text) {
 std::string Padded(const std::string& text, std::size_t columns) {
   const std::size_t count = CountColumns(text);
   return count < columns ? text + std::string(columns - count, ' ') : text;
+}
+
+void FinishOutput() {
+  if (!std::cout.flush()) throw Refusal(kNegativeAnswer, "Cannot write to standard output.");
 }
 
 std::string Quoted(const std::string& text) { return '"' + text + '"'; }

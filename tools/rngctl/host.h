@@ -37,6 +37,10 @@ std::size_t CountColumns(const std::string& text);
 /// With blanks behind it up to so many columns.
 std::string Padded(const std::string& text, std::size_t columns);
 
+/// Before a sentence on standard error, or the end: all of the result is written, or a `Refusal` says
+/// that it cannot be.
+void FinishOutput();
+
 std::string Quoted(const std::string& text);
 
 #endif

@@ -161,7 +161,7 @@ int Run(int count, char** arguments) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kDone : kWrongUsage;
   }
-  if (!std::cout.flush()) throw Refusal(kNegativeAnswer, "Cannot write to standard output.");
+  FinishOutput();
   return kDone;
 }
 
