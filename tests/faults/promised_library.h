@@ -30,6 +30,9 @@ struct KnownKind {
 const std::vector<KnownKind>& KnownKinds();  ///< in catalogue order
 std::vector<std::string> AllKinds();
 
+/// The folders of `path`, outermost first, without the path itself.
+std::vector<std::string> FoldersOf(const std::string& path);
+
 /// What the library promises of every exported function, with a fault at any of the calls that it
 /// makes: results, exceptions, calls into plug-ins, libraries that are open, files. It is written
 /// from the promises alone and touches nothing outside itself.

@@ -113,6 +113,10 @@ extern const std::vector<std::string> kMistakes;
 
 std::string ToHex(const std::string& bytes);
 
+// Of the record that GetDefaultRng fills, and of each of its two texts.
+constexpr std::size_t kFieldSize = 18;
+constexpr std::size_t kRecordSize = 2 * kFieldSize;
+
 /// Stands in outcomes for the tree in which the library works.
 constexpr char kTree[] = "TREE";
 

@@ -262,6 +262,10 @@ std::string EncodeText(const char* text) {
   return word;
 }
 
+std::string EncodeText(const std::optional<std::string>& text) {
+  return EncodeText(text ? text->c_str() : nullptr);
+}
+
 std::optional<std::string> DecodeText(const std::string& word) {
   if (word == "null") return std::nullopt;
   std::string text;

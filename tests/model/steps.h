@@ -40,6 +40,7 @@ Steps ParseSteps(const std::string& text);  ///< throws std::invalid_argument fo
 Steps RandomSteps(std::uint64_t seed, std::uint64_t number);
 
 std::string EncodeText(const char* text);  ///< a word
+std::string EncodeText(const std::optional<std::string>& text);
 std::optional<std::string> DecodeText(const std::string& word);
 std::uint32_t DecodeMask(const std::string& word);
 

@@ -1,4 +1,4 @@
-#include "tests/end_to_end/installed_tool.h"
+#include "tests/rngctl/installed_tool.h"
 
 #include "tests/support/tree.h"
 
@@ -13,6 +13,11 @@ Result RunShell(const std::string& command) {
 }
 
 std::string Rngctl() { return TreePath("bin/rngctl"); }
+
+Result MatchSchema(const std::string& schema, const std::string& report) {
+  WriteFile(TreePath("report"), report);
+  return RunShell(MATCHES_SCHEMA " " SCHEMA_DIR "/" + schema + " <" + TreePath("report"));
+}
 
 void InstalledTool::SetUp() {
   const Result result =

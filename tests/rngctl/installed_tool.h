@@ -1,8 +1,10 @@
-#ifndef TESTS_END_TO_END_INSTALLED_TOOL_H
-#define TESTS_END_TO_END_INSTALLED_TOOL_H
+#ifndef TESTS_RNGCTL_INSTALLED_TOOL_H
+#define TESTS_RNGCTL_INSTALLED_TOOL_H
 
 #include <gtest/gtest.h>
 #include <string>
+
+constexpr char kSettingsFile[] = "etc/rng.ini";  ///< of the installation, below the tree
 
 struct Result {
   int status;
@@ -14,6 +16,9 @@ Result RunShell(const std::string& command);
 
 std::string Rngctl();
 
+/// Compares a report with a schema of the tool, such as "check.schema.json"; status 0 if it matches.
+Result MatchSchema(const std::string& schema, const std::string& report);
+
 /// The tool as installed, below the tree of the case, with the fakes of the case beside the library.
 class InstalledTool : public testing::Test {
  protected:
@@ -21,5 +26,8 @@ class InstalledTool : public testing::Test {
 
   static Result Run(const std::string& arguments) { return RunShell(Rngctl() + " " + arguments); }
 };
+
+/// The commands that need no more than that.
+class RngctlTest : public InstalledTool {};
 
 #endif

@@ -1,0 +1,32 @@
+#ifndef TESTS_RNGCTL_CHECK_CHECK_H
+#define TESTS_RNGCTL_CHECK_CHECK_H
+
+#include "tests/rngctl/installed_tool.h"
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+using nlohmann::json;
+
+Result Check(const std::string& arguments);
+
+/// The file of a plug-in of the kind "dsdr" that breaks one rule.
+std::string Breaking(const std::string& variant);
+
+json Report(const std::string& arguments);
+
+/// Of one check in a report.
+const json& Find(const json& report, const std::string& name);
+std::string Seen(const json& report, const std::string& name);
+std::string Reason(const json& report, const std::string& name);
+
+/// The names of the checks with that result.
+std::string Names(const json& report, const std::string& result);
+std::string Failed(const json& report);
+
+/// Checks plug-ins that take time: one waits for all together.
+std::map<std::string, Result> CheckTogether(const std::vector<std::string>& variants);
+
+#endif

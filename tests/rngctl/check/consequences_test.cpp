@@ -1,0 +1,51 @@
+#include "tests/rngctl/check/check.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
+  const json report = Report(Breaking("name_crashes"));
+  EXPECT_EQ(
+      "name-length name-in-catalogue own-device failed-draw-is-zero concurrent-calls no-exceptions "
+      "no-lifecycle-calls no-output",
+      Names(report, "not-examined"));
+  EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
+            Reason(report, "concurrent-calls"));
+}
+
+TEST(Check, WithoutAnObjectNothingIsSaidOfItsOperations) {
+  const json report = Report(Breaking("factory_gives_null"));
+  EXPECT_EQ("the factory gives no object", Reason(report, "name"));
+  EXPECT_THAT(Reason(report, "no-exceptions"),
+              AllOf(HasSubstr("were not called, or did not return: SetSettings, IsAvailable, GetN"),
+                    Not(HasSubstr("the factory"))));
+}
+
+TEST(Check, WhatWasNotCalledIsNotSaidToKeepTheRules) {
+  const std::string unavailable = Reason(Report(Breaking("unavailable")), "no-lifecycle-calls");
+  EXPECT_THAT(unavailable, EndsWith(": GetName, GetDescription, GetHardwareId, GetFlags, "
+                                    "SelectDevice, Generate, SelfTest, Cancel"));
+  EXPECT_THAT(Reason(Report(Breaking("draw_crashes")), "no-exceptions"),
+              EndsWith(": Generate, Cancel"));
+  EXPECT_THAT(Reason(Report(Breaking("draw_throws")), "no-lifecycle-calls"),
+              EndsWith(": Generate, Cancel"));
+  EXPECT_EQ("passed", Find(Report(Breaking("draw_fails")), "no-exceptions").at("result"));
+}
+
+TEST(Check, ThreadsThatCannotDrawSayNothingOfConcurrentDraws) {
+  for (const auto& [variant, reason] :
+       {std::pair("draw_crashes",
+                  "Generate crashed with signal 6 (Aborted) in the check draw-succ"),
+        std::pair("draw_throws", "Generate throws an exception"),
+        std::pair("draw_fails", "Generate answers false"),
+        std::pair("failed_draw_leaves_bytes", "draws fail at times also when called alone")}) {
+    EXPECT_THAT(Reason(Report(Breaking(variant)), "concurrent-calls"), StartsWith(reason))
+        << variant;
+  }
+}

@@ -1,0 +1,68 @@
+#include "tests/rngctl/check/check.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+
+using testing::EndsWith;
+using testing::IsEmpty;
+
+TEST(Check, FindsNoFaultInTheRealPlugin) {
+  const Result result = Check(UNIXDEV_PLUGIN);
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output,
+              EndsWith("\n39 checks passed, 0 failed, 0 warnings, 2 not examined\n"));
+  EXPECT_THAT(result.errors, IsEmpty());
+}
+
+TEST(Check, FindsNoFaultInCorrectPlugins) {
+  for (const auto& [variant, unexamined] :
+       {std::pair("correct", "own-device failed-draw-is-zero"),
+        std::pair("plain_c", "failed-draw-is-zero"),
+        std::pair("takes_all_back", "own-device failed-draw-is-zero")}) {
+    const json report = Report(Breaking(variant));
+    EXPECT_EQ("", Failed(report)) << variant;
+    EXPECT_EQ(unexamined, Names(report, "not-examined")) << variant;
+  }
+}
+
+TEST(Check, ADescriptionMayChange) {
+  EXPECT_EQ("", Failed(Report(Breaking("description_counts"))));
+}
+
+TEST(Check, WhatTakesTimeIsNoFault) {
+  std::map<std::string, Result> results =
+      CheckTogether({"waits_for_user", "slow", "slow_throughout", "draws_in_turn"});
+  const json user = json::parse(results["waits_for_user"].output);
+  EXPECT_EQ("", Failed(user));
+  EXPECT_EQ("own-device draw-succeeds draw-fills-buffer draws-differ concurrent-calls",
+            Names(user, "not-examined"));
+  EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
+
+  const json slow = json::parse(results["slow"].output);
+  EXPECT_EQ("", Failed(slow));
+  EXPECT_EQ("draws are slow, but wait for nobody", Reason(slow, "cancel"));
+
+  const json inTurn = json::parse(results["draws_in_turn"].output);
+  EXPECT_EQ("", Failed(inTurn));
+  EXPECT_EQ("draws are slow, but wait for nobody", Reason(inTurn, "cancel"));
+
+  // No call takes the time that is meant for one, many together do.
+  const json throughout = json::parse(results["slow_throughout"].output);
+  EXPECT_EQ("", Failed(throughout));
+  EXPECT_EQ("passed", Find(throughout, "reload").at("result"));
+  for (const char* name : {"failed-draw-is-zero", "load-cycles"}) {
+    EXPECT_EQ("it takes too long; give more time with --timeout", Reason(throughout, name)) << name;
+  }
+}
+
+TEST(Check, ALargeDrawMayBeRefused) {
+  const json report = Report(Breaking("refused_draw_leaves_bytes"));
+  EXPECT_EQ("a draw of 70000 bytes fails", Reason(report, "draw-fills-buffer"));
+}
+
+TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {
+  const json report = Report(Breaking("runs_out"));
+  EXPECT_EQ("", Failed(report));
+  EXPECT_EQ("the source ran out: draws now fail also when called alone",
+            Reason(report, "concurrent-calls"));
+}

@@ -1,0 +1,92 @@
+// That the doctor and the library are of one opinion, whatever is installed.
+
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/aggregator_library.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <map>
+#include <set>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The plug-ins of each folder of fakes, wherever it is below theirs.
+std::map<fs::path, std::vector<fs::path>> FakePlugins() {
+  std::map<fs::path, std::vector<fs::path>> folders;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(FAKES_DIR)) {
+    if (entry.path().filename().string().starts_with("librng")) {
+      folders[entry.path().parent_path()].push_back(entry.path());
+    }
+  }
+  return folders;
+}
+
+// Which of the files a start of the library keeps open; none when it does not come back.
+std::set<std::string> FilesKept(const std::vector<fs::path>& files) {
+  const std::string report = TreePath("kept");
+  fs::remove(report);
+  const pid_t host = ::fork();
+  if (host == 0) {
+    ::alarm(2);
+    AggregatorLibrary aggregator;
+    try {
+      aggregator.Initialize(aggregator.GetDefaultSettings());
+    } catch (...) {
+      ::_exit(1);
+    }
+    std::ofstream kept(report);
+    for (const fs::path& file : files) {
+      if (IsMapped(file.filename())) kept << file.filename().string() << '\n';
+    }
+    kept.close();
+    ::_exit(0);
+  }
+  ::waitpid(host, nullptr, 0);
+  std::set<std::string> names;
+  std::ifstream kept(report);
+  for (std::string name; std::getline(kept, name);) names.insert(name);
+  return names;
+}
+
+std::set<std::string> FilesKept(const json& report) {
+  std::set<std::string> names;
+  const json& start = report.at("start");
+  if (start.at("tried") && !start.at("problem").is_null()) return names;  // no row's fault
+  for (const json& row : report.at("generators")) {
+    if (row.at("kept")) names.insert(row.at("library_file"));
+  }
+  return names;
+}
+
+}  // namespace
+
+TEST_F(Doctor, AgreesWithTheLibraryOnEachFakePlugin) {
+  std::map<std::string, std::string> kinds;  // by library file
+  const json none = Examine("");
+  for (const json& row : none.at("generators")) kinds[row.at("library_file")] = row.at("kind");
+  std::size_t kept = 0;
+  const auto compare = [&](const fs::path& folder, const std::vector<fs::path>& files) {
+    for (const fs::path& file : files)
+      fs::copy_file(file, fs::path(TreePath("lib")) / file.filename());
+    const std::set<std::string> keptByLibrary = FilesKept(files);
+    const json report = Examine(files.size() == 1 ? kinds.at(files[0].filename()) : "", "", 2);
+    EXPECT_EQ(keptByLibrary, FilesKept(report)) << folder << report.dump(2);
+    kept += keptByLibrary.size();
+    for (const fs::path& file : files) fs::remove(fs::path(TreePath("lib")) / file.filename());
+  };
+  const auto folders = FakePlugins();
+  for (const auto& [folder, files] : folders) {
+    InstallX11("whole");
+    compare(folder, files);
+    InstallX11("refusing");
+    if (files.size() > 1) compare(folder, files);
+  }
+  EXPECT_LT(16U, folders.size());
+  EXPECT_LT(50U, kept);
+}

@@ -1,0 +1,67 @@
+#ifndef TESTS_RNGCTL_DOCTOR_DOCTOR_H
+#define TESTS_RNGCTL_DOCTOR_DOCTOR_H
+
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+
+/// The doctor of an installation, from which the plug-in that comes with the library is away unless a
+/// case wants it.
+class Doctor : public InstalledTool {
+ protected:
+  void SetUp() override {
+    InstalledTool::SetUp();
+    std::filesystem::rename(UnixDev(), UnixDev() + ".away");
+  }
+
+  static void InstallUnixDev() { std::filesystem::rename(UnixDev() + ".away", UnixDev()); }
+
+  /// Installs a plug-in for every verdict, but for those that exclude one of these.
+  static void InstallOneOfEach() {
+    InstallPlugin("bioqt");
+    WriteFile(TreePath("lib/librngbiox11.so"), "not a library");
+    InstallPlugin("dsdr", "throwing_start");
+    InstallPlugin("accord", "exiting");
+    InstallPlugin("sobol", "hanging");
+    InstallPlugin("JacartaGost", "null_factory");
+    InstallPlugin("Rutoken", "unavailable");
+    InstallPlugin("EsmartGost", "nameless");
+    InstallPlugin("biokbd", "missing_dependency");
+    InstallPlugin("unixdev");
+    InstallPlugin("grandmaster", "crashing");
+  }
+
+  /// In an environment, such as "DISPLAY=:7", with so many seconds for each plug-in.
+  static json Examine(const std::string& arguments, const std::string& environment = "",
+                      int timeout = 5) {
+    const Result result = RunShell(environment + " " + Rngctl() + " doctor --json --timeout " +
+                                   std::to_string(timeout) + " " + arguments);
+    return json::parse(result.output, nullptr, false);
+  }
+
+  static json ExamineKind(const std::string& kind, const std::string& environment = "",
+                          int timeout = 5) {
+    return Examine(kind, environment, timeout).at("generators").at(0);
+  }
+
+ private:
+  static std::string UnixDev() { return TreePath("lib/librngunixdev.so"); }
+};
+
+inline json RowOf(const json& report, const std::string& kind) {
+  for (const json& row : report.at("generators")) {
+    if (row.at("kind") == kind) return row;
+  }
+  ADD_FAILURE() << "no row of " << kind;
+  return {};
+}
+
+inline std::string Text(const json& value) {
+  return value.is_string() ? value.get<std::string>() : "";
+}
+
+#endif

@@ -1,0 +1,62 @@
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+TEST_F(Doctor, ShowsTheLibraryAndWhereItSearches) {
+  const json library = Examine("dsdr", "LD_LIBRARY_PATH=/opt/one/:/opt/two").at("library");
+  EXPECT_THAT(Text(library.at("file")), StartsWith(TreePath("lib/librngaggregator.so")));
+  EXPECT_EQ("$ORIGIN/../lib", library.at("run_path"));
+  EXPECT_EQ(json({TreePath("lib"), "/opt/one", "/opt/two"}), library.at("directories"));
+  EXPECT_THAT(library.at("default_directories"), Not(IsEmpty()));
+}
+
+TEST_F(Doctor, TellsTheSystemsDirectoriesFromThoseOfTheEnvironment) {
+  const json defaults = Examine("dsdr").at("library").at("default_directories");
+  for (const char* odd :
+       {"'/opt/one;/opt/two:'", "'$ORIGIN/x'", ":", "/lib:/usr/lib/", "//opt//"}) {
+    const std::string environment = std::string("LD_LIBRARY_PATH=") + odd;
+    EXPECT_EQ(defaults, Examine("dsdr", environment).at("library").at("default_directories"))
+        << odd;
+  }
+}
+
+TEST_F(Doctor, RefusesAFolderThatNoSearchPathCanName) {
+  RunShell("mkdir " + TreePath("a:b") + "; cp -r " + TreePath("bin") + " " + TreePath("lib") + " " +
+           TreePath("a:b"));
+  const Result result = RunShell(TreePath("a:b/bin/rngctl") + " doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output, IsEmpty());
+  EXPECT_THAT(result.errors, HasSubstr("a colon or a semicolon"));
+}
+
+TEST_F(Doctor, TheFileBesideTheLibraryComesFirst) {
+  InstallPlugin("dsdr", "stub");
+  fs::create_directory(TreePath("other"));
+  fs::rename(TreePath("lib/librngdsdr.so"), TreePath("other/librngdsdr.so"));
+  const std::string environment = "LD_LIBRARY_PATH=" + TreePath("other");
+  EXPECT_EQ(TreePath("other/librngdsdr.so"), ExamineKind("dsdr", environment).at("file"));
+  InstallPlugin("dsdr", "no_factory");
+  EXPECT_EQ(TreePath("lib/librngdsdr.so"), ExamineKind("dsdr", environment).at("file"));
+  EXPECT_EQ("no-factory", ExamineKind("dsdr", environment).at("verdict"));
+}
+
+// The library's run path finds plug-ins, not what they need.
+TEST_F(Doctor, WhatAPluginNeedsIsNotFoundBesideIt) {
+  InstallPlugin("biokbd", "missing_dependency");
+  InstallPlugin("unixdev");
+  fs::copy(FAKES_DIR "/missing_dependency/libabsent_device.so", TreePath("lib"));
+  EXPECT_EQ("cannot-be-opened", ExamineKind("biokbd").at("verdict"));
+  EXPECT_THAT(Text(ExamineKind("biokbd").at("mend")), HasSubstr("a plug-in with a run path"));
+  EXPECT_THAT(RunShell(Rngctl() + " list").output, Not(HasSubstr("biokbd")));
+  const std::string environment = "LD_LIBRARY_PATH=" + TreePath("lib");
+  EXPECT_NE("cannot-be-opened", ExamineKind("biokbd", environment).at("verdict"));
+}

@@ -1,0 +1,66 @@
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+TEST_F(Doctor, AnInstallationInOrderIsASuccess) {
+  InstallUnixDev();
+  const Result result = Run("doctor");
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.errors, IsEmpty());
+}
+
+TEST_F(Doctor, APluginOutOfOrderIsANegativeAnswer) {
+  InstallUnixDev();
+  InstallPlugin("Rutoken", "unavailable");
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: 1 of the installed plug-ins is not in order.\n", result.errors);
+  EXPECT_EQ(0, Run("doctor unixdev").status);
+}
+
+TEST_F(Doctor, AnInstallationWithoutADisplayIsInOrder) {
+  InstallUnixDev();
+  InstallPlugin("bioqt");
+  EXPECT_EQ(0, Run("doctor").status);
+  EXPECT_EQ(1, Run("doctor bioqt").status);
+}
+
+TEST_F(Doctor, NoUsableGeneratorHasAStatusOfItsOwn) {
+  const Result none = Run("doctor");
+  EXPECT_EQ(3, none.status);
+  EXPECT_EQ("rngctl: No generator is usable.\n", none.errors);
+  InstallPlugin("Rutoken", "unavailable");
+  EXPECT_EQ(3, Run("doctor").status);
+}
+
+TEST_F(Doctor, AKindThatIsNotThereIsANegativeAnswer) {
+  InstallUnixDev();
+  const Result result = Run("doctor dsdr");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: \"dsdr\": not installed.\n", result.errors);
+}
+
+TEST_F(Doctor, AnUnknownKindIsWrongUsage) {
+  const Result result = Run("doctor Dsdr");
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.output, IsEmpty());
+  EXPECT_EQ(
+      "rngctl: There is no kind \"Dsdr\"; the kinds are bioqt, unixx11, dsdr, accord, sobol, "
+      "JacartaGost, Rutoken, EsmartGost, biokbd, unixdev, grandmaster, biocore.\n",
+      result.errors);
+}
+
+TEST_F(Doctor, HelpTellsTheExitStatusAndKeepsTheChildToItself) {
+  EXPECT_THAT(Run("doctor --help").output, HasSubstr("Exit status: 0"));
+  EXPECT_THAT(Run("--help").output, AllOf(HasSubstr("doctor "), Not(HasSubstr("doctor-child"))));
+  for (const char* arguments : {"--timeout 0", "--timeout 3601", "--timeout 010", "--timeout x",
+                                "--timeout -1", "dsdr sobol"}) {
+    EXPECT_EQ(2, Run(std::string("doctor ") + arguments).status) << arguments;
+  }
+}

@@ -1,0 +1,117 @@
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+#include <ostream>
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+struct Case {
+  const char* name;
+  const char* kind;
+  const char* variant;
+  const char* verdict;
+  bool isKept;
+  const char* summary;
+  const char* mend;  // a part of it
+};
+
+void PrintTo(const Case& instance, std::ostream* out) { *out << instance.name; }
+
+class DoctorVerdict : public Doctor, public testing::WithParamInterface<Case> {};
+
+}  // namespace
+
+TEST_P(DoctorVerdict, NamesTheFaultOfThePlugin) {
+  const Case& expected = GetParam();
+  InstallPlugin(expected.kind, expected.variant);
+  const bool mustWait = expected.verdict == std::string("no-answer");
+  const json row = ExamineKind(expected.kind, "", mustWait ? 1 : 5);
+  EXPECT_EQ(expected.verdict, row.at("verdict"));
+  EXPECT_EQ(expected.isKept, row.at("kept"));
+  EXPECT_EQ(expected.summary, row.at("summary"));
+  EXPECT_THAT(Text(row.at("mend")), HasSubstr(expected.mend));
+  EXPECT_EQ(TreePath("lib/" + LibraryFileOf(expected.kind)), row.at("file"));
+  EXPECT_THAT(row.at("warnings"), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, DoctorVerdict,
+    testing::Values(
+        Case{"Stub", "dsdr", "stub", "loaded", true, "loaded as \"dsdr\"", ""},
+        Case{"NoFactory", "dsdr", "no_factory", "no-factory", false,
+             "no factory: the file has no function GetDsdrRng", "made for this kind"},
+        Case{"NullFactory", "JacartaGost", "null_factory", "factory-gave-nothing", false,
+             "factory gave nothing", "device"},
+        Case{"Unavailable", "Rutoken", "unavailable", "not-available", false, "not available",
+             "Connect the device"},
+        Case{"NoName", "EsmartGost", "nameless", "nameless", true,
+             "loaded, but without a name: it reports none", "Ask its maker"},
+        Case{"NegativeName", "sobol", "nameless", "nameless", true,
+             "loaded, but without a name: it reports a size of -5, and every search for a name "
+             "fails "
+             "that comes to it",
+             "Ask its maker"},
+        Case{"UnsteadyName", "accord", "nameless", "nameless", true,
+             "loaded, but without a name: it reports a size of 5, then of 6", "Ask its maker"},
+        Case{"EmptyName", "grandmaster", "nameless", "nameless", true,
+             "loaded, but without a name: it reports an empty one", "Ask its maker"},
+        Case{"WrongName", "dsdr", "slot_table", "wrong-name", true,
+             "loaded, but its name is \"slots\"", "Ask for it by that name"},
+        Case{"MissingDependency", "biokbd", "missing_dependency", "cannot-be-opened", false,
+             "cannot be opened: \"libabsent_device.so\" is missing: libabsent_device.so: cannot "
+             "open shared object file: No such file or directory",
+             "Install \"libabsent_device.so\""},
+        Case{"ThrowingFactory", "dsdr", "throwing_start", "threw", false,
+             "threw an exception in its factory GetDsdrRng: no driver", "Remove the file"},
+        Case{"ThrowingRelease", "dsdr", "throwing_release", "threw", true,
+             "threw an exception while it was released: nothing that says why", "Ask its maker"},
+        Case{"CallingShutDown", "dsdr", "breaking/calls_shut_down", "calls-back", true,
+             "calls ShutDown, as no plug-in may, while it was released", "Ask its maker"},
+        Case{"CallingInitialize", "dsdr", "breaking/calls_initialize", "calls-back", false,
+             "calls Initialize, as no plug-in may, when asked whether it is available",
+             "Remove the file"},
+        Case{"ClosingBadly", "dsdr", "breaking/exit_handler_stays", "crashed", true,
+             "crashed with signal 11 (Segmentation fault) while the process ended",
+             "at its own end"},
+        Case{"Crashing", "grandmaster", "crashing", "crashed", false,
+             "crashed with signal 6 (Aborted) in its factory GetGrandmasterRng", "Remove the file"},
+        Case{"Exiting", "accord", "exiting", "ended-the-process", false,
+             "ended the process with status 7 in its factory GetAccordRng", "Remove the file"},
+        Case{"Hanging", "sobol", "hanging", "no-answer", false,
+             "no answer in 1 s when asked whether it is available", "--timeout"}),
+    [](const auto& instance) { return std::string(instance.param.name); });
+
+TEST_F(Doctor, SeesThatNothingIsInstalled) {
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("not-installed", row.at("verdict"));
+  EXPECT_EQ("not installed", row.at("summary"));
+  EXPECT_THAT(Text(row.at("mend")), EndsWith("into " + TreePath("lib") + "."));
+  EXPECT_EQ(json(), row.at("file"));
+}
+
+// --- A row of its own for each plug-in
+
+TEST_F(Doctor, APluginThatSpoilsItsRowSpoilsNoOther) {
+  InstallX11("whole");
+  InstallOneOfEach();
+  std::vector<std::string> kinds;
+  std::vector<std::string> verdicts;
+  const json report = Examine("", "", 2);
+  for (const json& row : report.at("generators")) {
+    kinds.push_back(row.at("kind"));
+    verdicts.push_back(row.at("verdict"));
+  }
+  EXPECT_THAT(kinds,
+              ElementsAre("bioqt", "unixx11", "dsdr", "accord", "sobol", "JacartaGost", "Rutoken",
+                          "EsmartGost", "biokbd", "unixdev", "grandmaster", "biocore"));
+  EXPECT_THAT(verdicts,
+              ElementsAre("loaded", "cannot-be-opened", "threw", "ended-the-process", "no-answer",
+                          "factory-gave-nothing", "not-available", "nameless", "cannot-be-opened",
+                          "loaded", "crashed", "not-installed"));
+}

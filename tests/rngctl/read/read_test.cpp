@@ -1,0 +1,137 @@
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+TEST_F(RngctlTest, ReadsFromANamedGeneratorAsHexadecimal) {
+  const Result first = Run("read unixdev -n 32");
+  const Result second = Run("read unixdev -n 32 --hex");
+  EXPECT_EQ(0, first.status);
+  EXPECT_THAT(first.output, MatchesRegex("[0-9a-f]+\n"));
+  EXPECT_EQ(65U, first.output.size());
+  EXPECT_EQ(65U, second.output.size());
+  EXPECT_NE(first.output, second.output);
+}
+
+TEST_F(RngctlTest, ReadsExactlyTheBytesOfTheGenerator) {
+  InstallPlugin("sobol");  // gives A5 bytes
+  EXPECT_EQ("a5a5a5\n", Run("read sobol -n 3").output);
+  EXPECT_EQ("paWlpQ==\n", Run("read sobol -n 4 --base64").output);
+  EXPECT_EQ("\xA5\xA5", Run("read sobol -n 2 --raw").output);
+  EXPECT_EQ("", Run("read sobol -n 0 --raw").output);
+}
+
+TEST_F(RngctlTest, JoinsThePiecesOfALongDraw) {
+  InstallPlugin("sobol");
+  const std::size_t size = 3 * 16384 * 2 + 1;
+  EXPECT_EQ(std::string(size, '\xA5'), Run("read sobol --raw -n " + std::to_string(size)).output);
+  const Result result =
+      RunShell(Rngctl() + " read sobol --base64 -n " + std::to_string(size) + " | base64 -d");
+  EXPECT_EQ(std::string(size, '\xA5'), result.output);
+}
+
+TEST_F(RngctlTest, ReadsFromTheConfiguredDefault) {
+  InstallPlugin("sobol");
+  ASSERT_EQ(0, Run("default set sobol").status);
+  EXPECT_EQ("a5a5\n", Run("read -n 2").output);
+}
+
+TEST_F(RngctlTest, ReadWithoutNameAndDefaultIsANegativeAnswer) {
+  const Result result = Run("read -n 2");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors,
+              StartsWith("rngctl: No default generator is configured that can be used."));
+}
+
+TEST_F(RngctlTest, ReadFromADefaultThatIsNotLoadedIsANegativeAnswer) {
+  ASSERT_EQ(0, Run("default set sobol").status);
+  const Result result = Run("read -n 2");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: The configured default generator \"sobol\" is not usable now.\n",
+            result.errors);
+}
+
+TEST_F(RngctlTest, ReadFromAnUnknownGeneratorIsANegativeAnswer) {
+  const Result result = Run("read nosuch -n 2");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, StartsWith("rngctl: No usable generator is called \"nosuch\""));
+}
+
+TEST_F(RngctlTest, SelectsTheConfiguredDevice) {
+  InstallPlugin("dsdr", "failing_device");
+  ASSERT_EQ(0, Run("default set dsdr X2").status);
+  const Result unknown = Run("read -n 2");
+  EXPECT_EQ(1, unknown.status);
+  EXPECT_EQ("rngctl: The default generator \"dsdr\" has no device \"X2\".\n", unknown.errors);
+  ASSERT_EQ(0, Run("default set dsdr X1").status);
+  EXPECT_THAT(Run("read -n 2").errors, HasSubstr("failed after 0 bytes"));
+}
+
+TEST_F(RngctlTest, AFailedDrawLeavesTheOldFileAndNothingElse) {
+  InstallPlugin("dsdr", "failing_device");
+  WriteFile(TreePath("keys/key"), "old");
+  const Result result = Run("read dsdr -n 8 -o " + TreePath("keys/key"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: The generator \"dsdr\" failed after 0 bytes.\n", result.errors);
+  EXPECT_EQ("old", ReadFile(TreePath("keys/key")));
+  EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
+}
+
+TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
+  fs::create_directory(TreePath("keys"));
+  const std::string draw = Rngctl() + " read unixdev -n 99999999999 -o " + TreePath("keys/key");
+  for (const char* signal : {"TERM", "HUP"}) {
+    const Result result =
+        RunShell(draw + " & until ls " + TreePath("keys/key.*") +
+                 "; do sleep 0.01; done >/dev/null 2>&1; kill -" + signal + " $!; wait $!");
+    EXPECT_LT(128, result.status);
+    EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+  }
+}
+
+TEST_F(RngctlTest, WritesAFileThatOnlyItsOwnerReads) {
+  InstallPlugin("sobol");
+  WriteFile(TreePath("keys/key"), "old");
+  const Result result = Run("read sobol -n 2 --raw -o " + TreePath("keys/key"));
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output, IsEmpty());
+  EXPECT_EQ("\xA5\xA5", ReadFile(TreePath("keys/key")));
+  EXPECT_EQ(fs::perms(0600), fs::status(TreePath("keys/key")).permissions());
+  EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
+}
+
+TEST_F(RngctlTest, WritesThroughADeviceAndNoticesThatItIsFull) {
+  EXPECT_EQ(0, Run("read unixdev -n 2 -o /dev/null").status);
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+  const Result result = Run("read unixdev -n 2 -o /dev/full");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: Cannot write to \"/dev/full\": No space left on device.\n", result.errors);
+}
+
+TEST_F(RngctlTest, AnUnwritableFileIsASentence) {
+  const Result result = Run("read unixdev -n 2 -o " + TreePath("missing/key"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors,
+              AllOf(StartsWith("rngctl: Cannot write to"), HasSubstr("No such file")));
+}
+
+TEST_F(RngctlTest, RawBytesNeverGoToATerminal) {
+  // script(1) runs its command on a terminal.
+  const Result result =
+      RunShell("script -qec '" + Rngctl() + " read unixdev -n 2 --raw' " + TreePath("typescript"));
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.output, HasSubstr("Raw bytes do not go to a terminal"));
+  const Result hex =
+      RunShell("script -qec '" + Rngctl() + " read unixdev -n 2' " + TreePath("typescript"));
+  EXPECT_EQ(0, hex.status);
+  EXPECT_THAT(hex.output, MatchesRegex("[0-9a-f]{4}\r\n"));
+}
