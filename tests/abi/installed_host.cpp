@@ -1,9 +1,8 @@
 #include "tests/abi/installed_host.h"
 
+#include "tests/support/process.h"
 #include "tests/support/tree.h"
 
-#include <array>
-#include <cstdio>
 #include <filesystem>
 #include <gtest/gtest.h>
 
@@ -26,10 +25,7 @@ std::string RunInstalledHost(const std::string& host, const std::string& searchP
   InstallHost(host);
   std::string command = "'" + TreePath("bin/" + host) + "'";
   if (!searchPath.empty()) command = "LD_LIBRARY_PATH='" + searchPath + "' " + command;
-  std::FILE* const output = ::popen(command.c_str(), "r");
-  std::array<char, 256> line{};
-  std::string text;
-  while (std::fgets(line.data(), line.size(), output)) text += line.data();
-  EXPECT_EQ(0, ::pclose(output)) << host;
-  return text;
+  const Result result = RunShell(command);
+  EXPECT_EQ(0, result.status) << host << ": " << result.errors;
+  return result.output;
 }

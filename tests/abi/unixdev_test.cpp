@@ -1,4 +1,5 @@
 #include "tests/support/aggregator_library.h"
+#include "tests/support/open_files.h"
 #include "tests/support/tree.h"
 
 #include <algorithm>
@@ -39,11 +40,6 @@ ssize_t Fail(int error) {
 ssize_t Fill(unsigned char* buffer, std::size_t size, unsigned char value) {
   std::fill_n(buffer, size, value);
   return static_cast<ssize_t>(size);
-}
-
-std::size_t OpenDescriptors() {
-  return static_cast<std::size_t>(
-      std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator{}));
 }
 
 }  // namespace
@@ -232,10 +228,10 @@ TEST_F(UnixDevGenerate, InterruptionBetweenShortReadsLosesNothing) {
 
 TEST_F(UnixDevGenerate, KernelWithoutTheCallIsReadThroughTheDevice) {
   g_source = [](unsigned char*, std::size_t) { return Fail(ENOSYS); };
-  const std::size_t before = OpenDescriptors();
+  const std::ptrdiff_t before = CountOpenFiles();
   const Bytes first = Draw(kMebibyte);
   const Bytes second = Draw(kMebibyte);
-  EXPECT_EQ(before, OpenDescriptors());
+  EXPECT_EQ(before, CountOpenFiles());
   EXPECT_NE(first, second);
   EXPECT_NE(Bytes(32, kOld), Bytes(second.end() - 32, second.end()));
   EXPECT_TRUE(rng->SelfTest());

@@ -1,10 +1,10 @@
 // What the library's file costs whoever loads it.
 
 #include "tests/costs/limits.h"
+#include "tests/support/process.h"
 #include "tests/support/tree.h"
 
 #include <bit>
-#include <cstdlib>
 #include <elf.h>
 #include <functional>
 #include <gtest/gtest.h>
@@ -58,7 +58,7 @@ long CountNeeded(const std::string& file) {
 std::string StrippedLibrary() {
   const std::string stripped = TreePath("stripped.so");
   const std::string command = STRIP " -o " + stripped + " " + TreePath("lib/librngaggregator.so");
-  EXPECT_EQ(0, std::system(command.c_str()));
+  EXPECT_EQ(0, RunShell(command).status);
   return ReadFile(stripped);
 }
 

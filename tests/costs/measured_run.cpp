@@ -1,32 +1,17 @@
 #include "tests/costs/measured_run.h"
 
 #include "tests/costs/traced_child.h"
+#include "tests/support/process.h"
 #include "tests/support/tree.h"
 
-#include <cstdio>
-#include <memory>
-#include <sstream>
 #include <stdexcept>
 
 namespace {
 
-struct ClosePipe {
-  int* status;
-  void operator()(std::FILE* pipe) const { *status = ::pclose(pipe); }
-};
-
 std::string Output(const std::string& command) {
-  std::string output;
-  int status = -1;
-  {
-    const std::unique_ptr<std::FILE, ClosePipe> pipe(::popen(command.c_str(), "r"), {&status});
-    if (!pipe) throw std::runtime_error("not run: " + command);
-    for (int c = std::getc(pipe.get()); c != EOF; c = std::getc(pipe.get())) {
-      output += static_cast<char>(c);
-    }
-  }
-  if (status != 0) throw std::runtime_error("failed: " + command);
-  return output;
+  const Result result = RunShell(command);
+  if (result.status != 0) throw std::runtime_error("failed: " + command + "\n" + result.errors);
+  return result.output;
 }
 
 // The number after `key` in `text`; there must be one, and not 0.

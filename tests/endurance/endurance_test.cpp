@@ -7,6 +7,7 @@
 #include "tests/support/aggregator_library.h"
 #include "tests/support/allocation.h"
 #include "tests/support/fakes.h"
+#include "tests/support/open_files.h"
 #include "tests/support/tree.h"
 
 #include <cstdlib>
@@ -75,7 +76,7 @@ Footprint Measure() {
   Footprint footprint{};
   footprint.allocations = static_cast<long>(AllocationsAlive());
   footprint.residentKiB = ReadResidentKiB();
-  footprint.files = std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  footprint.files = CountOpenFiles();
   std::istringstream mappings(ReadFile("/proc/self/maps"));
   for (std::string line; std::getline(mappings, line);) {
     footprint.mappings += kIsMemoryJudged || line.find('/') != std::string::npos;

@@ -2,12 +2,11 @@
 
 #include "tests/model/model.h"
 
+#include "tests/support/process.h"
 #include "tests/support/tree.h"
 
-#include <cstdio>
 #include <gmock/gmock.h>
 #include <ostream>
-#include <sys/wait.h>
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -15,20 +14,6 @@ using testing::MatchesRegex;
 namespace {
 
 constexpr std::size_t kHandful = 10;
-
-struct Answer {
-  int status;
-  std::string output;
-};
-
-Answer RunShell(const std::string& command) {
-  std::FILE* const pipe = ::popen((command + " 2>/dev/null").c_str(), "r");
-  std::string output;
-  char piece[512];
-  while (std::fgets(piece, sizeof piece, pipe)) output += piece;
-  const int status = ::pclose(pipe);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
-}
 
 std::string Quoted(const std::string& text) { return " '" + text + "'"; }
 
@@ -49,17 +34,17 @@ class ModelWithAMistake : public testing::TestWithParam<std::string> {};
 
 TEST_P(ModelWithAMistake, IsFoundShrunkAndRepeated) {
   const std::string mistake = " --mistake" + Quoted(GetParam());
-  const Answer run = RunShell(kModelRun + " --seconds 60 --seed 1" + mistake);
+  const Result run = RunShell(kModelRun + " --seconds 60 --seed 1" + mistake);
   EXPECT_EQ(1, run.status);
   const std::string steps = Reproducer(run.output);
   ASSERT_NE("", steps) << run.output;
   EXPECT_LE(ParseSteps(steps).size(), kHandful) << steps;
 
-  const Answer replay = RunShell(kModelRun + mistake + " --replay" + Quoted(steps));
+  const Result replay = RunShell(kModelRun + mistake + " --replay" + Quoted(steps));
   EXPECT_EQ(1, replay.status) << replay.output;
   EXPECT_THAT(replay.output, HasSubstr("fails\n"));
 
-  const Answer right = RunShell(kModelRun + " --replay" + Quoted(steps));
+  const Result right = RunShell(kModelRun + " --replay" + Quoted(steps));
   EXPECT_EQ(0, right.status) << right.output;
   EXPECT_EQ("agrees\n", right.output);
 }
@@ -72,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ModelWithAMistake, testing::ValuesIn(kMistakes),
                          });
 
 TEST(ModelRun, TellsWhatDiffers) {
-  const Answer replay = RunShell(kModelRun +
+  const Result replay = RunShell(kModelRun +
                                  " --mistake 'stop forgets the settings' --replay "
                                  "'initialize A; shutdown; set :x null'");
   EXPECT_EQ(1, replay.status);
@@ -81,14 +66,14 @@ TEST(ModelRun, TellsWhatDiffers) {
 }
 
 TEST(ModelRun, CallsACrashAFailure) {
-  const Answer replay =
+  const Result replay =
       RunShell(kModelRun + " --mistake 'program ends at a debt' --replay shutdown");
   EXPECT_EQ(1, replay.status);
   EXPECT_THAT(replay.output, HasSubstr("ended by signal 6"));
 }
 
 TEST(ModelRun, RunsUntilItIsStopped) {
-  const Answer run =
+  const Result run =
       RunShell("timeout --preserve-status --signal TERM 2 " + kModelRun + " --seed 7");
   EXPECT_EQ(0, run.status);
   EXPECT_THAT(run.output,
@@ -97,7 +82,7 @@ TEST(ModelRun, RunsUntilItIsStopped) {
 }
 
 TEST(ModelRun, FailsWithTooFewSequences) {
-  const Answer run = RunShell(kModelRun + " --seconds 0.1 --seed 7 --at-least 1000000");
+  const Result run = RunShell(kModelRun + " --seconds 0.1 --seed 7 --at-least 1000000");
   EXPECT_EQ(1, run.status);
   EXPECT_THAT(run.output, HasSubstr("too few: 1000000 are wanted\n"));
 }

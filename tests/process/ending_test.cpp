@@ -1,15 +1,14 @@
 // How a started process ends, and what becomes of its plug-ins. (What the library itself closes when
 // a host returns or exits is told in tests/unload.)
 
+#include "tests/support/process.h"
 #include "tests/support/tree.h"
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <ostream>
 #include <string>
-#include <sys/wait.h>
 
 namespace {
 
@@ -59,14 +58,10 @@ class EndOfAStartedProcess : public testing::TestWithParam<Ending> {
     ::setenv("LD_LIBRARY_PATH", TreePath("lib").c_str(), 1);
     const std::string command =
         "exec '" + host + "' " + GetParam().name + " '" + TreePath("lib/librngaggregator.so") + "'";
-    std::FILE* const output = ::popen(command.c_str(), "r");
-    ASSERT_NE(nullptr, output);
-    std::string said;
-    for (int c; (c = std::getc(output)) != EOF;) said += static_cast<char>(c);
-    // The wait status of a process that exited with 0 is 0.
-    const int status = ::pclose(output);
-    EXPECT_EQ("2 loaded\n" + text, said);
-    EXPECT_EQ(signal, WIFSIGNALED(status) ? WTERMSIG(status) : status);
+    const Result result = RunShell(command);
+    EXPECT_EQ("2 loaded\n" + text, result.output);
+    EXPECT_EQ(signal, result.signal) << result.errors;
+    EXPECT_EQ(signal == 0 ? 0 : -1, result.status) << result.errors;
   }
 };
 

@@ -2,6 +2,7 @@
 
 #include "tests/support/aggregator_library.h"
 #include "tests/support/fakes.h"
+#include "tests/support/open_files.h"
 #include "tests/support/tree.h"
 #include "tests/support/x_server.h"
 
@@ -94,10 +95,6 @@ TEST(DisplayProbe, LeavesTheXLibraryToItsOtherHolder) {
 // --- With the system's X library and a server
 
 namespace {
-
-std::ptrdiff_t CountOpenFiles() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
 
 class SystemXLibrary : public testing::Test {
  protected:

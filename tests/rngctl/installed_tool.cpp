@@ -2,16 +2,6 @@
 
 #include "tests/support/tree.h"
 
-#include <cstdlib>
-#include <sys/wait.h>
-
-Result RunShell(const std::string& command) {
-  const int status = std::system(
-      ("(" + command + ") >" + TreePath("out") + " 2>" + TreePath("err") + " </dev/null").c_str());
-  EXPECT_TRUE(WIFEXITED(status)) << command;
-  return {WEXITSTATUS(status), ReadFile(TreePath("out")), ReadFile(TreePath("err"))};
-}
-
 std::string Rngctl() { return TreePath("bin/rngctl"); }
 
 Result MatchSchema(const std::string& schema, const std::string& report) {

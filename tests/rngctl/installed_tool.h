@@ -1,18 +1,12 @@
 #ifndef TESTS_RNGCTL_INSTALLED_TOOL_H
 #define TESTS_RNGCTL_INSTALLED_TOOL_H
 
+#include "tests/support/process.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
 constexpr char kSettingsFile[] = "etc/rng.ini";  ///< of the installation, below the tree
-
-struct Result {
-  int status;
-  std::string output;
-  std::string errors;
-};
-
-Result RunShell(const std::string& command);
 
 std::string Rngctl();
 

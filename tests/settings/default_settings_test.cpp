@@ -1,6 +1,7 @@
 #include "tests/settings/default_settings.h"
 
-#include "tests/settings/process.h"
+#include "tests/support/open_files.h"
+#include "tests/support/permissions.h"
 
 #include <gtest/gtest.h>
 

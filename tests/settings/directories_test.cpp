@@ -1,6 +1,6 @@
 #include "settings/directories.h"
 
-#include "tests/settings/process.h"
+#include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 
 #include <cerrno>

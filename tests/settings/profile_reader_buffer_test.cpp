@@ -1,8 +1,8 @@
 // What the reader makes of long lines and small buffers, and what it leaves behind.
 
-#include "tests/settings/process.h"
 #include "tests/settings/reading.h"
 #include "tests/support/allocation.h"
+#include "tests/support/open_files.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "tests/settings/process.h"
 #include "tests/settings/reading.h"
+#include "tests/support/permissions.h"
 
 #include <gtest/gtest.h>
 #include <vector>

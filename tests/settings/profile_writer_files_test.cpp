@@ -1,8 +1,9 @@
 // What the writer does to files: those it cannot open, the temporary one, and the one it leaves.
 
-#include "tests/settings/process.h"
 #include "tests/settings/profile.h"
 #include "tests/support/allocation.h"
+#include "tests/support/open_files.h"
+#include "tests/support/permissions.h"
 
 #include <csignal>
 #include <fcntl.h>

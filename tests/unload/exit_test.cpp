@@ -1,8 +1,8 @@
 #include "tests/support/aggregator_library.h"
 #include "tests/support/fakes.h"
+#include "tests/support/process.h"
 #include "tests/support/tree.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <iostream>
@@ -15,18 +15,15 @@ class LinkedHost : public testing::TestWithParam<const char*> {};
 TEST_P(LinkedHost, EndingWhileStartedClosesThePluginsInListOrderWithoutRelease) {
   InstallPlugins({"dsdr", "accord"});
   ::setenv("LD_LIBRARY_PATH", TreePath("lib").c_str(), 1);
-  std::FILE* const output = ::popen((std::string("'" EXIT_HOST "' ") + GetParam()).c_str(), "r");
-  ASSERT_NE(nullptr, output);
-  std::string text;
-  for (int c; (c = std::getc(output)) != EOF;) text += static_cast<char>(c);
-  EXPECT_EQ(0, ::pclose(output));
+  const Result result = RunShell(std::string("'" EXIT_HOST "' ") + GetParam());
+  EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_EQ(
       "2\n"
       "accord.closed\n"  // the exit runs the plug-ins' destructors, the youngest first
       "dsdr.closed\n"
       "dlclose librngdsdr.so\n"  // and then the library's
       "dlclose librngaccord.so\n",
-      text);
+      result.output);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ended, LinkedHost, testing::Values("return", "exit"),

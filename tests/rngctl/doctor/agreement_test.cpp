@@ -5,11 +5,11 @@
 #include "tests/support/tree.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
+#include <iostream>
 #include <map>
 #include <set>
-#include <sys/wait.h>
+#include <sstream>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -29,27 +29,22 @@ std::map<fs::path, std::vector<fs::path>> FakePlugins() {
 
 // Which of the files a start of the library keeps open; none when it does not come back.
 std::set<std::string> FilesKept(const std::vector<fs::path>& files) {
-  const std::string report = TreePath("kept");
-  fs::remove(report);
-  const pid_t host = ::fork();
-  if (host == 0) {
+  const Result host = RunForked([&files] {
     ::alarm(2);
-    AggregatorLibrary aggregator;
+    static const AggregatorLibrary aggregator;  // never closed: the copy ends without clean-up
     try {
       aggregator.Initialize(aggregator.GetDefaultSettings());
     } catch (...) {
-      ::_exit(1);
+      return 1;
     }
-    std::ofstream kept(report);
     for (const fs::path& file : files) {
-      if (IsMapped(file.filename())) kept << file.filename().string() << '\n';
+      if (IsMapped(file.filename())) std::cout << file.filename().string() << '\n';
     }
-    kept.close();
-    ::_exit(0);
-  }
-  ::waitpid(host, nullptr, 0);
+    return 0;
+  });
   std::set<std::string> names;
-  std::ifstream kept(report);
+  if (host.status != 0) return names;
+  std::istringstream kept(host.output);
   for (std::string name; std::getline(kept, name);) names.insert(name);
   return names;
 }

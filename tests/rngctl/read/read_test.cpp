@@ -1,4 +1,5 @@
 #include "tests/rngctl/installed_tool.h"
+#include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>
@@ -105,7 +106,7 @@ TEST_F(RngctlTest, WritesAFileThatOnlyItsOwnerReads) {
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output, IsEmpty());
   EXPECT_EQ("\xA5\xA5", ReadFile(TreePath("keys/key")));
-  EXPECT_EQ(fs::perms(0600), fs::status(TreePath("keys/key")).permissions());
+  EXPECT_EQ(0600U, ModeOf(TreePath("keys/key")));
   EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
 }
 

@@ -1,12 +1,12 @@
-#ifndef TESTS_SETTINGS_PROCESS_H
-#define TESTS_SETTINGS_PROCESS_H
+#ifndef TESTS_SUPPORT_PERMISSIONS_H
+#define TESTS_SUPPORT_PERMISSIONS_H
 
 #include "tests/support/tree.h"
 
 #include <filesystem>
 #include <grp.h>
-#include <iterator>
 #include <stdexcept>
+#include <string>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -49,12 +49,9 @@ class Umask {
   const mode_t before;
 };
 
+/// The permission bits of a file.
 inline unsigned ModeOf(const std::string& path) {
   return static_cast<unsigned>(std::filesystem::status(path).permissions());
-}
-
-inline std::ptrdiff_t CountOpenFiles() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 #endif
