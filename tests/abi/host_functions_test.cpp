@@ -2,6 +2,7 @@
 // host's before the library's; the library's calls of its own functions must not go astray.
 
 #include "tests/support/aggregator_library.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/fake_settings.h"
 #include "tests/support/tree.h"
 
@@ -49,7 +50,7 @@ TEST_F(HostWithItsOwnFunctions, HasNoneCalledByAWholeRun) {
   IRngProvider* providers[2] = {};
   DefaultRngInfo info{};
   library.Start(&settings, 2);
-  EXPECT_EQ(2, library.GetAvailableRng(providers, ~0U));
+  EXPECT_EQ(2, library.GetAvailableRng(providers, kAllBits));
   EXPECT_EQ(providers[0], library.GetRng("dsdr"));
   EXPECT_EQ(1, library.IsInteractiveRng("biokbd"));
   EXPECT_EQ(1, library.GetDefaultRng(&info, 4));

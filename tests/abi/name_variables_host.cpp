@@ -1,5 +1,7 @@
 // A host that points a name variable at a text of its own, and prints what the library then says.
 
+#include "tests/support/all_bits.h"
+
 #include <cstdio>
 
 #include <rngaggregator/aggregator.h>
@@ -7,7 +9,7 @@
 int main() {
   Initialize(nullptr);
   DefaultRngInfo info{};
-  std::printf("loaded %d, ", GetAvailableRng(nullptr, ~0U));
+  std::printf("loaded %d, ", GetAvailableRng(nullptr, kAllBits));
   std::printf("at first %s, ", rngBioQt);
   std::printf("fallback %d\n", GetDefaultRng(&info, kDefaultFallbackBioQt));
   rngBioQt = "dsdr";

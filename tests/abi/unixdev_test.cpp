@@ -1,4 +1,5 @@
 #include "tests/support/aggregator_library.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/open_files.h"
 #include "tests/support/tree.h"
 
@@ -64,7 +65,7 @@ class UnixDev : public testing::Test {
   std::int32_t Restart() {
     library.ShutDown();
     library.Initialize(nullptr);
-    return library.GetAvailableRng(nullptr, ~0U);
+    return library.GetAvailableRng(nullptr, kAllBits);
   }
 
   const AggregatorLibrary library;
@@ -182,7 +183,7 @@ TEST_F(UnixDevGenerate, ThreadsDrawAtOnceWithTheQueries) {
   std::atomic<int> successes = 0;
   for (Bytes& draw : draws) {
     threads.emplace_back([this, &draw, &successes] {
-      successes += library.GetAvailableRng(nullptr, ~0U) == 1;
+      successes += library.GetAvailableRng(nullptr, kAllBits) == 1;
       successes += library.GetRng("unixdev") == rng;
       successes += rng->Generate(draw.data(), draw.size());
     });

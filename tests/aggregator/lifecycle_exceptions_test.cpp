@@ -1,4 +1,5 @@
 #include "tests/aggregator/start_up_log.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/allocation.h"
 #include "tests/support/tree.h"
 
@@ -10,8 +11,6 @@
 using testing::ElementsAre;
 
 namespace {
-
-constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 std::function<void()> Throw() {
   return [] { throw std::runtime_error("from the plug-in"); };

@@ -1,16 +1,11 @@
 #include "tests/aggregator/start_up_log.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/tree.h"
 
 #include <future>
 #include <gmock/gmock.h>
 #include <iostream>
 #include <sys/time.h>
-
-namespace {
-
-constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
-
-}  // namespace
 
 TEST(AggregatorLock, IsHeldByInitializeWhilePluginCodeRuns) {
   InstallPlugins({"dsdr", "accord"});

@@ -1,4 +1,5 @@
 #include "tests/aggregator/start_up_log.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/tree.h"
 
 #include <dlfcn.h>
@@ -7,8 +8,6 @@
 using testing::ElementsAre;
 
 namespace {
-
-constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 const std::vector<std::string> kKinds = {"bioqt",  "unixx11",     "dsdr",        "accord",
                                          "sobol",  "JacartaGost", "Rutoken",     "EsmartGost",

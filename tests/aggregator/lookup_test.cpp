@@ -1,4 +1,5 @@
 #include "tests/support/aggregator_library.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/fake_settings.h"
 #include "tests/support/fakes.h"
 #include "tests/support/tree.h"
@@ -7,8 +8,6 @@
 #include <new>
 
 using testing::ElementsAre;
-
-constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 // --- GetAvailableRng
 

@@ -1,6 +1,7 @@
 // Starts the library and ends as its first argument says. Tells, on standard output, what becomes of
 // the plug-ins. A host that opens the library takes its path as the second argument.
 
+#include "tests/support/all_bits.h"
 #include "tests/support/fakes.h"
 
 #include <cstdlib>
@@ -134,7 +135,7 @@ int main(int, char** arguments) {
   RegisterBeforeTheStart(ending);
   g_library.Initialize(nullptr);
   RegisterAfterTheStart(ending);
-  Say(std::to_string(g_library.GetAvailableRng(nullptr, 0xFFFFFFFF)) + " loaded");
+  Say(std::to_string(g_library.GetAvailableRng(nullptr, kAllBits)) + " loaded");
   if (ending == "return") return 0;
   End(ending);
 }

@@ -1,5 +1,6 @@
 #include "tests/support/aggregator_library.h"
 
+#include "tests/support/all_bits.h"
 #include "tests/support/tree.h"
 
 #include <dlfcn.h>
@@ -7,8 +8,6 @@
 #include <stdexcept>
 
 namespace {
-
-constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 void* Open(const std::string& path) {
   void* const handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

@@ -1,4 +1,5 @@
 #include "tests/aggregator/start_up_log.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/tree.h"
 #include "tests/threads/released_together.h"
 
@@ -9,7 +10,6 @@
 namespace {
 
 constexpr int kThreads = 16;
-constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 // From its opening to its closing.
 constexpr char kWholeLog[] = "opened factory SetSettings IsAvailable Release closed";

@@ -2,6 +2,7 @@
 // lock: neither the plug-ins nor the settings order the threads, so no race of the library is hidden.
 
 #include "tests/support/aggregator_library.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/tree.h"
 #include "tests/threads/released_together.h"
 
@@ -17,7 +18,6 @@ namespace {
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 200;
-constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
 
 const std::vector<std::string> kKinds = {"bioqt",  "unixx11",     "dsdr",        "accord",
                                          "sobol",  "JacartaGost", "Rutoken",     "EsmartGost",

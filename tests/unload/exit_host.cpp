@@ -1,5 +1,6 @@
 // Ends while it is started, as its argument says, and tells what happens to the plug-ins then.
 
+#include "tests/support/all_bits.h"
 #include "tests/support/fakes.h"
 
 #include <cstdio>
@@ -36,7 +37,7 @@ int main(int, char** arguments) {
   TellOf("dsdr");
   TellOf("accord");
   Initialize(nullptr);
-  std::printf("%d\n", GetAvailableRng(nullptr, 0xFFFFFFFF));
+  std::printf("%d\n", GetAvailableRng(nullptr, kAllBits));
   g_isEnding = true;
   if (std::strcmp(arguments[1], "exit") == 0) std::exit(0);
   return 0;

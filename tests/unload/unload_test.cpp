@@ -1,4 +1,5 @@
 #include "tests/support/aggregator_library.h"
+#include "tests/support/all_bits.h"
 #include "tests/support/allocation.h"
 #include "tests/support/fake_settings.h"
 #include "tests/support/tree.h"
@@ -116,7 +117,7 @@ TEST_P(UnloadFrom, LeavesAFreshStateToTheNextLoading) {
   const AggregatorLibrary library;
   EXPECT_FALSE(library.IsInitialized());
   EXPECT_STREQ("dsdr", library.NameVariable("rngDsdr"));
-  EXPECT_EQ(0, library.GetAvailableRng(nullptr, 0xFFFFFFFF));
+  EXPECT_EQ(0, library.GetAvailableRng(nullptr, kAllBits));
   EXPECT_FALSE(library.SetDefaultRng("sobol", nullptr));
   library.Start(nullptr, 3);
 }
