@@ -1,5 +1,6 @@
 #include "tests/aggregator/start_up_log.h"
 #include "tests/support/all_bits.h"
+#include "tests/support/kinds.h"
 #include "tests/support/tree.h"
 
 #include <dlfcn.h>
@@ -9,9 +10,7 @@ using testing::ElementsAre;
 
 namespace {
 
-const std::vector<std::string> kKinds = {"bioqt",  "unixx11",     "dsdr",        "accord",
-                                         "sobol",  "JacartaGost", "Rutoken",     "EsmartGost",
-                                         "biokbd", "unixdev",     "grandmaster", "biocore"};
+const std::vector<std::string> kKinds = KindNames();
 
 }  // namespace
 

@@ -105,17 +105,17 @@ TEST(GetDefaultRngFaults, WithOnePluginAndAProfile) {
 
 TEST(GetDefaultRngFaults, WithTwelvePluginsAndNoProfile) {
   SweepGet("12 plug-ins, no profile", kLookup + Names{"fopen r"},
-           {.plugins = AllKinds(), .hasDisplay = true}, kStart);
+           {.plugins = KindNames(), .hasDisplay = true}, kStart);
 }
 
 TEST(GetDefaultRngFaults, WithTwelvePluginsAndAProfile) {
   SweepGet("12 plug-ins, existing profile", kLookup + kRead,
-           {.plugins = AllKinds(), .hasDisplay = true, .profile = kProfile}, kStart);
+           {.plugins = KindNames(), .hasDisplay = true, .profile = kProfile}, kStart);
 }
 
 TEST(GetDefaultRngFaults, WithTwelvePluginsAndAHostsSettings) {
   SweepGet("12 plug-ins, a host's settings", {"operator new"},
-           {.plugins = AllKinds(), .hasDisplay = true},
+           {.plugins = KindNames(), .hasDisplay = true},
            [](auto& library) { library.Initialize(library.HostSettings()); });
 }
 
@@ -133,7 +133,7 @@ TEST(SetDefaultRngFaults, WithOnePluginIntoAProfile) {
 
 TEST(SetDefaultRngFaults, WithTwelvePluginsIntoAProfileWithoutTheSection) {
   SweepSet("12 plug-ins, profile without the section", kLookup + kDirectories + kRewrite,
-           {.plugins = AllKinds(), .hasDisplay = true, .profile = kForeignProfile}, kStart);
+           {.plugins = KindNames(), .hasDisplay = true, .profile = kForeignProfile}, kStart);
 }
 
 TEST(SetDefaultRngFaults, IntoAnUnwritableProfile) {

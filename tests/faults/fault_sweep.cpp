@@ -58,7 +58,7 @@ void ReopenWorld(const Arrangement& arrangement) {
 
 std::vector<std::string> LibraryFiles() {
   std::vector<std::string> files = {kAggregator, kX11};
-  for (const KnownKind& known : KnownKinds()) files.push_back(known.file);
+  for (const Kind& kind : AllKinds()) files.push_back(kind.libraryFile);
   return files;
 }
 
@@ -171,8 +171,8 @@ std::string Remains(Host& host) {
 std::string KindOf(IRngProvider* provider) {
   Dl_info info{};
   if (!provider || ::dladdr(provider, &info) == 0) return "nobody";
-  for (const KnownKind& known : KnownKinds()) {
-    if (fs::path(info.dli_fname).filename() == known.file) return known.kind;
+  for (const Kind& kind : AllKinds()) {
+    if (fs::path(info.dli_fname).filename() == kind.libraryFile) return kind.name;
   }
   return "a stranger";
 }
@@ -194,10 +194,10 @@ std::string FaultyLibrary::Find(const char* name) const {
 }
 
 void PrepareTree(const Arrangement& arrangement) {
-  for (const KnownKind& known : KnownKinds()) {
-    fs::remove(TreePath("lib/" + known.file));
-    Fake(known.kind).factoryGivesNull = arrangement.givesNull.count(known.kind) > 0;
-    Fake(known.kind).isAvailable = arrangement.unavailable.count(known.kind) == 0;
+  for (const Kind& kind : AllKinds()) {
+    fs::remove(TreePath("lib/" + kind.libraryFile));
+    Fake(kind.name).factoryGivesNull = arrangement.givesNull.count(kind.name) > 0;
+    Fake(kind.name).isAvailable = arrangement.unavailable.count(kind.name) == 0;
   }
   for (const std::string& kind : arrangement.plugins) InstallPlugin(kind);
   InstallX11(arrangement.hasDisplay ? "whole" : "refusing");

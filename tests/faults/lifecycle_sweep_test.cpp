@@ -25,9 +25,9 @@ const std::set<std::string> kStartCalls = {"dlclose", "dlerror",      "dlopen",
 const Arrangement kEmpty{};
 const Arrangement kOne{.plugins = {"unixdev"}};
 const Arrangement kThree{.plugins = {"bioqt", "dsdr", "Rutoken"}, .hasDisplay = true};
-const Arrangement kAll{.plugins = AllKinds(), .hasDisplay = true};
+const Arrangement kAll{.plugins = KindNames(), .hasDisplay = true};
 const Arrangement kMixed{
-    .plugins = AllKinds(), .givesNull = {"accord"}, .unavailable = {"sobol", "biocore"}};
+    .plugins = KindNames(), .givesNull = {"accord"}, .unavailable = {"sobol", "biocore"}};
 
 void SweepInitialize(const std::string& state, const std::set<std::string>& faults,
                      const Arrangement& arrangement, const Steps<void>& prelude) {

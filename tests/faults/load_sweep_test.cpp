@@ -15,14 +15,12 @@ void* (*const volatile g_open)(const char* path, int mode) = &::dlopen;
 
 // The catalogue's files and factories, as far as a string does not hold them in itself.
 std::size_t LongTexts() {
-  const std::vector<std::string> factories = {
-      "GetBioQtRng", "GetBioX11Rng",      "GetDsdrRng",        "GetAccordRng",
-      "GetSobolRng", "GetJacartaGostRng", "GetRuTokenRng",     "GetEsmartGostRng",
-      "GetBioKbRng", "GetUnixDevRng",     "GetGrandmasterRng", "GetBioCoreRng"};
   const std::size_t inside = std::string().capacity();
   std::size_t count = 0;
-  for (const KnownKind& known : KnownKinds()) count += known.file.size() > inside;
-  for (const std::string& factory : factories) count += factory.size() > inside;
+  for (const Kind& kind : AllKinds()) {
+    count += kind.libraryFile.size() > inside;
+    count += kind.factory.size() > inside;
+  }
   return count;
 }
 

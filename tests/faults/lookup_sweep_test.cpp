@@ -18,7 +18,7 @@ const auto kStop = [](auto& library) { library.ShutDown(); };
 
 const Arrangement kEmpty{};
 const Arrangement kOne{.plugins = {"unixdev"}};
-const Arrangement kAll{.plugins = AllKinds(), .hasDisplay = true};
+const Arrangement kAll{.plugins = KindNames(), .hasDisplay = true};
 
 const std::vector<State>& States() {
   static const std::vector<State> states = {{"not started", kAll, kNothing},

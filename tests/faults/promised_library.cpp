@@ -17,28 +17,6 @@ bool IsSet(const char* text) { return text && *text; }
 
 }  // namespace
 
-const std::vector<KnownKind>& KnownKinds() {
-  static const std::vector<KnownKind> kinds = {{"bioqt", "librngbioqt.so", true},
-                                               {"unixx11", "librngbiox11.so", true},
-                                               {"dsdr", "librngdsdr.so", false},
-                                               {"accord", "librngaccord.so", false},
-                                               {"sobol", "librngsobol.so", false},
-                                               {"JacartaGost", "librngjacartagost.so", false},
-                                               {"Rutoken", "librngrutoken.so", false},
-                                               {"EsmartGost", "librngesmartgost.so", false},
-                                               {"biokbd", "librngbiokb.so", false},
-                                               {"unixdev", "librngunixdev.so", false},
-                                               {"grandmaster", "librnggrandmaster.so", false},
-                                               {"biocore", "librngbiocore.so", false}};
-  return kinds;
-}
-
-std::vector<std::string> AllKinds() {
-  std::vector<std::string> kinds;
-  for (const KnownKind& known : KnownKinds()) kinds.push_back(known.kind);
-  return kinds;
-}
-
 PromisedLibrary::PromisedLibrary(const Arrangement& world) : arrangement(world) {
   const std::string profile = TreePath("etc/rng.ini");
   for (const std::string& path : {TreePath("etc"), std::string(RNG_SETTINGS_DIR)}) {
@@ -81,13 +59,6 @@ void PromisedLibrary::CloseLibrary(const std::string& who, const std::string& fi
   if (--holders[file] == 0) Log(who, "closed");
 }
 
-const std::string& PromisedLibrary::FileOf(const std::string& kind) const {
-  const auto& kinds = KnownKinds();
-  return std::find_if(kinds.begin(), kinds.end(),
-                      [&](const auto& known) { return known.kind == kind; })
-      ->file;
-}
-
 // --- Start and stop
 
 // A lookup counts as failed when dlerror says so.
@@ -114,33 +85,34 @@ bool PromisedLibrary::Probe() {
   return true;
 }
 
-void PromisedLibrary::Load(const KnownKind& row) {
+void PromisedLibrary::Load(const Kind& row) {
   const auto& plugins = arrangement.plugins;
-  if (row.file.size() > std::string().capacity()) Allocate();  // the row's own copy of the name
+  if (row.libraryFile.size() > std::string().capacity())
+    Allocate();  // the row's own copy of the name
   const bool hasDisplay = Probe();
   if (row.needsDisplay && !hasDisplay) return;
   if (Strikes("dlopen")) return;
-  if (std::find(plugins.begin(), plugins.end(), row.kind) == plugins.end()) return;
-  OpenLibrary(row.kind, row.file);
-  if (Strikes("dlsym")) return CloseLibrary(row.kind, row.file);
-  Log(row.kind, "factory");
-  if (arrangement.givesNull.count(row.kind)) return CloseLibrary(row.kind, row.file);
-  Log(row.kind, "SetSettings");
-  Log(row.kind, "IsAvailable");
-  if (arrangement.unavailable.count(row.kind)) {
-    Log(row.kind, "Release");
-    return CloseLibrary(row.kind, row.file);
+  if (std::find(plugins.begin(), plugins.end(), row.name) == plugins.end()) return;
+  OpenLibrary(row.name, row.libraryFile);
+  if (Strikes("dlsym")) return CloseLibrary(row.name, row.libraryFile);
+  Log(row.name, "factory");
+  if (arrangement.givesNull.count(row.name)) return CloseLibrary(row.name, row.libraryFile);
+  Log(row.name, "SetSettings");
+  Log(row.name, "IsAvailable");
+  if (arrangement.unavailable.count(row.name)) {
+    Log(row.name, "Release");
+    return CloseLibrary(row.name, row.libraryFile);
   }
   // When the list cannot grow, the library stays open.
   if (listed.size() == listed.capacity()) Allocate();
-  listed.push_back(row.kind);
+  listed.push_back(row.name);
 }
 
 void PromisedLibrary::Initialize(IRngSettings* newSettings) {
   Lock();
   if (++count != 1) return;
   settings = newSettings;
-  for (const KnownKind& row : KnownKinds()) Load(row);
+  for (const Kind& row : AllKinds()) Load(row);
 }
 
 void PromisedLibrary::ShutDown() {
@@ -148,14 +120,14 @@ void PromisedLibrary::ShutDown() {
   if (--count != 0) return;
   for (const std::string& kind : listed) {
     Log(kind, "Release");
-    CloseLibrary(kind, FileOf(kind));
+    CloseLibrary(kind, LibraryFileOf(kind));
   }
   listed.clear();
 }
 
 void PromisedLibrary::Close() {
   isLoaded = false;
-  for (const std::string& kind : listed) CloseLibrary(kind, FileOf(kind));
+  for (const std::string& kind : listed) CloseLibrary(kind, LibraryFileOf(kind));
   listed.clear();
 }
 

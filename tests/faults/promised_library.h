@@ -2,6 +2,7 @@
 #define TESTS_FAULTS_PROMISED_LIBRARY_H
 
 #include "tests/faults/fault_plan.h"
+#include "tests/support/kinds.h"
 
 #include <cstdint>
 #include <map>
@@ -21,14 +22,6 @@ struct Arrangement {
   std::optional<std::string> profile = {};  ///< of rng.ini; without it its folder is missing, too
   bool isUnwritable = false;                ///< the temporary file cannot be created
 };
-
-struct KnownKind {
-  std::string kind;
-  std::string file;
-  bool needsDisplay;
-};
-const std::vector<KnownKind>& KnownKinds();  ///< in catalogue order
-std::vector<std::string> AllKinds();
 
 /// The folders of `path`, outermost first, without the path itself.
 std::vector<std::string> FoldersOf(const std::string& path);
@@ -108,8 +101,7 @@ class PromisedLibrary {
   void CloseLibrary(const std::string& who, const std::string& file);
   bool FindInX11();
   bool Probe();
-  void Load(const KnownKind& row);
-  const std::string& FileOf(const std::string& kind) const;
+  void Load(const Kind& row);
 
   std::optional<std::string> LookUp(int id);
   std::string SettingsFile();

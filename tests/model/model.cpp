@@ -1,5 +1,7 @@
 #include "tests/model/model.h"
 
+#include "tests/support/kinds.h"
+
 namespace {
 
 constexpr char kUntouched = '\x5A';
@@ -37,7 +39,7 @@ std::string ToHex(const std::string& bytes) {
 }
 
 Model::Model(std::string wrong) : mistake(std::move(wrong)) {
-  for (const std::string& kind : kKinds) plugins[kind].name = kind;
+  for (const std::string& kind : KindNames()) plugins[kind].name = kind;
   hosts["A"];
   hosts["B"];
   Forget();

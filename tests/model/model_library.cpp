@@ -1,5 +1,6 @@
 #include "tests/model/model.h"
 #include "tests/model/profile_text.h"
+#include "tests/support/kinds.h"
 
 #include <cstdlib>
 
@@ -8,7 +9,6 @@ namespace {
 constexpr char kTypeKey[] = "RandomNumberGeneratorType";
 constexpr char kIdKey[] = "RandomNumberGeneratorHardwareID";
 
-bool NeedsDisplay(const std::string& kind) { return kind == "bioqt" || kind == "unixx11"; }
 bool IsTooLong(const std::optional<std::string>& text) { return text && text->size() > 17; }
 std::string Padded(std::string text) {
   text.resize(kFieldSize);
@@ -24,7 +24,7 @@ void Model::Initialize(const std::string& settings) {
   if (++count != 1) return;
   current = settings;
   try {
-    for (const std::string& kind : kKinds) LoadRow(kind, settings);
+    for (const std::string& kind : KindNames()) LoadRow(kind, settings);
   } catch (const Thrown&) {
     if (mistake == "count of a failed start falls back") --count;
     throw;
@@ -32,7 +32,7 @@ void Model::Initialize(const std::string& settings) {
 }
 
 void Model::LoadRow(const std::string& kind, const std::string& settings) {
-  if (!ProbeDisplay() && NeedsDisplay(kind)) return;
+  if (!ProbeDisplay() && KindOfName(kind).needsDisplay) return;
   if (!Open(kind)) return;
   const Plugin& plugin = plugins[kind];
   if (plugin.openedFile == "no_factory") return Close(kind);

@@ -1,6 +1,7 @@
 #include "tests/model/real.h"
 
 #include "tests/support/fakes.h"
+#include "tests/support/kinds.h"
 #include "tests/support/tree.h"
 
 #include <algorithm>
@@ -103,7 +104,7 @@ void HostSettings::Note(const char* what, const char* text) {
 // --- What the fakes do
 
 Real::Real() {
-  for (const std::string& kind : kKinds) {
+  for (const std::string& kind : KindNames()) {
     Put("fake_plugins", "missing", LibraryFileOf(kind));
     Fake(kind) = FakeRng{};
     Fake(kind).name = kind;
@@ -121,7 +122,7 @@ Real::Real() {
 
 Real::~Real() {
   library.reset();
-  for (const std::string& kind : kKinds) Fake(kind).hooks.clear();
+  for (const std::string& kind : KindNames()) Fake(kind).hooks.clear();
   for (const char* const host : {"A", "B"}) Fake(host).hooks.clear();
 }
 
@@ -216,7 +217,7 @@ Outcome Real::Observe(Function function) {
   } catch (const std::exception& thrown) {
     result = std::string("threw ") + thrown.what();
   }
-  for (const std::string& kind : kKinds) {
+  for (const std::string& kind : KindNames()) {
     if (Fake(kind).provider) providers[kind] = Fake(kind).provider;
   }
   const std::string trace = CallLog();

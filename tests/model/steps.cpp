@@ -1,15 +1,13 @@
 #include "tests/model/steps.h"
 
+#include "tests/support/kinds.h"
+
 #include <cctype>
 #include <cstdio>
 #include <map>
 #include <random>
 #include <sstream>
 #include <stdexcept>
-
-const std::vector<std::string> kKinds = {"bioqt",  "unixx11",     "dsdr",        "accord",
-                                         "sobol",  "JacartaGost", "Rutoken",     "EsmartGost",
-                                         "biokbd", "unixdev",     "grandmaster", "biocore"};
 
 namespace {
 
@@ -31,6 +29,8 @@ const std::map<std::string, Shape> kShapes = {
     {"get_id", {1, true}},       {"set_id", {2, true}},      {"dsdr_path", {1, true}}};
 
 using Words = std::vector<std::string>;
+
+const Words kKinds = KindNames();
 
 // Most texts are names that mean something; the others are of critical lengths or odd in a file.
 const Words kNames = {"bio",

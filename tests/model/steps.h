@@ -44,6 +44,4 @@ std::string EncodeText(const std::optional<std::string>& text);
 std::optional<std::string> DecodeText(const std::string& word);
 std::uint32_t DecodeMask(const std::string& word);
 
-extern const std::vector<std::string> kKinds;  ///< in the order in which they are loaded
-
 #endif

@@ -2,30 +2,23 @@
 
 #include "tests/support/aggregator_library.h"
 #include "tests/support/allocation.h"
+#include "tests/support/kinds.h"
 
 #include <gmock/gmock.h>
-#include <map>
 #include <new>
 #include <ostream>
 
-using testing::ElementsAre;
 using testing::FieldsAre;
 
 TEST(Catalogue, HasExactlyTheseRowsInThisOrder) {
-  EXPECT_THAT(
-      BuildProviderCatalogue(),
-      ElementsAre(FieldsAre("bioqt", "librngbioqt.so", "GetBioQtRng", true),
-                  FieldsAre("unixx11", "librngbiox11.so", "GetBioX11Rng", true),
-                  FieldsAre("dsdr", "librngdsdr.so", "GetDsdrRng", false),
-                  FieldsAre("accord", "librngaccord.so", "GetAccordRng", false),
-                  FieldsAre("sobol", "librngsobol.so", "GetSobolRng", false),
-                  FieldsAre("JacartaGost", "librngjacartagost.so", "GetJacartaGostRng", false),
-                  FieldsAre("Rutoken", "librngrutoken.so", "GetRuTokenRng", false),
-                  FieldsAre("EsmartGost", "librngesmartgost.so", "GetEsmartGostRng", false),
-                  FieldsAre("biokbd", "librngbiokb.so", "GetBioKbRng", false),
-                  FieldsAre("unixdev", "librngunixdev.so", "GetUnixDevRng", false),
-                  FieldsAre("grandmaster", "librnggrandmaster.so", "GetGrandmasterRng", false),
-                  FieldsAre("biocore", "librngbiocore.so", "GetBioCoreRng", false)));
+  const ProviderCatalogue catalogue = BuildProviderCatalogue();
+  ASSERT_EQ(12U, AllKinds().size());
+  ASSERT_EQ(AllKinds().size(), catalogue.size());
+  for (std::size_t row = 0; row < catalogue.size(); ++row) {
+    const Kind& kind = AllKinds()[row];
+    EXPECT_THAT(catalogue[row],
+                FieldsAre(kind.name, kind.libraryFile, kind.factory, kind.needsDisplay));
+  }
 }
 
 TEST(Catalogue, HasNoRowForBio) {
@@ -59,13 +52,20 @@ TEST_P(CatalogueName, IsACopyThatALaterChangeDoesNotReach) {
   EXPECT_EQ("renamed", catalogue[GetParam().row].name);
 }
 
-INSTANTIATE_TEST_SUITE_P(Row, CatalogueName,
-                         testing::Values(RowName{0, &rngBioQt}, RowName{1, &rngBioX11},
-                                         RowName{2, &rngDsdr}, RowName{3, &rngAccord},
-                                         RowName{4, &rngSobol}, RowName{5, &rngJacartaGost},
-                                         RowName{6, &rngRuToken}, RowName{7, &rngEsmartGost},
-                                         RowName{8, &rngBioKb}, RowName{9, &rngUnixDev},
-                                         RowName{10, &rngGrandmaster}, RowName{11, &rngBioCore}),
+namespace {
+
+std::vector<RowName> AllRowNames() {
+  std::vector<RowName> rows;
+#define KIND(name, libraryFile, factory, variable, needsDisplay) \
+  rows.push_back({rows.size(), &variable});
+#include "tests/support/kinds.def"
+#undef KIND
+  return rows;
+}
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(Row, CatalogueName, testing::ValuesIn(AllRowNames()),
                          [](const auto& instance) { return std::to_string(instance.param.row); });
 
 TEST(Catalogue, FailedAllocationAnywhereDestroysWhatWasBuilt) {
@@ -86,21 +86,9 @@ TEST(Catalogue, FailedAllocationAnywhereDestroysWhatWasBuilt) {
 }
 
 TEST(NameVariables, HaveTheirExactValuesInTheLibrary) {
-  const std::map<std::string, std::string> values = {{"rngBioCore", "biocore"},
-                                                     {"rngBioX11", "unixx11"},
-                                                     {"rngUnixDev", "unixdev"},
-                                                     {"rngBioKb", "biokbd"},
-                                                     {"rngGrandmaster", "grandmaster"},
-                                                     {"rngDsdr", "dsdr"},
-                                                     {"rngEsmartGost", "EsmartGost"},
-                                                     {"rngRuToken", "Rutoken"},
-                                                     {"rngJacartaGost", "JacartaGost"},
-                                                     {"rngSobol", "sobol"},
-                                                     {"rngAccord", "accord"},
-                                                     {"rngBioQt", "bioqt"},
-                                                     {"rngBioWin", "bio"}};
   const AggregatorLibrary library;
-  for (const auto& [variable, value] : values) {
-    EXPECT_EQ(value, library.NameVariable(variable)) << variable;
+  for (const Kind& kind : AllKinds()) {
+    EXPECT_EQ(kind.name, library.NameVariable(kind.variable)) << kind.variable;
   }
+  EXPECT_STREQ("bio", library.NameVariable("rngBioWin"));
 }

@@ -1,27 +1,15 @@
 #include "tests/support/tree.h"
 
+#include "tests/support/kinds.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <sstream>
 
 namespace {
 
 namespace fs = std::filesystem;
-
-const std::map<std::string, std::string> kLibraryFiles = {{"bioqt", "librngbioqt.so"},
-                                                          {"unixx11", "librngbiox11.so"},
-                                                          {"dsdr", "librngdsdr.so"},
-                                                          {"accord", "librngaccord.so"},
-                                                          {"sobol", "librngsobol.so"},
-                                                          {"JacartaGost", "librngjacartagost.so"},
-                                                          {"Rutoken", "librngrutoken.so"},
-                                                          {"EsmartGost", "librngesmartgost.so"},
-                                                          {"biokbd", "librngbiokb.so"},
-                                                          {"unixdev", "librngunixdev.so"},
-                                                          {"grandmaster", "librnggrandmaster.so"},
-                                                          {"biocore", "librngbiocore.so"}};
 
 void Install(const fs::path& file, const std::string& name) {
   const fs::path target = TreePath("lib/" + name);
@@ -48,7 +36,7 @@ void LayOutTree() {
   InstallKnownPath("whole");
 }
 
-const std::string& LibraryFileOf(const std::string& kind) { return kLibraryFiles.at(kind); }
+const std::string& LibraryFileOf(const std::string& kind) { return KindOfName(kind).libraryFile; }
 
 void InstallPlugin(const std::string& kind, const std::string& variant) {
   if (std::getenv("RNG_TEST_WITHOUT_PLUGINS")) return;  // a suite that passes then tests nothing
@@ -61,7 +49,7 @@ void InstallPlugins(std::initializer_list<std::string> kinds) {
 }
 
 void InstallAllPlugins(const std::string& variant) {
-  for (const auto& [kind, file] : kLibraryFiles) InstallPlugin(kind, variant);
+  for (const Kind& kind : AllKinds()) InstallPlugin(kind.name, variant);
 }
 
 void InstallX11(const std::string& variant) {

@@ -3,6 +3,7 @@
 
 #include "tests/support/aggregator_library.h"
 #include "tests/support/all_bits.h"
+#include "tests/support/kinds.h"
 #include "tests/support/tree.h"
 #include "tests/threads/released_together.h"
 
@@ -19,9 +20,7 @@ namespace {
 constexpr int kThreads = 8;
 constexpr int kRounds = 200;
 
-const std::vector<std::string> kKinds = {"bioqt",  "unixx11",     "dsdr",        "accord",
-                                         "sobol",  "JacartaGost", "Rutoken",     "EsmartGost",
-                                         "biokbd", "unixdev",     "grandmaster", "biocore"};
+const std::vector<std::string> kKinds = KindNames();
 
 // Settings that may be used from any thread: each value is one of three fixed texts.
 class SharedSettings final : public IRngSettings {

@@ -1,4 +1,5 @@
 #include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/kinds.h"
 #include "tests/support/tree.h"
 
 #include <gmock/gmock.h>
@@ -107,9 +108,7 @@ TEST_F(Doctor, APluginThatSpoilsItsRowSpoilsNoOther) {
     kinds.push_back(row.at("kind"));
     verdicts.push_back(row.at("verdict"));
   }
-  EXPECT_THAT(kinds,
-              ElementsAre("bioqt", "unixx11", "dsdr", "accord", "sobol", "JacartaGost", "Rutoken",
-                          "EsmartGost", "biokbd", "unixdev", "grandmaster", "biocore"));
+  EXPECT_EQ(KindNames(), kinds);
   EXPECT_THAT(verdicts,
               ElementsAre("loaded", "cannot-be-opened", "threw", "ended-the-process", "no-answer",
                           "factory-gave-nothing", "not-available", "nameless", "cannot-be-opened",
