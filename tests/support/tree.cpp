@@ -38,10 +38,13 @@ void LayOutTree() {
 
 const std::string& LibraryFileOf(const std::string& kind) { return KindOfName(kind).libraryFile; }
 
+std::string FakePlugin(const std::string& kind, const std::string& variant) {
+  return FAKES_DIR "/fake_plugins/" + variant + "/" + LibraryFileOf(kind);
+}
+
 void InstallPlugin(const std::string& kind, const std::string& variant) {
   if (std::getenv("RNG_TEST_WITHOUT_PLUGINS")) return;  // a suite that passes then tests nothing
-  const std::string& file = LibraryFileOf(kind);
-  Install(fs::path(FAKES_DIR) / "fake_plugins" / variant / file, file);
+  Install(FakePlugin(kind, variant), LibraryFileOf(kind));
 }
 
 void InstallPlugins(std::initializer_list<std::string> kinds) {

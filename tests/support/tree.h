@@ -16,6 +16,9 @@ void LayOutTree();
 /// The file name of a kind's plug-in, from a table of the tests' own.
 const std::string& LibraryFileOf(const std::string& kind);
 
+/// A fake plug-in of a kind, where it was built.
+std::string FakePlugin(const std::string& kind, const std::string& variant);
+
 /// Puts a fake plug-in of a kind where the library finds it.
 void InstallPlugin(const std::string& kind, const std::string& variant = "scripted");
 void InstallPlugins(std::initializer_list<std::string> kinds);

@@ -1,6 +1,6 @@
 // Calls a function of a library that rngctl is linked with, and it itself is not.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 extern "C" unsigned elf_version(unsigned version);
 

@@ -1,6 +1,6 @@
 // Starts the aggregator when asked whether it is available.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <rngaggregator/aggregator.h>
 

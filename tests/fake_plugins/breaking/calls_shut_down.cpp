@@ -1,6 +1,6 @@
 // Stops the aggregator when it is released.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <rngaggregator/aggregator.h>
 

@@ -1,6 +1,6 @@
 // Leaves what it had when a draw is cancelled.
 
-#include "tests/fake_plugins/breaking/waiting_rng.h"
+#include "tests/fake_plugins/waiting_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // A draw that is cancelled pretends to be drawn.
 
-#include "tests/fake_plugins/breaking/waiting_rng.h"
+#include "tests/fake_plugins/waiting_rng.h"
 
 namespace {
 

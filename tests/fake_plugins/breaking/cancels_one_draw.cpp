@@ -1,6 +1,6 @@
 // Cancel ends one of the draws that wait.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <atomic>
 #include <semaphore>

@@ -1,6 +1,6 @@
 // Closes a file that it has never opened.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <unistd.h>
 

@@ -1,5 +1,5 @@
-// Breaks nothing.
+// Breaks nothing. It takes no lock, allocates nothing and keeps no log.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 EXPORT_RNG(CorrectRng)

@@ -1,6 +1,6 @@
 // Breaks nothing; its description tells how often it was asked for.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <atomic>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // Answers with an error number instead of a size.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

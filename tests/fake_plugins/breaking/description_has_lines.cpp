@@ -1,6 +1,6 @@
 // Describes itself at length.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

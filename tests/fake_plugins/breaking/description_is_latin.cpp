@@ -1,6 +1,6 @@
 // Describes itself in another encoding than UTF-8.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Breaks nothing; its draws take long, and one after the other: what came first is the last.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <atomic>
 #include <mutex>

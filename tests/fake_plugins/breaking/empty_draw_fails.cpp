@@ -1,6 +1,6 @@
 // Takes a draw of nothing for a mistake.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

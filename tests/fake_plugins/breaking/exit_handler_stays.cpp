@@ -1,6 +1,6 @@
 // Leaves a handler to the end of the process.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

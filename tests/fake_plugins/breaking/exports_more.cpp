@@ -1,6 +1,6 @@
 // Shows a function besides its factory.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 extern "C" __attribute__((visibility("default"))) int AnotherFunction() { return 0; }
 

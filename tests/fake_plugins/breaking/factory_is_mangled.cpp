@@ -1,6 +1,6 @@
 // Its factory has a name of C++.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 __attribute__((visibility("default"))) IRngProvider* FACTORY() {
   static CorrectRng provider;

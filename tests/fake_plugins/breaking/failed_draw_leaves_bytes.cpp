@@ -1,6 +1,6 @@
 // Every second draw fails, and leaves what it had.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

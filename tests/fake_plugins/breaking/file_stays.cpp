@@ -1,6 +1,6 @@
 // Leaves a file open.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <fcntl.h>
 

@@ -1,6 +1,6 @@
 // Takes from its source what that gives at once, and no more.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // Has other capabilities at every call.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

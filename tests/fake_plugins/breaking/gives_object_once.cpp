@@ -1,6 +1,6 @@
 // Gives an object once in a process.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

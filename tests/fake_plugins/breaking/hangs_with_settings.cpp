@@ -1,6 +1,6 @@
 // Waits for what the settings name.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 // Has a device with an identifier of 18 characters.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

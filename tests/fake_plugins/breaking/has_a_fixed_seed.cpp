@@ -1,6 +1,6 @@
 // Draws the same sequence at every start.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <mutex>
 #include <random>

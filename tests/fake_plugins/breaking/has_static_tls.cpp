@@ -1,6 +1,6 @@
 // Wants thread storage that must be there from the start.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Shows a variable of an inline function, which the process has only once.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 __attribute__((visibility("default"))) inline int& Uses() {
   static int uses;

@@ -1,6 +1,6 @@
 // Its draws wait for ever.
 
-#include "tests/fake_plugins/breaking/waiting_rng.h"
+#include "tests/fake_plugins/waiting_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Forgets some memory in each draw.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

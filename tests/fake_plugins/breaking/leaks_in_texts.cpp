@@ -1,6 +1,6 @@
 // Forgets a copy of its description each time.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Forgets a block of memory each time.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Reports another name when asked the second time.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Crashes when asked for its name.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <csignal>
 

@@ -1,6 +1,6 @@
 // Ends the process when asked for its name.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

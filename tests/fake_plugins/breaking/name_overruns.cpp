@@ -1,6 +1,6 @@
 // Writes one byte more than it asked for.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

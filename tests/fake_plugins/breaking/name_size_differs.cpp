@@ -1,6 +1,6 @@
 // Counts the terminator only for the caller who wants the size.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

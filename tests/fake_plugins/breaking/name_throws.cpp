@@ -1,6 +1,6 @@
 // Throws when asked for its name, and nothing that tells why.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Takes it for granted that there are settings.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

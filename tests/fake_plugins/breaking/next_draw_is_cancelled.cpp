@@ -1,6 +1,6 @@
 // A Cancel that finds no draw ends the next one.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

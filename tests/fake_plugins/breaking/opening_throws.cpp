@@ -1,6 +1,6 @@
 // Its static constructor throws.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <stdexcept>
 

@@ -1,6 +1,6 @@
 // Prints when it draws.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 // Refuses draws that are too large for it, and does not clear their buffers.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

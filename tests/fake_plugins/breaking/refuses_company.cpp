@@ -1,6 +1,6 @@
 // Refuses a draw while another is under way.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <atomic>
 #include <unistd.h>

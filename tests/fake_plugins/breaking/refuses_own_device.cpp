@@ -1,6 +1,6 @@
 // Names its device, and does not know it by that.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Throws when it is released.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <stdexcept>
 

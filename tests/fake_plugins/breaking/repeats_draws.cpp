@@ -1,6 +1,6 @@
 // Starts anew for every draw.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

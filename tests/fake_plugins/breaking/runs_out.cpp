@@ -1,6 +1,6 @@
 // Breaks nothing; it has so many bytes and no more.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <atomic>
 

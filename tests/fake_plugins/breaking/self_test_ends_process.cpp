@@ -1,6 +1,6 @@
 // Its self-test calls a function that nothing defines.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 bool FindTester();
 

@@ -1,6 +1,6 @@
 // Is available, and finds itself broken.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

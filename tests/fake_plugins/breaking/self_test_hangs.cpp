@@ -1,6 +1,6 @@
 // Its self-test waits for a device that does not answer.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <unistd.h>
 

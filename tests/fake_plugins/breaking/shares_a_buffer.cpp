@@ -1,6 +1,6 @@
 // Puts its texts together in memory that the calls share.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <unistd.h>
 

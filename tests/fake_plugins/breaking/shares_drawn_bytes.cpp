@@ -1,6 +1,6 @@
 // Gives callers at the same time the same bytes.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <unistd.h>
 

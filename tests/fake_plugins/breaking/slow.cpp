@@ -1,6 +1,6 @@
 // Breaks nothing; its draws take long, but wait for nobody.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <unistd.h>
 

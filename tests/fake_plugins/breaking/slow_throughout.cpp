@@ -1,7 +1,7 @@
 // Breaks nothing; its draws of a kilobyte take their time, and so does what the library calls when it
 // is used again.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <unistd.h>
 

@@ -1,6 +1,6 @@
 // Its thread is a static object, which the end of a process destroys while it runs.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <condition_variable>
 #include <mutex>

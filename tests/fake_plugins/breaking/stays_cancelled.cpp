@@ -1,6 +1,6 @@
 // After a Cancel no draw succeeds any more.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Breaks nothing; has a thread, a file and handlers, and Release takes them all back.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <condition_variable>
 #include <csignal>

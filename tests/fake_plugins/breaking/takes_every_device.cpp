@@ -1,6 +1,6 @@
 // Takes devices that it does not have.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 

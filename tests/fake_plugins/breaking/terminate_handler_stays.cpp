@@ -1,6 +1,6 @@
 // Leaves its handler to the end by an exception.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <exception>
 

@@ -1,6 +1,6 @@
 // Has an object for each thread, which holds the library until the thread ends.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // Leaves a thread behind. It runs the C library's code alone: with the plug-in's own it would crash in
 // whichever check closes the plug-in first.
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <dlfcn.h>
 #include <pthread.h>

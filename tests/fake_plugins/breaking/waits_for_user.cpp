@@ -1,5 +1,5 @@
 // Breaks nothing; its draws wait for a user.
 
-#include "tests/fake_plugins/breaking/waiting_rng.h"
+#include "tests/fake_plugins/waiting_rng.h"
 
 EXPORT_RNG(WaitingRng)

@@ -1,6 +1,6 @@
 // After a Cancel no draw waits any more.
 
-#include "tests/fake_plugins/breaking/waiting_rng.h"
+#include "tests/fake_plugins/waiting_rng.h"
 
 #include <atomic>
 

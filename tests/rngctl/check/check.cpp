@@ -7,7 +7,7 @@
 Result Check(const std::string& arguments) { return RunShell(RNGCTL " check " + arguments); }
 
 std::string Breaking(const std::string& variant) {
-  return BREAKING_DIR "/" + variant + "/librngdsdr.so";
+  return FakePlugin("dsdr", "breaking/" + variant);
 }
 
 json Report(const std::string& arguments) {

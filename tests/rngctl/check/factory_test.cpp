@@ -48,7 +48,7 @@ TEST(Check, AFactoryInCppIsSeenByItsMangledName) {
 }
 
 TEST(Check, ALibraryBesideThePluginNeedsARunPath) {
-  const json report = Report(BREAKING_DIR "/../missing_dependency/librngbiokb.so");
+  const json report = Report(FakePlugin("biokbd", "missing_dependency"));
   EXPECT_EQ("opens", Failed(report));
   EXPECT_THAT(Seen(report, "opens"), HasSubstr("libabsent_device.so: cannot open"));
   EXPECT_THAT(Find(report, "opens").at("mend"),

@@ -29,7 +29,7 @@ const std::string kNoSuchFile =
 
 // An ELF file, of which the loader reads no more than its head.
 void WriteForeignLibrary(const std::string& file) {
-  fs::copy_file(FAKES_DIR "/stub/librngdsdr.so", file);
+  fs::copy_file(FakePlugin("dsdr", "stub"), file);
   std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
   stream.seekp(offsetof(Elf64_Ehdr, e_machine));
   stream.put(static_cast<char>(EM_AARCH64));
@@ -47,7 +47,7 @@ TEST_F(Doctor, PassesOverAFileForAnotherMachineAsTheLoaderDoes) {
   EXPECT_THAT(Text(alone.at("mend")), HasSubstr("See that " + foreign));
 
   fs::create_directory(TreePath("other"));
-  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("other"));
+  fs::copy(FakePlugin("dsdr", "stub"), TreePath("other"));
   const json second = ExamineKind("dsdr", "LD_LIBRARY_PATH=" + TreePath("other"));
   EXPECT_EQ("loaded", second.at("verdict"));
   EXPECT_EQ(TreePath("other/librngdsdr.so"), second.at("file"));
@@ -69,7 +69,7 @@ TEST_F(Doctor, APipeInAPluginsPlaceIsWaitedForNoLongerThanAPlugin) {
 
 TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
   const std::string file = TreePath("lib/librngdsdr.so");
-  fs::copy(FAKES_DIR "/stub/librngdsdr.so", file);
+  fs::copy(FakePlugin("dsdr", "stub"), file);
   fs::resize_file(file, 4096);
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("crashed with signal 7 (Bus error) while it was opened", row.at("summary"));
@@ -78,13 +78,13 @@ TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
   // Within its head: the loader passes over no such file.
   fs::resize_file(file, 10);
   fs::create_directory(TreePath("other"));
-  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("other"));
+  fs::copy(FakePlugin("dsdr", "stub"), TreePath("other"));
   EXPECT_EQ("cannot be opened: " + file + ": file too short",
             ExamineKind("dsdr", "LD_LIBRARY_PATH=" + TreePath("other")).at("summary"));
 }
 
 TEST_F(Doctor, ShowsFilesThatLookLikePluginsAndAreOfNoKind) {
-  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("lib/librngDsdr.so"));
+  fs::copy(FakePlugin("dsdr", "stub"), TreePath("lib/librngDsdr.so"));
   const json report = Examine("");
   EXPECT_EQ(json({TreePath("lib/librngDsdr.so")}), report.at("strays"));
   EXPECT_EQ("not-installed", RowOf(report, "dsdr").at("verdict"));

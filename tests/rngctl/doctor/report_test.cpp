@@ -47,7 +47,7 @@ TEST_F(Doctor, PrintsNoControlCharacters) {
 
 TEST_F(Doctor, CountsLettersNotBytes) {
   fs::create_directory(TreePath("f\u00FCnf"));
-  fs::copy(FAKES_DIR "/stub/librngdsdr.so", TreePath("f\u00FCnf"));
+  fs::copy(FakePlugin("dsdr", "stub"), TreePath("f\u00FCnf"));
   const std::string blanks(TreePath("f\u00FCnf/librngdsdr.so").size() - 1, ' ');
   EXPECT_THAT(
       RunShell("LD_LIBRARY_PATH=" + TreePath("f\u00FCnf") + " " + Rngctl() + " doctor").output,

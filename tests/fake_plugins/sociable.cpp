@@ -1,20 +1,20 @@
 // Asks the library for another generator when it is asked whether it is available: one kind is so only
 // where that is there, another kind only where it is not.
 
-#include "tests/fake_plugins/simple_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <rngaggregator/aggregator.h>
 
 namespace {
 
-class SociableRng final : public SimpleRng {
+class SociableRng final : public CorrectRng {
  public:
   bool IsAvailable() override {
     const bool isAlone = GetRng("bioqt") == nullptr;
     return IsInitialized() && isAlone == (std::strcmp(KIND, "sobol") == 0);
   }
-} g_provider;
+};
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) IRngProvider* FACTORY() { return &g_provider; }
+EXPORT_RNG(SociableRng)

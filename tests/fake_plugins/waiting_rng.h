@@ -1,7 +1,7 @@
-#ifndef TESTS_FAKE_PLUGINS_BREAKING_WAITING_RNG_H
-#define TESTS_FAKE_PLUGINS_BREAKING_WAITING_RNG_H
+#ifndef TESTS_FAKE_PLUGINS_WAITING_RNG_H
+#define TESTS_FAKE_PLUGINS_WAITING_RNG_H
 
-#include "tests/fake_plugins/breaking/correct_rng.h"
+#include "tests/fake_plugins/correct_rng.h"
 
 #include <condition_variable>
 #include <mutex>
