@@ -12,8 +12,8 @@ struct Result {
   int signal = 0;  ///< the one that ended it
 };
 
-/// Runs a command of the shell, without input, and waits for it. It shows a signal that ends one of the
-/// command's own processes as a status above 128, unless the command is "exec PROGRAM ...".
+/// Runs a command of the shell, without input, and waits for it. The shell may turn a signal that ends
+/// a program into a status above 128; with "exec PROGRAM" it is seen as a signal.
 Result RunShell(const std::string& command);
 
 /// Does `work` in a copy of this process, without input, and waits for it. The copy ends with the
