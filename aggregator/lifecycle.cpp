@@ -23,7 +23,7 @@ void EndProvider(RngInfoEx& info) {
 
 void Initialize(IRngSettings* settings) {
   const Guard guard(g_state.lock);
-  if (++g_startCount != 1) return;
+  if (ChangeStartCount(+1) != 1) return;
   g_currentSettings = settings;
   for (const ProviderCatalogueEntry& row : g_state.catalogue) {
     LoadProvider(row, settings, g_state.providers);
@@ -32,9 +32,9 @@ void Initialize(IRngSettings* settings) {
 
 void ShutDown() {
   const Guard guard(g_state.lock);
-  if (--g_startCount != 0) return;  // may become negative: a debt that Initialize pays back
+  if (ChangeStartCount(-1) != 0) return;  // may become negative: later starts pay the debt
   for (RngInfoEx& info : g_state.providers) EndProvider(info);
   g_state.providers.clear();
 }
 
-bool IsInitialized() { return g_startCount > 0; }
+bool IsInitialized() { return GetStartCount() > 0; }

@@ -2,25 +2,20 @@
 
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 #include <rngaggregator/aggregator.h>
 
 namespace {
 
-// Whether `provider` now reports `name`. One that reports none answers to the empty name.
-bool ReportsName(IRngProvider* provider, const char* name) {
+// Whether `provider` now reports `name`. A provider without a name answers to the empty one.
+bool ReportsName(IRngProvider* provider, std::string_view name) {
   const std::int32_t size = provider ? provider->GetName(nullptr) : 0;
-  if (size == 0) return !*name;
-  // A negative size is refused by the allocation. One call zeroes the buffer, without make_unique's
-  // test for an empty one.
-  const std::size_t length = static_cast<std::size_t>(size);
-  const auto buffer = std::make_unique_for_overwrite<char[]>(length);
-  std::memset(buffer.get(), 0, length);
-  if (provider->GetName(buffer.get()) != size) return !*name;
-  // Without a terminator the text ends with the buffer, and a longer name is another one. Most names
-  // differ in their first byte already: looking at it here spares a call for each of them.
-  return *name == buffer[0] && std::strncmp(name, buffer.get(), length) == 0 &&
-         std::strlen(name) <= length;
+  if (size == 0) return name.empty();
+  const auto length = static_cast<std::size_t>(size);    // a negative size fails to allocate
+  const auto buffer = std::make_unique<char[]>(length);  // all zero
+  if (provider->GetName(buffer.get()) != size) return name.empty();
+  return std::string_view(buffer.get(), ::strnlen(buffer.get(), length)) == name;
 }
 
 }  // namespace
@@ -36,9 +31,10 @@ std::int32_t GetAvailableRng(IRngProvider** providers, std::uint32_t mask) {
 }
 
 IRngProvider* GetRng(const char* name) {
-  if (!IsInitialized()) return nullptr;
+  if (!IsInitialized() || g_state.providers.empty()) return nullptr;
+  const std::string_view wanted = name;
   for (const RngInfoEx& info : g_state.providers) {
-    if (ReportsName(info.provider, name)) return info.provider;
+    if (ReportsName(info.provider, wanted)) return info.provider;
   }
   return nullptr;
 }

@@ -5,6 +5,7 @@
 #include "providers/catalogue.h"
 #include "settings/default_settings.h"
 
+#include <atomic>
 #include <boost/thread/mutex.hpp>
 #include <cstdint>
 
@@ -20,7 +21,21 @@ struct ProcessState {
 extern ProcessState g_state;
 
 // Zero before the library's initialisation, and left alone by its finalisation.
-extern std::int64_t g_startCount;        // changed only under the lock; negative: a debt
+extern std::int64_t g_startCount;        // changed only by ChangeStartCount; negative: a debt
 extern IRngSettings* g_currentSettings;  // of the last start, not owned; never reset
+
+/// The number of starts not yet matched by a stop. Queries read it without the lock while a nested
+/// start or stop may change it, so both go through `std::atomic_ref`, which keeps an ordinary
+/// integer free of data races at the cost of a plain load and a plain store.
+inline std::int64_t GetStartCount() {
+  return std::atomic_ref(g_startCount).load(std::memory_order_relaxed);
+}
+
+/// Adds `step` and returns the new count. Call it under the lock: it is no read-modify-write.
+inline std::int64_t ChangeStartCount(std::int64_t step) {
+  const std::int64_t count = GetStartCount() + step;
+  std::atomic_ref(g_startCount).store(count, std::memory_order_relaxed);
+  return count;
+}
 
 #endif

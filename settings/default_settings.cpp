@@ -16,7 +16,10 @@ std::string GetDataDirectory() { return FindDataDirectory().value_or(""); }
 
 // The path of rng.ini, empty when its directory cannot be found. The separator is always added:
 // directories are taken as the service gives them.
-std::string GetSettingsFilePath() { return FindSettingsPath("/rng.ini").value_or(""); }
+std::string GetSettingsFilePath() {
+  std::optional<std::string> directory = FindSettingsDirectory();
+  return directory ? std::move(*directory) + "/rng.ini" : "";
+}
 
 // Reads the value of `key`, which lives in `last` afterwards.
 const char* ReadSetting(const char* key, std::string& last) {

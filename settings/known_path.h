@@ -3,10 +3,9 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
-/// The settings directory with `ending` behind it, say "/rng.ini", and the data directory, both asked
-/// afresh at each call. Nothing when the lookup fails.
+/// The settings directory and the data directory, looked up afresh at each call. Nothing when the lookup
+/// fails.
 ///
 /// The service that is asked is `CKP_GetPath`: the one already bound in the process, else the one
 /// in `libcrypt_known_path.so`. Where neither is there (the library is absent or cannot be opened),
@@ -15,7 +14,7 @@
 ///
 /// The library is left in the process (`RTLD_NODELETE`), since the service may keep state; this
 /// side keeps none. Directories are byte strings as the service gives them, at most 256 bytes.
-std::optional<std::string> FindSettingsPath(std::string_view ending);
+std::optional<std::string> FindSettingsDirectory();
 std::optional<std::string> FindDataDirectory();
 
 #endif

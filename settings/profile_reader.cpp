@@ -1,9 +1,8 @@
 #include "settings/profile_file.h"
+#include "settings/profile_stream.h"
 
 #include <cctype>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <strings.h>
 
 namespace {
@@ -12,23 +11,15 @@ constexpr std::size_t kBufferSize = 512;
 constexpr std::size_t kLongestHeader = kBufferSize - 1;
 constexpr int kReadLimit = 511;  // fgets takes one character less
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using ProfileFile = std::unique_ptr<std::FILE, CloseFile>;
 using Line = char[kBufferSize];
 
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-int ToLower(char c) { return std::tolower(static_cast<unsigned char>(c)); }
-
-// Reads on until a line begins with `prefix`, in any case. Without locks, since the stream is read
-// here alone; and most lines differ in their first character, which spares them a call.
+// Reads on until a line begins with `prefix`, in any case. The stream is read here alone, so nothing is
+// gained by locking it for each line.
 bool FindLine(std::FILE* file, const char* prefix, Line& line) {
   const std::size_t length = std::strlen(prefix);
-  const int first = ToLower(*prefix);
   while (::fgets_unlocked(line, kReadLimit, file)) {
-    if (length > 0 && ToLower(*line) != first) continue;
     if (::strncasecmp(line, prefix, length) == 0) return true;
   }
   return false;

@@ -1,9 +1,7 @@
-#include "settings/join.h"
 #include "settings/profile_file.h"
+#include "settings/profile_stream.h"
 
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <unistd.h>
 
@@ -13,10 +11,6 @@ constexpr char kTemporarySuffix[] = ".tmp";
 constexpr std::size_t kBufferSize = 512;
 constexpr std::size_t kLongestLine = kBufferSize - 1;
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using ProfileFile = std::unique_ptr<std::FILE, CloseFile>;
 using Line = char[kBufferSize];
 
 struct Entry {
@@ -26,12 +20,8 @@ struct Entry {
 
 void Put(std::FILE* to, const Entry& entry) { std::fprintf(to, "%s=%s\n", entry.key, entry.value); }
 
-// What stands before the line's first NUL; that gives way to the LF, so that one call writes both.
-void PutLine(std::FILE* to, Line& line) {
-  const std::size_t length = std::strlen(line);
-  line[length] = '\n';
-  std::fwrite(line, 1, length + 1, to);  // with its lock: a host's fflush(nullptr) writes it, too
-}
+// Up to the line's first NUL. With the stream's lock: a host's fflush(nullptr) writes it, too.
+void PutLine(std::FILE* to, const Line& line) { std::fprintf(to, "%s\n", line); }
 
 // Takes a line without its CRs and its LF. False at the end of the file, where what came after the
 // last LF is dropped, and at an overlong line: both end the copy.
@@ -102,7 +92,7 @@ int WriteNewFile(const char* path, const char* header, const Entry& entry) {
 
 int WriteProfileString(const char* section, const char* key, const char* value, const char* path) {
   if (!path || !key || !section) return 0;
-  const std::string temporaryPath = Join(path, kTemporarySuffix);
+  const std::string temporaryPath = std::string(path) + kTemporarySuffix;
   const Entry entry{key, value ? value : ""};
   if (std::strlen(section) + 2 > kLongestLine) return 0;
   Line header = {};

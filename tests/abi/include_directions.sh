@@ -59,8 +59,8 @@ done
 
 see '^aggregator/' '^(aggregator|providers|settings|rngaggregator)/'
 see '^providers/' '^(providers|rngaggregator)/'
-see '^settings/' '^(settings|rngaggregator)/'
-see '^settings/profile_' '^settings/(join|profile_file)[.]h$'
+see '^settings/' '^(settings|rngaggregator)/|^providers/library_handle[.]h$'
+see '^settings/profile_' '^settings/profile_(file|stream)[.]h$'
 see '^include/' '^rngaggregator/'
 see '^plugins/' '^(plugins|rngaggregator)/'
 # It tells and checks what the library does without a word: which rows there are, how one is opened.
@@ -69,7 +69,7 @@ see '^examples/' '^(examples|rngaggregator)/'
 keep '^tests/' '^tests/'
 keep '^boost/' '^aggregator/process_state[.]h$'
 # Only those that open or close libraries, or look into one.
-keep '^dlfcn[.]h$' '^(aggregator/(lifecycle|load_provider|rng_info)[.]cpp|providers/(display_probe|dll_loader)[.]cpp|settings/known_path[.]cpp|tools/rngctl/library_handle[.]h|tools/rngctl/(check_release|check_start|doctor_row|doctor_surroundings|lifecycle_calls|search_order|watched_plugin)[.]cpp|(examples|benchmarks)/.*)$'
+keep '^dlfcn[.]h$' '^(aggregator/(lifecycle|load_provider|rng_info)[.]cpp|providers/(display_probe[.]cpp|dll_loader[.]cpp|library_handle[.]h)|settings/known_path[.]cpp|tools/rngctl/library_handle[.]h|tools/rngctl/(check_release|check_start|doctor_row|doctor_surroundings|lifecycle_calls|search_order|watched_plugin)[.]cpp|(examples|benchmarks)/.*)$'
 
 # Comments may name it.
 grep -rn CKP_GetPath include aggregator providers settings plugins tools |

@@ -15,21 +15,21 @@ constexpr double kInstructionSlack = 1.05;
 constexpr CostLimit kCostLimits[] = {
     {"StartAndStopTwelve", 1.005, 6},  // copies of the file names that are longer than 15
     {"StartAndStopNone", 1.010, 6},
-    {"GetRngLast", 1.05, 0},
-    {"GetRngMissing", 1.02, 0},
+    {"GetRngLast", 1.18, 0},     // goal 1.05
+    {"GetRngMissing", 1.16, 0},  // goal 1.05
     {"GetAvailableRngCount", 1.12, 0},
     {"GetAvailableRngFill", 1.10, 0},
-    {"GetType", 1.23, 1},
-    {"GetType1000", 0.72, 1},
-    {"GetType100000", 0.71, 1},
-    {"SetType", 0.94, 4},
-    {"SetType1000", 0.44, 4},
-    {"SetType100000", 0.44, 4},
-    {"LoadAndUnload", 2.27, 9},  // goal 1.4
+    {"GetType", 1.19, 1},
+    {"GetType1000", 0.87, 1},
+    {"GetType100000", 0.87, 1},
+    {"SetType", 1.04, 5},
+    {"SetType1000", 0.73, 5},
+    {"SetType100000", 0.73, 5},
+    {"LoadAndUnload", 2.24, 9},  // goal 1.4
 };
 
-constexpr long kRelocations = 202;          // goal 120
-constexpr long kStrippedBytes = 43 * 1024;  // goal 32 KiB
+constexpr long kRelocations = 203;          // goal 120
+constexpr long kStrippedBytes = 47 * 1024;  // goal 32 KiB
 constexpr long kNeededLibraries = 3;
 constexpr long kPrivateKiB = 8;
 

@@ -48,10 +48,10 @@ Fault FindDisplayFault() {
 }
 
 // What the lookup has left in the process.
-std::string FindService(const std::optional<std::string>& file) {
+std::string FindService(const std::optional<std::string>& directory) {
   const LibraryHandle library(::dlopen("libcrypt_known_path.so", RTLD_LAZY | RTLD_NOLOAD));
   if (const link_map* const map = MapOf(library.get())) return map->l_name;
-  return file == RNG_SETTINGS_DIR "/rng.ini" ? "" : "already in the process";
+  return directory == RNG_SETTINGS_DIR ? "" : "already in the process";
 }
 
 bool MayAccess(const fs::path& path, int mode) { return ::access(path.c_str(), mode) == 0; }
@@ -101,17 +101,18 @@ void ExamineDisplay() {
 }
 
 void ExamineSettings() {
-  const std::optional<std::string> file = FindSettingsPath("/rng.ini");
-  SendReport({{"isKnown", file.has_value()}, {"service", FindService(file)}});
-  if (!file) return SendReport({{"step", "end"}});
-  const int error = MayAccess(*file, R_OK) ? 0 : errno;
+  const std::optional<std::string> directory = FindSettingsDirectory();
+  SendReport({{"isKnown", directory.has_value()}, {"service", FindService(directory)}});
+  if (!directory) return SendReport({{"step", "end"}});
+  const std::string file = *directory + "/rng.ini";
+  const int error = MayAccess(file, R_OK) ? 0 : errno;
   std::error_code unknown;
   std::string fault = error == 0 ? "" : std::strerror(error);
-  if (error == 0 && !fs::is_regular_file(*file, unknown)) fault = "it is no regular file";
-  SendReport({{"file", *file},
+  if (error == 0 && !fs::is_regular_file(file, unknown)) fault = "it is no regular file";
+  SendReport({{"file", file},
               {"exists", error != ENOENT && error != ENOTDIR},
               {"readingFault", fault},
-              {"isWritable", CanBeStored(*file)}});
+              {"isWritable", CanBeStored(file)}});
   SendReport({{"type", Text(GetDefaultSettings()->GetType())},
               {"hardwareId", Text(GetDefaultSettings()->GetHardwareId())},
               {"step", "end"}});
