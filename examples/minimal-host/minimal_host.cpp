@@ -1,5 +1,5 @@
-// Draws 32 random bytes from the default generator, or without a default from the first one that is
-// usable, and prints them in hexadecimal.
+// Draws 32 random bytes and prints them in hexadecimal. They come from the default generator or, if none
+// is configured, from the first usable one.
 
 #include <cstdio>
 #include <exception>
@@ -19,7 +19,7 @@ IRngProvider* FindFirst() {
   return nullptr;
 }
 
-// A default that is configured is the user's choice: without it, another would be a wrong answer.
+// A configured default is the user's choice. If it is not usable, another generator is no substitute.
 IRngProvider* FindRng() {
   DefaultRngInfo choice;
   if (!GetDefaultRng(&choice, 0)) return FindFirst();
@@ -42,7 +42,7 @@ int PrintRandomBytes() {
   return 0;
 }
 
-// What a plug-in throws comes through the library to the host.
+// The library catches nothing: exceptions of plug-ins reach the host.
 template <typename Work>
 int Guarded(Work work) {
   try {
@@ -69,6 +69,6 @@ int Stop() {
 
 int main() {
   const int status = Guarded(StartAndPrint);
-  const int stopStatus = Guarded(Stop);  // also after a start that threw: the count is raised
+  const int stopStatus = Guarded(Stop);  // even if the start threw: it raised the start count
   return status != 0 ? status : stopStatus;
 }

@@ -1,5 +1,5 @@
-// The plug-in of the kind "grandmaster", as small as the contract allows. Its bytes are the kernel's:
-// a real one asks its device in Generate, IsAvailable and SelfTest.
+// A plug-in of the kind "grandmaster", as small as the contract allows. Its bytes come from the kernel; a
+// real plug-in uses its device in Generate, IsAvailable and SelfTest.
 
 #include <cerrno>
 #include <cstring>
@@ -7,10 +7,10 @@
 
 #include <rngaggregator/provider.h>
 
-// The anonymous namespace keeps the class apart from those of other plug-ins in the process.
+// The anonymous namespace prevents clashes with classes of other plug-ins in the process.
 namespace {
 
-// With a null buffer the size is all that is asked for.
+// With a null buffer the caller only wants the size.
 template <std::size_t Size>
 std::int32_t Report(const char (&text)[Size], char* buffer) {
   if (buffer) std::memcpy(buffer, text, Size);
@@ -21,7 +21,7 @@ class GrandmasterRng final : public IRngProvider {
  public:
   std::int32_t GetName(char* buffer) override { return Report("grandmaster", buffer); }
   std::int32_t GetDescription(char* buffer) override { return Report("A first plug-in", buffer); }
-  std::int32_t GetHardwareId(char*) override { return 0; }  // knows no devices
+  std::int32_t GetHardwareId(char*) override { return 0; }  // has no devices
   bool SelectDevice(const char* hardwareId) override { return !hardwareId || !*hardwareId; }
 
   bool Generate(void* buffer, std::size_t size) override {
@@ -31,7 +31,7 @@ class GrandmasterRng final : public IRngProvider {
       if (count > 0) {
         done += static_cast<std::size_t>(count);  // a large draw arrives in pieces
       } else if (count == 0 || errno != EINTR) {
-        std::memset(buffer, 0, size);  // nobody shall take the rest for random
+        std::memset(buffer, 0, size);  // nobody may mistake the rest for random
         return false;
       }
     }
@@ -40,7 +40,7 @@ class GrandmasterRng final : public IRngProvider {
 
   bool IsAvailable() override { return SelfTest(); }
 
-  // Two draws that are equal are no accident.
+  // Two equal draws are not a coincidence: the source is broken.
   bool SelfTest() override {
     unsigned char first[32];
     unsigned char second[32];
@@ -48,11 +48,11 @@ class GrandmasterRng final : public IRngProvider {
            std::memcmp(first, second, sizeof first) != 0;
   }
 
-  void Cancel() override {}  // a draw waits for no user and no device
-  // A device would report kRngCapabilityHardware.
+  void Cancel() override {}  // a draw never waits for a user or a device
+  // A hardware device would report kRngCapabilityHardware.
   std::uint32_t GetFlags() override { return kRngCapabilityOperatingSystem; }
   void SetSettings(IRngSettings*) override {}
-  void Release() override {}  // the object is the library's own and goes with it
+  void Release() override {}  // a static object, destroyed when the library is closed
 };
 
 GrandmasterRng g_provider;

@@ -1,4 +1,4 @@
-// The kernel's random-number generator as the kind "unixdev", and a plug-in to copy.
+// The kernel's random-number generator as the kind "unixdev". Plug-in authors may copy this file.
 
 #include <cerrno>
 #include <cstring>
@@ -8,7 +8,7 @@
 
 #include <rngaggregator/provider.h>
 
-// The anonymous namespace keeps the class apart from those of other plug-ins in the process.
+// The anonymous namespace prevents clashes with classes of other plug-ins in the process.
 namespace {
 
 constexpr char kName[] = "unixdev";
@@ -20,7 +20,7 @@ std::int32_t Report(const char (&text)[Size], char* buffer) {
   return static_cast<std::int32_t>(Size);
 }
 
-// The device for kernels without the system call.
+// Used on kernels without the getrandom system call.
 class RandomDevice {
  public:
   RandomDevice() : descriptor(::open("/dev/urandom", O_RDONLY | O_CLOEXEC)) {}
@@ -35,7 +35,7 @@ class RandomDevice {
   int descriptor;
 };
 
-// Waits, right after the system's start, until the kernel's pool is ready.
+// Blocks only right after the system starts, until the kernel's pool is ready.
 ssize_t ReadKernel(void* buffer, std::size_t size) {
   const ssize_t count = ::getrandom(buffer, size, 0);
   if (count >= 0 || errno != ENOSYS) return count;
@@ -65,7 +65,7 @@ class UnixDevRng final : public IRngProvider {
 
   bool IsAvailable() override { return SelfTest(); }
 
-  // Two draws that are equal are no accident.
+  // Two equal draws are not a coincidence: the source is broken.
   bool SelfTest() override {
     unsigned char first[32];
     unsigned char second[32];
@@ -73,10 +73,10 @@ class UnixDevRng final : public IRngProvider {
            std::memcmp(first, second, sizeof first) != 0;
   }
 
-  void Cancel() override {}  // a draw waits for no user and no device
+  void Cancel() override {}  // a draw never waits for a user or a device
   std::uint32_t GetFlags() override { return kRngCapabilityOperatingSystem; }
   void SetSettings(IRngSettings*) override {}
-  void Release() override {}  // the object is the library's own and goes with it
+  void Release() override {}  // a static object, destroyed when the library is closed
 };
 
 UnixDevRng g_provider;
