@@ -1,9 +1,9 @@
-# Run by cpack when the files of each package lie in a folder of its name: what Debian asks for beyond a
+# Run by cpack once the files of each package are in a folder of that name. Adds what Debian requires beyond a
 # plain installation.
 
 set(debian ${CMAKE_CURRENT_LIST_DIR}/debian)
 
-# run(PROGRAM ARGUMENT...): in the folder of these folders; its output is in `output`.
+# run(PROGRAM ARGUMENT...): runs it in the parent of these folders and sets `output` to its output.
 macro(run)
   execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}
     OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
@@ -28,17 +28,17 @@ foreach(package IN LISTS packages)
   file(GLOB_RECURSE texts ${share}/man/* ${documents}/changelog*)
   run(gzip -9n ${texts})
 
-  # Whatever the modes of the sources and the umask of the build.
+  # Independent of the modes of the sources and the umask of the build.
   run(find ${share} -type f -exec chmod 644 {} +)
   run(find ${package} -type d -exec chmod 755 {} +)
 endforeach()
 
-# copy_debug_information(PACKAGE BINARY): into the package for it, where debuggers look by the binary's
-# identity.
+# copy_debug_information(PACKAGE BINARY): copies it into the debug package of PACKAGE, to the path where debuggers
+# look for the binary's build ID.
 function(copy_debug_information package binary)
   run(readelf -nW ${binary})
   if(NOT output MATCHES "Build ID: ([0-9a-f][0-9a-f])([0-9a-f]+)")
-    message(FATAL_ERROR "${binary} has no identity: ${output}")
+    message(FATAL_ERROR "${binary} has no build ID: ${output}")
   endif()
   set(root ${CPACK_TEMPORARY_DIRECTORY}/debug-${package}${CPACK_PACKAGING_INSTALL_PREFIX})
   set(file ${root}/lib/debug/.build-id/${CMAKE_MATCH_1}/${CMAKE_MATCH_2}.debug)
@@ -50,14 +50,14 @@ function(copy_debug_information package binary)
   run(chmod 644 ${file})
 endfunction()
 
-# Without what a debugger reads, and with the packages of the libraries that they need. The folder DEBIAN
-# marks a package's folder while these are looked up. (CPACK_DEBIAN_PACKAGE_SHLIBDEPS would also call
-# ldconfig from maintainer scripts; the trigger makes that needless.)
+# Strips the binaries and adds the packages of their libraries as dependencies. While those are looked up, a
+# folder DEBIAN marks the folder of each package. (CPACK_DEBIAN_PACKAGE_SHLIBDEPS is not used: it also calls
+# ldconfig from maintainer scripts, which the trigger makes unnecessary.)
 file(COPY ${CPACK_DEBIAN_LIBRNGAGGREGATOR1_PACKAGE_CONTROL_EXTRA}
   DESTINATION ${CPACK_TEMPORARY_DIRECTORY}/librngaggregator1/DEBIAN)
 file(WRITE ${CPACK_TEMPORARY_DIRECTORY}/debian/control "")
-# A symbol that the list of symbols does not have, or has alone, is an error. (One of this very version would
-# not be missed; with the release the version is later.)
+# Fails if the library and the list of symbols differ. The version includes the release, so that it is later than
+# that of every symbol in the list; a missing symbol of exactly the given version would go unnoticed.
 run(dpkg-gensymbols -c4 -plibrngaggregator1 -v${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}
   -Plibrngaggregator1 -Ilibrngaggregator1/DEBIAN/symbols -Osymbols)
 foreach(binary
@@ -67,13 +67,13 @@ foreach(binary
   string(REGEX MATCH "^[^:]+" package ${binary})
   string(REPLACE ":" "${CPACK_PACKAGING_INSTALL_PREFIX}/" binary ${binary})
   file(MAKE_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
-  if(NOT package STREQUAL rngctl)  # which is built without what a debugger reads
+  if(NOT package STREQUAL rngctl)  # which is built without debug information
     copy_debug_information(${package} ${binary})
   endif()
   run(strip --strip-unneeded --remove-section=.comment --remove-section=.note ${binary})
   run(dpkg-shlibdeps -O -Slibrngaggregator1 -xlibrngaggregator1 ${binary})
   if(NOT output MATCHES "^shlibs:Depends=(.+)\n$")
-    message(FATAL_ERROR "dpkg-shlibdeps says of ${binary}: ${output}")
+    message(FATAL_ERROR "unexpected output of dpkg-shlibdeps for ${binary}: ${output}")
   endif()
   string(TOUPPER ${package} PACKAGE)
   set(depends ${CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS} ${CMAKE_MATCH_1})

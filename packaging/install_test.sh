@@ -1,11 +1,11 @@
 #!/bin/sh
-# install_test.sh BUILD: installs the packages in BUILD in a small system of their own, uses them, and
-# purges them. The machine itself stays as it is.
+# install_test.sh BUILD: installs the packages from BUILD into a small separate system, uses them, and
+# purges them. The machine itself is not changed.
 #
-# The system consists of the essential packages and of those that ours depend on, copied from this
-# machine: no compiler, no Boost, no X library. Its own dpkg installs ours, with dependencies and
-# triggers. It lies in a user namespace with one user, root, so it does not show what other users may do;
-# and the versions of its packages are this machine's alone.
+# The system consists of the essential packages and the dependencies of ours, copied from this machine: no
+# compiler, no Boost, no X library. Its own dpkg installs our packages, with dependencies and triggers. It
+# runs in a user namespace with one user, root, so the test does not show what other users may do. It tests
+# only with the package versions of this machine.
 set -eu
 LC_ALL=C
 export LC_ALL
@@ -26,7 +26,7 @@ fail() {
   exit 1
 }
 
-# The essential packages, those that ours depend on, and all that these depend on.
+# The essential packages, the dependencies of ours, and their dependencies in turn.
 needed_packages() {
   {
     dpkg-query -W -f '${Essential} ${Package}\n' | sed -n 's/^yes //p'
@@ -51,7 +51,7 @@ lay_out_system() {
   done <"$root/tmp/packages"
   cp /var/lib/dpkg/info/format "$root/var/lib/dpkg/info"
   cp /var/lib/dpkg/triggers/ldconfig "$root/var/lib/dpkg/triggers"
-  # Documents that the machine has left out are no loss.
+  # Files that are listed but missing here are documents that this machine does not install: ignored.
   sed 's,^/,,' "$root/tmp/files" | sort -u |
     tar -C / --no-recursion --ignore-failed-read -cf - -T - 2>"$root/tmp/log" |
     tar -C "$root" --no-same-owner -xf -
@@ -62,11 +62,11 @@ lay_out_system() {
 
 inside() { chroot "$root" "$@"; }
 
-# passes COMMAND...: it succeeds there; what it says is then in the log.
+# passes COMMAND...: runs it inside, fails if it fails, and leaves its output in the log.
 passes() { inside "$@" >"$room/log" 2>&1 || fail "$*: $(cat "$room/log")"; }
-says() { grep -qE "$1" "$room/log" || fail "not \"$1\", but: $(cat "$room/log")"; }
+says() { grep -qE "$1" "$room/log" || fail "expected \"$1\", got: $(cat "$room/log")"; }
 
-# What is in the system, but for what dpkg and the loader note down.
+# The files of the system, without the records of dpkg and of the loader.
 listing() {
   (cd "$root" && find . \( -path ./dev -o -path ./proc -o -path ./var/lib/dpkg -o -path ./tmp \) -prune -o -print) |
     grep -vE '^\./(var/log/.*|var/cache/ldconfig.*|etc/ld\.so\.cache)$' | sort
@@ -74,14 +74,14 @@ listing() {
 
 lay_out_system
 for absent in usr/bin/g++ usr/include/boost usr/lib/x86_64-linux-gnu/libX11.so.6; do
-  [ ! -e "$root/$absent" ] || fail "the system is too large: it has $absent"
+  [ ! -e "$root/$absent" ] || fail "the system must not contain $absent"
 done
 cp "$build"/*.deb "$root/tmp"
 inside ldconfig
 listing >"$room/before"
 
 # Dependencies and the trigger.
-if inside sh -c 'dpkg -i /tmp/rngctl_*.deb' >"$room/log" 2>&1; then fail "rngctl does without the library"; fi
+if inside sh -c 'dpkg -i /tmp/rngctl_*.deb' >"$room/log" 2>&1; then fail "rngctl was installed without the library"; fi
 says 'rngctl depends on librngaggregator1'
 passes sh -c 'dpkg -i /tmp/*.deb'
 says '^Processing triggers for libc-bin'
@@ -101,7 +101,7 @@ says unixdev
 passes rngctl read unixdev -n 32
 says '^[0-9a-f]{64}$'
 
-# A host, built with the development package, finds library and plug-in where they are installed.
+# A host built with the development package finds the library and the plug-in where they are installed.
 examples=$root/usr/share/doc/librngaggregator-dev/examples
 PKG_CONFIG_PATH=$root/usr/lib/pkgconfig
 export PKG_CONFIG_PATH
@@ -110,20 +110,20 @@ g++ "$examples/minimal-host/minimal_host.cpp" -o "$root/tmp/host" $(pkg-config -
 passes /tmp/host
 says '^[0-9a-f]{64}$'
 
-# A debugger finds by their identities what belongs to library and plug-in.
+# A debugger finds the debug symbols of the library and the plug-in by their build IDs.
 for binary in librngaggregator.so.1 librngunixdev.so; do
   identity=$(readelf -n "$root/usr/lib/$binary" | sed -n 's/^ *Build ID: //p')
   readelf -SW "$root/usr/lib/debug/.build-id/$(echo "$identity" | sed 's,^..,&/,').debug" | grep -qF .debug_info ||
-    fail "nothing to debug $binary with"
+    fail "no debug symbols for $binary"
 done
 
-# The plug-in can go alone; after a purge nothing is left but the user's choice.
+# The plug-in can be removed alone. After a purge only the user's choice is left.
 passes dpkg -r rng-plugin-unixdev rng-plugin-unixdev-dbgsym
-if inside rngctl list >"$room/log" 2>&1; then fail "still there: $(cat "$room/log")"; fi
+if inside rngctl list >"$room/log" 2>&1; then fail "still listed: $(cat "$room/log")"; fi
 says '^rngctl: No generator is usable'
 passes dpkg -P rngctl librngaggregator-dev rng-plugin-unixdev librngaggregator1 librngaggregator1-dbgsym
 listing | diff "$room/before" - >"$room/left" || true
 [ "$(sed -n 's/^[<>] //p' "$room/left")" = "./etc/rngaggregator
-./etc/rngaggregator/rng.ini" ] || fail "after the purge: $(cat "$room/left")"
+./etc/rngaggregator/rng.ini" ] || fail "files differ after the purge: $(cat "$room/left")"
 
 echo "Installed beside $(wc -l <"$root/tmp/packages") packages of the system, used, and purged."

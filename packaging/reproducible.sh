@@ -1,7 +1,7 @@
 #!/bin/sh
-# reproducible.sh BUILD: builds the packages once more, from a copy of the sources in other folders,
-# with another umask, time zone and language, and compares. BUILD is the first build, and
-# SOURCE_DATE_EPOCH has to be what it was there. Needs as long as that build.
+# reproducible.sh BUILD: builds the packages again, from a copy of the sources in other folders and with
+# another umask, time zone and language, and compares the results. BUILD is the first build;
+# SOURCE_DATE_EPOCH must have the same value as there. Takes as long as that build.
 set -eu
 : "${SOURCE_DATE_EPOCH:?}"
 source=$(cd "$(dirname "$0")/.." && pwd)
@@ -21,7 +21,7 @@ mkdir "$copy"
   cmake --preset package -B "$again"
   cmake --build "$again"
   cd "$again"
-  umask 022 # as for the first packages: CPack writes it into them
+  umask 022 # as for the first packages: CPack stores the resulting modes in them
   cpack
 ) >"$room/log" 2>&1 || {
   cat "$room/log"
@@ -34,5 +34,5 @@ for file in aggregator/librngaggregator.so.*.*.* plugins/unixdev/librngunixdev.s
   cmp "$file" "$again/$file"
   compared=$((compared + 1))
 done
-[ $compared = 9 ] || { echo "compared $compared files"; exit 1; }
-echo "Built twice, in different folders: library, plug-in, tool and the six packages are equal."
+[ $compared = 9 ] || { echo "compared $compared files, not 9"; exit 1; }
+echo "Built twice, in different folders: library, plug-in, tool and the six packages are identical."
