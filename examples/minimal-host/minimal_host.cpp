@@ -1,5 +1,5 @@
-// Draws 32 random bytes and prints them in hexadecimal. They come from the default generator or, if none
-// is configured, from the first usable one.
+// Draws 32 random bytes and prints them in hexadecimal. They come from the default generator or, if
+// none is configured, from the first usable one.
 
 #include <cstdio>
 #include <exception>
@@ -19,7 +19,7 @@ IRngProvider* FindFirst() {
   return nullptr;
 }
 
-// A configured default is the user's choice. If it is not usable, another generator is no substitute.
+// A configured default is the user's choice: no other generator replaces it when it is not usable.
 IRngProvider* FindRng() {
   DefaultRngInfo choice;
   if (!GetDefaultRng(&choice, 0)) return FindFirst();

@@ -1,5 +1,5 @@
-// A plug-in of the kind "grandmaster", as small as the contract allows. Its bytes come from the kernel; a
-// real plug-in uses its device in Generate, IsAvailable and SelfTest.
+// A plug-in of the kind "grandmaster", as small as the contract allows. Its bytes come from the
+// kernel; a real plug-in uses its device in Generate, IsAvailable and SelfTest.
 
 #include <cerrno>
 #include <cstring>
