@@ -1,16 +1,17 @@
 # rng_add_plugin(KIND SOURCES file...)
 #
-# Adds the plug-in of one kind of generator, for example rng_add_plugin(Rutoken SOURCES token.cpp): a
-# module of the file name under which the library looks for that kind. The target is called like the
-# file without "lib" and ".so", here rngrutoken. The sources define the kind's factory.
+# Adds the plug-in of one kind of generator, for example rng_add_plugin(Rutoken SOURCES token.cpp). The
+# result is a module with the file name under which the library searches for that kind. The target is
+# named after the file, without "lib" and ".so", here rngrutoken. The sources define the kind's factory.
 #
-# The module shows nothing but the factory, so that plug-ins in one process do not mix. It is linked
-# only when no function is missing: the library opens plug-ins lazily, so the process would end at
-# the first call of one. And nothing in it keeps it in the process when it is closed.
+# The module exports only the factory, so that plug-ins in one process do not clash. An undefined
+# function is a link error: the library opens plug-ins with lazy binding, so the process would
+# terminate at the first call of that function. Nothing in the module prevents it from being unmapped
+# when it is closed.
 function(rng_add_plugin kind)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" SOURCES)
   if(NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
-    message(FATAL_ERROR "Write rng_add_plugin(KIND SOURCES file...), with one file at least.")
+    message(FATAL_ERROR "Write rng_add_plugin(KIND SOURCES file...), with at least one file.")
   endif()
   rng_look_up_kind("${kind}" target factory)
   set(exports ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
@@ -18,11 +19,11 @@ function(rng_add_plugin kind)
 
   add_library(${target} MODULE ${arg_SOURCES})
   target_link_libraries(${target} PRIVATE RngAggregator::plugin)
-  # GNU-unique symbols would keep the module in the process.
+  # GNU-unique symbols would prevent the module from being unmapped.
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   target_link_options(${target} PRIVATE
     -Wl,--version-script=${exports}
-    -Wl,--require-defined=${factory}  # a misspelt one would be missed by nobody but the library
+    -Wl,--require-defined=${factory}  # otherwise only the library would notice a misspelt one
     -Wl,-z,defs,-z,now)
   set_target_properties(${target} PROPERTIES
     C_VISIBILITY_PRESET hidden
@@ -35,7 +36,7 @@ function(rng_add_plugin kind)
   endif()
 endfunction()
 
-# rng_keep_file_name(TARGET): whatever the project adds to the names of its own libraries.
+# rng_keep_file_name(TARGET): overrides what the project adds to the names of its own libraries.
 function(rng_keep_file_name target)
   set_target_properties(${target} PROPERTIES PREFIX lib SUFFIX .so)
   foreach(configuration IN LISTS CMAKE_CONFIGURATION_TYPES CMAKE_BUILD_TYPE)
@@ -44,9 +45,9 @@ function(rng_keep_file_name target)
   endforeach()
 endfunction()
 
-# rng_look_up_kind(KIND TARGET FACTORY): sets the two variables to what belongs to the kind.
+# rng_look_up_kind(KIND TARGET FACTORY): sets the variables TARGET and FACTORY to the names for the kind.
 function(rng_look_up_kind kind target_variable factory_variable)
-  # Kind, file and factory follow no rule: each is written out, none is derived.
+  # Kind, file and factory names follow no rule, so each is written out.
   set(rows
     "bioqt       rngbioqt       GetBioQtRng"
     "unixx11     rngbiox11      GetBioX11Rng"
