@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""report.py RESULTS NOT_INSTALLED PICTURE: a table of what the benchmarks measured, and a picture.
+"""report.py RESULTS NOT_INSTALLED PICTURE: prints a table of the benchmark results and draws a picture.
 
-RESULTS is Google Benchmark's JSON. Every ratio is the median over all rounds, with its quartiles: of
-what is measured to the bare loop beside it, in processor time.
+RESULTS is Google Benchmark's JSON. Each ratio compares the processor time of the measured operation with
+that of the bare loop; it is the median over all rounds, with its quartiles.
 """
 
 import json
@@ -11,14 +11,14 @@ import sys
 import matplotlib
 
 matplotlib.use("svg")
-import matplotlib.pyplot as plt  # noqa: E402: after the choice of the output
+import matplotlib.pyplot as plt  # noqa: E402: must follow the choice of the output
 
 TITLES = {
-    "library": "The library, against the bare loop that makes the same calls",
-    "plain": "The library, against plain read and write over one buffer",
-    "read": "Reading one value from a profile file, against fopen and fgets",
-    "write": "Rewriting a profile file, against fopen, getc and fprintf",
-    "modules": "Starting and stopping twelve modules, against dlopen, dlsym and dlclose",
+    "library": "The library, relative to the bare loop that makes the same calls",
+    "plain": "The library, relative to plain read and write over one buffer",
+    "read": "Reading one value from a profile file, relative to fopen and fgets",
+    "write": "Rewriting a profile file, relative to fopen, getc and fprintf",
+    "modules": "Starting and stopping twelve modules, relative to dlopen, dlsym and dlclose",
     "growth": "Growth",
 }
 
@@ -38,7 +38,7 @@ def print_table(results):
     row = "  {:<28}{:>9}{:>9}{:>9}{:>14}{:>14}"
     for group, title in TITLES.items():
         print(f"\n{title}")
-        print(row.format("", "ratio", "quarter", "3/4", "measured, us", "bare, us"))
+        print(row.format("", "ratio", "1/4", "3/4", "measured, us", "bare, us"))
         for name, figures in results[group]:
             if "ratio" not in figures:
                 continue
@@ -58,7 +58,7 @@ def resident(results):
 
 
 def print_restarts(results):
-    print("\nResident memory after that many restarts with twelve plug-ins, in KiB")
+    print("\nResident memory in KiB, by number of restarts with twelve plug-ins")
     for restarts, size in resident(results):
         print(f"  {restarts:<28}{size:>9.0f}")
 
@@ -121,7 +121,7 @@ def main():
     print_restarts(results)
     with open(missing_path, encoding="utf-8") as file:
         missing = file.read().split()
-    print(f"\nNot measured, because not installed: {', '.join(missing) or 'nothing'}")
+    print(f"\nNot measured, because these packages are not installed: {', '.join(missing) or 'none'}")
     draw(results, picture_path)
     print(f"Picture: {picture_path}")
 

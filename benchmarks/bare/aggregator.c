@@ -1,6 +1,6 @@
-// The library's operations as one would write them down on a single page: the same calls of the
-// system, of the plug-ins and of the known-path service in the same order, and nothing else. It has
-// the library's names, so that one host can measure either.
+// The library's operations in a single page of C: the same calls of the system, of the plug-ins and
+// of the known-path service in the same order, and nothing else. It exports the library's names, so
+// that one host can measure both.
 
 #include "benchmarks/bare/profile.h"
 #include "benchmarks/bare/slots.h"
@@ -12,7 +12,7 @@
 #include <string.h>
 #include <unistd.h>
 
-// What dlsym found is called, for which strict C has no words.
+// Strict C has no conversion from the result of dlsym to a function pointer.
 #pragma GCC diagnostic ignored "-Wpedantic"
 
 #define EXPORT __attribute__((visibility("default")))

@@ -9,7 +9,7 @@ enum { kBlock = 4096, kWhole = 4 << 20, kShort = 512 };
 
 static char whole[kWhole];
 
-// Ends the file's text at its length; -1 when it cannot be read.
+// Reads the file into `whole` and terminates it. Returns its length, -1 when it cannot be read.
 static ssize_t ReadWhole(const char* path) {
   const int file = open(path, O_RDONLY | O_CLOEXEC);
   if (file < 0) return -1;

@@ -9,8 +9,8 @@ extern "C" {
 #endif
 
 // How fast a profile file could be read and rewritten without standard input and output: plain read
-// and write over a buffer that holds the whole file, lines found by memchr. No wish of the library's
-// own is met here (line lengths, CRs, letter case): it is the limit, not a rival.
+// and write over a buffer that holds the whole file, with memchr to find lines. It ignores the
+// library's rules (line lengths, CRs, letter case), so it is a limit, not an alternative.
 
 bool ReadValueInBlocks(const char* path, const char* section, const char* key, char* buffer,
                        size_t size);

@@ -26,7 +26,7 @@ static void Trim(char* text) {
 }
 
 bool ReadValue(const char* path, const char* section, const char* key, char* buffer, size_t size) {
-  _Alignas(64) char line[kLine];  // string functions are as fast as it is aligned
+  _Alignas(64) char line[kLine];  // the speed of string functions depends on it
   _Alignas(64) char header[kLine];
   FILE* const file = fopen(path, "r");
   if (!file) return false;
@@ -66,7 +66,7 @@ static bool CopyThroughHeader(FILE* from, FILE* to, const char* header, char* li
 
 static void CopyAndPlace(FILE* from, FILE* to, const char* header, const char* key,
                          const char* value) {
-  _Alignas(64) char line[kLine];  // string functions are as fast as it is aligned
+  _Alignas(64) char line[kLine];  // the speed of string functions depends on it
   const size_t keyLength = strlen(key);
   bool isInside = CopyThroughHeader(from, to, header, line);
   while (isInside && ReadLine(from, line)) {

@@ -8,10 +8,10 @@
 extern "C" {
 #endif
 
-// One value of a profile file read and replaced by a loop over the calls of standard input and
-// output that the library makes, with the least between them.
+// Reads and replaces one value of a profile file in a loop over the same calls of standard input
+// and output that the library makes, with as little as possible between them.
 
-// The value of `key` in `section` into `buffer`; false when there is none.
+// Copies the value of `key` in `section` to `buffer`; false when there is none.
 bool ReadValue(const char* path, const char* section, const char* key, char* buffer, size_t size);
 
 bool WriteValue(const char* path, const char* section, const char* key, const char* value);

@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-/// A new folder, gone with what is in it at the end of its life.
+/// A new temporary folder. The destructor removes it with its contents.
 class Folder {
  public:
   explicit Folder(const std::filesystem::path& parent);

@@ -18,7 +18,7 @@ constexpr std::array<const char*, kAllPlugins> kPluginFiles = {
     "librngsobol.so", "librngjacartagost.so", "librngrutoken.so",     "librngesmartgost.so",
     "librngbiokb.so", "librngunixdev.so",     "librnggrandmaster.so", "librngbiocore.so"};
 
-// What is written there costs no disk.
+// A folder in memory if there is one, so that writing does not wait for a disk.
 fs::path MemoryFolder() {
   const fs::path memory = "/dev/shm";
   return ::access(memory.c_str(), W_OK) == 0 ? memory : fs::temp_directory_path();

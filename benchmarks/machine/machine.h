@@ -7,11 +7,11 @@
 
 #include <rngaggregator/aggregator.h>
 
-/// Folders laid out as an installation, gone at the end of their life: a library under measurement
-/// with trivial plug-ins and an X library beside it, and the settings on a file system in memory.
+/// Temporary folders laid out like an installation: a library to measure, with trivial plug-ins and
+/// an X library beside it, and the settings on a file system in memory. The destructor removes all.
 ///
-/// The library has the same file name whichever it is, and every path the same length, so that the
-/// dynamic loader has the same work with it.
+/// Both libraries get the same file name, and all paths have the same length, so that the dynamic
+/// loader does the same work for either.
 class Machine {
  public:
   enum class Library { kOurs, kBare };
@@ -23,14 +23,15 @@ class Machine {
   /// Keeps the first `count` plug-ins, in catalogue order, and removes the others.
   void SetPlugins(int count) const;
 
-  /// A profile of that many lines; what is looked for stands in the last three.
+  /// Writes a profile of that many lines, with the section and keys in the last three.
   void WriteProfile(long lines) const;
 
   std::string LibraryPath() const;
   std::string ProfilePath() const;
   std::string PluginPath(int number) const;
 
-  void UseSettings() const;  ///< the known-path service names this machine's settings directory
+  /// Makes the known-path service return this machine's settings directory.
+  void UseSettings() const;
 
  private:
   const Folder tree;
@@ -39,7 +40,7 @@ class Machine {
 
 constexpr int kAllPlugins = 12;
 
-/// The exported functions of the library at a path, open as long as this lives.
+/// The exported functions of the library at `path`, which stays open for the life of this object.
 class OpenLibrary {
  public:
   explicit OpenLibrary(const std::string& path);

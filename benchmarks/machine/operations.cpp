@@ -8,7 +8,7 @@ namespace {
 constexpr std::uint32_t kAnyFlag = 0xFFFFFFFF;
 
 void Require(bool isTrue) {
-  if (!isTrue) throw std::runtime_error("the operation has not the result that it must have");
+  if (!isTrue) throw std::runtime_error("the operation returned a wrong result");
 }
 
 void LoadAndUnload(const Machine& machine, const OpenLibrary*) {

@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-/// What is measured, with either library. It throws when it has not the result that it must have,
-/// so that nothing is measured that does not work.
+/// An operation to measure, with either library. It throws when its result is wrong, so that only
+/// working operations are measured.
 struct Operation {
   const char* name;
   int plugins;
   long profileLines;
-  bool isStarted;  ///< prepared by a start, which stays outside of the measurement
+  bool isStarted;  ///< prepared by a start, which is not measured
 
   /// One run; `library` is null for the operation that opens it.
   void (*run)(const Machine& machine, const OpenLibrary* library);
@@ -23,7 +23,7 @@ struct Operation {
 const std::vector<Operation>& AllOperations();
 const Operation& FindOperation(const std::string& name);  ///< throws when there is none
 
-/// An operation made ready on a machine of its own.
+/// An operation prepared on its own machine.
 class ReadyOperation {
  public:
   ReadyOperation(Machine::Library library, const Operation& operation);

@@ -1,4 +1,4 @@
-// A plug-in of one kind that does as little as a plug-in can.
+// A plug-in of one kind that does as little as possible.
 
 #include "benchmarks/bare/slots.h"
 

@@ -1,4 +1,4 @@
-// A known-path service that costs as little as one can.
+// A known-path service that costs as little as possible.
 
 #include "benchmarks/machine/service.h"
 

@@ -5,7 +5,7 @@
 extern "C" {
 #endif
 
-/// Lets the known-path service, which the measuring program has in itself, name this directory.
+/// Makes the known-path service, which is part of the measuring program, return this directory.
 void NameSettingsDirectory(const char* directory);
 
 #ifdef __cplusplus

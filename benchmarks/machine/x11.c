@@ -1,4 +1,4 @@
-// An X library with a display that costs nothing, so that the probe's own cost shows.
+// An X library whose display costs nothing, so that the cost of the probe itself is visible.
 
 #include <stddef.h>
 

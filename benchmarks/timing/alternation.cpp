@@ -8,7 +8,7 @@
 namespace {
 
 constexpr int kRounds = 61;
-constexpr double kBatchSeconds = 0.004;  // long against the clock's own cost
+constexpr double kBatchSeconds = 0.004;  // long compared with the cost of the clock itself
 
 double ProcessorSeconds() {
   timespec now{};
@@ -23,16 +23,16 @@ double TimeBatch(const Side& side, long runs) {
   return (ProcessorSeconds() - begin) / static_cast<double>(runs);
 }
 
-// How near to the end of a page its text lies decides by some percent how fast a string function is.
-// So the stack begins elsewhere in each round.
+// The speed of a string function varies by some percent with the distance of its text from the end
+// of a page. So the stack begins at a different place in each round.
 __attribute__((noinline)) double TimeBatchElsewhere(const Side& side, long runs,
                                                     std::size_t round) {
   void* const room = __builtin_alloca(1 + round * 208 % 4096);
-  asm volatile("" : : "r"(room) : "memory");  // or the compiler would leave it out
+  asm volatile("" : : "r"(room) : "memory");  // keeps the compiler from removing it
   return TimeBatch(side, runs);
 }
 
-// As many runs as fill a batch, found with caches already warm.
+// Finds how many runs fill a batch, which also warms the caches.
 long FindBatch(const Side& side) {
   long runs = 1;
   while (TimeBatch(side, runs) * static_cast<double>(runs) < kBatchSeconds / 2) runs *= 2;
@@ -50,7 +50,7 @@ struct Samples {
   std::vector<double> bare;
 };
 
-// Each goes first in every other round, so that neither gains by its place.
+// The sides take turns in going first, so that neither benefits from the order.
 void AddRound(const Pair& pair, long measuredRuns, long bareRuns, Samples& samples) {
   const std::size_t round = samples.ratios.size();
   const bool isBareFirst = round % 2 == 0;

@@ -4,8 +4,8 @@
 #include <functional>
 #include <string>
 
-/// One thing measured and the bare one beside it. `prepare`, not measured, may be empty; it comes
-/// before each batch of runs.
+/// An operation to measure, and the bare one to compare it with. `prepare` runs before each batch
+/// and is not measured; it may be empty.
 struct Side {
   std::function<void()> prepare;
   std::function<void()> run;
@@ -15,9 +15,9 @@ struct Pair {
   Side bare;
 };
 
-/// Registers a benchmark that runs batches of both sides in turn, in processor time, and reports the
-/// quartiles of the ratio between neighbours. `make` is called when the benchmark begins; what the
-/// pair needs lives in its functions.
+/// Registers a benchmark that runs batches of both sides alternately, measures processor time, and
+/// reports the quartiles of the ratio between neighbouring batches. `make` is called when the
+/// benchmark begins; the functions of the pair own whatever they need.
 void RegisterPair(const std::string& name, std::function<Pair()> make);
 
 #endif

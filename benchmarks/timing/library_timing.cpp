@@ -1,4 +1,4 @@
-// The library beside the bare loop: each operation, and how both grow.
+// The library compared with the bare loop: each operation, and how both grow.
 
 #include "benchmarks/machine/operations.h"
 #include "benchmarks/timing/alternation.h"
@@ -42,10 +42,10 @@ double ResidentKiB() {
     double size;
     if (word == "Rss:" && rollup >> size) return size;
   }
-  throw std::runtime_error("the resident memory is not told");
+  throw std::runtime_error("/proc/self/smaps_rollup has no resident memory");
 }
 
-// The last count has 10,000 restarts behind it, and the first one.
+// Records the resident memory after 1 restart and, in powers of ten, up to 10,000.
 void Restart(benchmark::State& state) {
   const ReadyOperation operation(Machine::Library::kOurs, FindOperation("StartAndStopTwelve"));
   long done = 0;

@@ -1,5 +1,5 @@
-// Runs what is registered. The results go where Google Benchmark's options say; `./dev bench` makes
-// a table and a picture of them.
+// Runs the registered benchmarks. Google Benchmark's options say where the results go.
+// `./dev bench` turns them into a table and a picture.
 
 #include "benchmarks/timing/module_timing.h"
 #include "benchmarks/timing/profile_timing.h"

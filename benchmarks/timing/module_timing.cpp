@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Twelve copies of one file, which the loader takes for twelve libraries.
+// Twelve copies of one file, which the loader treats as twelve libraries.
 class Modules {
  public:
   explicit Modules(const fs::path& module) : folder(fs::temp_directory_path()) {

@@ -8,11 +8,11 @@
 /// Loads the modules at the given paths, asks each for its one object, and closes them all.
 using StartModules = std::function<void(const std::vector<std::string>& paths)>;
 
-/// Another way of starting twelve modules, which are copies of the built file `module`, beside a
-/// loop of dlopen, dlsym and dlclose over twelve trivial ones.
+/// Registers another way of starting twelve modules, which are copies of the built file `module`.
+/// It is compared with a loop of dlopen, dlsym and dlclose over twelve trivial ones.
 void RegisterModulePeer(const std::string& name, const std::string& module, StartModules start);
 
-/// The library's own start and stop with twelve plug-ins, twelve probes of the display included.
+/// Registers the library's own start and stop with twelve plug-ins, display probes included.
 void RegisterOwnModules();
 
 #endif

@@ -14,7 +14,7 @@ namespace {
 constexpr char kType[] = "unixdev";
 
 void Require(bool isTrue) {
-  if (!isTrue) throw std::runtime_error("the peer has not the result that it must have");
+  if (!isTrue) throw std::runtime_error("the peer returned a wrong result");
 }
 
 void Read(ReadProfile read, const std::string& path) {
@@ -38,7 +38,7 @@ Side ReadingSide(ReadProfile read, long lines) {
   return {nullptr, [=, path = machine->ProfilePath()] { (void)machine, Read(read, path); }};
 }
 
-// What was written is read back once, so that nobody is fast by writing nothing.
+// Reads the written value back once, so that a peer that writes nothing does not count as fast.
 Side WritingSide(WriteProfile write, long lines) {
   const auto machine = MachineWithProfile(lines);
   Write(write, machine->ProfilePath());
@@ -46,7 +46,7 @@ Side WritingSide(WriteProfile write, long lines) {
   return {nullptr, [=, path = machine->ProfilePath()] { (void)machine, Write(write, path); }};
 }
 
-// Our own, through the library, beside the plain loops.
+// The library itself, to compare with the plain loops.
 Side LibrarySide(const char* name) {
   const auto ready = std::make_shared<ReadyOperation>(Machine::Library::kOurs, FindOperation(name));
   return {[ready] { ready->GetMachine().UseSettings(); }, [ready] { ready->Run(); }};

@@ -12,11 +12,11 @@ using ReadProfile = bool (*)(const char* path, const char* section, const char* 
 using WriteProfile = bool (*)(const char* path, const char* section, const char* key,
                               const char* value);
 
-/// Another library that reads a profile file and may rewrite it (else `write` is null), on short and
-/// long files beside the bare loop.
+/// Registers another library that reads a profile file and may also rewrite it (`write` is null if
+/// not). It is compared with the bare loop on short and long files.
 void RegisterProfilePeer(const std::string& name, ReadProfile read, WriteProfile write);
 
-/// The library beside loops of plain read and write.
+/// Registers the library itself, compared with loops of plain read and write.
 void RegisterPlainLoops();
 
 #endif

@@ -1,4 +1,4 @@
-// A module that has one object to give.
+// A module that returns one object.
 
 static int module;
 

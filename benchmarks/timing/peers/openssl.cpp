@@ -13,7 +13,7 @@ struct FreeContext {
 };
 
 void Start(const std::vector<std::string>& paths) {
-  // A context of its own, which forgets the providers: the next start loads them again.
+  // A separate context, so that the next start loads the providers again.
   const std::unique_ptr<OSSL_LIB_CTX, FreeContext> context(::OSSL_LIB_CTX_new());
   std::vector<OSSL_PROVIDER*> providers;
   for (const std::string& path : paths) {

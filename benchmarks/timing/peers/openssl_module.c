@@ -1,4 +1,4 @@
-// A provider of OpenSSL's that offers nothing.
+// An OpenSSL provider without any algorithm.
 
 #include <openssl/core.h>
 #include <openssl/core_dispatch.h>

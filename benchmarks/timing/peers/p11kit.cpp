@@ -8,7 +8,7 @@
 namespace {
 
 void Start(const std::vector<std::string>& paths) {
-  // Ended by the null behind the last. p11-kit frees the list, and closes modules only by lists.
+  // A null-terminated list, which p11-kit frees. It closes modules only in lists.
   auto** const modules =
       static_cast<CK_FUNCTION_LIST**>(std::calloc(paths.size() + 1, sizeof(CK_FUNCTION_LIST*)));
   for (std::size_t i = 0; i < paths.size(); ++i) {

@@ -1,7 +1,7 @@
 #ifndef BENCHMARKS_TIMING_PEERS_PEERS_H
 #define BENCHMARKS_TIMING_PEERS_PEERS_H
 
-// One function for each source here. `RegisterPeers`, which the build writes, calls those whose
+// One function for each source here. `RegisterPeers`, which the build generates, calls those whose
 // packages are installed.
 void RegisterGKeyFile();
 void RegisterInih();

@@ -1,4 +1,4 @@
-// A token module that can be started and ended, and has no token.
+// A token module without a token, which can only be started and stopped.
 
 #include <p11-kit/pkcs11.h>
 #include <stddef.h>

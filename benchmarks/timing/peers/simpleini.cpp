@@ -1,7 +1,7 @@
 #include "benchmarks/timing/peers/peers.h"
 #include "benchmarks/timing/profile_timing.h"
 
-#define SI_NO_CONVERSION  // bytes, as everywhere here
+#define SI_NO_CONVERSION  // plain bytes, as in the other benchmarks
 #include <SimpleIni.h>
 #include <cstring>
 
