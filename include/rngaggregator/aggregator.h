@@ -136,10 +136,11 @@ std::int32_t GetDefaultRng(DefaultRngInfo* info, std::uint32_t mask);
 ///
 /// Threads:   as the settings object allows, unlocked; two concurrent calls may mix their values,
 ///            and with the built-in object corrupt the file.
-/// Failure:   false, with nothing stored, when `type` is null, a text is too long or no start has
-///            stored settings. Also false when a store fails; a type stored before that stays. The
-///            built-in object does not notice a full disk, nor that a text with "=", a line break
-///            or blanks at its ends is not read back unchanged: check with `GetDefaultRng`.
+/// Failure:   false, with nothing stored, when `type` is null, a text is too long, there has been no
+///            start, or the last start had null settings. Also false when a store fails; a type
+///            stored before that stays. The built-in object does not notice a full disk, nor that a
+///            text with "=", a line break or blanks at its ends is not read back unchanged: check
+///            with `GetDefaultRng`.
 bool SetDefaultRng(const char* type, const char* hardwareId);
 
 /// Returns the built-in settings object, which keeps the default in the file `rng.ini`. The pointer
