@@ -10,8 +10,8 @@ namespace {
 
 using Guard = std::lock_guard<boost::mutex>;
 
-// Marks what is done at once: when a later Release throws, the list stays, and neither a query nor
-// the next stop nor the unloading may touch this element again.
+// Clears each pointer immediately: if a later Release throws, the list remains, and no query, stop
+// or unload may touch this element again.
 void EndProvider(RngInfoEx& info) {
   if (info.provider) info.provider->Release();
   info.provider = nullptr;
@@ -32,7 +32,7 @@ void Initialize(IRngSettings* settings) {
 
 void ShutDown() {
   const Guard guard(g_state.lock);
-  if (ChangeStartCount(-1) != 0) return;  // may become negative: later starts pay the debt
+  if (ChangeStartCount(-1) != 0) return;  // may become negative; later starts bring it back to 0
   for (RngInfoEx& info : g_state.providers) EndProvider(info);
   g_state.providers.clear();
 }

@@ -12,7 +12,7 @@ void LoadProvider(const ProviderCatalogueEntry& row, IRngSettings* settings,
                   RngInfoVector& providers) {
   if (row.libraryFile.empty()) return;
   const std::string libraryFile = row.libraryFile;
-  // Probed afresh for every row, also where the answer does not matter.
+  // Probed afresh for every row, even one that needs no display.
   const bool hasDisplay = ProbeXDisplay();
   if (row.needsDisplay && !hasDisplay) return;
 
@@ -27,7 +27,7 @@ void LoadProvider(const ProviderCatalogueEntry& row, IRngSettings* settings,
     provider->Release();
     return;
   }
-  // Detached first: a list that cannot grow leaves the library open.
+  // Detached first: if the list cannot grow, the library stays open.
   void* const handle = library.Detach();
   providers.push_back({handle, provider});
 }

@@ -8,11 +8,11 @@
 
 namespace {
 
-// Whether `provider` now reports `name`. A provider without a name answers to the empty one.
+// Whether `provider` currently reports `name`. A provider without a name matches the empty name.
 bool ReportsName(IRngProvider* provider, std::string_view name) {
   const std::int32_t size = provider ? provider->GetName(nullptr) : 0;
   if (size == 0) return name.empty();
-  const auto length = static_cast<std::size_t>(size);    // a negative size fails to allocate
+  const auto length = static_cast<std::size_t>(size);    // negative: huge, cannot be allocated
   const auto buffer = std::make_unique<char[]>(length);  // all zero
   if (provider->GetName(buffer.get()) != size) return name.empty();
   return std::string_view(buffer.get(), ::strnlen(buffer.get(), length)) == name;

@@ -9,8 +9,9 @@
 #include <boost/thread/mutex.hpp>
 #include <cstdint>
 
-/// What the library keeps from load to unload. The members are built top to bottom when the library
-/// is loaded and destroyed bottom to top when it is unloaded; nothing else is built then.
+/// The state that the library keeps from load to unload. The members are built top to bottom when
+/// the library is loaded and destroyed bottom to top when it is unloaded. No other object of the
+/// library is built or destroyed then.
 struct ProcessState {
   ProviderCatalogue catalogue = BuildProviderCatalogue();
   boost::mutex lock;        // held by Initialize and ShutDown throughout; queries take none
@@ -20,18 +21,18 @@ struct ProcessState {
 
 extern ProcessState g_state;
 
-// Zero before the library's initialisation, and left alone by its finalisation.
-extern std::int64_t g_startCount;        // changed only by ChangeStartCount; negative: a debt
-extern IRngSettings* g_currentSettings;  // of the last start, not owned; never reset
+// Zero before the library's initialiser runs, and not touched by its finaliser.
+extern std::int64_t g_startCount;        // changed only by ChangeStartCount; may be negative
+extern IRngSettings* g_currentSettings;  // from the last start, not owned; never reset
 
-/// The number of starts not yet matched by a stop. Queries read it without the lock while a nested
-/// start or stop may change it, so both go through `std::atomic_ref`, which keeps an ordinary
-/// integer free of data races at the cost of a plain load and a plain store.
+/// Returns the number of starts not yet matched by a stop. Queries read it without the lock while a
+/// nested start or stop may change it. So reads and writes go through `std::atomic_ref`, which
+/// prevents data races on an ordinary integer at the cost of a plain load and a plain store.
 inline std::int64_t GetStartCount() {
   return std::atomic_ref(g_startCount).load(std::memory_order_relaxed);
 }
 
-/// Adds `step` and returns the new count. Call it under the lock: it is no read-modify-write.
+/// Adds `step` and returns the new count. Call it under the lock: the addition is not atomic.
 inline std::int64_t ChangeStartCount(std::int64_t step) {
   const std::int64_t count = GetStartCount() + step;
   std::atomic_ref(g_startCount).store(count, std::memory_order_relaxed);

@@ -5,17 +5,19 @@
 
 #include <rngaggregator/provider.h>
 
-/// One loaded provider. A plain record: it owns neither; the list that holds it does.
+/// One loaded provider. A plain record that owns nothing; the list that contains it does.
 struct RngInfoEx {
   void* handle;            ///< the plug-in's library, closed with `dlclose`
-  IRngProvider* provider;  ///< given back through `Release`
+  IRngProvider* provider;  ///< ended by `Release`
 };
 
 /// The owning list of loaded providers, in catalogue order.
 ///
 /// The destructor closes the libraries that are still open, first to last, without releasing their
-/// providers: a host that unloads the aggregator while started gets no more calls into its
-/// plug-ins.
+/// providers: if a host unloads the aggregator while started, no provider is called any more.
+///
+/// Public inheritance from `std::vector` and the virtual destructor are unusual, but the resulting
+/// layout is part of the binary contract.
 class RngInfoVector : public std::vector<RngInfoEx> {
  public:
   RngInfoVector() = default;
