@@ -2,7 +2,7 @@
 
 #include <rngaggregator/aggregator.h>
 
-// Name, file and factory follow no rule: each is written out, none is derived.
+// Name, file and factory follow no rule, so each is written out.
 ProviderCatalogue BuildProviderCatalogue() {
   return {{
       {rngBioQt, "librngbioqt.so", "GetBioQtRng", true},

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Success is what dlerror says, not the value that dlsym returned.
+// dlerror decides whether the lookup succeeded, not the value that dlsym returned.
 template <typename Function>
 bool FindFunction(const LibraryHandle& library, const char* name, Function& function) {
   function = reinterpret_cast<Function>(::dlsym(library.get(), name));
@@ -24,7 +24,7 @@ bool ProbeXDisplay() {
   if (!FindFunction(x11, "XOpenDisplay", openDisplay)) return false;
   void* const display = openDisplay(nullptr);
   if (!display) return false;
-  // Without a way to close it the connection is left open, and the display does not count.
+  // Without a function to close it, the connection stays open and the display does not count.
   if (!FindFunction(x11, "XCloseDisplay", closeDisplay)) return false;
   closeDisplay(display);
   return true;

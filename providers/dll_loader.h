@@ -5,10 +5,11 @@ namespace rngshared {
 namespace smartwr {
 
 /// Owns one handle of the dynamic loader and closes it exactly once, unless it is detached. The
-/// result of closing is ignored, and why an opening failed is neither reported nor kept.
+/// result of closing is ignored. The reason why opening failed is neither reported nor kept.
 ///
 /// The two ways of opening differ on purpose: the constructor makes the library's symbols available
-/// to libraries loaded later (`RTLD_LAZY | RTLD_GLOBAL`), `Load` does not (`RTLD_LAZY`).
+/// to libraries loaded later (`RTLD_LAZY | RTLD_GLOBAL`), `Load` does not (`RTLD_LAZY`). The class,
+/// its namespace and `Load` are named by the contract; the start-up does not use `Load`.
 ///
 /// Threads: not locked; the start-up uses it under the aggregator's lock.
 class DllLoader {
@@ -26,10 +27,10 @@ class DllLoader {
   /// Closes the library that is held, if any.
   void Unload();
 
-  /// The handle, null when none is held. It stays the loader's.
+  /// Returns the handle, null when none is held. The loader still owns it.
   void* GetHandle() const { return handle; }
 
-  /// Hands the handle over: the caller closes it from now on.
+  /// Returns the handle and gives up its ownership: the caller must close it.
   void* Detach();
 
  private:

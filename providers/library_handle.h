@@ -8,10 +8,10 @@ struct CloseLibrary {
   void operator()(void* handle) const { ::dlclose(handle); }
 };
 
-/// Owns what `dlopen` returned and closes it. Null when the library could not be opened.
+/// Owns a handle that `dlopen` returned, and closes it. Null when the library could not be opened.
 ///
-/// For libraries that are not plug-ins: each caller chooses its own mode of opening. Plug-ins are
-/// opened by `DllLoader`.
+/// For libraries that are not plug-ins; each caller chooses the mode of opening. `DllLoader` opens
+/// the plug-ins.
 using LibraryHandle = std::unique_ptr<void, CloseLibrary>;
 
 #endif
