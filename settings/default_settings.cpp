@@ -11,17 +11,17 @@ constexpr char kTypeKey[] = "RandomNumberGeneratorType";
 constexpr char kHardwareIdKey[] = "RandomNumberGeneratorHardwareID";
 constexpr std::uint32_t kValueSize = 512;
 
-// The directory, empty when it cannot be found.
+// Returns the directory, empty when it cannot be found.
 std::string GetDataDirectory() { return FindDataDirectory().value_or(""); }
 
-// The path of rng.ini, empty when its directory cannot be found. The separator is always added:
-// directories are taken as the service gives them.
+// Returns the path of rng.ini, empty when its directory cannot be found. The separator is always
+// added, because directories are used exactly as the service returns them.
 std::string GetSettingsFilePath() {
   std::optional<std::string> directory = FindSettingsDirectory();
   return directory ? std::move(*directory) + "/rng.ini" : "";
 }
 
-// Reads the value of `key`, which lives in `last` afterwards.
+// Reads the value of `key` and keeps it in `last`.
 const char* ReadSetting(const char* key, std::string& last) {
   char value[kValueSize] = {};
   const std::uint32_t length =
@@ -41,14 +41,14 @@ const char* DefaultSettingsImpl::GetType() { return ReadSetting(kTypeKey, lastTy
 
 bool DefaultSettingsImpl::SetType(const char* type) {
   if (!CreateParentDirectories(GetSettingsFilePath().c_str())) return false;
-  return WriteSetting(kTypeKey, type);  // asks for the directory once more
+  return WriteSetting(kTypeKey, type);  // looks up the directory again
 }
 
 const char* DefaultSettingsImpl::GetHardwareId() {
   return ReadSetting(kHardwareIdKey, lastHardwareId);
 }
 
-// Creates no directories, unlike SetType: a default is stored type first.
+// Creates no directories, unlike SetType: the type of a default is stored first.
 bool DefaultSettingsImpl::SetHardwareId(const char* hardwareId) {
   return WriteSetting(kHardwareIdKey, hardwareId);
 }

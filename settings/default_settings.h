@@ -8,9 +8,10 @@
 /// The built-in settings: the default kind and device, kept in the section "Devices" of `rng.ini`
 /// in the settings directory, and the path of "dsdr.bin" in the data directory.
 ///
-/// Every Get of the default asks for the directory and reads the file afresh; the fields only keep
-/// the returned text alive until the next call of the same operation. The path of the data file is
-/// computed once and kept, even when the directory could not be found ("/dsdr.bin" then).
+/// `GetType` and `GetHardwareId` look up the directory and read the file afresh at each call; the
+/// fields only keep the returned text alive until the next call of the same operation. The path of
+/// the data file is computed once and kept, even if the directory cannot be found: it is then
+/// "/dsdr.bin".
 ///
 /// Threads: not locked; concurrent calls of one operation on one object are not supported.
 class DefaultSettingsImpl final : public IRngSettings {

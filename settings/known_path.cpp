@@ -6,8 +6,8 @@
 #include <cstring>
 #include <dlfcn.h>
 
-// Weak, so that a service which the process already has is used without our needing its library.
-// Hidden visibility would bind the reference to null for ever.
+// Weak, so that the library uses a service already present in the process and need not link with the
+// service's own. With hidden visibility the reference would be bound to null at link time.
 extern "C" __attribute__((weak, visibility("default"))) std::int32_t CKP_GetPath(
     std::int32_t id, char* buffer, std::uint64_t* size, void* reserved);
 
@@ -23,7 +23,7 @@ std::optional<std::string> Ask(decltype(&CKP_GetPath) getPath, KnownPath id) {
   if (getPath(id, directory, &size, nullptr) != 0) return std::nullopt;
   // The service must terminate the path; if it does not, the path ends with the buffer.
   std::string path;
-  path.reserve(kPathSize);  // what a caller appends fits, too: one allocation for each lookup
+  path.reserve(kPathSize);  // leaves room for what a caller appends: one allocation per lookup
   path.assign(directory, ::strnlen(directory, kPathSize));
   return path;
 }

@@ -9,14 +9,14 @@ namespace {
 
 constexpr std::size_t kBufferSize = 512;
 constexpr std::size_t kLongestHeader = kBufferSize - 1;
-constexpr int kReadLimit = 511;  // fgets takes one character less
+constexpr int kReadLimit = 511;  // fgets reads one character less
 
 using Line = char[kBufferSize];
 
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-// Reads on until a line begins with `prefix`, in any case. The stream is read here alone, so nothing is
-// gained by locking it for each line.
+// Reads until a line begins with `prefix`, in any case. Nobody else uses the stream, so it needs no
+// lock for each line.
 bool FindLine(std::FILE* file, const char* prefix, Line& line) {
   const std::size_t length = std::strlen(prefix);
   while (::fgets_unlocked(line, kReadLimit, file)) {
@@ -27,7 +27,7 @@ bool FindLine(std::FILE* file, const char* prefix, Line& line) {
 
 std::uint32_t CopyDefault(const char* defaultValue, char* buffer, std::uint32_t size) {
   if (!defaultValue || !*defaultValue) return 0;
-  std::strncpy(buffer, defaultValue, size);  // a default of `size` characters stays unterminated
+  std::strncpy(buffer, defaultValue, size);  // a default of `size` characters is left unterminated
   return static_cast<std::uint32_t>(::strnlen(buffer, size));
 }
 
@@ -49,10 +49,10 @@ std::uint32_t ReadProfileString(const char* section, const char* key, const char
   {
     const ProfileFile file(std::fopen(path, "r"));
     if (!file) return CopyDefault(defaultValue, buffer, size);
-    // After the opening: an over-long section gets the default only where the file is missing.
+    // Checked after opening: an over-long section yields the default only if the file is missing.
     if (std::strlen(section) + 2 > kLongestHeader) return 0;
     std::snprintf(header, sizeof header, "[%s]", section);
-    // The key is searched to the end of the file, through later sections.
+    // The search for the key continues through later sections, to the end of the file.
     if (!FindLine(file.get(), header, line) || !FindLine(file.get(), key, line)) {
       return CopyDefault(defaultValue, buffer, size);
     }

@@ -8,7 +8,7 @@ struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-/// An open profile file, closed at the end of the scope. Null when it could not be opened.
+/// Owns an open profile file and closes it. Null when the file could not be opened.
 using ProfileFile = std::unique_ptr<std::FILE, CloseFile>;
 
 #endif

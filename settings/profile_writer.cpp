@@ -20,14 +20,15 @@ struct Entry {
 
 void Put(std::FILE* to, const Entry& entry) { std::fprintf(to, "%s=%s\n", entry.key, entry.value); }
 
-// Up to the line's first NUL. With the stream's lock: a host's fflush(nullptr) writes it, too.
+// Writes the line up to its first NUL. Uses the locked call, because a host may call
+// fflush(nullptr) from another thread.
 void PutLine(std::FILE* to, const Line& line) { std::fprintf(to, "%s\n", line); }
 
-// Takes a line without its CRs and its LF. False at the end of the file, where what came after the
-// last LF is dropped, and at an overlong line: both end the copy.
+// Reads a line without its CRs and its LF. Returns false at the end of the file, where text after
+// the last LF is dropped, and at an over-long line. Both end the copy.
 bool ReadLine(std::FILE* from, Line& line) {
   std::size_t length = 0;
-  // Without a lock for each character: the stream is read here alone.
+  // No lock for each character: nobody else uses the stream.
   for (int c = ::getc_unlocked(from); c != EOF; c = ::getc_unlocked(from)) {
     if (c == '\r') continue;
     if (c == '\n') {
@@ -49,8 +50,8 @@ bool CopyThroughHeader(std::FILE* from, std::FILE* to, const char* header, Line&
   return false;
 }
 
-// Puts the entry in the place of the section's first line that begins with the key, or before its
-// first empty line, or at the end. True when there may be more to copy.
+// Replaces the section's first line that begins with the key, or inserts the entry before the first
+// empty line, or appends it. Returns true when there may be more to copy.
 bool PlaceEntry(std::FILE* from, std::FILE* to, const Entry& entry, Line& line) {
   const std::size_t keyLength = std::strlen(entry.key);
   while (ReadLine(from, line)) {
@@ -104,7 +105,7 @@ int WriteProfileString(const char* section, const char* key, const char* value, 
     if (!to) return 0;
     Rewrite(from.get(), to.get(), header, entry);
   }
-  // Not examined: once the temporary file is open, the operation reports success.
+  // Not checked: once the temporary file is open, the operation reports success.
   ::unlink(path);
   static_cast<void>(std::rename(temporaryPath.c_str(), path));
   return 1;
