@@ -46,6 +46,13 @@ keep() {
   report "$1 is kept to $2"
 }
 
+# keep_in ROOM HEADERS FILES: of that room's files, only such include such headers.
+keep_in() {
+  awk -v room="$1" -v headers="$2" -v files="$3" \
+    '{ sub(/^=/, "", $2) } $1 ~ room && $2 ~ headers && $1 !~ files' "$list" >"$hits"
+  report "in $1, $2 is kept to $3"
+}
+
 list=$(mktemp)
 hits=$(mktemp)
 trap 'rm -f "$list" "$hits"' EXIT
@@ -57,19 +64,44 @@ for folder in include aggregator providers settings plugins tools; do
   }
 done
 
+# --- The library
+see '^include/' '^rngaggregator/'
 see '^aggregator/' '^(aggregator|providers|settings|rngaggregator)/'
 see '^providers/' '^(providers|rngaggregator)/'
 see '^settings/' '^(settings|rngaggregator)/|^providers/library_handle[.]h$'
 see '^settings/profile_' '^settings/profile_(file|stream)[.]h$'
-see '^include/' '^rngaggregator/'
-see '^plugins/' '^(plugins|rngaggregator)/'
-# It tells and checks what the library does without a word: which rows there are, how one is opened.
-see '^tools/' '^(tools|providers|rngaggregator)/|^settings/known_path[.]h$'
-see '^examples/' '^(examples|rngaggregator)/'
-keep '^tests/' '^tests/'
 keep '^boost/' '^aggregator/process_state[.]h$'
-# Only those that open or close libraries, or look into one.
-keep '^dlfcn[.]h$' '^(aggregator/(lifecycle|load_provider|rng_info)[.]cpp|providers/(display_probe[.]cpp|dll_loader[.]cpp|library_handle[.]h)|settings/known_path[.]cpp|tools/rngctl/library_handle[.]h|tools/rngctl/(check_release|check_start|doctor_row|doctor_surroundings|lifecycle_calls|search_order|watched_plugin)[.]cpp|(examples|benchmarks)/.*)$'
+# Only what opens libraries, closes them or looks into one.
+keep_in '^aggregator/' '^dlfcn[.]h$' '/(lifecycle|load_provider|rng_info)[.]cpp$'
+keep_in '^providers/' '^dlfcn[.]h$' '/((display_probe|dll_loader)[.]cpp|library_handle[.]h)$'
+keep_in '^settings/' '^dlfcn[.]h$' '/known_path[.]cpp$'
+
+# --- What uses the library
+see '^plugins/' '^(plugins|rngaggregator)/'
+see '^examples/' '^(examples|rngaggregator)/'
+keep_in '^(include|plugins)/' '^dlfcn[.]h$' '^$'
+
+# --- The tool. Two families of commands, doctor and check, stand beside each other on three rooms that
+# know neither.
+see '^tools/' '^(tools|providers|rngaggregator)/|^settings/known_path[.]h$'
+tool='^tools/rngctl/'
+common="${tool}refusal[.]h\$"
+see "${tool}terminal/" "${tool}terminal/|$common"
+see "${tool}process/" "${tool}process/|$common|^rngaggregator/"
+see "${tool}loader/" "${tool}(loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
+started="${tool}started_aggregator[.]h\$"
+see "${tool}commands/" "${tool}(commands|terminal)/|$common|$started|^rngaggregator/"
+see "${tool}doctor/" \
+  "${tool}(doctor|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
+see "${tool}check/" \
+  "${tool}(check|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^rngaggregator/"
+see "${tool}check/plugin/" \
+  "${tool}(check/plugin/|check/(finding|transcript)[.]h|process/)|^rngaggregator/"
+keep_in "$tool" '^dlfcn[.]h$' "${tool}(process|loader|doctor|check)/"
+keep_in "$tool" '^(libelf|gelf)[.]h$' "${tool}loader/"
+keep_in "$tool" '^CLI/' "${tool}main[.]cpp$"
+
+keep '^tests/' '^tests/'
 
 # Comments may name it.
 grep -rn CKP_GetPath include aggregator providers settings plugins tools |

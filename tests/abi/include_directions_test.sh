@@ -39,7 +39,7 @@ done <<'BREACHES'
 include/rngaggregator/provider.h #include "aggregator/process_state.h"
 include/rngaggregator/aggregator.h #include <settings/default_settings.h>
 aggregator/lookup.cpp #include "tests/support/tree.h"
-aggregator/lookup.cpp #include "tools/rngctl/host.h"
+aggregator/lookup.cpp #include "tools/rngctl/refusal.h"
 aggregator/lookup.cpp #include <dlfcn.h>
 aggregator/lookup.cpp #include <boost/thread/mutex.hpp>
 aggregator/new_file.cpp # include <boost/thread/mutex.hpp>
@@ -63,6 +63,28 @@ plugins/unixdev/unix_dev_rng.cpp #include <tests/support/fakes.h>
 tools/rngctl/main.cpp #include "settings/profile_file.h"
 tools/rngctl/main.cpp #include "../../aggregator/process_state.h"
 tools/rngctl/main.cpp #include <dlfcn.h>
+tools/rngctl/commands/list.cpp #include <dlfcn.h>
+tools/rngctl/commands/list.cpp #include "tools/rngctl/process/child.h"
+tools/rngctl/commands/list.cpp #include "tools/rngctl/doctor/doctor.h"
+tools/rngctl/commands/list.cpp #include "providers/catalogue.h"
+tools/rngctl/doctor/doctor.cpp #include "tools/rngctl/check/check.h"
+tools/rngctl/doctor/new_file.cpp #include "../check/finding.h"
+tools/rngctl/doctor/doctor.cpp #include "tools/rngctl/commands/list.h"
+tools/rngctl/doctor/doctor.cpp #include "aggregator/process_state.h"
+tools/rngctl/doctor/doctor.cpp #include <gelf.h>
+tools/rngctl/check/check.cpp #include "tools/rngctl/doctor/report.h"
+tools/rngctl/check/check.cpp #include "settings/known_path.h"
+tools/rngctl/check/plugin/step.cpp #include "tools/rngctl/check/rules/rule.h"
+tools/rngctl/check/plugin/step.cpp #include "tools/rngctl/terminal/text.h"
+tools/rngctl/process/child.cpp #include "tools/rngctl/doctor/messages.h"
+tools/rngctl/process/child.cpp #include "tools/rngctl/terminal/text.h"
+tools/rngctl/loader/error.cpp #include "tools/rngctl/process/child.h"
+tools/rngctl/loader/error.cpp #include "providers/catalogue.h"
+tools/rngctl/terminal/text.cpp #include "tools/rngctl/loader/error.h"
+tools/rngctl/terminal/text.cpp #include <rngaggregator/aggregator.h>
+tools/rngctl/check/check.cpp #include <CLI/CLI.hpp>
+plugins/unixdev/unix_dev_rng.cpp #include <dlfcn.h>
+settings/directories.cpp #include "providers/catalogue.h"
 examples/small/host.cpp #include "aggregator/process_state.h"
 examples/small/host.cpp #include "tests/support/tree.h"
 benchmarks/bench.cpp #include "tests/support/tree.h"

@@ -1,15 +1,25 @@
-// rngctl: what the aggregator offers, for people and scripts.
+// rngctl: the aggregator on the command line, for people and scripts.
 
-#include "commands.h"
-#include "host.h"
+#include "tools/rngctl/check/check.h"
+#include "tools/rngctl/check/child.h"
+#include "tools/rngctl/commands/default.h"
+#include "tools/rngctl/commands/list.h"
+#include "tools/rngctl/commands/read.h"
+#include "tools/rngctl/doctor/child.h"
+#include "tools/rngctl/doctor/doctor.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/terminal/standard_output.h"
+#include "tools/rngctl/terminal/text.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <iostream>
 
+#include <rngaggregator/aggregator.h>
+
 namespace {
 
-// CLI11 itself takes -1 for the largest number, and 010 for eight.
+// CLI11 itself reads -1 as the largest number and 010 as eight.
 std::string CheckDecimal(const std::string& text) {
   std::uint64_t value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -17,7 +27,7 @@ std::string CheckDecimal(const std::string& text) {
   return isDecimal ? "" : "\"" + text + "\" is not a decimal number";
 }
 
-// CLI11 itself takes 010 for eight here, too; hexadecimal is welcome.
+// CLI11 itself reads 010 as eight here, too. Hexadecimal is allowed.
 std::string CheckMask(const std::string& text) {
   const bool isOctal = text.size() > 1 && text[0] == '0' && text[1] != 'x';
   return isOctal ? "\"" + text + "\" is not a mask" : "";
@@ -29,7 +39,7 @@ void AddList(CLI::App& app) {
 
 void AddRead(CLI::App& app, ReadRequest& request) {
   CLI::App* const read = app.add_subcommand("read", "Draw random bytes from a generator");
-  read->add_option("NAME", request.name, "The generator; without it the configured default");
+  read->add_option("NAME", request.name, "The generator; default: the configured one");
   read->add_option("-n", request.size, "How many bytes")
       ->type_name("BYTES")
       ->required()
@@ -46,8 +56,8 @@ void AddRead(CLI::App& app, ReadRequest& request) {
   raw->excludes(hex)->excludes(base64);
   hex->excludes(base64);
   read->add_option("-o", request.file,
-                   "Write to FILE, readable by its owner alone, not to standard "
-                   "output; it appears when all is drawn")
+                   "Write to FILE instead of standard output; only its owner can read it, and it "
+                   "appears when all bytes are drawn")
       ->type_name("FILE");
   read->callback([&request] { RunRead(request); });
 }
@@ -57,7 +67,7 @@ void AddDefault(CLI::App& app, std::uint32_t& mask, std::string& name, std::stri
   CLI::Option* const maskOption =
       show->add_option(
               "--mask", mask,
-              "The acceptable fallbacks when none is configured, added up: 1 bio, 2 bioqt, "
+              "The acceptable fallbacks when none is configured, as a sum: 1 bio, 2 bioqt, "
               "8 unixx11, 4 biokbd")
           ->capture_default_str()
           ->check(CheckMask);
@@ -71,63 +81,59 @@ void AddDefault(CLI::App& app, std::uint32_t& mask, std::string& name, std::stri
   });
 }
 
-void AddDoctor(CLI::App& app, DoctorRequest& request, DoctorChildRequest& childRequest) {
+void AddDoctor(CLI::App& app, DoctorRequest& request) {
   CLI::App* const doctor =
-      app.add_subcommand("doctor", "Tell why a generator is not listed, and what would help");
-  doctor->add_option("KIND", request.kind, "The kind to examine; without it all twelve");
+      app.add_subcommand("doctor", "Explain why a generator is not listed and how to fix it");
+  doctor->add_option("KIND", request.kind, "The kind to examine; default: all twelve");
   doctor->add_flag("--json", request.asJson, "Print the report as JSON");
-  doctor->add_option("--timeout", request.timeout, "How long each plug-in may take, at most 3600")
+  doctor->add_option("--timeout", request.timeout, "Time limit for each plug-in, at most 3600")
       ->type_name("SECONDS")
       ->capture_default_str()
       ->check(CheckDecimal)
       ->check(CLI::Range(1, 3600));
   doctor->footer(
-      "Starts, asks and stops each plug-in as the library does, in a process of its own, so a\n"
-      "crash or an endless wait spoils that plug-in's answer alone. What a plug-in prints on\n"
-      "standard error is shown.\n\n"
-      "Exit status: 0 every plug-in that is installed is in order; 1 one is not, or the plug-in "
-      "of\n"
-      "KIND is not installed; 2 wrong usage; 3 all were examined and no generator is usable.");
+      "Starts, queries and stops each plug-in as the library does, in a process of its own, so a\n"
+      "crash or a hang affects that plug-in's result alone. What a plug-in prints on standard\n"
+      "error is shown.\n\n"
+      "Exit status: 0 every installed plug-in works; 1 one does not, or the plug-in of KIND is "
+      "not\n"
+      "installed; 2 wrong usage; 3 all kinds were examined and no generator is usable.");
   doctor->callback([&request] { RunDoctor(request); });
-  CLI::App* const child = app.add_subcommand("doctor-child", "")->group("");  // not in the help
-  child->add_option("SUBJECT", childRequest.subject)->required();
-  child->add_option("--file", childRequest.file);
-  child->add_flag("--binding", childRequest.isForBinding);
-  child->callback([&childRequest] { RunDoctorChild(childRequest); });
 }
 
-void AddCheck(CLI::App& app, CheckRequest& request, CheckChildRequest& childRequest) {
+void AddCheck(CLI::App& app, CheckRequest& request) {
   CLI::App* const check =
-      app.add_subcommand("check", "Check that a plug-in keeps the contract; for its authors");
-  check->add_option("PLUGIN", request.plugin, "The file of the plug-in")->required();
+      app.add_subcommand("check", "Check that a plug-in meets the contract; for plug-in authors");
+  check->add_option("PLUGIN", request.file, "The file of the plug-in")->required();
   check
       ->add_option("--factory", request.factory,
-                   "Call this factory, not the one that belongs to the file name")
+                   "Call this factory instead of the one that belongs to the file name")
       ->type_name("NAME");
-  check->add_option("--timeout", request.timeout, "How long each call may take, at most 3600")
+  check->add_option("--timeout", request.timeout, "Time limit for each call, at most 3600")
       ->type_name("SECONDS")
       ->capture_default_str()
       ->check(CheckDecimal)
       ->check(CLI::Range(1, 3600));
   check->add_flag("--json", request.asJson, "Print the report as JSON");
   check->footer(
-      "Opens and calls the plug-in as the library and its hosts do, again and again: draws,\n"
-      "devices, several threads, 1,000 loads. Each check runs in a process of its own, so a\n"
-      "crash or an endless wait spoils that check alone. A draw that waits for a user is\n"
-      "cancelled after a quarter of the time, and what needs its bytes is then not examined.\n"
-      "Nor is what needs many calls, when together they take longer than the time for one.\n"
-      "What the plug-in prints on standard error is shown.\n\n"
-      "A failed check breaks the contract; so does an operation that ends the process, in any\n"
-      "check. A warning does not, but hosts will have trouble with the generator. A note tells\n"
-      "what this machine lacks.\n\n"
+      "Opens and calls the plug-in as the library and its hosts do, many times: draws, devices,\n"
+      "several threads, 1,000 loads. Each check runs in a process of its own, so a crash or a\n"
+      "hang affects that check alone. A draw that waits for a user is cancelled after a quarter\n"
+      "of the time limit, and checks that need its bytes are then not examined. Nor are checks\n"
+      "whose many calls together exceed the time limit for one. What the plug-in prints on\n"
+      "standard error is shown.\n\n"
+      "A failed check means that the plug-in breaks the contract; in any check, so does an\n"
+      "operation that ends the process. A warning is permitted, but hosts will have trouble with\n"
+      "the generator. A note says what this machine lacks.\n\n"
       "Exit status: 0 no check failed (there may be warnings); 1 one failed; 2 wrong usage, or\n"
       "PLUGIN is not a shared library for this machine.");
   check->callback([&request] { RunCheck(request); });
-  CLI::App* const child = app.add_subcommand("check-child", "")->group("");  // not in the help
-  child->add_option("REQUEST", childRequest.what)->required();
-  child->add_option("PLUGIN", childRequest.plugin)->required();
-  child->add_option("--factory", childRequest.factory);
-  child->callback([&childRequest] { RunCheckChild(childRequest); });
+}
+
+// What this program runs in processes of its own; not in the help.
+void AddChildren(CLI::App& app) {
+  app.add_subcommand(kDoctorChildCommand, "")->group("")->callback(RunDoctorChild);
+  app.add_subcommand(kCheckChildCommand, "")->group("")->callback(RunCheckChild);
 }
 
 int Run(int count, char** arguments) {
@@ -141,7 +147,7 @@ int Run(int count, char** arguments) {
            "\nRun with --help for more information.\n";
   });
   app.footer(
-      "Exit status: 0 done, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator.");
+      "Exit status: 0 success, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator.");
   ReadRequest request;
   std::uint32_t mask =
       kDefaultFallbackBio | kDefaultFallbackBioQt | kDefaultFallbackBioX11 | kDefaultFallbackBioKb;
@@ -151,11 +157,10 @@ int Run(int count, char** arguments) {
   AddRead(app, request);
   AddDefault(app, mask, name, hardwareId);
   DoctorRequest doctorRequest;
-  DoctorChildRequest doctorChildRequest;
-  AddDoctor(app, doctorRequest, doctorChildRequest);
+  AddDoctor(app, doctorRequest);
   CheckRequest checkRequest;
-  CheckChildRequest checkChildRequest;
-  AddCheck(app, checkRequest, checkChildRequest);
+  AddCheck(app, checkRequest);
+  AddChildren(app);
   try {
     app.parse(count, arguments);
   } catch (const CLI::ParseError& error) {
@@ -175,10 +180,10 @@ int main(int count, char** arguments) {
     return refusal.status;
   } catch (const std::exception& error) {
     std::cerr << "rngctl: A plug-in or the system failed: " << Printable(error.what())
-              << "\n\"rngctl doctor\" may tell which.\n";
+              << "\nRun \"rngctl doctor\" to find out which.\n";
     return kNegativeAnswer;
   } catch (...) {
-    std::cerr << "rngctl: A plug-in failed without saying why.\n";
+    std::cerr << "rngctl: A plug-in failed without an error message.\n";
     return kNegativeAnswer;
   }
 }

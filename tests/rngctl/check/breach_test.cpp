@@ -11,9 +11,9 @@ namespace fs = std::filesystem;
 
 struct Breach {
   std::string variant;
-  std::string failed;     // all the checks that fail
-  std::string seen;       // part of what is said of the first of them
-  std::string mend = "";  // the beginning of how to mend that, where the check's own does not fit
+  std::string failed;    // all the checks that fail
+  std::string found;     // part of the fault that the first of them reports
+  std::string fix = "";  // the beginning of its fix, where the rule's own does not fit
 };
 
 void PrintTo(const Breach& breach, std::ostream* stream) { *stream << breach.variant; }
@@ -24,8 +24,8 @@ void ExpectBreach(const Breach& breach, const Result& result) {
   const json report = json::parse(result.output);
   EXPECT_EQ(breach.failed, Failed(report)) << result.output << result.errors;
   const json& check = Find(report, breach.failed.substr(0, breach.failed.find(' ')));
-  EXPECT_THAT(check.value("seen", ""), HasSubstr(breach.seen));
-  EXPECT_THAT(check.value("mend", ""), StartsWith(breach.mend));
+  EXPECT_THAT(check.value("found", ""), HasSubstr(breach.found));
+  EXPECT_THAT(check.value("fix", ""), StartsWith(breach.fix));
   EXPECT_EQ(check.at("severity") == "error" ? 1 : 0, result.status);
 }
 
@@ -41,7 +41,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Breach{"has_executable_stack", "no-executable-stack", "executable stack"},
                     Breach{"has_static_tls", "no-static-tls", "flag STATIC_TLS"},
                     Breach{"misses_a_function", "opens", "undefined symbol"},
-                    Breach{"borrows_a_function", "opens", "not linked with what has elf_version;"}),
+                    Breach{"borrows_a_function", "opens",
+                           "It uses elf_version but is not linked with"}),
     NameOf);
 
 #ifndef __clang__  // which makes no such symbols
@@ -55,62 +56,63 @@ INSTANTIATE_TEST_SUITE_P(
     Start, CheckBreach,
     testing::Values(Breach{"opening_crashes", "opens",
                            "signal 6 (Aborted) in the opening of the library"},
-                    Breach{"factory_gives_null", "gives-object", "gives null"},
-                    Breach{"needs_settings", "null-settings", "in SetSettings without settings"},
+                    Breach{"factory_gives_null", "gives-object", "returns null"},
+                    Breach{"needs_settings", "null-settings", "in SetSettings with null"},
                     Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
                     Breach{"gives_object_once", "reload", "Opened again"},
                     Breach{"closing_crashes", "reload exit-without-release",
                            "signal 6 (Aborted) in the closing of the library",
-                           "Let no static destructor throw"},
-                    Breach{"unavailable", "available", "IsAvailable answers false"}),
+                           "Static destructors must not throw"},
+                    Breach{"unavailable", "available", "IsAvailable returns false"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Answers, CheckBreach,
     testing::Values(
-        Breach{"name_is_empty", "name-length", "no name: no host can ask for it"},
+        Breach{"name_is_empty", "name-length", "no name, so no host can ask for it"},
         Breach{"name_is_long", "name-length",
                "\"eighteen-character\" has 18 characters: hosts find",
                "Shorten it to 17 characters."},
-        Breach{"name_overruns", "name", "asks for 5 bytes, then writes outside of them"},
-        Breach{"name_has_no_end", "name", "does not end inside of the 4 bytes"},
-        Breach{"name_changes", "name", "gives \"dsdr\", and then \"dddd\""},
-        Breach{"name_size_differs", "name", "asks for 5 bytes, then answers that there are 4"},
-        Breach{"name_ends_process", "name", "ended the process with status 3 in GetName"},
-        Breach{"name_is_wrong", "name-in-catalogue", "\"mine\"; the file is the one of \"dsdr\""},
+        Breach{"name_overruns", "name", "asks for 5 bytes and writes outside them"},
+        Breach{"name_has_no_end", "name", "does not end within the 4 bytes"},
+        Breach{"name_changes", "name", "reports \"dsdr\", then \"dddd\""},
+        Breach{"name_size_differs", "name", "asks for 5 bytes, then returns 4"},
+        Breach{"name_ends_process", "name", "exited with status 3 in GetName"},
+        Breach{"name_is_wrong", "name-in-catalogue", "\"mine\"; the file belongs to \"dsdr\""},
         Breach{"description_fails", "description", "negative size, -1"},
         Breach{"description_has_lines", "description-line", "line break"},
-        Breach{"description_is_latin", "description-line", "no UTF-8"},
+        Breach{"description_is_latin", "description-line", "not UTF-8"},
         Breach{"hardware_id_is_long", "hardware-id", "18 characters", "Shorten it to 17"},
-        Breach{"flags_change", "stable-flags", "answers 1, and then 2: a host"},
-        Breach{"no_flags", "some-flag", "answers 0"},
-        Breach{"self_test_fails", "self-test", "answers false"},
-        Breach{"wants_a_device", "any-device", "false to null"},
-        Breach{"takes_every_device", "unknown-device", "no device bears"},
-        Breach{"refuses_own_device", "own-device", "false to \"X1\", which GetHardwareId gives"}),
+        Breach{"flags_change", "stable-flags", "returns 1, then 2: a host"},
+        Breach{"no_flags", "some-flag", "returns 0"},
+        Breach{"self_test_fails", "self-test", "returns false"},
+        Breach{"wants_a_device", "any-device", "false for null"},
+        Breach{"takes_every_device", "unknown-device", "no device has"},
+        Breach{"refuses_own_device", "own-device",
+               "false for \"X1\", which GetHardwareId reports"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Draws, CheckBreach,
-    testing::Values(
-        Breach{"empty_draw_fails", "empty-draw", "false to null and the size 0"},
-        Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
-        Breach{"draw_fails", "draw-succeeds", "answers false"},
-        Breach{"stays_cancelled", "cancel", "the next draw fails"},
-        Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
-        Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
-        Breach{"refused_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
-        Breach{"fills_only_the_beginning", "draw-fills-buffer",
-               "those after byte number 8192 are not written"},
-        Breach{"skips_last_byte", "draw-fills-buffer", "byte number 5 was never written"},
-        Breach{"draw_overruns", "draw-fills-buffer", "writes outside of them",
-               "Write no more bytes than the size says."},
-        Breach{"repeats_draws", "draws-differ", "are equal"},
-        Breach{"has_a_fixed_seed", "draws-differ", "After a new start"},
-        Breach{"refuses_company", "concurrent-calls", "true when called alone, and false at the"},
-        Breach{"shares_a_buffer", "concurrent-calls", "at the same time as others"},
-        Breach{"shares_an_id_buffer", "concurrent-calls", "GetHardwareId gives "},
-        Breach{"shares_drawn_bytes", "concurrent-calls", "get the same bytes"}),
+    testing::Values(Breach{"empty_draw_fails", "empty-draw", "false for null and the size 0"},
+                    Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
+                    Breach{"draw_fails", "draw-succeeds", "returns false"},
+                    Breach{"stays_cancelled", "cancel", "the next draw fails"},
+                    Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
+                    Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
+                    Breach{"refused_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
+                    Breach{"fills_only_the_beginning", "draw-fills-buffer",
+                           "those after byte 8192 are not written"},
+                    Breach{"skips_last_byte", "draw-fills-buffer", "byte 5 was never written"},
+                    Breach{"draw_overruns", "draw-fills-buffer", "writes outside them",
+                           "Write exactly as many bytes as requested."},
+                    Breach{"repeats_draws", "draws-differ", "are equal"},
+                    Breach{"has_a_fixed_seed", "draws-differ", "After a second start"},
+                    Breach{"refuses_company", "concurrent-calls",
+                           "true when called alone, and false when"},
+                    Breach{"shares_a_buffer", "concurrent-calls", "when other threads call"},
+                    Breach{"shares_an_id_buffer", "concurrent-calls", "GetHardwareId reports "},
+                    Breach{"shares_drawn_bytes", "concurrent-calls", "get the same bytes"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -118,15 +120,15 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Breach{"thread_stays", "release-ends-threads", "1 thread is still running"},
         Breach{"file_stays", "release-closes-files", "Left open: /dev/null"},
-        Breach{"closes_input", "release-closes-files", "not its own: file number 0, /dev/null"},
+        Breach{"closes_input", "release-closes-files", "not its own: descriptor 0, /dev/null"},
         Breach{"file_stays_each_time", "release-closes-files load-cycles", "Left open: /dev/null"},
         Breach{"signal_handler_stays", "no-handlers-left",
                "handler of signal 10 (User defined signal 1)"},
         Breach{"terminate_handler_stays", "no-handlers-left", "handler of std::terminate"},
-        Breach{"exit_handler_stays", "clean-exit", "in the end of the process"},
-        Breach{"thread_key_stays", "clean-exit", "in the end of a thread that used it"},
+        Breach{"exit_handler_stays", "clean-exit", "in the exit of the process"},
+        Breach{"thread_key_stays", "clean-exit", "in the exit of a thread that used it"},
         Breach{"static_thread", "exit-without-release",
-               "signal 6 (Aborted) in the end of the process without Release"},
+               "signal 6 (Aborted) in the exit of the process without Release"},
         Breach{"stays_mapped", "unmapped", "flag NODELETE"},
         Breach{"thread_object_stays", "unmapped", "thread_local objects with destructors"},
         Breach{"leaks_pages", "load-cycles", "address space"}),
@@ -136,7 +138,7 @@ INSTANTIATE_TEST_SUITE_P(
     Throughout, CheckBreach,
     testing::Values(
         Breach{"factory_throws", "no-exceptions", "the factory throws \"no licence\""},
-        Breach{"name_throws", "no-exceptions", "GetName throws something that is no std::exc"},
+        Breach{"name_throws", "no-exceptions", "GetName throws something that is not a std::exc"},
         Breach{"draw_throws", "no-exceptions", "Generate throws \"no entropy\""},
         Breach{"release_throws", "no-exceptions", "Release throws \"still in use\""},
         Breach{"calls_initialize", "no-lifecycle-calls", "Initialize is called in IsAvailable"},
@@ -156,10 +158,10 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     EndOfProcess, CheckBreach,
     testing::Values(Breach{"opening_throws", "opens", "in the opening of the library",
-                           "Let no static constructor throw"},
+                           "Static constructors must not throw"},
                     Breach{"available_crashes", "null-settings empty-settings built-in-settings",
-                           "in IsAvailable without settings",
-                           "Compare the settings, and what they answer"},
+                           "in IsAvailable with null settings",
+                           "Compare the settings, and what they return"},
                     Breach{"draw_crashes", "draw-succeeds",
                            "It crashed with signal 6 (Aborted) in Generate.",
                            "No operation may end the process"}),
@@ -171,27 +173,27 @@ TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
   EXPECT_EQ("opens self-test", Failed(report));
   const json& selfTest = Find(report, "self-test");
   EXPECT_EQ("error", selfTest.at("severity"));
-  EXPECT_EQ("It ended the process with status 127 in SelfTest.", selfTest.at("seen"));
-  EXPECT_THAT(selfTest.at("mend"), StartsWith("Link with the library that has the missing"));
+  EXPECT_EQ("It exited with status 127 in SelfTest.", selfTest.at("found"));
+  EXPECT_THAT(selfTest.at("fix"), StartsWith("Link with the library that has the missing"));
 }
 
 TEST(Check, WhatIsAskedOfTheEndOfTheProcessStaysAWarning) {
   const json report = Report(Breaking("static_thread"));
   const json& check = Find(report, "exit-without-release");
   EXPECT_EQ("warning", check.at("severity"));
-  EXPECT_THAT(check.at("mend"), StartsWith("Leave nothing to static objects"));
+  EXPECT_THAT(check.at("fix"), StartsWith("Leave nothing to static objects"));
 }
 
 TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
   const Breach breaches[] = {
-      {"hangs_with_settings", "built-in-settings", "no answer in 1 s in IsAvailable"},
-      {"factory_hangs", "gives-object", "gave no answer in 1 s in the factory"},
-      {"name_hangs", "name", "gave no answer in 1 s in GetName"},
-      {"self_test_hangs", "self-test", "no answer in 1 s", "Let it return soon"},
+      {"hangs_with_settings", "built-in-settings", "It did not answer within 1 s in IsAvailable"},
+      {"factory_hangs", "gives-object", "did not answer within 1 s in the factory"},
+      {"name_hangs", "name", "did not answer within 1 s in GetName"},
+      {"self_test_hangs", "self-test", "did not answer within 1 s", "Make it return soon"},
       {"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel"},
       {"cancels_one_draw", "cancel", "has not ended 0.75 s after Cancel"},
-      {"cancelled_draw_succeeds", "cancel", "answers true"},
-      {"waits_only_once", "cancel", "ends the next one, too"},
+      {"cancelled_draw_succeeds", "cancel", "returns true"},
+      {"waits_only_once", "cancel", "also ends the next one"},
       {"cancelled_draw_leaves_bytes", "failed-draw-is-zero", "was cancelled"}};
   std::vector<std::string> variants;
   for (const Breach& breach : breaches) variants.push_back(breach.variant);
@@ -200,8 +202,8 @@ TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
     SCOPED_TRACE(breach.variant);
     ExpectBreach(breach, results[breach.variant]);
   }
-  // A step that gave no answer is not taken again.
-  EXPECT_EQ("IsAvailable gave no answer in 1 s in the check built-in-settings",
+  // A step that did not answer is not taken again.
+  EXPECT_EQ("IsAvailable did not answer within 1 s in the check built-in-settings",
             Reason(json::parse(results["hangs_with_settings"].output), "load-cycles"));
 }
 

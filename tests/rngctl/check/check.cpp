@@ -21,8 +21,8 @@ const json& Find(const json& report, const std::string& name) {
   throw std::runtime_error("no check is called " + name);
 }
 
-std::string Seen(const json& report, const std::string& name) {
-  return Find(report, name).value("seen", "");
+std::string Found(const json& report, const std::string& name) {
+  return Find(report, name).value("found", "");
 }
 
 std::string Reason(const json& report, const std::string& name) {

@@ -19,7 +19,7 @@ json Report(const std::string& arguments);
 
 /// Of one check in a report.
 const json& Find(const json& report, const std::string& name);
-std::string Seen(const json& report, const std::string& name);
+std::string Found(const json& report, const std::string& name);
 std::string Reason(const json& report, const std::string& name);
 
 /// The names of the checks with that result.

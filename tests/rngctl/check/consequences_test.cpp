@@ -21,7 +21,7 @@ TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
 
 TEST(Check, WithoutAnObjectNothingIsSaidOfItsOperations) {
   const json report = Report(Breaking("factory_gives_null"));
-  EXPECT_EQ("the factory gives no object", Reason(report, "name"));
+  EXPECT_EQ("the factory returns no object", Reason(report, "name"));
   EXPECT_THAT(Reason(report, "no-exceptions"),
               AllOf(HasSubstr("were not called, or did not return: SetSettings, IsAvailable, GetN"),
                     Not(HasSubstr("the factory"))));
@@ -43,8 +43,8 @@ TEST(Check, ThreadsThatCannotDrawSayNothingOfConcurrentDraws) {
        {std::pair("draw_crashes",
                   "Generate crashed with signal 6 (Aborted) in the check draw-succ"),
         std::pair("draw_throws", "Generate throws an exception"),
-        std::pair("draw_fails", "Generate answers false"),
-        std::pair("failed_draw_leaves_bytes", "draws fail at times also when called alone")}) {
+        std::pair("draw_fails", "Generate returns false"),
+        std::pair("failed_draw_leaves_bytes", "draws sometimes fail even when called alone")}) {
     EXPECT_THAT(Reason(Report(Breaking(variant)), "concurrent-calls"), StartsWith(reason))
         << variant;
   }

@@ -40,18 +40,19 @@ TEST(Check, WhatTakesTimeIsNoFault) {
 
   const json slow = json::parse(results["slow"].output);
   EXPECT_EQ("", Failed(slow));
-  EXPECT_EQ("draws are slow, but wait for nobody", Reason(slow, "cancel"));
+  EXPECT_EQ("draws are slow but wait for nothing", Reason(slow, "cancel"));
 
   const json inTurn = json::parse(results["draws_in_turn"].output);
   EXPECT_EQ("", Failed(inTurn));
-  EXPECT_EQ("draws are slow, but wait for nobody", Reason(inTurn, "cancel"));
+  EXPECT_EQ("draws are slow but wait for nothing", Reason(inTurn, "cancel"));
 
   // No call takes the time that is meant for one, many together do.
   const json throughout = json::parse(results["slow_throughout"].output);
   EXPECT_EQ("", Failed(throughout));
   EXPECT_EQ("passed", Find(throughout, "reload").at("result"));
   for (const char* name : {"failed-draw-is-zero", "load-cycles"}) {
-    EXPECT_EQ("it takes too long; give more time with --timeout", Reason(throughout, name)) << name;
+    EXPECT_EQ("it takes too long; allow more time with --timeout", Reason(throughout, name))
+        << name;
   }
 }
 
@@ -63,6 +64,6 @@ TEST(Check, ALargeDrawMayBeRefused) {
 TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {
   const json report = Report(Breaking("runs_out"));
   EXPECT_EQ("", Failed(report));
-  EXPECT_EQ("the source ran out: draws now fail also when called alone",
+  EXPECT_EQ("the source ran out: draws now also fail when called alone",
             Reason(report, "concurrent-calls"));
 }

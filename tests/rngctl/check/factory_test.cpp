@@ -17,13 +17,13 @@ TEST(Check, AFileThatTheCatalogueDoesNotKnowNeedsAFactory) {
   const json report = Report(file);
   EXPECT_EQ("catalogue-pair", Failed(report));
   EXPECT_TRUE(report.at("factory").is_null());
-  EXPECT_EQ("which factory to call is unknown; name it with --factory", Reason(report, "name"));
+  EXPECT_EQ("the factory is unknown; name it with --factory", Reason(report, "name"));
 
   const Result named = Check("--json --factory GetDsdrRng " + file);
   EXPECT_EQ(0, named.status);
   EXPECT_EQ("catalogue-pair", Failed(json::parse(named.output)));
   EXPECT_EQ("warning", Find(json::parse(named.output), "catalogue-pair").at("severity"));
-  EXPECT_EQ("the file is not in the catalogue",
+  EXPECT_EQ("the file name is not in the catalogue",
             Reason(json::parse(named.output), "name-in-catalogue"));
 }
 
@@ -33,24 +33,25 @@ TEST(Check, AFactoryOfAnotherKindIsNoPair) {
   EXPECT_EQ("catalogue-pair name-in-catalogue", Failed(Report("--factory GetDsdrRng " + file)));
   const json report = Report(file);
   EXPECT_EQ("one-export", Failed(report));
-  EXPECT_EQ("It does not export GetSobolRng, but GetDsdrRng.", Seen(report, "one-export"));
-  EXPECT_THAT(Find(report, "one-export").at("mend"),
-              AllOf(StartsWith("Define it extern \"C\", with default visibility and this exact"),
-                    EndsWith("Or name the file librngdsdr.so: GetDsdrRng belongs to that.")));
+  EXPECT_EQ("It does not export GetSobolRng; it exports GetDsdrRng.", Found(report, "one-export"));
+  EXPECT_THAT(Find(report, "one-export").at("fix"),
+              AllOf(StartsWith("Define it extern \"C\" with default visibility and this exact"),
+                    EndsWith("Or name the file librngdsdr.so, to which GetDsdrRng belongs.")));
   EXPECT_EQ("it does not export GetSobolRng", Reason(report, "catalogue-pair"));
   EXPECT_EQ("there is no factory GetSobolRng", Reason(report, "name"));
 }
 
 TEST(Check, AFactoryInCppIsSeenByItsMangledName) {
   const json report = Report(Breaking("factory_is_mangled"));
-  EXPECT_EQ("It does not export GetDsdrRng, but _Z10GetDsdrRngv.", Seen(report, "one-export"));
-  EXPECT_THAT(Find(report, "one-export").at("mend"), EndsWith("no version script hide it."));
+  EXPECT_EQ("It does not export GetDsdrRng; it exports _Z10GetDsdrRngv.",
+            Found(report, "one-export"));
+  EXPECT_THAT(Find(report, "one-export").at("fix"), EndsWith("let no version script hide it."));
 }
 
 TEST(Check, ALibraryBesideThePluginNeedsARunPath) {
   const json report = Report(FakePlugin("biokbd", "missing_dependency"));
   EXPECT_EQ("opens", Failed(report));
-  EXPECT_THAT(Seen(report, "opens"), HasSubstr("libabsent_device.so: cannot open"));
-  EXPECT_THAT(Find(report, "opens").at("mend"),
+  EXPECT_THAT(Found(report, "opens"), HasSubstr("libabsent_device.so: cannot open"));
+  EXPECT_THAT(Find(report, "opens").at("fix"),
               AllOf(StartsWith("Install libabsent_device.so where"), HasSubstr("'$ORIGIN'")));
 }

@@ -21,11 +21,11 @@ TEST(Check, TextShowsFaultsWithTheirMendAndCounts) {
   const Result result =
       Check(Breaking("no_flags") + "; " RNGCTL " check " + Breaking("description_fails"));
   EXPECT_THAT(result.output,
-              HasSubstr("\nwarning       some-flag             GetFlags has at least one bit\n"
-                        "              seen: GetFlags answers 0.\n"
-                        "              mend: Return at least one kRngCapability bit: without any"));
+              HasSubstr("\nwarning       some-flag             GetFlags returns at least one bit\n"
+                        "              found: GetFlags returns 0.\n"
+                        "              fix: Return at least one kRngCapability bit: without one"));
   EXPECT_THAT(result.output,
-              HasSubstr("\nfailed        description           GetDescription keeps"));
+              HasSubstr("\nfailed        description           GetDescription follows"));
   EXPECT_THAT(result.output, HasSubstr("checks passed, 0 failed, 1 warning, 2 not examined\n"));
   EXPECT_THAT(result.output, HasSubstr("checks passed, 1 failed, 0 warnings, 3 not examined\n"));
   EXPECT_EQ("rngctl: The plug-in breaks 1 rule.\n", result.errors);
@@ -35,9 +35,9 @@ TEST(Check, TextShowsFaultsWithTheirMendAndCounts) {
 TEST(Check, TextGivesAReasonOnceForAllChecks) {
   const std::string text = Check(Breaking("draw_fails")).output;
   EXPECT_THAT(text, HasSubstr("\nnot examined  cancel\n"
-                              "              why: draws fail also without Cancel\n"
+                              "              why: draws also fail without Cancel\n"
                               "not examined  draw-fills-buffer, draws-differ, concurrent-calls\n"
-                              "              why: Generate answers false\n\n"));
+                              "              why: Generate returns false\n\n"));
   EXPECT_THAT(text, HasSubstr("\nwarning       draw-succeeds "));
 }
 
@@ -100,7 +100,7 @@ TEST(Check, TheSchemaRefusesWhatIsNoReport) {
     spoilt[json::json_pointer(pointer)] = "Wrong";
     EXPECT_FALSE(isValid(spoilt)) << pointer;
   }
-  report["checks"][0]["seen"] = "A check that passed has seen nothing.";
+  report["checks"][0]["found"] = "A check that passed has found nothing.";
   EXPECT_FALSE(isValid(report));
 }
 

@@ -42,7 +42,7 @@ TEST_F(RngctlTest, StoresADeviceAndAGeneratorThatMayComeLater) {
   const Result set = Run("default set 12345678901234567 'X 1'");
   EXPECT_EQ(0, set.status);
   EXPECT_EQ("The default is now 12345678901234567, device X 1.\n", set.output);
-  EXPECT_THAT(set.errors, StartsWith("Warning: no usable generator is called"));
+  EXPECT_THAT(set.errors, StartsWith("Warning: there is no usable generator"));
   EXPECT_EQ(
       "configured  12345678901234567, device X 1\n"
       "default     12345678901234567, device X 1\n"
@@ -62,7 +62,7 @@ TEST_F(RngctlTest, OverlongSettingsAreExplained) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=123456789012345678\n");
   const Result result = Run("default");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: There is no default: what is configured has more than 17 characters.\n",
+  EXPECT_EQ("rngctl: There is no default: the configured one is longer than 17 characters.\n",
             result.errors);
 }
 
@@ -78,5 +78,5 @@ TEST_F(RngctlTest, AStoreThatTheLibraryDoesNotSeeFailIsNoticed) {
   fs::create_directories(TreePath(kSettingsFile));  // a directory: the rewrite cannot replace it
   const Result result = Run("default set unixdev");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("rngctl: The settings took the default, but"));
+  EXPECT_THAT(result.errors, StartsWith("rngctl: The default was stored but reads back as"));
 }

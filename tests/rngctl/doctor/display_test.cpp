@@ -37,7 +37,7 @@ TEST_P(DoctorDisplay, TellsWhyThereIsNone) {
   const json row = RowOf(report, "bioqt");
   EXPECT_EQ("no-display", row.at("verdict"));
   EXPECT_EQ("skipped: no X display, " + reason, row.at("summary"));
-  EXPECT_EQ(report.at("display").at("mend"), row.at("mend"));
+  EXPECT_EQ(report.at("display").at("fix"), row.at("fix"));
   EXPECT_EQ(TreePath("lib/librngbioqt.so"), row.at("file"));
   EXPECT_EQ("not-installed", RowOf(report, "unixx11").at("verdict"));
   EXPECT_EQ("loaded", RowOf(report, "biokbd").at("verdict"));

@@ -41,10 +41,10 @@ TEST_F(Doctor, PassesOverAFileForAnotherMachineAsTheLoaderDoes) {
   const std::string foreign = TreePath("lib/librngdsdr.so");
   WriteForeignLibrary(foreign);
   const json alone = ExamineKind("dsdr");
-  EXPECT_EQ("cannot be opened: it is made for another machine: " + kNoSuchFile,
+  EXPECT_EQ("cannot be opened: it is built for another machine: " + kNoSuchFile,
             alone.at("summary"));
   EXPECT_EQ(foreign, alone.at("file"));
-  EXPECT_THAT(Text(alone.at("mend")), HasSubstr("See that " + foreign));
+  EXPECT_THAT(Text(alone.at("fix")), HasSubstr("Make " + foreign));
 
   fs::create_directory(TreePath("other"));
   fs::copy(FakePlugin("dsdr", "stub"), TreePath("other"));
@@ -57,14 +57,15 @@ TEST_F(Doctor, FindsALinkThatLeadsNowhere) {
   const std::string file = TreePath("lib/librngdsdr.so");
   fs::create_symlink(TreePath("lib/gone"), file);
   const json row = ExamineKind("dsdr");
-  EXPECT_EQ("cannot be opened: a link to nothing: " + kNoSuchFile, row.at("summary"));
+  EXPECT_EQ("cannot be opened: it is a dangling link: " + kNoSuchFile, row.at("summary"));
   EXPECT_EQ(file, row.at("file"));
-  EXPECT_THAT(Text(row.at("mend")), HasSubstr(file));
+  EXPECT_THAT(Text(row.at("fix")), HasSubstr(file));
 }
 
 TEST_F(Doctor, APipeInAPluginsPlaceIsWaitedForNoLongerThanAPlugin) {
   ASSERT_EQ(0, ::mkfifo(TreePath("lib/librngdsdr.so").c_str(), 0600));
-  EXPECT_EQ("no answer in 1 s while it was opened", ExamineKind("dsdr", "", 1).at("summary"));
+  EXPECT_EQ("did not answer within 1 s while being opened",
+            ExamineKind("dsdr", "", 1).at("summary"));
 }
 
 TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
@@ -72,8 +73,8 @@ TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
   fs::copy(FakePlugin("dsdr", "stub"), file);
   fs::resize_file(file, 4096);
   const json row = ExamineKind("dsdr");
-  EXPECT_EQ("crashed with signal 7 (Bus error) while it was opened", row.at("summary"));
-  EXPECT_THAT(Text(row.at("mend")), StartsWith("Install it again"));
+  EXPECT_EQ("crashed with signal 7 (Bus error) while being opened", row.at("summary"));
+  EXPECT_THAT(Text(row.at("fix")), StartsWith("Reinstall the file"));
 
   // Within its head: the loader passes over no such file.
   fs::resize_file(file, 10);

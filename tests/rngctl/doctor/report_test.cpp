@@ -19,30 +19,31 @@ TEST_F(Doctor, PrintsTextInColumns) {
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.errors, IsEmpty());
   const std::string lib = TreePath("lib");
-  EXPECT_THAT(result.output, StartsWith("Library        " + lib + "/librngaggregator.so"));
-  EXPECT_THAT(result.output, HasSubstr("\nRun path       $ORIGIN/../lib\nSearch order   " + lib));
+  EXPECT_THAT(result.output, StartsWith("Library          " + lib + "/librngaggregator.so"));
   EXPECT_THAT(result.output,
-              HasSubstr("\nSettings file  " + TreePath(kSettingsFile) +
-                        ", does not exist, can be written\nKnown paths    " + lib +
-                        "/libcrypt_known_path.so\nX display      none, DISPLAY is not set\n"
-                        "Default        none configured\nStart, stop    in order\n\n"));
+              HasSubstr("\nRun path         $ORIGIN/../lib\nSearch order     " + lib));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nSettings file    " + TreePath(kSettingsFile) +
+                        ", does not exist, can be created\nKnown paths      " + lib +
+                        "/libcrypt_known_path.so\nX display        none: DISPLAY is not set\n"
+                        "Default          none configured\nStart and stop   OK\n\n"));
   const std::string blanks(lib.size() + sizeof "/librngunixdev.so", ' ');
-  EXPECT_THAT(result.output, HasSubstr("\nKIND           FILE" + blanks.substr(3) +
+  EXPECT_THAT(result.output, HasSubstr("\nKIND             FILE" + blanks.substr(3) +
                                        "VERDICT\n"
-                                       "bioqt          -" +
+                                       "bioqt            -" +
                                        blanks + "not installed\n"));
-  EXPECT_THAT(result.output,
-              HasSubstr("\nunixdev        " + lib + "/librngunixdev.so  loaded as \"unixdev\"\n"));
+  EXPECT_THAT(result.output, HasSubstr("\nunixdev          " + lib +
+                                       "/librngunixdev.so  loaded as \"unixdev\"\n"));
   EXPECT_THAT(result.output,
               EndsWith("\n\nbioqt, unixx11, dsdr, sobol, JacartaGost, Rutoken, EsmartGost, "
-                       "biokbd, grandmaster, biocore: Where such a generator is wanted, install "
-                       "its maker's plug-in into " +
+                       "biokbd, grandmaster, biocore: To use this generator, install the vendor's "
+                       "plug-in in " +
                        lib + ".\n"));
 }
 
 TEST_F(Doctor, PrintsNoControlCharacters) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=a\033b\u009Bc\n");
-  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr("\nDefault        a?b?c, not examined\n"));
+  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr("\nDefault          a?b?c, not examined\n"));
 }
 
 TEST_F(Doctor, CountsLettersNotBytes) {
@@ -51,7 +52,7 @@ TEST_F(Doctor, CountsLettersNotBytes) {
   const std::string blanks(TreePath("f\u00FCnf/librngdsdr.so").size() - 1, ' ');
   EXPECT_THAT(
       RunShell("LD_LIBRARY_PATH=" + TreePath("f\u00FCnf") + " " + Rngctl() + " doctor").output,
-      HasSubstr("\naccord         -" + blanks + " not installed\n"));
+      HasSubstr("\naccord           -" + blanks + " not installed\n"));
 }
 
 TEST_F(Doctor, SaysWhenItsReportCannotBeWritten) {
@@ -95,5 +96,5 @@ TEST_F(Doctor, SaysOnATerminalWhatItWaitsFor) {
                                  TreePath("report") + "' " + TreePath("typescript"));
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, StartsWith("Waiting for sobol, at most 2 s\r\033[K"));
-  EXPECT_THAT(ReadFile(TreePath("report")), HasSubstr("no answer in 2 s"));
+  EXPECT_THAT(ReadFile(TreePath("report")), HasSubstr("did not answer within 2 s"));
 }

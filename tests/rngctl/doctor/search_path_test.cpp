@@ -55,7 +55,7 @@ TEST_F(Doctor, WhatAPluginNeedsIsNotFoundBesideIt) {
   InstallPlugin("unixdev");
   fs::copy(FAKES_DIR "/missing_dependency/libabsent_device.so", TreePath("lib"));
   EXPECT_EQ("cannot-be-opened", ExamineKind("biokbd").at("verdict"));
-  EXPECT_THAT(Text(ExamineKind("biokbd").at("mend")), HasSubstr("a plug-in with a run path"));
+  EXPECT_THAT(Text(ExamineKind("biokbd").at("fix")), HasSubstr("a plug-in with a run path"));
   EXPECT_THAT(RunShell(Rngctl() + " list").output, Not(HasSubstr("biokbd")));
   const std::string environment = "LD_LIBRARY_PATH=" + TreePath("lib");
   EXPECT_NE("cannot-be-opened", ExamineKind("biokbd", environment).at("verdict"));

@@ -28,7 +28,7 @@ TEST_F(Doctor, SeesWhatIsInTheWayOfTheSettingsFile) {
   fs::create_directories(TreePath(kSettingsFile));
   const json folder = Examine("dsdr").at("settings");
   EXPECT_TRUE(folder.at("exists"));
-  EXPECT_EQ("it is no regular file", folder.at("reading_fault"));
+  EXPECT_EQ("it is not a regular file", folder.at("reading_fault"));
   EXPECT_FALSE(folder.at("writable"));
   fs::remove(TreePath(kSettingsFile));
   WriteFile(TreePath(kSettingsFile), "[Devices]\n");
@@ -63,7 +63,7 @@ TEST_F(Doctor, ExplainsAServiceThatDoesNotAnswer) {
   EXPECT_EQ("the known-path service names no directory", silent.at("problem"));
   InstallKnownPath("crashing");
   const json crashing = Examine("dsdr").at("settings");
-  EXPECT_EQ("the known-path service: crashed with signal 6 (Aborted)", crashing.at("problem"));
+  EXPECT_EQ("the known-path service crashed with signal 6 (Aborted)", crashing.at("problem"));
 }
 
 TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
@@ -71,7 +71,7 @@ TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
   const json settings = Examine("dsdr", "", 1).at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
-  EXPECT_EQ("reading it: no answer in 1 s", settings.at("problem"));
+  EXPECT_EQ("reading it did not answer within 1 s", settings.at("problem"));
 }
 
 TEST_F(Doctor, SaysWhetherTheDefaultWouldBeFound) {
@@ -91,17 +91,17 @@ TEST_F(Doctor, ADefaultThatIsTooLongIsNotFound) {
   EXPECT_EQ(false, Examine("").at("default").at("found"));
   EXPECT_THAT(
       Run("doctor").output,
-      HasSubstr("\nDefault        123456789012345678, of no use: more than 17 characters\n"));
+      HasSubstr("\nDefault          123456789012345678, unusable: longer than 17 characters\n"));
 }
 
 TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
   WriteFile(TreePath(kSettingsFile), "[Device]\nRandomNumberGeneratorType=dsdr\n");
   EXPECT_THAT(Run("doctor").output,
-              HasSubstr("\nDefault        none: the file gives no "
+              HasSubstr("\nDefault          none: the file sets no "
                         "RandomNumberGeneratorType in a section [Devices]\n"));
   fs::remove(TreePath(kSettingsFile));
   fs::create_directory(TreePath(kSettingsFile));
-  EXPECT_THAT(Run("doctor").output, AllOf(HasSubstr("cannot be read (it is no regular file)"),
-                                          HasSubstr("\nDefault        none: the settings file "
+  EXPECT_THAT(Run("doctor").output, AllOf(HasSubstr("not readable (it is not a regular file)"),
+                                          HasSubstr("\nDefault          none: the settings file "
                                                     "cannot be read\n")));
 }

@@ -25,7 +25,8 @@ TEST_F(Doctor, SaysWhatASearchForTheDefaultComesTo) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
   const json report = Examine("");
   EXPECT_EQ(false, report.at("default").at("found"));
-  EXPECT_EQ("an exception in the search for the default", report.at("start").at("problem"));
+  EXPECT_EQ("threw an exception during the search for the default",
+            report.at("start").at("problem"));
 }
 
 TEST_F(Doctor, DoesNotKnowOfADefaultThatIsNotLookedFor) {
@@ -55,7 +56,7 @@ TEST_F(Doctor, TheStartIsRightWherePluginsAnswerOtherwiseBesideOthers) {
   EXPECT_EQ("loaded as \"sobol\", but a start with all plug-ins does not keep it",
             sobol.at("summary"));
   EXPECT_EQ("loaded", RowOf(report, "bioqt").at("verdict"));
-  EXPECT_THAT(Run("doctor").errors, HasSubstr("2 of the installed plug-ins are not in order"));
+  EXPECT_THAT(Run("doctor").errors, HasSubstr("2 installed plug-ins have problems"));
 }
 
 TEST_F(Doctor, AStartThatDoesNotGoWellIsANegativeAnswer) {
@@ -64,10 +65,11 @@ TEST_F(Doctor, AStartThatDoesNotGoWellIsANegativeAnswer) {
   InstallPlugin("accord", "crowded");
   const Result result = Run("doctor");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: A start with all plug-ins: crashed with signal 6 (Aborted) in the start.\n",
+  EXPECT_EQ("rngctl: A start with all plug-ins crashed with signal 6 (Aborted) during the start.\n",
             result.errors);
-  EXPECT_THAT(result.output, HasSubstr("\nStart, stop    crashed with signal 6 (Aborted) in the "
-                                       "start\n"));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nStart and stop   crashed with signal 6 (Aborted) during the "
+                        "start\n"));
 }
 
 TEST_F(Doctor, FindsNoDefaultBehindAPluginThatEndsEveryStart) {

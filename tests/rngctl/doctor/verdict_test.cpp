@@ -19,7 +19,7 @@ struct Case {
   const char* verdict;
   bool isKept;
   const char* summary;
-  const char* mend;  // a part of it
+  const char* fix;  // a part of it
 };
 
 void PrintTo(const Case& instance, std::ostream* out) { *out << instance.name; }
@@ -36,7 +36,7 @@ TEST_P(DoctorVerdict, NamesTheFaultOfThePlugin) {
   EXPECT_EQ(expected.verdict, row.at("verdict"));
   EXPECT_EQ(expected.isKept, row.at("kept"));
   EXPECT_EQ(expected.summary, row.at("summary"));
-  EXPECT_THAT(Text(row.at("mend")), HasSubstr(expected.mend));
+  EXPECT_THAT(Text(row.at("fix")), HasSubstr(expected.fix));
   EXPECT_EQ(TreePath("lib/" + LibraryFileOf(expected.kind)), row.at("file"));
   EXPECT_THAT(row.at("warnings"), IsEmpty());
 }
@@ -46,53 +46,54 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case{"Stub", "dsdr", "stub", "loaded", true, "loaded as \"dsdr\"", ""},
         Case{"NoFactory", "dsdr", "no_factory", "no-factory", false,
-             "no factory: the file has no function GetDsdrRng", "made for this kind"},
+             "no factory: the file does not export GetDsdrRng", "plug-in for this kind"},
         Case{"NullFactory", "JacartaGost", "null_factory", "factory-gave-nothing", false,
-             "factory gave nothing", "device"},
+             "its factory returned no generator", "device"},
         Case{"Unavailable", "Rutoken", "unavailable", "not-available", false, "not available",
              "Connect the device"},
         Case{"NoName", "EsmartGost", "nameless", "nameless", true,
-             "loaded, but without a name: it reports none", "Ask its maker"},
+             "loaded, but without a name: it reports none", "Report this to the vendor"},
         Case{"NegativeName", "sobol", "nameless", "nameless", true,
-             "loaded, but without a name: it reports a size of -5, and every search for a name "
-             "fails "
-             "that comes to it",
-             "Ask its maker"},
+             "loaded, but without a name: it reports a size of -5, which makes every lookup that "
+             "reaches it fail",
+             "Report this to the vendor"},
         Case{"UnsteadyName", "accord", "nameless", "nameless", true,
-             "loaded, but without a name: it reports a size of 5, then of 6", "Ask its maker"},
+             "loaded, but without a name: it reports a size of 5, then of 6",
+             "Report this to the vendor"},
         Case{"EmptyName", "grandmaster", "nameless", "nameless", true,
-             "loaded, but without a name: it reports an empty one", "Ask its maker"},
+             "loaded, but without a name: it reports an empty one", "Report this to the vendor"},
         Case{"WrongName", "dsdr", "slot_table", "wrong-name", true,
              "loaded, but its name is \"slots\"", "Ask for it by that name"},
         Case{"MissingDependency", "biokbd", "missing_dependency", "cannot-be-opened", false,
              "cannot be opened: \"libabsent_device.so\" is missing: libabsent_device.so: cannot "
              "open shared object file: No such file or directory",
-             "Install \"libabsent_device.so\""},
+             "Install the plug-in's dependency \"libabsent_device.so\""},
         Case{"ThrowingFactory", "dsdr", "throwing_start", "threw", false,
              "threw an exception in its factory GetDsdrRng: no driver", "Remove the file"},
         Case{"ThrowingRelease", "dsdr", "throwing_release", "threw", true,
-             "threw an exception while it was released: nothing that says why", "Ask its maker"},
+             "threw an exception while being released", "Report this to the vendor"},
         Case{"CallingShutDown", "dsdr", "breaking/calls_shut_down", "calls-back", true,
-             "calls ShutDown, as no plug-in may, while it was released", "Ask its maker"},
+             "calls ShutDown, which no plug-in may, while being released",
+             "Report this to the vendor"},
         Case{"CallingInitialize", "dsdr", "breaking/calls_initialize", "calls-back", false,
-             "calls Initialize, as no plug-in may, when asked whether it is available",
+             "calls Initialize, which no plug-in may, when asked whether it is available",
              "Remove the file"},
         Case{"ClosingBadly", "dsdr", "breaking/exit_handler_stays", "crashed", true,
-             "crashed with signal 11 (Segmentation fault) while the process ended",
-             "at its own end"},
+             "crashed with signal 11 (Segmentation fault) while the process exited", "on exit"},
         Case{"Crashing", "grandmaster", "crashing", "crashed", false,
              "crashed with signal 6 (Aborted) in its factory GetGrandmasterRng", "Remove the file"},
         Case{"Exiting", "accord", "exiting", "ended-the-process", false,
-             "ended the process with status 7 in its factory GetAccordRng", "Remove the file"},
+             "exited with status 7 in its factory GetAccordRng", "Remove the file"},
         Case{"Hanging", "sobol", "hanging", "no-answer", false,
-             "no answer in 1 s when asked whether it is available", "--timeout"}),
+             "did not answer within 1 s when asked whether it is available", "--timeout"}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST_F(Doctor, SeesThatNothingIsInstalled) {
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("not-installed", row.at("verdict"));
   EXPECT_EQ("not installed", row.at("summary"));
-  EXPECT_THAT(Text(row.at("mend")), EndsWith("into " + TreePath("lib") + "."));
+  EXPECT_THAT(Text(row.at("fix")),
+              EndsWith("install the vendor's plug-in in " + TreePath("lib") + "."));
   EXPECT_EQ(json(), row.at("file"));
 }
 

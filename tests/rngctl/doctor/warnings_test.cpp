@@ -44,6 +44,6 @@ TEST_F(Doctor, WarnsOfAFileForThisProcessorThatComesBeforeTheOther) {
   const std::string folder = TreePath("lib/glibc-hwcaps/x86-64-v2");
   fs::create_directories(folder);
   fs::copy(TreePath("lib/librngdsdr.so"), folder);
-  EXPECT_EQ(json({"A start with all plug-ins takes " + folder + "/librngdsdr.so in its place."}),
+  EXPECT_EQ(json({"A start with all plug-ins loads " + folder + "/librngdsdr.so instead."}),
             RowOf(Examine(""), "dsdr").at("warnings"));
 }

@@ -53,7 +53,8 @@ TEST_F(RngctlTest, AThrowingPluginIsASentence) {
   const Result result = Run("list");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(
-      "rngctl: A plug-in or the system failed: no driver\n\"rngctl doctor\" may tell which.\n",
+      "rngctl: A plug-in or the system failed: no driver\nRun \"rngctl doctor\" to find out "
+      "which.\n",
       result.errors);
 }
 
@@ -62,7 +63,7 @@ TEST_F(RngctlTest, AThrowingReleaseIsASentenceAfterTheResult) {
   const Result result = Run("list");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, HasSubstr("dsdr"));
-  EXPECT_EQ("rngctl: A plug-in failed without saying why.\n", result.errors);
+  EXPECT_EQ("rngctl: A plug-in failed without an error message.\n", result.errors);
 }
 
 TEST_F(RngctlTest, AFullOutputIsNoticed) {

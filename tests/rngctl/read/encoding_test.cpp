@@ -1,4 +1,4 @@
-#include "tools/rngctl/encoding.h"
+#include "tools/rngctl/commands/encoding.h"
 
 #include <gtest/gtest.h>
 

@@ -49,8 +49,7 @@ TEST_F(RngctlTest, ReadsFromTheConfiguredDefault) {
 TEST_F(RngctlTest, ReadWithoutNameAndDefaultIsANegativeAnswer) {
   const Result result = Run("read -n 2");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors,
-              StartsWith("rngctl: No default generator is configured that can be used."));
+  EXPECT_THAT(result.errors, StartsWith("rngctl: No usable default generator is configured."));
 }
 
 TEST_F(RngctlTest, ReadFromADefaultThatIsNotLoadedIsANegativeAnswer) {
@@ -64,7 +63,7 @@ TEST_F(RngctlTest, ReadFromADefaultThatIsNotLoadedIsANegativeAnswer) {
 TEST_F(RngctlTest, ReadFromAnUnknownGeneratorIsANegativeAnswer) {
   const Result result = Run("read nosuch -n 2");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("rngctl: No usable generator is called \"nosuch\""));
+  EXPECT_THAT(result.errors, StartsWith("rngctl: There is no usable generator \"nosuch\""));
 }
 
 TEST_F(RngctlTest, SelectsTheConfiguredDevice) {
@@ -130,7 +129,7 @@ TEST_F(RngctlTest, RawBytesNeverGoToATerminal) {
   const Result result =
       RunShell("script -qec '" + Rngctl() + " read unixdev -n 2 --raw' " + TreePath("typescript"));
   EXPECT_EQ(2, result.status);
-  EXPECT_THAT(result.output, HasSubstr("Raw bytes do not go to a terminal"));
+  EXPECT_THAT(result.output, HasSubstr("Raw bytes are not written to a terminal"));
   const Result hex =
       RunShell("script -qec '" + Rngctl() + " read unixdev -n 2' " + TreePath("typescript"));
   EXPECT_EQ(0, hex.status);

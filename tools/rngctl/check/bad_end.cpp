@@ -1,0 +1,52 @@
+#include "tools/rngctl/check/bad_end.h"
+
+namespace {
+
+constexpr int kLoaderStatus = 127;  // when a function is missing
+
+bool HasUnusualSettings(Step step) {
+  const std::set<Step> steps = {Step::kSetNullSettings, Step::kSetEmptySettings,
+                                Step::kIsAvailableWithNullSettings,
+                                Step::kIsAvailableWithEmptySettings};
+  return steps.contains(step);
+}
+
+std::string FixFor(Step step, const ChildResult& result) {
+  if (result.end == ChildEnd::kTimedOut) {
+    return "Make it return soon: provide the device or input that it waits for, or allow more time "
+           "with --timeout.";
+  }
+  if (step == Step::kOpening) {
+    return "Static constructors must not throw or exit: do what may fail in IsAvailable, and "
+           "return "
+           "false.";
+  }
+  if (step == Step::kClosing) {
+    return "Static destructors must not throw or exit: do what may fail in Release.";
+  }
+  if (result.HasExited(kLoaderStatus)) {
+    return "Link with the library that has the missing function: the loader terminates the process "
+           "when it is called.";
+  }
+  if (HasUnusualSettings(step)) {
+    return "Compare the settings, and what they return, with null before using them. If that is "
+           "not "
+           "the cause, find the place with a debugger.";
+  }
+  return "No operation may end the process: find the place with a debugger, for example gdb --args "
+         "rngctl read NAME -n 32.";
+}
+
+}  // namespace
+
+Finding JudgeBadEnd(const Transcript& transcript, const ChildResult& result,
+                    const std::string& how) {
+  Finding finding = Failed("It " + how + " in " + InWords(transcript.step) + ".");
+  if (transcript.isOwnStep) return finding;
+  finding.fix = FixFor(transcript.step, result);
+  // An operation that ends the process is an error in any check. Every start of a host waits as long
+  // as a factory does.
+  const bool endsProcess = result.end != ChildEnd::kTimedOut || transcript.step == Step::kFactory;
+  if (endsProcess) finding.severity = Severity::kError;
+  return finding;
+}

@@ -1,0 +1,79 @@
+#include "tools/rngctl/check/examination.h"
+
+#include "tools/rngctl/check/bad_end.h"
+#include "tools/rngctl/check/child.h"
+#include "tools/rngctl/terminal/text.h"
+#include "tools/rngctl/terminal/wait_notice.h"
+
+#include <algorithm>
+
+namespace {
+
+Finding InternalError() {
+  Finding finding = Failed("Internal error: the check gave no usable answer.",
+                           "Run the command again; if the error persists, report it as a bug of "
+                           "rngctl.");
+  finding.severity = Severity::kError;
+  return finding;
+}
+
+}  // namespace
+
+CheckReport Examination::Run() {
+  CheckReport report{subject.plugin, {}};
+  for (const Rule& rule : AllRules()) report.checks.push_back(Examine(rule));
+  return report;
+}
+
+CheckResult Examination::Examine(const Rule& rule) {
+  const Finding finding = MakeCheck(rule);
+  return {rule.name,       rule.sentence, finding.severity.value_or(rule.severity),
+          finding.outcome, finding.found, finding.fix.empty() ? rule.fix : finding.fix};
+}
+
+Finding Examination::MakeCheck(const Rule& rule) {
+  if (const auto* const check = std::get_if<FileCheck>(&rule.check)) return (*check)(subject);
+  if (const auto* const check = std::get_if<EvidenceCheck>(&rule.check)) return (*check)(evidence);
+  return ExamineInChild(rule);
+}
+
+CheckOrder Examination::OrderFor(const Rule& rule) const {
+  CheckOrder order{rule.name, subject.plugin, static_cast<int>(limit.count()), {}, drawsWait};
+  for (const auto& bad : evidence.badSteps) order.badSteps.insert(bad.first);
+  return order;
+}
+
+Finding Examination::ExamineInChild(const Rule& rule) {
+  const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
+  const ChildResult result =
+      RunChild({kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence});
+  const auto transcript = result.Last<Transcript>();
+  if (!transcript) return InternalError();
+  Remember(*transcript);
+  RememberOutput(result.printed, rule.name);
+  if (transcript->avoided) return NotExamined(evidence.badSteps.at(*transcript->avoided));
+  if (result.HasExited(0) && transcript->finding) return *transcript->finding;
+  const std::string how = DescribeEnd(result, limit);
+  evidence.badSteps.emplace(transcript->step,
+                            InWords(transcript->step) + " " + how + " in the check " + rule.name);
+  return JudgeBadEnd(*transcript, result, how);
+}
+
+void Examination::Remember(const Transcript& transcript) {
+  drawsWait = drawsWait || transcript.drawsWait;
+  evidence.stepsTaken.insert(transcript.steps.begin(), transcript.steps.end());
+  evidence.exceptions.insert(transcript.exceptions.begin(), transcript.exceptions.end());
+  evidence.lifecycleCalls.insert(transcript.lifecycleCalls.begin(),
+                                 transcript.lifecycleCalls.end());
+  for (const auto& thrown : transcript.exceptions) {
+    evidence.badSteps.emplace(thrown.first, InWords(thrown.first) + " throws an exception");
+  }
+}
+
+// A line is enough to recognise it.
+void Examination::RememberOutput(const std::string& printed, const std::string& rule) {
+  if (printed.empty() || !evidence.output.empty()) return;
+  constexpr std::size_t kShown = 60;
+  evidence.output = "In the check " + rule + " it prints " +
+                    Quoted(printed.substr(0, std::min(kShown, printed.find('\n')))) + ".";
+}

@@ -1,0 +1,31 @@
+#ifndef TOOLS_RNGCTL_CHECK_EXAMINATION_H
+#define TOOLS_RNGCTL_CHECK_EXAMINATION_H
+
+#include "tools/rngctl/check/report.h"
+#include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/check/transcript.h"
+#include "tools/rngctl/process/child.h"
+
+/// One plug-in under all checks. Those that run its code run in a child each.
+class Examination {
+ public:
+  Examination(CheckSubject plugin, std::chrono::seconds timeout)
+      : subject(std::move(plugin)), limit(timeout) {}
+
+  CheckReport Run();
+
+ private:
+  CheckResult Examine(const Rule& rule);
+  Finding MakeCheck(const Rule& rule);
+  Finding ExamineInChild(const Rule& rule);
+  CheckOrder OrderFor(const Rule& rule) const;
+  void Remember(const Transcript& transcript);
+  void RememberOutput(const std::string& printed, const std::string& rule);
+
+  const CheckSubject subject;
+  const std::chrono::seconds limit;
+  Evidence evidence;
+  bool drawsWait = false;
+};
+
+#endif

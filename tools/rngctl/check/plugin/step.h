@@ -1,0 +1,39 @@
+#ifndef TOOLS_RNGCTL_CHECK_PLUGIN_STEP_H
+#define TOOLS_RNGCTL_CHECK_PLUGIN_STEP_H
+
+#include <string>
+
+/// What a check does at a time. Where the same operation may end differently, each way is a step.
+enum class Step {
+  kBeginning,
+  kOpening,
+  kFactory,
+  kSetSettings,
+  kSetNullSettings,
+  kSetEmptySettings,
+  kIsAvailable,
+  kIsAvailableWithNullSettings,
+  kIsAvailableWithEmptySettings,
+  kIsAvailableInUse,
+  kGetName,
+  kGetDescription,
+  kGetHardwareId,
+  kGetFlags,
+  kSelectDevice,
+  kGenerate,
+  kGenerateNothing,
+  kSelfTest,
+  kCancel,
+  kRelease,
+  kClosing,
+  kConcurrentCalls,
+  kThreadExit,
+  kProcessExit,
+  kProcessExitWithoutRelease
+};
+constexpr Step LastOf(Step) { return Step::kProcessExitWithoutRelease; }
+
+/// For people: "GetName", "the factory".
+std::string InWords(Step step);
+
+#endif

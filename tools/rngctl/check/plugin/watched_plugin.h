@@ -1,0 +1,98 @@
+#ifndef TOOLS_RNGCTL_CHECK_PLUGIN_WATCHED_PLUGIN_H
+#define TOOLS_RNGCTL_CHECK_PLUGIN_WATCHED_PLUGIN_H
+
+#include "tools/rngctl/check/transcript.h"
+
+#include <atomic>
+#include <chrono>
+#include <stdexcept>
+#include <string>
+
+#include <rngaggregator/provider.h>
+
+/// Ends the check with this outcome.
+class EarlyEnd : public std::runtime_error {
+ public:
+  EarlyEnd(Outcome how, const std::string& found, std::string help = "")
+      : std::runtime_error(found), outcome(how), fix(std::move(help)) {}
+  const Outcome outcome;
+  const std::string fix;  ///< empty where the rule's own fits
+};
+
+/// A plug-in in a child. The step is recorded before the plug-in is called, so that the parent knows
+/// where the child ended; a step that is known to be bad is not taken. Throws an `EarlyEnd` where the
+/// check cannot go on, also when the plug-in throws.
+class WatchedPlugin final : public IRngProvider {
+ public:
+  explicit WatchedPlugin(CheckOrder checkOrder)
+      : order(std::move(checkOrder)), begin(std::chrono::steady_clock::now()) {}
+
+  const PluginFile& File() const { return order.plugin; }
+  /// How long each call may take.
+  std::chrono::milliseconds Limit() const { return std::chrono::seconds(order.seconds); }
+  /// Draws are known to wait for a user or a device.
+  bool DrawsWait() const { return order.drawsWait; }
+
+  /// As the aggregator opens it, and as it closes it.
+  void Open();
+  bool Make();  ///< calls the factory; false when that returns null
+  void Close();
+
+  /// Opens it, makes the object and hands it these settings. Returns what `IsAvailable` returns.
+  bool StartWithNull();
+  bool StartWithEmpty(IRngSettings& settings);
+  bool StartWithBuiltIn();
+  void StartAvailable();  ///< ends the check when it is not available
+  bool StartMade();       ///< the rest of a start with the built-in settings, after Make
+  void Stop();
+
+  /// Asks for availability again: a step of its own, since a fault there does not prevent a start.
+  bool IsAvailableInUse();
+
+  /// Records a step. One of the check's own is what the check is about.
+  void BeginStep(Step step) { RecordStep(step, false); }
+  void BeginOwnStep(Step step) { RecordStep(step, true); }
+  bool IsGood(Step step) const { return !order.badSteps.contains(step); }
+
+  /// All calls up to the end, from any threads, belong to one step of the check's own.
+  void BeginLongStep(Step step);
+  void EndLongStep() { isInLongStep = false; }
+
+  /// How long a draw may take before it counts as waiting for a user or a device.
+  std::chrono::milliseconds Patience() const { return Limit() / 4; }
+  /// Ends a check of many calls, each of which may be slow, after as much time as one call may take.
+  void RequireTime() const;
+
+  std::int32_t GetName(char* buffer) override;
+  std::int32_t GetDescription(char* buffer) override;
+  std::int32_t GetHardwareId(char* buffer) override;
+  bool SelectDevice(const char* hardwareId) override;
+  bool Generate(void* buffer, std::size_t size) override;
+  bool IsAvailable() override;
+  bool SelfTest() override;
+  void Cancel() override;
+  std::uint32_t GetFlags() override;
+  void SetSettings(IRngSettings* settings) override;
+  void Release() override;
+
+ private:
+  void RecordStep(Step step, bool isOwn);
+  bool StartWith(IRngSettings* settings, Step toSet, Step toAsk);
+  template <typename Call>
+  auto Watch(Step step, Call call);
+
+  const CheckOrder order;
+  const std::chrono::steady_clock::time_point begin;
+  Step settingsStep = Step::kSetSettings;  // of the start in progress
+  Step availableStep = Step::kIsAvailable;
+  std::atomic<bool> isInLongStep = false;
+  void* handle = nullptr;
+  IRngProvider* provider = nullptr;
+};
+
+/// Ends the check with a fault unless the plug-in did as it must.
+inline void Require(bool isSo, const std::string& fault, const std::string& fix = "") {
+  if (!isSo) throw EarlyEnd(Outcome::kFailed, fault, fix);
+}
+
+#endif

@@ -1,0 +1,89 @@
+#include "tools/rngctl/check/report.h"
+#include "tools/rngctl/terminal/colour.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace {
+
+constexpr std::size_t kStatusWidth = 14;
+
+struct Status {
+  const char* word;
+  Colour colour;
+};
+
+Status StatusOf(const CheckResult& check) {
+  if (check.outcome == Outcome::kPassed) return {"passed", Colour::kGreen};
+  if (check.severity == Severity::kNote) return {"note", Colour::kCyan};
+  return check.severity == Severity::kError ? Status{"failed", Colour::kRed}
+                                            : Status{"warning", Colour::kYellow};
+}
+
+void PrintDetail(const std::string& label, const std::string& text) {
+  std::cout << Padded("", kStatusWidth) << label << ": " << Printable(text) << '\n';
+}
+
+void PrintStatus(const Status& status) {
+  std::cout << Coloured(Padded(status.word, kStatusWidth), status.colour);
+}
+
+void PrintCheck(const CheckResult& check, std::size_t nameWidth) {
+  PrintStatus(StatusOf(check));
+  std::cout << Padded(check.name, nameWidth) << check.sentence << '\n';
+  if (check.outcome == Outcome::kFailed) {
+    PrintDetail("found", check.found);
+    PrintDetail("fix", check.fix);
+  }
+}
+
+struct Unexamined {
+  std::string reason;
+  std::string names;
+};
+
+// One reason often keeps many checks from being made: it is printed once.
+void Add(const CheckResult& check, std::vector<Unexamined>& all) {
+  const auto same = std::find_if(all.begin(), all.end(), [&check](const Unexamined& other) {
+    return other.reason == check.found;
+  });
+  if (same == all.end()) {
+    all.push_back({check.found, check.name});
+  } else {
+    same->names += ", " + check.name;
+  }
+}
+
+void PrintUnexamined(const std::vector<CheckResult>& checks) {
+  std::vector<Unexamined> all;
+  for (const CheckResult& check : checks) {
+    if (check.outcome == Outcome::kNotExamined) Add(check, all);
+  }
+  for (const Unexamined& unexamined : all) {
+    PrintStatus({"not examined", Colour::kDim});
+    std::cout << unexamined.names << '\n';
+    PrintDetail("why", unexamined.reason);
+  }
+}
+
+}  // namespace
+
+void PrintText(const CheckReport& report) {
+  std::size_t width = 0;
+  for (const CheckResult& check : report.checks) width = std::max(width, check.name.size());
+  for (const CheckResult& check : report.checks) {
+    if (check.outcome == Outcome::kNotExamined) continue;
+    PrintCheck(check, width + 2);
+  }
+  PrintUnexamined(report.checks);
+  std::cout << '\n'
+            << Counted(report.Count(Outcome::kPassed), "check") << " passed, "
+            << report.CountFailed(Severity::kError) << " failed, "
+            << Counted(report.CountFailed(Severity::kWarning), "warning");
+  const std::size_t notes = report.CountFailed(Severity::kNote);
+  const std::size_t notExamined = report.Count(Outcome::kNotExamined);
+  if (notes != 0) std::cout << ", " << Counted(notes, "note");
+  if (notExamined != 0) std::cout << ", " << notExamined << " not examined";
+  std::cout << '\n';
+}

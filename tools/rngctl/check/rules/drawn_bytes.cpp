@@ -1,0 +1,107 @@
+#include "tools/rngctl/check/plugin/watched_draw.h"
+#include "tools/rngctl/check/rules/rules.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kSizes[] = {1, 7, 32, 257, 4097};
+constexpr unsigned char kFills[] = {0x00, 0xFF, 0xA5, 0x5A};
+
+// A byte that is written may be, by chance, the one that was there: 2^-8. The sizes have fewer than
+// 2^13 places; that one of them shows nothing but its fill in ten draws has a chance below 2^-67.
+constexpr std::size_t kDraws = 10;
+
+void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
+  std::vector<bool> isWritten(size);
+  for (std::size_t i = 0; i < kDraws; ++i) {
+    plugin.RequireTime();
+    const unsigned char fill = kFills[i % std::size(kFills)];
+    const GuardedBuffer bytes = DrawBytes(plugin, size, fill);
+    Require(bytes.IsIntactAround(),
+            "A draw of " + std::to_string(size) + " bytes writes outside them.",
+            "Write exactly as many bytes as requested.");
+    for (std::size_t place = 0; place < size; ++place) {
+      if (bytes.Data()[place] != fill) isWritten[place] = true;
+    }
+  }
+  const auto place = std::find(isWritten.begin(), isWritten.end(), false) - isWritten.begin();
+  Require(place == static_cast<std::ptrdiff_t>(size),
+          "In " + std::to_string(kDraws) + " draws of " + std::to_string(size) + " bytes, byte " +
+              std::to_string(place + 1) + " was never written.");
+}
+
+// That as many places in a row show nothing but their fill in two large draws happens by chance once in
+// 2^239 times.
+constexpr int kSuspicious = 16;
+
+// A slow large draw says nothing about the smaller ones that other checks make.
+GuardedBuffer DrawMany(WatchedPlugin& plugin, unsigned char fill) {
+  plugin.RequireTime();
+  const std::string what = "a draw of " + std::to_string(kLargeDraw) + " bytes ";
+  WatchedDraw draw(plugin, kLargeDraw, fill);
+  if (!draw.EndsWithin(plugin.Patience())) {
+    plugin.Cancel();
+    draw.EndsWithin(plugin.Patience());
+    throw EarlyEnd(Outcome::kNotExamined, what + "takes too long; allow more time with --timeout");
+  }
+  if (!draw.Answer()) throw EarlyEnd(Outcome::kNotExamined, what + "fails");
+  Require(draw.Buffer().IsIntactAround(), "A" + what.substr(1) + "writes outside them.",
+          "Write exactly as many bytes as requested.");
+  return draw.Buffer();
+}
+
+// The end of what a plug-in asks of its source at once may be far from the end of the buffer.
+void CheckLargeFilling(WatchedPlugin& plugin) {
+  constexpr unsigned char kFill = 0xA5;
+  constexpr unsigned char kOtherFill = 0x5A;
+  const GuardedBuffer bytes = DrawMany(plugin, kFill);
+  const GuardedBuffer others = DrawMany(plugin, kOtherFill);
+  int unwritten = 0;
+  for (std::size_t place = 0; place < kLargeDraw; ++place) {
+    const bool isWritten = bytes.Data()[place] != kFill || others.Data()[place] != kOtherFill;
+    unwritten = isWritten ? 0 : unwritten + 1;
+    Require(unwritten < kSuspicious,
+            "In draws of " + std::to_string(kLargeDraw) + " bytes, those after byte " +
+                std::to_string(place + 1 - kSuspicious) + " are not written.");
+  }
+}
+
+bool AreEqual(const GuardedBuffer& one, const GuardedBuffer& other) {
+  return std::equal(one.Data(), one.Data() + one.Size(), other.Data());
+}
+
+Finding CheckDrawFillsBuffer(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  for (const std::size_t size : kSizes) CheckFilling(plugin, size);
+  CheckLargeFilling(plugin);
+  return Passed();
+}
+
+// Two honest draws of 32 bytes are equal with a chance of 2^-256.
+Finding CheckDrawsDiffer(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const GuardedBuffer first = DrawBytes(plugin, 32, 0);
+  const GuardedBuffer second = DrawBytes(plugin, 32, 0);
+  Require(!AreEqual(first, second), "Two consecutive draws of 32 bytes are equal.");
+  plugin.Stop();
+  plugin.StartAvailable();
+  const GuardedBuffer again = DrawBytes(plugin, 32, 0);
+  Require(!AreEqual(first, again),
+          "After a second start it draws the same bytes as after the first.");
+  return Passed();
+}
+
+}  // namespace
+
+std::vector<Rule> DrawnByteRules() {
+  return {
+      {"draw-fills-buffer", Severity::kError,
+       "A draw writes every byte of the buffer and none outside it",
+       "Continue until the buffer is full: a source may return fewer bytes than requested.",
+       CheckDrawFillsBuffer},
+      {"draws-differ", Severity::kError, "Two draws differ, and so do those of two starts",
+       "Take new bytes from the source for each draw, and seed a generator from a source.",
+       CheckDrawsDiffer},
+  };
+}

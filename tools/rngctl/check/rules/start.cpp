@@ -1,0 +1,112 @@
+#include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/loader/error.h"
+#include "tools/rngctl/loader/undeclared.h"
+
+#include <dlfcn.h>
+
+namespace {
+
+// Nothing is configured, not even the path that the built-in object always has.
+class EmptySettings final : public IRngSettings {
+ public:
+  const char* GetType() override { return nullptr; }
+  bool SetType(const char*) override { return false; }
+  const char* GetHardwareId() override { return nullptr; }
+  bool SetHardwareId(const char*) override { return false; }
+  const char* GetDsdrFilePath() override { return nullptr; }
+};
+
+Finding FailedToOpen(const std::string& words) {
+  const std::string missing = ParseLoaderError(words).missingFile;
+  return Failed("The loader says: " + words,
+                missing.empty()
+                    ? ""
+                    : "Install " + missing +
+                          " where the loader finds it, or link with a run path: with "
+                          "-Wl,-rpath,'$ORIGIN' it finds what lies beside the plug-in.");
+}
+
+// Binds everything at once. The aggregator does not, so a missing function shows at its first call.
+Finding CheckOpens(WatchedPlugin& plugin) {
+  plugin.BeginStep(Step::kOpening);
+  const std::string& path = plugin.File().path;
+  void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!library) return FailedToOpen(::dlerror());
+  const std::string undeclared = FindUndeclared(library);
+  if (undeclared.empty()) return Passed();
+  return Failed(
+      "It uses " + undeclared +
+      " but is not linked with a library that defines it; rngctl happens to have it, other "
+      "programs need not.");
+}
+
+Finding CheckFactory(WatchedPlugin& plugin) {
+  plugin.Open();
+  if (plugin.Make()) return Passed();
+  return Failed(
+      "The factory returns null: hosts do not see this generator, and there is nothing to check.");
+}
+
+// Either answer is right: it is enough that the calls return.
+Finding CheckNullSettings(WatchedPlugin& plugin) {
+  plugin.StartWithNull();
+  return Passed();
+}
+
+Finding CheckEmptySettings(WatchedPlugin& plugin) {
+  EmptySettings settings;
+  plugin.StartWithEmpty(settings);
+  return Passed();
+}
+
+Finding CheckBuiltInSettings(WatchedPlugin& plugin) {
+  plugin.StartWithBuiltIn();
+  return Passed();
+}
+
+Finding CheckReload(WatchedPlugin& plugin) {
+  plugin.StartWithBuiltIn();
+  plugin.Stop();
+  plugin.Open();
+  if (!plugin.Make()) return Failed("Opened again, its factory returns null.");
+  plugin.StartMade();
+  plugin.Stop();
+  return Passed();
+}
+
+Finding CheckAvailable(WatchedPlugin& plugin) {
+  if (plugin.StartWithBuiltIn()) return Passed();
+  return Failed("IsAvailable returns false.");
+}
+
+}  // namespace
+
+std::vector<Rule> StartRules() {
+  return {
+      {"opens", Severity::kError, "The loader can open it and finds everything it needs",
+       "Link with every library that it uses; with -Wl,-z,defs the linker reports what is missing.",
+       CheckOpens},
+      {"gives-object", Severity::kNote, "The factory returns an object",
+       "Connect or configure what it needs, and check again. It is better to return an object "
+       "whose IsAvailable returns false.",
+       CheckFactory},
+      {"null-settings", Severity::kError,
+       "SetSettings accepts null, and IsAvailable returns afterwards",
+       "Compare the settings with null before using them: a host may have none.",
+       CheckNullSettings},
+      {"empty-settings", Severity::kError,
+       "SetSettings accepts settings that hold nothing, and IsAvailable returns afterwards",
+       "Compare what the settings return with null: it means that nothing is configured.",
+       CheckEmptySettings},
+      {"built-in-settings", Severity::kError,
+       "SetSettings accepts the library's own settings, and IsAvailable returns afterwards",
+       "Let both return soon, whatever is configured.", CheckBuiltInSettings},
+      {"reload", Severity::kError, "Closed and opened again, it provides an object again",
+       "In Release and on unloading, undo everything that the first use did to the process.",
+       CheckReload},
+      {"available", Severity::kNote, "It is available on this machine",
+       "Connect or configure what it needs, and check again: the library releases an unavailable "
+       "generator.",
+       CheckAvailable},
+  };
+}

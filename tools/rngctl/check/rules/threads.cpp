@@ -1,0 +1,178 @@
+#include "tools/rngctl/check/plugin/guarded_buffer.h"
+#include "tools/rngctl/check/plugin/guarded_text.h"
+#include "tools/rngctl/check/plugin/watched_draw.h"
+#include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+#include <thread>
+
+namespace {
+
+constexpr std::size_t kThreads = 4;
+constexpr int kRounds = 200;
+constexpr auto kEnough = std::chrono::milliseconds(200);
+
+using Bytes = std::array<unsigned char, 16>;
+
+struct Answers {
+  std::string name;
+  std::string description;
+  std::string hardwareId;
+  bool operator==(const Answers&) const = default;
+};
+
+// The flags may be others each time, and so may be whether a device is found.
+Answers Ask(WatchedPlugin& plugin) {
+  plugin.GetFlags();
+  plugin.SelectDevice(nullptr);
+  return {ReadGuarded(plugin, &IRngProvider::GetName),
+          ReadGuarded(plugin, &IRngProvider::GetDescription),
+          ReadGuarded(plugin, &IRngProvider::GetHardwareId)};
+}
+
+// What is called besides the texts.
+struct Calls {
+  bool draw;
+  bool askAgain;  // for availability
+  bool testSelf;
+};
+
+// One that takes its time would leave too little of it for the others.
+template <typename Call>
+bool IsQuick(Call call) {
+  constexpr auto kQuick = kEnough / 20;
+  const auto begin = std::chrono::steady_clock::now();
+  call();
+  return std::chrono::steady_clock::now() - begin < kQuick;
+}
+
+// A self-test may be a draw, and wait as draws do.
+Calls ChooseCalls(WatchedPlugin& plugin) {
+  const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
+  return {draws, IsQuick([&plugin] { plugin.IsAvailableInUse(); }),
+          draws && plugin.IsGood(Step::kSelfTest) && IsQuick([&plugin] { plugin.SelfTest(); })};
+}
+
+void RequireSame(const std::string& what, const std::string& alone, const std::string& together) {
+  Require(alone == together, what + " reports " + Quoted(alone) + " when called alone, and " +
+                                 Quoted(together) + " when other threads call.");
+}
+
+// What one of the threads saw.
+struct Witness {
+  std::vector<Bytes> draws;
+  bool wasRefused = false;
+  std::string fault;
+  Outcome outcome = Outcome::kPassed;
+};
+
+void CallInTurn(WatchedPlugin& plugin, const Answers& expected, const Calls& calls,
+                Witness& witness) {
+  const Answers seen = Ask(plugin);
+  RequireSame("GetName", expected.name, seen.name);
+  RequireSame("GetDescription", expected.description, seen.description);
+  RequireSame("GetHardwareId", expected.hardwareId, seen.hardwareId);
+  if (calls.askAgain) plugin.IsAvailableInUse();
+  if (calls.testSelf) plugin.SelfTest();
+  if (!calls.draw) return;
+  Bytes bytes;
+  GuardedBuffer buffer(bytes.size(), 0);
+  witness.wasRefused = !plugin.Generate(buffer.Data(), buffer.Size());
+  if (witness.wasRefused) return;
+  std::copy_n(buffer.Data(), bytes.size(), bytes.begin());
+  witness.draws.push_back(bytes);
+}
+
+void CallForAWhile(WatchedPlugin& plugin, const Answers& expected, const Calls& calls,
+                   Witness& witness) {
+  const auto end = std::chrono::steady_clock::now() + kEnough;
+  try {
+    for (int i = 0; i < kRounds && !witness.wasRefused && std::chrono::steady_clock::now() < end;
+         ++i) {
+      CallInTurn(plugin, expected, calls, witness);
+    }
+  } catch (const EarlyEnd& early) {
+    witness.fault = early.what();
+    witness.outcome = early.outcome;
+  }
+}
+
+bool AllDiffer(const std::vector<Bytes>& draws) {
+  return std::set<Bytes>(draws.begin(), draws.end()).size() == draws.size();
+}
+
+// Bytes that a thread gets twice by itself are no fault of the threads. By chance two of the 800
+// draws of 16 bytes are equal once in 2^108 times.
+void RequireOwnDraws(const std::array<Witness, kThreads>& witnesses) {
+  std::vector<Bytes> all;
+  for (const Witness& witness : witnesses) {
+    if (!AllDiffer(witness.draws)) return;
+    all.insert(all.end(), witness.draws.begin(), witness.draws.end());
+  }
+  Require(AllDiffer(all), "Two threads that draw at the same time get the same bytes.");
+}
+
+// A source may have run out meanwhile, which is no fault of the threads.
+void RequireDraws(WatchedPlugin& plugin, const std::array<Witness, kThreads>& witnesses) {
+  const bool wasRefused = std::any_of(witnesses.begin(), witnesses.end(),
+                                      [](const Witness& witness) { return witness.wasRefused; });
+  if (!wasRefused) return;
+  Require(!DrawsReliably(plugin),
+          "Generate returns true when called alone, and false when other threads call.");
+  throw EarlyEnd(Outcome::kNotExamined,
+                 "the source ran out: draws now also fail when called alone");
+}
+
+// The texts alone tell little. The reason is the one that keeps a draw from succeeding.
+Finding TellWhyNothingIsDrawn(WatchedPlugin& plugin) {
+  DrawBytes(plugin, std::tuple_size_v<Bytes>, 0);
+  return NotExamined("draws sometimes fail even when called alone");
+}
+
+// What one thread calls, and then the others may have to wait for, is to take no more than half of the
+// time in all.
+void RequireQuickCalls(WatchedPlugin& plugin, bool draws) {
+  const auto begin = std::chrono::steady_clock::now();
+  Ask(plugin);
+  if (draws) Draw(plugin, std::tuple_size_v<Bytes>, 0);
+  if ((std::chrono::steady_clock::now() - begin) * kThreads * 2 < plugin.Limit()) return;
+  throw EarlyEnd(Outcome::kNotExamined, "its calls take long; allow more time with --timeout");
+}
+
+Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const Answers expected = Ask(plugin);
+  const Calls calls = ChooseCalls(plugin);
+  if (Ask(plugin) != expected) return NotExamined("it answers differently even when called alone");
+  RequireQuickCalls(plugin, calls.draw);
+  plugin.BeginLongStep(Step::kConcurrentCalls);
+  std::array<Witness, kThreads> witnesses;
+  std::vector<std::thread> threads;
+  threads.reserve(kThreads);
+  for (Witness& witness : witnesses) {
+    threads.emplace_back([&plugin, &expected, &calls, &witness] {
+      CallForAWhile(plugin, expected, calls, witness);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  plugin.EndLongStep();
+  for (const Witness& witness : witnesses) {
+    if (witness.outcome != Outcome::kPassed) throw EarlyEnd(witness.outcome, witness.fault);
+  }
+  RequireDraws(plugin, witnesses);
+  RequireOwnDraws(witnesses);
+  return calls.draw ? Passed() : TellWhyNothingIsDrawn(plugin);
+}
+
+}  // namespace
+
+std::vector<Rule> ThreadRules() {
+  return {
+      {"concurrent-calls", Severity::kError, "Several threads may call it at the same time",
+       "Protect what the calls share, such as buffers, with a lock, and release it on every path.",
+       CheckConcurrentCalls},
+  };
+}

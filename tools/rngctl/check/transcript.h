@@ -1,0 +1,40 @@
+#ifndef TOOLS_RNGCTL_CHECK_TRANSCRIPT_H
+#define TOOLS_RNGCTL_CHECK_TRANSCRIPT_H
+
+#include "tools/rngctl/check/finding.h"
+#include "tools/rngctl/check/plugin/plugin_file.h"
+#include "tools/rngctl/check/plugin/step.h"
+#include "tools/rngctl/process/lifecycle_calls.h"
+
+#include <functional>
+#include <map>
+#include <set>
+
+/// What the child of one check is asked.
+struct CheckOrder {
+  std::string rule;  ///< the name of the check
+  PluginFile plugin;
+  int seconds;              ///< for each call
+  std::set<Step> badSteps;  ///< known to end the process or to throw
+  bool drawsWait;           ///< draws are known to wait for a user or a device
+};
+RNGCTL_MESSAGE(CheckOrder, rule, plugin, seconds, badSteps, drawsWait)
+
+/// What that child has done and found so far.
+struct Transcript {
+  Step step = Step::kBeginning;      ///< the last one
+  bool isOwnStep = false;            ///< the check is about that step
+  std::set<Step> steps = {};         ///< all
+  std::optional<Step> avoided = {};  ///< the known bad step at which it stopped
+  std::optional<Finding> finding = {};
+  bool drawsWait = false;                                 ///< a draw waits for a user or a device
+  std::map<Step, std::string> exceptions = {};            ///< what was thrown, by step
+  std::map<LifecycleFunction, Step> lifecycleCalls = {};  ///< the step, by function
+};
+RNGCTL_MESSAGE(Transcript, step, isOwnStep, steps, avoided, finding, drawsWait, exceptions,
+               lifecycleCalls)
+
+/// In a child: changes its transcript and sends it. Any thread.
+void Record(const std::function<void(Transcript&)>& change);
+
+#endif

@@ -1,0 +1,92 @@
+#include "tools/rngctl/commands/list.h"
+
+#include "tools/rngctl/commands/provider_text.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/started_aggregator.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <algorithm>
+#include <iostream>
+#include <vector>
+
+#include <rngaggregator/aggregator.h>
+
+namespace {
+
+constexpr std::uint32_t kAnyCapability = 0xFFFFFFFF;
+
+struct Row {
+  std::string name;
+  std::string interactive;
+  std::string flags;
+  std::string description;
+};
+
+std::string FlagNames(std::uint32_t flags) {
+  constexpr struct {
+    std::uint32_t bit;
+    const char* name;
+  } kNames[] = {{kRngCapabilityHardware, "hardware"},
+                {kRngCapabilityNeedsUser, "needs-user"},
+                {kRngCapabilityOperatingSystem, "operating-system"},
+                {kRngCapabilityPrerecorded, "prerecorded"},
+                {kRngCapabilityMayBlock, "may-block"}};
+  std::string text;
+  const auto add = [&text](const std::string& name) { text += (text.empty() ? "" : ",") + name; };
+  for (const auto& [bit, name] : kNames) {
+    if (flags & bit) add(name);
+    flags &= ~bit;
+  }
+  for (std::uint32_t bit = 1; flags != 0; bit <<= 1) {
+    if (flags & bit) add("bit-" + std::to_string(bit));
+    flags &= ~bit;
+  }
+  return text.empty() ? "-" : text;
+}
+
+// Those with a capability, then those without one that have a known name.
+std::vector<IRngProvider*> LoadedProviders() {
+  std::vector<IRngProvider*> providers(
+      static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
+  GetAvailableRng(providers.data(), kAnyCapability);
+  for (const char* name :
+       {rngBioQt, rngBioX11, rngDsdr, rngAccord, rngSobol, rngJacartaGost, rngRuToken,
+        rngEsmartGost, rngBioKb, rngUnixDev, rngGrandmaster, rngBioCore, rngBioWin}) {
+    IRngProvider* const provider = GetRng(name);
+    if (provider && provider->GetFlags() == 0) providers.push_back(provider);
+  }
+  return providers;
+}
+
+std::vector<Row> LoadedRows() {
+  std::vector<Row> rows;
+  for (IRngProvider* const provider : LoadedProviders()) {
+    const std::string name = ReadText(*provider, &IRngProvider::GetName);
+    rows.push_back({Printable(name), IsInteractiveRng(name.c_str()) ? "yes" : "no",
+                    FlagNames(provider->GetFlags()),
+                    Printable(ReadText(*provider, &IRngProvider::GetDescription))});
+  }
+  return rows;
+}
+
+// The widest text and two blanks.
+std::size_t Width(const std::vector<Row>& rows, std::string Row::*column) {
+  std::size_t width = 0;
+  for (const Row& row : rows) width = std::max(width, CountColumns(row.*column));
+  return width + 2;
+}
+
+}  // namespace
+
+void RunList() {
+  const StartedAggregator aggregator;
+  std::vector<Row> rows = LoadedRows();
+  if (rows.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
+  rows.insert(rows.begin(), {"NAME", "INTERACTIVE", "FLAGS", "DESCRIPTION"});
+  for (const Row& row : rows) {
+    for (const auto column : {&Row::name, &Row::interactive, &Row::flags}) {
+      std::cout << Padded(row.*column, Width(rows, column));
+    }
+    std::cout << row.description << '\n';
+  }
+}

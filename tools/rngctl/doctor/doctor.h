@@ -1,0 +1,15 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_DOCTOR_H
+#define TOOLS_RNGCTL_DOCTOR_DOCTOR_H
+
+#include <string>
+
+struct DoctorRequest {
+  std::string kind;  ///< empty: all
+  bool asJson = false;
+  unsigned timeout = 10;  ///< seconds for each plug-in
+};
+
+/// Prints the report, and throws a `Refusal` where something is wrong.
+void RunDoctor(const DoctorRequest& request);
+
+#endif

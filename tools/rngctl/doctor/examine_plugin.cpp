@@ -1,0 +1,122 @@
+#include "providers/dll_loader.h"
+#include "providers/library_handle.h"
+#include "tools/rngctl/doctor/examine.h"
+#include "tools/rngctl/doctor/messages.h"
+#include "tools/rngctl/loader/link_map.h"
+#include "tools/rngctl/loader/undeclared.h"
+#include "tools/rngctl/process/child.h"
+#include "tools/rngctl/process/lifecycle_calls.h"
+
+#include <cstring>
+#include <memory>
+#include <unistd.h>
+
+#include <rngaggregator/aggregator.h>
+
+using rngshared::smartwr::DllLoader;
+
+namespace {
+
+// One for the process: a call of Initialize arrives from anywhere.
+PluginAnswer g_answer;
+
+void Begin(PluginStep step) {
+  g_answer.step = step;
+  Send(g_answer);
+}
+
+std::string FileOf(void* handle) {
+  const link_map* const map = MapOf(handle);
+  return map ? map->l_name : "";
+}
+
+bool IsLoaded(const std::string& file) {
+  return LibraryHandle(::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD)) != nullptr;
+}
+
+// The two calls by which the library looks for a name.
+ReportedName AskForName(IRngProvider& provider) {
+  ReportedName name;
+  name.size = provider.GetName(nullptr);
+  if (name.size <= 0) return name;
+  const auto length = static_cast<std::size_t>(name.size);
+  const auto buffer = std::make_unique<char[]>(length);
+  name.sizeAgain = provider.GetName(buffer.get());
+  name.text.assign(buffer.get(), ::strnlen(buffer.get(), length));
+  return name;
+}
+
+void AskListed(IRngProvider& provider) {
+  g_answer.isKept = true;
+  Begin(PluginStep::kName);
+  g_answer.name = AskForName(provider);
+  Begin(PluginStep::kFlags);
+  g_answer.isFlagless = provider.GetFlags() == 0;
+}
+
+// In a host this call would wait for itself forever: start and stop hold the lock throughout.
+void StopAtCall(LifecycleFunction function) {
+  g_answer.called = function;
+  Send(g_answer);
+  ::_exit(0);
+}
+
+PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row) {
+  void* const symbol = ::dlsym(library, row.factorySymbol.c_str());
+  if (!symbol) return PluginOutcome::kNoFactory;
+  Begin(PluginStep::kFactory);
+  IRngProvider* const provider = reinterpret_cast<RngFactory>(symbol)();
+  if (!provider) return PluginOutcome::kFactoryReturnedNull;
+  Begin(PluginStep::kSettings);
+  provider->SetSettings(GetDefaultSettings());
+  Begin(PluginStep::kAvailable);
+  const bool isAvailable = provider->IsAvailable();
+  if (isAvailable) AskListed(*provider);
+  Begin(PluginStep::kRelease);
+  provider->Release();
+  return isAvailable ? PluginOutcome::kKept : PluginOutcome::kNotAvailable;
+}
+
+void RememberException(const char* what) {
+  g_answer.threwIn = g_answer.step;
+  g_answer.exception = what;
+}
+
+// Caught while the plug-in is open: what is thrown may be of a type that lives in it.
+void TreatCaught(void* library, const ProviderCatalogueEntry& row) {
+  try {
+    g_answer.outcome = Treat(library, row);
+  } catch (const std::exception& error) {
+    RememberException(error.what());
+  } catch (...) {
+    RememberException("");
+  }
+}
+
+}  // namespace
+
+void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
+  WatchLifecycleCalls(StopAtCall);
+  Begin(PluginStep::kOpen);
+  DllLoader library(path.c_str());
+  if (!library.GetHandle()) {
+    g_answer.openError = ::dlerror();
+    g_answer.outcome = PluginOutcome::kNotOpened;
+    return Begin(PluginStep::kEnd);
+  }
+  g_answer.file = FileOf(library.GetHandle());
+  TreatCaught(library.GetHandle(), row);
+  Begin(PluginStep::kClose);
+  library.Unload();
+  g_answer.staysLoaded = IsLoaded(g_answer.file);
+  Begin(PluginStep::kEnd);
+}
+
+void ExamineBinding(const std::string& path) {
+  BindingAnswer answer;
+  void* const library = ::dlopen(path.c_str(), RTLD_NOW);
+  (library ? answer.undeclared : answer.bindError) =
+      library ? FindUndeclared(library) : ::dlerror();
+  Send(answer);
+  ::_exit(0);
+}

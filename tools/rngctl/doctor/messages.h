@@ -1,0 +1,114 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_MESSAGES_H
+#define TOOLS_RNGCTL_DOCTOR_MESSAGES_H
+
+#include "tools/rngctl/process/lifecycle_calls.h"
+#include "tools/rngctl/process/messages.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the doctor asks its children, and what they answer. Each answer is sent again whenever there is
+/// more to say, since the next call may be the last. `step` is what the child does now; `isDone` and
+/// `kEnd` say that it has finished.
+
+enum class DoctorSubject { kSearchOrder, kSettings, kDisplay, kPlugin, kBinding, kStart };
+constexpr DoctorSubject LastOf(DoctorSubject) { return DoctorSubject::kStart; }
+
+struct DoctorQuestion {
+  DoctorSubject subject;
+  std::string kind = {};  ///< of a plug-in
+  std::string path =
+      {};  ///< of a plug-in: what is opened; of the search order: the LD_LIBRARY_PATH
+};
+RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path)
+
+struct SearchAnswer {
+  std::vector<std::string> systemDirectories;
+};
+RNGCTL_MESSAGE(SearchAnswer, systemDirectories)
+
+/// The fields are those of `SettingsReport`.
+struct SettingsAnswer {
+  bool isDone = false;
+  bool isKnown = false;  ///< the directory of the settings was found
+  std::string service = {};
+  std::string file = {};
+  bool exists = false;
+  std::string readingFault = {};
+  bool isWritable = false;
+  std::string type = {};
+  std::string hardwareId = {};
+};
+RNGCTL_MESSAGE(SettingsAnswer, isDone, isKnown, service, file, exists, readingFault, isWritable,
+               type, hardwareId)
+
+/// The fields are those of `DisplayReport`.
+struct DisplayAnswer {
+  bool isDone = false;
+  bool isFound = false;
+  std::string reason = {};
+  std::string fix = {};
+};
+RNGCTL_MESSAGE(DisplayAnswer, isDone, isFound, reason, fix)
+
+enum class PluginStep {
+  kOpen,
+  kFactory,
+  kSettings,
+  kAvailable,
+  kName,
+  kFlags,
+  kRelease,
+  kClose,
+  kEnd
+};
+constexpr PluginStep LastOf(PluginStep) { return PluginStep::kEnd; }
+
+/// How the treatment of a row turns out when the plug-in does nothing forbidden.
+enum class PluginOutcome { kNotOpened, kNoFactory, kFactoryReturnedNull, kNotAvailable, kKept };
+constexpr PluginOutcome LastOf(PluginOutcome) { return PluginOutcome::kKept; }
+
+/// What the two calls by which the library asks for a name returned.
+struct ReportedName {
+  int size = 0;
+  int sizeAgain = 0;
+  std::string text = {};
+};
+RNGCTL_MESSAGE(ReportedName, size, sizeAgain, text)
+
+struct PluginAnswer {
+  PluginStep step = PluginStep::kOpen;
+  std::string file = {};                         ///< what the loader opened
+  std::string openError = {};                    ///< the loader's words when it could not be opened
+  bool isKept = false;                           ///< the library would list it
+  std::optional<ReportedName> name = {};         ///< when asked
+  bool isFlagless = false;                       ///< it reports no capability bits
+  std::optional<LifecycleFunction> called = {};  ///< called in this step; nothing follows
+  std::optional<PluginStep> threwIn = {};        ///< the step that an exception ended
+  std::string exception = {};                    ///< its message, if it has one
+  std::optional<PluginOutcome> outcome = {};     ///< empty when something forbidden came first
+  bool staysLoaded = false;                      ///< in the process after it was closed
+};
+RNGCTL_MESSAGE(PluginAnswer, step, file, openError, isKept, name, isFlagless, called, threwIn,
+               exception, outcome, staysLoaded)
+
+/// What a plug-in lacks, which shows when all of its symbols are looked up at once.
+struct BindingAnswer {
+  std::string bindError = {};   ///< the loader's words
+  std::string undeclared = {};  ///< a symbol that only rngctl happens to have
+};
+RNGCTL_MESSAGE(BindingAnswer, bindError, undeclared)
+
+enum class StartStep { kStart, kDefault, kStop, kEnd };
+constexpr StartStep LastOf(StartStep) { return StartStep::kEnd; }
+
+struct StartAnswer {
+  StartStep step = StartStep::kStart;
+  std::vector<std::string> opened = {};  ///< plug-in files in the process after the start
+  bool findsDefault = false;             ///< a generator has the configured name
+  bool hasThrown = false;                ///< an exception ended this step; nothing follows
+};
+RNGCTL_MESSAGE(StartAnswer, step, opened, findsDefault, hasThrown)
+
+#endif

@@ -1,0 +1,84 @@
+#include "tools/rngctl/doctor/report.h"
+
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const std::map<DoctorVerdict, const char*> kIdentifiers = {
+    {DoctorVerdict::kLoaded, "loaded"},
+    {DoctorVerdict::kNotInstalled, "not-installed"},
+    {DoctorVerdict::kCannotBeOpened, "cannot-be-opened"},
+    {DoctorVerdict::kNoFactory, "no-factory"},
+    {DoctorVerdict::kFactoryGaveNothing, "factory-gave-nothing"},
+    {DoctorVerdict::kNotAvailable, "not-available"},
+    {DoctorVerdict::kNameless, "nameless"},
+    {DoctorVerdict::kWrongName, "wrong-name"},
+    {DoctorVerdict::kNoDisplay, "no-display"},
+    {DoctorVerdict::kContradicted, "contradicted"},
+    {DoctorVerdict::kCallsBack, "calls-back"},
+    {DoctorVerdict::kThrew, "threw"},
+    {DoctorVerdict::kCrashed, "crashed"},
+    {DoctorVerdict::kEndedProcess, "ended-the-process"},
+    {DoctorVerdict::kNoAnswer, "no-answer"},
+    {DoctorVerdict::kInternalError, "internal-error"}};
+
+// Null where there is nothing to say.
+Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+Json AsJson(const SettingsReport& settings) {
+  return {{"file", OrNull(settings.file)},
+          {"exists", settings.exists},
+          {"reading_fault", OrNull(settings.readingFault)},
+          {"writable", settings.isWritable},
+          {"known_path_service", OrNull(settings.service)},
+          {"problem", OrNull(settings.problem)}};
+}
+
+Json AsJson(const DisplayReport& display) {
+  return {{"found", display.isFound},
+          {"ends_processes", display.endsProcesses},
+          {"reason", OrNull(display.reason)},
+          {"fix", OrNull(display.fix)}};
+}
+
+Json AsJson(const GeneratorReport& row) {
+  return {{"kind", row.kind},         {"library_file", row.libraryFile},
+          {"file", OrNull(row.file)}, {"verdict", kIdentifiers.at(row.verdict)},
+          {"kept", row.isKept},       {"name", OrNull(row.name)},
+          {"summary", row.summary},   {"fix", OrNull(row.fix)},
+          {"warnings", row.warnings}};
+}
+
+Json DefaultAsJson(const DoctorReport& report) {
+  if (report.settings.type.empty()) return nullptr;
+  return {{"kind", report.settings.type},
+          {"hardware_id", OrNull(report.settings.hardwareId)},
+          {"found", report.start.findsDefault ? Json(*report.start.findsDefault) : Json()}};
+}
+
+Json AsJson(const StartReport& start) {
+  return {{"tried", start.isTried}, {"problem", OrNull(start.problem)}};
+}
+
+}  // namespace
+
+void PrintJson(const DoctorReport& report) {
+  Json rows = Json::array();
+  for (const GeneratorReport& row : report.generators) rows.push_back(AsJson(row));
+  const Json json = {{"library",
+                      {{"file", report.search.library},
+                       {"run_path", OrNull(report.runPath)},
+                       {"directories", report.search.directories},
+                       {"default_directories", report.search.defaults}}},
+                     {"settings", AsJson(report.settings)},
+                     {"display", AsJson(report.display)},
+                     {"default", DefaultAsJson(report)},
+                     {"start", AsJson(report.start)},
+                     {"strays", report.strays},
+                     {"generators", rows}};
+  std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}

@@ -1,0 +1,83 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_REPORT_H
+#define TOOLS_RNGCTL_DOCTOR_REPORT_H
+
+#include "tools/rngctl/loader/search_order.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What the doctor found, for both printers. A text is "" where there is nothing to say; texts from
+/// plug-ins, services and the environment are as they came.
+
+enum class DoctorVerdict {
+  kLoaded,
+  kNotInstalled,
+  kCannotBeOpened,
+  kNoFactory,
+  kFactoryGaveNothing,
+  kNotAvailable,
+  kNameless,
+  kWrongName,
+  kNoDisplay,
+  kContradicted,
+  kCallsBack,
+  kThrew,
+  kCrashed,
+  kEndedProcess,
+  kNoAnswer,
+  kInternalError  ///< of rngctl: the child's answer was not understood
+};
+
+struct GeneratorReport {
+  std::string kind;
+  std::string libraryFile;  ///< what the loader is asked for
+  std::string file = {};    ///< what it opens, or would open
+  DoctorVerdict verdict = DoctorVerdict::kInternalError;
+  bool isKept = false;       ///< a start of the library lists it, whatever comes later
+  bool staysLoaded = false;  ///< in the process after it was closed
+  std::string name = {};     ///< what it reports
+  std::string summary = {};  ///< the verdict in words
+  std::string fix = {};      ///< what to do about it, in a sentence
+  std::vector<std::string> warnings = {};
+};
+
+struct DisplayReport {
+  bool isFound = false;
+  bool endsProcesses = false;  ///< the probe did not return: nor does a start of the library
+  std::string reason = {};     ///< why there is none
+  std::string fix = {};
+};
+
+struct SettingsReport {
+  std::string file = {};          ///< the path of rng.ini
+  bool exists = false;            ///< or may exist, where this user cannot look
+  std::string readingFault = {};  ///< why it cannot be read
+  bool isWritable = false;
+  std::string service = {};  ///< the file of the known-path service that is in use
+  std::string problem = {};  ///< why it is unknown what is configured
+  std::string type = {};     ///< the configured default
+  std::string hardwareId = {};
+};
+
+/// A start of the library with all plug-ins, and its stop.
+struct StartReport {
+  bool isTried = false;
+  std::string problem = "not tried";      ///< why it fails, or was not tried
+  std::optional<bool> findsDefault = {};  ///< a generator has the configured name; empty: unknown
+};
+
+struct DoctorReport {
+  SearchOrder search;
+  std::string runPath;
+  SettingsReport settings;
+  DisplayReport display;
+  std::vector<GeneratorReport> generators;
+  StartReport start;
+  std::vector<std::string> strays;  ///< files named like plug-ins, of no kind
+};
+
+void PrintText(const DoctorReport& report);
+void PrintJson(const DoctorReport& report);
+
+#endif

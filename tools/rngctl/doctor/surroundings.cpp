@@ -1,0 +1,82 @@
+#include "tools/rngctl/doctor/surroundings.h"
+
+#include "providers/catalogue.h"
+#include "tools/rngctl/doctor/child.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/terminal/wait_notice.h"
+
+#include <filesystem>
+#include <set>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Limit = std::chrono::seconds;
+
+template <typename Answer>
+Answer Understand(const ChildResult& result, const std::string& subject) {
+  if (const auto answer = result.Last<Answer>()) return *answer;
+  throw Refusal(kNegativeAnswer,
+                "Internal error: the examination of " + subject + " gave no usable answer.");
+}
+
+}  // namespace
+
+ChildResult Ask(const DoctorQuestion& question, const std::string& waitedFor, Limit limit,
+                const std::string& libraryPath) {
+  const WaitNotice notice("Waiting for " + waitedFor + ", at most " +
+                          std::to_string(limit.count()) + " s");
+  return RunChild({kDoctorChildCommand, Encode(question), limit, LimitOf::kLife, libraryPath});
+}
+
+SearchOrder FindSearch(Limit limit) {
+  const std::string given = fs::path(FindLibrary()).parent_path();
+  const ChildResult result =
+      Ask({DoctorSubject::kSearchOrder, "", given}, "the search order", limit, given);
+  return FindSearchOrder(Understand<SearchAnswer>(result, "the search order").systemDirectories);
+}
+
+SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
+  const ChildResult result =
+      Ask({DoctorSubject::kSettings}, "the settings", limit, AsLibraryPath(search));
+  const auto answer = Understand<SettingsAnswer>(result, "the settings");
+  SettingsReport report{answer.file,       answer.exists,    answer.readingFault,
+                        answer.isWritable, answer.service,   "",
+                        answer.type,       answer.hardwareId};
+  if (!answer.isDone || !result.HasExited(kDone)) {
+    report.problem = (answer.file.empty() ? "the known-path service " : "reading it ") +
+                     DescribeEnd(result, limit);
+  } else if (!answer.isKnown) {
+    report.problem = "the known-path service names no directory";
+  }
+  return report;
+}
+
+DisplayReport FindDisplay(Limit limit, const SearchOrder& search) {
+  const ChildResult result =
+      Ask({DoctorSubject::kDisplay}, "the X display", limit, AsLibraryPath(search));
+  const auto answer = Understand<DisplayAnswer>(result, "the X display");
+  if (answer.isDone && result.HasExited(kDone)) {
+    return {answer.isFound, false, answer.reason, answer.fix};
+  }
+  return {false, true, "the attempt to open it " + DescribeEnd(result, limit),
+          "Fix DISPLAY, the X server or libX11.so.6; until then every program that starts the "
+          "library fails the same way."};
+}
+
+std::vector<std::string> ListStrays(const SearchOrder& search) {
+  std::set<std::string> known;
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) known.insert(row.libraryFile);
+  std::set<std::string> strays;
+  for (const std::string& directory : search.directories) {
+    std::error_code absent;
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory, absent)) {
+      const std::string name = entry.path().filename();
+      const bool isNamedLikeOne = name.starts_with("librng") && name.ends_with(".so") &&
+                                  !name.starts_with("librngaggregator");
+      if (isNamedLikeOne && !known.contains(name)) strays.insert(entry.path());
+    }
+  }
+  return {strays.begin(), strays.end()};
+}

@@ -1,0 +1,31 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_VERDICT_H
+#define TOOLS_RNGCTL_DOCTOR_VERDICT_H
+
+#include "providers/catalogue.h"
+#include "tools/rngctl/doctor/messages.h"
+#include "tools/rngctl/doctor/report.h"
+#include "tools/rngctl/process/child.h"
+
+/// Puts into words what the child of a row, which had `limit` to finish, has answered and how it ended.
+GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& result,
+                         std::chrono::seconds limit, const SearchOrder& search);
+
+/// Whether that child could open the plug-in.
+bool WasOpened(const ChildResult& result);
+
+/// The warning about what a plug-in lacks, "" for none. Without an answer the plug-in terminated the
+/// child when it was opened, which its row reports.
+std::string BindingWarning(const std::optional<BindingAnswer>& answer);
+
+/// Corrects the row where a start with all plug-ins treated its plug-in otherwise. The start is
+/// authoritative.
+void CompareWithStart(GeneratorReport& row, const ChildResult& start);
+
+/// Puts that start into words.
+StartReport JudgeStart(const ChildResult& result, std::chrono::seconds limit);
+
+/// The report of a row whose plug-in is not tried, because it needs a display and there is none.
+GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,
+                                       const DisplayReport& display, const SearchOrder& search);
+
+#endif

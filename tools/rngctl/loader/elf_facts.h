@@ -1,0 +1,23 @@
+#ifndef TOOLS_RNGCTL_LOADER_ELF_FACTS_H
+#define TOOLS_RNGCTL_LOADER_ELF_FACTS_H
+
+#include <string>
+#include <vector>
+
+/// What the file of a shared library says about itself, read without running any of its code.
+struct ElfFacts {
+  std::vector<std::string> exports;        ///< what others can bind to, but for what linkers add
+  std::vector<std::string> needs;          ///< what it takes from others, and cannot do without
+  std::vector<std::string> uniqueSymbols;  ///< of binding GNU_UNIQUE
+  bool hasThreadDestructors = false;       ///< it registers destructors of thread_local objects
+  bool hasStaticTls = false;
+  bool refusesUnloading = false;
+  bool hasExecutableStack = false;
+  bool isProgram = false;  ///< one that can be loaded anywhere looks much like a library
+};
+
+/// Throws a `Refusal` for wrong usage when there is no such file, or it is not a shared library for
+/// this machine.
+ElfFacts ReadElfFacts(const std::string& path);
+
+#endif

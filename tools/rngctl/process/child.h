@@ -1,0 +1,69 @@
+#ifndef TOOLS_RNGCTL_PROCESS_CHILD_H
+#define TOOLS_RNGCTL_PROCESS_CHILD_H
+
+#include "tools/rngctl/process/messages.h"
+
+#include <chrono>
+#include <string>
+
+/// Plug-in code may crash, exit or hang. So it runs in a process of its own: this program again, with
+/// a hidden command. The parent sends it one request; the child sends what it knows so far each time
+/// that it learns more, so the last message counts and survives whatever ends the child.
+
+enum class ChildEnd { kExited, kSignalled, kTimedOut };
+
+/// Whether a limit is for a child's whole life, or begins anew with each message.
+enum class LimitOf { kLife, kSilence };
+
+struct ChildOrder {
+  std::string command;  ///< the hidden command
+  std::string request;  ///< encoded
+  std::chrono::milliseconds limit;
+  LimitOf limited = LimitOf::kLife;
+  std::string libraryPath = {};  ///< its LD_LIBRARY_PATH; empty: the one of this process
+};
+
+struct ChildResult {
+  std::string lastMessage;  ///< encoded; empty when none came
+  bool isGarbled;           ///< something else was written where messages are expected
+  ChildEnd end;
+  int code;             ///< the exit status or the signal
+  std::string printed;  ///< on standard output: the beginning, up to a few kilobytes
+
+  bool HasExited(int status) const { return end == ChildEnd::kExited && code == status; }
+
+  /// The last message. Nothing when there is none, or it is not understood.
+  template <typename Message>
+  std::optional<Message> Last() const {
+    return isGarbled ? std::nullopt : Decode<Message>(lastMessage);
+  }
+};
+
+/// Runs a child and waits at most for the limit; then it, and what it started in its process group, is
+/// killed. The child reads nothing from standard input, and its standard output never blocks: what does
+/// not fit is lost. Throws a `Refusal` when it cannot be started.
+ChildResult RunChild(const ChildOrder& order);
+
+/// How a child ended that did not finish: "crashed with signal 11 (Segmentation fault)".
+std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit);
+
+/// In a child, first of all: it ends with its parent, a crash leaves no core file, and what is printed
+/// before it is not lost. Returns the request's bytes; throws a `Refusal` when there is no parent.
+std::string ReceiveRequest();
+
+/// In a child: sends an encoded message. Any thread; messages are never mixed up.
+void SendMessage(const std::string& bytes);
+
+/// In a child: becomes one, and returns its request.
+template <typename Request>
+Request BecomeChild() {
+  return nlohmann::json::from_cbor(ReceiveRequest()).get<Request>();
+}
+
+/// In a child: sends one message.
+template <typename Message>
+void Send(const Message& message) {
+  SendMessage(Encode(message));
+}
+
+#endif

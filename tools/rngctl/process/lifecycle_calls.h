@@ -1,0 +1,23 @@
+#ifndef TOOLS_RNGCTL_PROCESS_LIFECYCLE_CALLS_H
+#define TOOLS_RNGCTL_PROCESS_LIFECYCLE_CALLS_H
+
+/// A plug-in must not call `Initialize` or `ShutDown`: in a host it would wait for itself forever.
+///
+/// This program defines the two functions and `IsInitialized` itself. The dynamic loader binds each name
+/// to its first definition, and searches the program before the libraries that the program is linked
+/// with; so a plug-in's call arrives here, even though it is linked with the library. The definitions
+/// here forward to the library's, which `RTLD_NEXT` finds behind the program.
+
+enum class LifecycleFunction { kInitialize, kShutDown };
+constexpr LifecycleFunction LastOf(LifecycleFunction) { return LifecycleFunction::kShutDown; }
+
+/// "Initialize", "ShutDown".
+const char* NameOf(LifecycleFunction function);
+
+using LifecycleCallObserver = void (*)(LifecycleFunction function);
+
+/// From now on the two do nothing but tell `observer` which of them was called, and `IsInitialized`
+/// returns true, as it does during a start.
+void WatchLifecycleCalls(LifecycleCallObserver observer);
+
+#endif

@@ -1,0 +1,61 @@
+#include "tools/rngctl/process/resources.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <malloc.h>
+#include <new>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+std::set<std::string> ThreadsOfThisProcess() {
+  std::set<std::string> threads;
+  for (const auto& entry : fs::directory_iterator("/proc/self/task")) {
+    threads.insert(entry.path().filename());
+  }
+  return threads;
+}
+
+std::map<std::string, std::string> OpenFiles() {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
+    std::error_code isClosed;  // the one that lists the others
+    files[entry.path().filename()] = fs::read_symlink(entry.path(), isClosed).string();
+  }
+  const std::string self = fs::canonical("/proc/self/fd").string();
+  for (auto file = files.begin(); file != files.end();) {
+    file = file->second == self ? files.erase(file) : std::next(file);
+  }
+  return files;
+}
+
+std::map<std::string, void*> Handlers() {
+  std::map<std::string, void*> handlers = {
+      {"std::terminate", reinterpret_cast<void*>(std::get_terminate())},
+      {"operator new", reinterpret_cast<void*>(std::get_new_handler())}};
+  for (int signal = 1; signal < NSIG; ++signal) {
+    struct sigaction action = {};
+    if (::sigaction(signal, nullptr, &action) != 0) continue;
+    if (action.sa_handler == SIG_DFL || action.sa_handler == SIG_IGN) continue;
+    const std::string name = "signal " + std::to_string(signal) + " (" + ::strsignal(signal) + ")";
+    handlers.emplace(name, reinterpret_cast<void*>(action.sa_handler));
+  }
+  return handlers;
+}
+
+ProcessSize SizeOfThisProcess() {
+  std::ifstream maps("/proc/self/maps");
+  const auto lines =
+      std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n');
+  std::ifstream statistics("/proc/self/statm");
+  std::size_t pages = 0;
+  statistics >> pages;
+  const struct mallinfo2 heap = ::mallinfo2();
+  return {OpenFiles().size(), static_cast<std::size_t>(lines), heap.uordblks + heap.hblkhd,
+          pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))};
+}

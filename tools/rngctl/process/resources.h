@@ -1,0 +1,27 @@
+#ifndef TOOLS_RNGCTL_PROCESS_RESOURCES_H
+#define TOOLS_RNGCTL_PROCESS_RESOURCES_H
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+
+/// The resources that this process holds, as the system reports them.
+
+std::set<std::string> ThreadsOfThisProcess();
+
+/// The open files by number, with what each refers to.
+std::map<std::string, std::string> OpenFiles();
+
+/// The functions that the system and the runtime call on an event, by the event.
+std::map<std::string, void*> Handlers();
+
+struct ProcessSize {
+  std::size_t files;
+  std::size_t mappings;
+  std::size_t heap;          ///< bytes that are allocated and not freed
+  std::size_t addressSpace;  ///< bytes
+};
+ProcessSize SizeOfThisProcess();
+
+#endif

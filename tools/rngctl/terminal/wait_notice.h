@@ -1,0 +1,24 @@
+#ifndef TOOLS_RNGCTL_TERMINAL_WAIT_NOTICE_H
+#define TOOLS_RNGCTL_TERMINAL_WAIT_NOTICE_H
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+/// Shows on standard error what the program is waiting for, if that is a terminal and this object lives
+/// longer than a second. Its end erases the line.
+class WaitNotice {
+ public:
+  explicit WaitNotice(const std::string& waitedFor);
+
+ private:
+  void ShowUntil(const std::stop_token& end);
+
+  const std::string text;
+  std::mutex lock;
+  std::condition_variable_any hasEnded;
+  std::jthread thread;  // built last: it uses the others
+};
+
+#endif
