@@ -76,5 +76,10 @@ case $fact in
   initialises_no_name_variable) # it has the library's, or room for a copy of it
     nm "$file" | awk '$2 ~ /^[DdRr]$/ && $3 ~ /^rng[A-Z][A-Za-z0-9]*$/ { print $3 }' | nothing
     ;;
+  exports_lifecycle_calls) # so a plug-in's calls of them arrive in this program, not in the library
+    for name in Initialize ShutDown IsInitialized; do
+      nm -D --defined-only "$file" | grep -q " T $name\$" || fail "$name is not exported"
+    done
+    ;;
   *) fail "unknown fact: $fact" ;;
 esac

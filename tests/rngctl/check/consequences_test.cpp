@@ -9,6 +9,15 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
+TEST(Check, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
+  const Result result = Check("--json " + Breaking("garbles_messages"));
+  EXPECT_EQ(1, result.status);
+  const json report = json::parse(result.output);
+  const json& check = Find(report, "name");
+  EXPECT_EQ("failed", check.at("result"));
+  EXPECT_EQ("Internal error: the check gave no usable answer.", check.at("found"));
+}
+
 TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
   EXPECT_EQ(

@@ -75,7 +75,9 @@ TEST_F(Doctor, AgreesWithTheLibraryOnEachFakePlugin) {
     kept += keptByLibrary.size();
     for (const fs::path& file : files) fs::remove(fs::path(TreePath("lib")) / file.filename());
   };
-  const auto folders = FakePlugins();
+  auto folders = FakePlugins();
+  // Its row alone cannot tell what a start does; that has a case of its own.
+  ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "breaking/garbles_messages"));
   for (const auto& [folder, files] : folders) {
     InstallX11("whole");
     compare(folder, files);

@@ -8,6 +8,21 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
+// Nothing that it answered can be trusted, the good news neither.
+TEST_F(Doctor, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "breaking/garbles_messages");
+  for (const std::string kind : {"", " dsdr"}) {
+    const Result result = Run("doctor --json" + kind);
+    EXPECT_EQ(1, result.status);
+    EXPECT_THAT(result.errors, HasSubstr("nternal error: "));
+    const json row = RowOf(json::parse(result.output), "dsdr");
+    EXPECT_EQ("internal-error", row.at("verdict"));
+    EXPECT_EQ(kind.empty(), row.at("kept"));  // the start can tell
+  }
+  EXPECT_EQ(0, Run("doctor unixdev").status);
+}
+
 TEST_F(Doctor, AnInstallationInOrderIsASuccess) {
   InstallUnixDev();
   const Result result = Run("doctor");

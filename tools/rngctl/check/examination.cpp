@@ -11,8 +11,8 @@ namespace {
 
 Finding InternalError() {
   Finding finding = Failed("Internal error: the check gave no usable answer.",
-                           "Run the command again; if the error persists, report it as a bug of "
-                           "rngctl.");
+                           "Make sure that the plug-in writes only to descriptors of its own; "
+                           "otherwise report this as a bug of rngctl.");
   finding.severity = Severity::kError;
   return finding;
 }

@@ -1,6 +1,7 @@
 #include "tools/rngctl/doctor/doctor.h"
 
 #include "providers/catalogue.h"
+#include "tools/rngctl/doctor/start_verdict.h"
 #include "tools/rngctl/doctor/surroundings.h"
 #include "tools/rngctl/doctor/verdict.h"
 #include "tools/rngctl/refusal.h"

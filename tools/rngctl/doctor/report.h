@@ -42,6 +42,13 @@ struct GeneratorReport {
   std::vector<std::string> warnings = {};
 };
 
+inline void Put(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary,
+                const std::string& fix) {
+  report.verdict = verdict;
+  report.summary = summary;
+  report.fix = fix;
+}
+
 struct DisplayReport {
   bool isFound = false;
   bool endsProcesses = false;  ///< the probe did not return: nor does a start of the library

@@ -1,5 +1,6 @@
 #include "tools/rngctl/doctor/verdict.h"
 
+#include "tools/rngctl/doctor/disturbance.h"
 #include "tools/rngctl/loader/error.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/text.h"
@@ -11,40 +12,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string WhereIn(PluginStep step, const ProviderCatalogueEntry& row) {
-  switch (step) {
-    case PluginStep::kOpen:
-      return " while being opened";
-    case PluginStep::kFactory:
-      return " in its factory " + row.factorySymbol;
-    case PluginStep::kSettings:
-      return " while receiving the settings";
-    case PluginStep::kAvailable:
-      return " when asked whether it is available";
-    case PluginStep::kName:
-      return " when asked for its name";
-    case PluginStep::kFlags:
-      return " when asked for its flags";
-    case PluginStep::kRelease:
-      return " while being released";
-    case PluginStep::kClose:
-      return " while being closed";
-    default:
-      return " while the process exited";
-  }
-}
-
-void Put(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary,
-         const std::string& fix) {
-  report.verdict = verdict;
-  report.summary = summary;
-  report.fix = fix;
-}
-
 void PutInternalError(GeneratorReport& report) {
   Put(report, DoctorVerdict::kInternalError,
       "internal error: the examination gave no usable answer",
-      "Run the command again; if the error persists, report it as a bug of rngctl.");
+      "Ask the vendor whether the plug-in writes to descriptors that are not its own; otherwise "
+      "report this as a bug of rngctl.");
 }
 
 void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
@@ -88,41 +60,6 @@ void PutCannotBeOpened(GeneratorReport& report, const LoaderError& error,
   } else {
     PutNotInstalled(report, search);
   }
-}
-
-std::string FixDisturbance(const GeneratorReport& report, DoctorVerdict verdict, PluginStep step) {
-  if (step == PluginStep::kEnd) {
-    return "Report this to the vendor: every program that loads the plug-in fails the same way on "
-           "exit.";
-  }
-  if (report.isKept) {
-    const bool isInStop = step == PluginStep::kRelease || step == PluginStep::kClose;
-    return "Report this to the vendor: the library lists the generator, and programs fail the same "
-           "way when they " +
-           std::string(isInStop ? "stop the library." : "look up a generator.");
-  }
-  if (step == PluginStep::kOpen && verdict == DoctorVerdict::kCrashed) {
-    return "Reinstall the file, which may be incomplete, or get a fixed version from the vendor; "
-           "until then every program that starts the library fails the same way.";
-  }
-  if (verdict == DoctorVerdict::kNoAnswer) {
-    return "Make sure that the device is connected and ready, or allow more time with --timeout; "
-           "every program that starts the library waits as long.";
-  }
-  return "Remove the file or get a fixed version from the vendor; until then every program that "
-         "starts the library fails the same way.";
-}
-
-// With `what` happening in `step`.
-void PutDisturbance(GeneratorReport& report, DoctorVerdict verdict, const std::string& what,
-                    PluginStep step, const ProviderCatalogueEntry& row) {
-  Put(report, verdict, what + WhereIn(step, row), FixDisturbance(report, verdict, step));
-}
-
-DoctorVerdict VerdictOf(const ChildResult& result) {
-  if (result.end == ChildEnd::kTimedOut) return DoctorVerdict::kNoAnswer;
-  if (result.end == ChildEnd::kSignalled) return DoctorVerdict::kCrashed;
-  return DoctorVerdict::kEndedProcess;
 }
 
 // Why the name cannot be used; "" when it can.
@@ -207,19 +144,6 @@ void PutAnswer(GeneratorReport& report, const PluginAnswer& answer, const ChildR
   PutOutcome(report, answer, row, search);
 }
 
-std::string DuringStep(StartStep step) {
-  switch (step) {
-    case StartStep::kStart:
-      return " during the start";
-    case StartStep::kDefault:
-      return " during the search for the default";
-    case StartStep::kStop:
-      return " during the stop";
-    default:
-      return " while the process exited";
-  }
-}
-
 }  // namespace
 
 GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& result,
@@ -256,39 +180,6 @@ std::string BindingWarning(const std::optional<BindingAnswer>& answer) {
   return "It needs the function " + Quoted(missing) +
          ", which is missing: calling it terminates the program unless another plug-in provides "
          "it.";
-}
-
-void CompareWithStart(GeneratorReport& row, const ChildResult& start) {
-  const auto answer = start.Last<StartAnswer>();
-  if (!answer || answer->step == StartStep::kStart) return;  // it did not get far enough to tell
-  std::string opened;
-  for (const fs::path path : answer->opened) {
-    if (path.filename() == row.libraryFile) opened = path;
-  }
-  const bool isKept = !opened.empty() && (row.isKept || !row.staysLoaded);
-  std::error_code unknown;
-  if (isKept != row.isKept) {
-    row.isKept = isKept;
-    Put(row, DoctorVerdict::kContradicted,
-        row.summary + ", but a start with all plug-ins " +
-            (isKept ? "keeps " + opened : "does not keep it"),
-        "The real start is authoritative. Check what else is installed, and ask the vendor about "
-        "dependencies and conflicts.");
-  } else if (isKept && !fs::equivalent(opened, row.file, unknown)) {
-    row.warnings.push_back("A start with all plug-ins loads " + opened + " instead.");
-  }
-}
-
-StartReport JudgeStart(const ChildResult& result, std::chrono::seconds limit) {
-  const auto answer = result.Last<StartAnswer>();
-  if (!answer) return {true, "had an internal error: it gave no usable answer", std::nullopt};
-  StartReport report{true, "", answer->findsDefault};
-  if (answer->hasThrown) {
-    report.problem = "threw an exception" + DuringStep(answer->step);
-  } else if (answer->step != StartStep::kEnd || !result.HasExited(kDone)) {
-    report.problem = DescribeEnd(result, limit) + DuringStep(answer->step);
-  }
-  return report;
 }
 
 GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,

@@ -17,13 +17,6 @@ bool WasOpened(const ChildResult& result);
 /// child when it was opened, which its row reports.
 std::string BindingWarning(const std::optional<BindingAnswer>& answer);
 
-/// Corrects the row where a start with all plug-ins treated its plug-in otherwise. The start is
-/// authoritative.
-void CompareWithStart(GeneratorReport& row, const ChildResult& start);
-
-/// Puts that start into words.
-StartReport JudgeStart(const ChildResult& result, std::chrono::seconds limit);
-
 /// The report of a row whose plug-in is not tried, because it needs a display and there is none.
 GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,
                                        const DisplayReport& display, const SearchOrder& search);

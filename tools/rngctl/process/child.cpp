@@ -1,5 +1,6 @@
 #include "tools/rngctl/process/child.h"
 
+#include "tools/rngctl/process/channel.h"
 #include "tools/rngctl/refusal.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <mutex>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/prctl.h>
@@ -22,17 +22,6 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr int kMessageDescriptor = 3;
-
-// Before each message. The mark tells it from what a plug-in may write there.
-struct Header {
-  std::uint32_t mark;
-  std::uint32_t size;
-};
-constexpr std::uint32_t kMark = 0x52C3D1E9;
-
-std::mutex g_sending;
 
 [[noreturn]] void RefuseStart(int error) {
   throw Refusal(kNegativeAnswer,
@@ -70,25 +59,6 @@ void MakeSocketPair(Ends& sockets) {
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) RefuseStart(errno);
   sockets.ours.value = ends[0];
   sockets.theirs.value = ends[1];
-}
-
-// False when nobody reads at the other end.
-bool WriteAll(int descriptor, const void* bytes, std::size_t size) {
-  const auto* place = static_cast<const char*>(bytes);
-  while (size > 0) {
-    const ssize_t count = ::send(descriptor, place, size, MSG_NOSIGNAL);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    place += count;
-    size -= static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
-bool WriteMessage(int descriptor, const std::string& bytes) {
-  const Header header = {kMark, static_cast<std::uint32_t>(bytes.size())};
-  return WriteAll(descriptor, &header, sizeof header) &&
-         WriteAll(descriptor, bytes.data(), bytes.size());
 }
 
 // This one's, with another LD_LIBRARY_PATH if one is given.
@@ -158,19 +128,6 @@ bool Collect(int messages, int child, const ChildOrder& order, std::string& text
   return true;
 }
 
-// Finds the last whole message. One that is cut short was being sent when the child was ended.
-void FindLastMessage(const std::string& text, ChildResult& result) {
-  Header header;
-  for (std::size_t place = 0; text.size() - place >= sizeof header;) {
-    std::memcpy(&header, text.data() + place, sizeof header);
-    place += sizeof header;
-    result.isGarbled = header.mark != kMark;
-    if (result.isGarbled || header.size > text.size() - place) return;
-    result.lastMessage.assign(text, place, header.size);
-    place += header.size;
-  }
-}
-
 }  // namespace
 
 ChildResult RunChild(const ChildOrder& order) {
@@ -190,8 +147,7 @@ ChildResult RunChild(const ChildOrder& order) {
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  ChildResult result{"", false, ChildEnd::kTimedOut, 0, ""};
-  FindLastMessage(text, result);
+  ChildResult result{FindLastMessage(text), ChildEnd::kTimedOut, 0, ""};
   ReadSome(output.ours.value, result.printed);
   if (!hasEnded) return result;
   result.end = WIFSIGNALED(status) ? ChildEnd::kSignalled : ChildEnd::kExited;
@@ -218,18 +174,6 @@ std::string ReceiveRequest() {
   ::setrlimit(RLIMIT_CORE, &none);
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   ::fcntl(kMessageDescriptor, F_SETFD, FD_CLOEXEC);
-  Header header = {};
-  std::string request;
-  if (::recv(kMessageDescriptor, &header, sizeof header, MSG_WAITALL) == sizeof header &&
-      header.mark == kMark) {
-    request.resize(header.size);
-    const ssize_t size = ::recv(kMessageDescriptor, request.data(), request.size(), MSG_WAITALL);
-    if (size == static_cast<ssize_t>(request.size())) return request;
-  }
+  if (const std::optional<std::string> request = ReadRequest()) return *request;
   throw Refusal(kWrongUsage, "This command is for rngctl itself.");
-}
-
-void SendMessage(const std::string& bytes) {
-  const std::lock_guard guard(g_sending);
-  WriteMessage(kMessageDescriptor, bytes);  // when nobody listens any more, nothing is lost
 }

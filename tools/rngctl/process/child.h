@@ -1,6 +1,7 @@
 #ifndef TOOLS_RNGCTL_PROCESS_CHILD_H
 #define TOOLS_RNGCTL_PROCESS_CHILD_H
 
+#include "tools/rngctl/process/channel.h"
 #include "tools/rngctl/process/messages.h"
 
 #include <chrono>
@@ -24,8 +25,7 @@ struct ChildOrder {
 };
 
 struct ChildResult {
-  std::string lastMessage;  ///< encoded; empty when none came
-  bool isGarbled;           ///< something else was written where messages are expected
+  std::optional<std::string> lastMessage;  ///< encoded
   ChildEnd end;
   int code;             ///< the exit status or the signal
   std::string printed;  ///< on standard output: the beginning, up to a few kilobytes
@@ -35,7 +35,7 @@ struct ChildResult {
   /// The last message. Nothing when there is none, or it is not understood.
   template <typename Message>
   std::optional<Message> Last() const {
-    return isGarbled ? std::nullopt : Decode<Message>(lastMessage);
+    return lastMessage ? Decode<Message>(*lastMessage) : std::nullopt;
   }
 };
 
@@ -50,9 +50,6 @@ std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit);
 /// In a child, first of all: it ends with its parent, a crash leaves no core file, and what is printed
 /// before it is not lost. Returns the request's bytes; throws a `Refusal` when there is no parent.
 std::string ReceiveRequest();
-
-/// In a child: sends an encoded message. Any thread; messages are never mixed up.
-void SendMessage(const std::string& bytes);
 
 /// In a child: becomes one, and returns its request.
 template <typename Request>

@@ -19,8 +19,8 @@ template <typename Enum>
 struct nlohmann::adl_serializer<Enum, std::enable_if_t<std::is_enum_v<Enum>>> {
   static void to_json(json& encoded, Enum value) { encoded = static_cast<int>(value); }
   static void from_json(const json& encoded, Enum& value) {
-    const int number = encoded.get<int>();
-    if (!encoded.is_number_integer() || number < 0 || number > static_cast<int>(LastOf(Enum{}))) {
+    const auto number = encoded.get<std::int64_t>();
+    if (!encoded.is_number_integer() || number < 0 || number > static_cast<std::int64_t>(LastOf(Enum{}))) {
       throw std::out_of_range("not a value of the enumeration");
     }
     value = static_cast<Enum>(number);

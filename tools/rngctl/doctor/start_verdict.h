@@ -1,0 +1,14 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_START_VERDICT_H
+#define TOOLS_RNGCTL_DOCTOR_START_VERDICT_H
+
+#include "tools/rngctl/doctor/report.h"
+#include "tools/rngctl/process/child.h"
+
+/// Corrects the row where a start with all plug-ins treated its plug-in otherwise. The start is
+/// authoritative.
+void CompareWithStart(GeneratorReport& row, const ChildResult& start);
+
+/// Puts that start into words.
+StartReport JudgeStart(const ChildResult& result, std::chrono::seconds limit);
+
+#endif

@@ -1,0 +1,70 @@
+#include "tools/rngctl/process/channel.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <mutex>
+#include <sys/socket.h>
+
+namespace {
+
+// Before each message. The mark tells messages from what a plug-in writes to the descriptor.
+struct Header {
+  std::uint32_t mark;
+  std::uint32_t size;
+};
+constexpr std::uint32_t kMark = 0x52C3D1E9;
+
+std::mutex g_sending;
+
+bool WriteAll(int descriptor, const void* bytes, std::size_t size) {
+  const auto* place = static_cast<const char*>(bytes);
+  while (size > 0) {
+    const ssize_t count = ::send(descriptor, place, size, MSG_NOSIGNAL);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    place += count;
+    size -= static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+bool ReadAll(int descriptor, void* bytes, std::size_t size) {
+  return ::recv(descriptor, bytes, size, MSG_WAITALL) == static_cast<ssize_t>(size);
+}
+
+}  // namespace
+
+bool WriteMessage(int descriptor, const std::string& bytes) {
+  const Header header = {kMark, static_cast<std::uint32_t>(bytes.size())};
+  return WriteAll(descriptor, &header, sizeof header) &&
+         WriteAll(descriptor, bytes.data(), bytes.size());
+}
+
+std::optional<std::string> FindLastMessage(const std::string& sent) {
+  std::optional<std::string> last;
+  Header header;
+  for (std::size_t place = 0; sent.size() - place >= sizeof header; place += header.size) {
+    std::memcpy(&header, sent.data() + place, sizeof header);
+    place += sizeof header;
+    if (header.mark != kMark) return std::nullopt;
+    if (header.size > sent.size() - place) break;
+    last = sent.substr(place, header.size);
+  }
+  return last;
+}
+
+std::optional<std::string> ReadRequest() {
+  Header header = {};
+  if (!ReadAll(kMessageDescriptor, &header, sizeof header) || header.mark != kMark) {
+    return std::nullopt;
+  }
+  std::string request(header.size, '\0');
+  if (!ReadAll(kMessageDescriptor, request.data(), request.size())) return std::nullopt;
+  return request;
+}
+
+void SendMessage(const std::string& bytes) {
+  const std::lock_guard guard(g_sending);
+  WriteMessage(kMessageDescriptor, bytes);  // when nobody reads any more, nothing is lost
+}

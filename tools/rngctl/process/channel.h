@@ -1,0 +1,26 @@
+#ifndef TOOLS_RNGCTL_PROCESS_CHANNEL_H
+#define TOOLS_RNGCTL_PROCESS_CHANNEL_H
+
+#include <optional>
+#include <string>
+
+/// Encoded messages on a pair of sockets: the request to a child, and what the child sends back.
+
+/// The descriptor of the child's end.
+inline constexpr int kMessageDescriptor = 3;
+
+/// False when nobody reads at the other end, or `descriptor` is not a socket. It then writes nothing: a
+/// plug-in may have closed the descriptor and opened a file of its own under the number.
+bool WriteMessage(int descriptor, const std::string& bytes);
+
+/// The last whole message in all that a child has sent; one that is cut short was being sent when the
+/// child was ended. Nothing when there is none, or when something else was written among the messages.
+std::optional<std::string> FindLastMessage(const std::string& sent);
+
+/// In a child: the bytes of its request, nothing when there is no parent that sent one.
+std::optional<std::string> ReadRequest();
+
+/// In a child: sends a message to the parent. Any thread; messages do not mix.
+void SendMessage(const std::string& bytes);
+
+#endif
