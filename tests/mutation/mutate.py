@@ -25,8 +25,9 @@ ROOMS = ("aggregator", "providers", "settings")
 TEST_SECONDS = 120
 # What does not depend on a line of code, or would take longer than it is worth here.
 SLOW = (
-    "^(Binary|Kit|PublicHeader|IncludeDirections|ManualPage|Link|Rngctl|Doctor|Check|Encode)"
-    "|/(Rngctl|CheckBreach|Doctor)|Cost|LongerProfile|LibraryFile"
+    "^(Binary|Kit|PublicHeader|IncludeDirections|ManualPage|Link|Rngctl|Doctor|Check|Encode|LibraryFile"
+    "|Messages|Channel|LoaderError|SearchOrder|TerminalText|Fake(Plugins|Libraries))"
+    "|/(Rngctl|CheckBreach|Doctor)|Cost|LongerProfile"
     "|RandomSequences|ModelRun|RandomSteps|fuzz_idle|ModelWithAMistake|StartAndStop|LoadAndUnload"
 )
 
