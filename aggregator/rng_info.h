@@ -16,8 +16,8 @@ struct RngInfoEx {
 /// The destructor closes the libraries that are still open, first to last, without releasing their
 /// providers: if a host unloads the aggregator while started, no provider is called any more.
 ///
-/// Public inheritance from `std::vector` and the virtual destructor are unusual, but the resulting
-/// layout is part of the binary contract.
+/// Derives publicly, because it is a vector in every respect but its end. The destructor is virtual, so
+/// that a pointer to the class ends it properly.
 class RngInfoVector : public std::vector<RngInfoEx> {
  public:
   RngInfoVector() = default;

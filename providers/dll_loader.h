@@ -8,8 +8,8 @@ namespace smartwr {
 /// result of closing is ignored. The reason why opening failed is neither reported nor kept.
 ///
 /// The two ways of opening differ on purpose: the constructor makes the library's symbols available
-/// to libraries loaded later (`RTLD_LAZY | RTLD_GLOBAL`), `Load` does not (`RTLD_LAZY`). The class,
-/// its namespace and `Load` are named by the contract; the start-up does not use `Load`.
+/// to libraries loaded later (`RTLD_LAZY | RTLD_GLOBAL`), `Load` does not (`RTLD_LAZY`). The
+/// start-up uses the constructor alone.
 ///
 /// Threads: not locked; the start-up uses it under the aggregator's lock.
 class DllLoader {

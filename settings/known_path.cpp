@@ -23,7 +23,7 @@ std::optional<std::string> Ask(decltype(&CKP_GetPath) getPath, KnownPath id) {
   if (getPath(id, directory, &size, nullptr) != 0) return std::nullopt;
   // The service must terminate the path; if it does not, the path ends with the buffer.
   std::string path;
-  path.reserve(kPathSize);  // leaves room for what a caller appends: one allocation per lookup
+  path.reserve(kPathSize);  // room for what callers append
   path.assign(directory, ::strnlen(directory, kPathSize));
   return path;
 }

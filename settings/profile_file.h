@@ -30,6 +30,7 @@
 /// When the file, the section, the key or its "=" is missing, copies `defaultValue` (null or empty:
 /// none) with `strncpy` for `size` bytes. A default at least as long as the buffer is therefore
 /// left unterminated, and the returned length is then `size`.
+/// A section of 509 characters is written but never found: its header does not fit one read.
 ///
 /// Returns the length of the text in `buffer`. 0 means an empty value, with `buffer` emptied, or
 /// nothing found and no default, with `buffer` untouched. Also returns 0, with `buffer` untouched,
@@ -41,8 +42,8 @@ std::uint32_t ReadProfileString(const char* section, const char* key, const char
 /// Sets `key` in `section` of the file `path` to `value` (null: empty). A missing section is added.
 /// If the file cannot be opened for reading, for whatever reason, a new one is written with only
 /// this entry. Any other file is copied to `path` + ".tmp", which then replaces it as a new file.
-/// The copy does not keep mode and owner, and drops CRs, a last line without LF, and a line of 512
-/// or more characters with everything after it.
+/// The copy does not keep mode and owner, and drops CRs, the rest of a line after a NUL, a last line
+/// without LF, and a line of 512 or more characters with everything after it.
 ///
 /// Returns 1. Returns 0, with the file untouched, when `path`, `key` or `section` is null,
 /// `section` has more than 509 characters, or the file or the temporary one cannot be created.

@@ -15,11 +15,10 @@ using Line = char[kBufferSize];
 
 bool IsSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
 
-// Reads until a line begins with `prefix`, in any case. Nobody else uses the stream, so it needs no
-// lock for each line.
+// Reads until a line begins with `prefix`, in any case.
 bool FindLine(std::FILE* file, const char* prefix, Line& line) {
   const std::size_t length = std::strlen(prefix);
-  while (::fgets_unlocked(line, kReadLimit, file)) {
+  while (std::fgets(line, kReadLimit, file)) {
     if (::strncasecmp(line, prefix, length) == 0) return true;
   }
   return false;

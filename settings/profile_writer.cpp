@@ -20,16 +20,15 @@ struct Entry {
 
 void Put(std::FILE* to, const Entry& entry) { std::fprintf(to, "%s=%s\n", entry.key, entry.value); }
 
-// Writes the line up to its first NUL. Uses the locked call, because a host may call
-// fflush(nullptr) from another thread.
+// Writes the line up to its first NUL.
 void PutLine(std::FILE* to, const Line& line) { std::fprintf(to, "%s\n", line); }
 
 // Reads a line without its CRs and its LF. Returns false at the end of the file, where text after
 // the last LF is dropped, and at an over-long line. Both end the copy.
 bool ReadLine(std::FILE* from, Line& line) {
   std::size_t length = 0;
-  // No lock for each character: nobody else uses the stream.
-  for (int c = ::getc_unlocked(from); c != EOF; c = ::getc_unlocked(from)) {
+  // With the stream's lock, like every call here: a host's exit and its fflush(nullptr) use all streams.
+  for (int c = std::getc(from); c != EOF; c = std::getc(from)) {
     if (c == '\r') continue;
     if (c == '\n') {
       line[length] = '\0';

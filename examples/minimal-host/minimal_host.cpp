@@ -69,6 +69,6 @@ int Stop() {
 
 int main() {
   const int status = Guarded(StartAndPrint);
-  const int stopStatus = Guarded(Stop);  // even if the start threw: it raised the start count
+  const int stopStatus = Guarded(Stop);  // even if a plug-in threw at the start: the count is raised
   return status != 0 ? status : stopStatus;
 }

@@ -155,8 +155,9 @@ class IRngProvider {
 
   /// Slot 10 [start-up, shut-down]. Ends the use of the object. The library is closed right after,
   /// so nothing that needs its code may keep running: no thread, no handler, no callback. Called
-  /// exactly once, but not at all when `SetSettings` or `IsAvailable` threw, or when the host
-  /// unloads the aggregator without its final `ShutDown`.
+  /// once. Not called when `SetSettings` or `IsAvailable` threw, when memory ran out while the
+  /// aggregator added the provider to its list, or when the host unloads the aggregator without its
+  /// final `ShutDown`. Called again by the next final `ShutDown` only if it threw.
   virtual void Release() = 0;
 
  protected:

@@ -57,24 +57,16 @@ std::FILE* __real_fopen(const char* path, const char* mode);
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
   const bool isReading = mode[0] == 'r';
   if (Fails(isReading ? "fopen r" : "fopen w", EACCES)) return nullptr;
-  std::FILE* const file = __real_fopen(RealPath(path), mode);
-  if (file && isReading) std::setvbuf(file, nullptr, _IONBF, 0);  // see __wrap___uflow
-  return file;
+  return __real_fopen(RealPath(path), mode);
 }
 
-char* __real_fgets_unlocked(char* buffer, int size, std::FILE* file);
-char* __wrap_fgets_unlocked(char* buffer, int size, std::FILE* file) {
-  return Fails("fgets", EIO) ? nullptr : __real_fgets_unlocked(buffer, size, file);
+char* __real_fgets(char* buffer, int size, std::FILE* file);
+char* __wrap_fgets(char* buffer, int size, std::FILE* file) {
+  return Fails("fgets", EIO) ? nullptr : __real_fgets(buffer, size, file);
 }
 
-// Optimised, getc_unlocked is a look into the file's buffer, and this call when that is empty. In a
-// file without a buffer it is a call for each character, as it is where nothing is optimised.
-int __real___uflow(std::FILE* file);
-int __wrap___uflow(std::FILE* file) { return Fails("getc", EIO) ? EOF : __real___uflow(file); }
-int __real_getc_unlocked(std::FILE* file);
-int __wrap_getc_unlocked(std::FILE* file) {
-  return Fails("getc", EIO) ? EOF : __real_getc_unlocked(file);
-}
+int __real_getc(std::FILE* file);
+int __wrap_getc(std::FILE* file) { return Fails("getc", EIO) ? EOF : __real_getc(file); }
 
 int __wrap_fprintf(std::FILE* file, const char* format, ...) __attribute__((format(printf, 2, 3)));
 int __wrap_fprintf(std::FILE* file, const char* format, ...) {
