@@ -1,6 +1,6 @@
 #!/bin/bash
-# help_test.sh RNGCTL COMPLETIONS PAGE: what both shells offer, and what the manual page tells, is what
-# --help lists, for each command.
+# help_test.sh RNGCTL COMPLETIONS PAGE: for each command, both shells complete and the manual page
+# describes exactly what --help lists.
 set -eu
 rngctl=$1
 completions=$2
@@ -13,7 +13,7 @@ listed() { # COMMAND...: options and subcommands in its help
     tr , '\n' | sort
 }
 
-# Without the short form of --help, which nobody completes, and without the kinds, which are no words of ours.
+# Without the kinds, which --help does not list. Bash does not complete -h, so that is not compared.
 offered_by_bash() { # COMMAND...
   bash -c '
     . "$0/rngctl.bash"
@@ -37,7 +37,7 @@ offered_by_zsh() { # COMMAND...
     tr ' ' '\n' | sort -u
 }
 
-# The options of a command in a section of the page.
+# The options of a command that a section of the page mentions.
 told_in() { # SECTION COMMAND...
   awk -v section="$1" -v wanted="${*:2}" '
     function words(from, text) {
@@ -71,7 +71,7 @@ compare "page: commands" "$(printf '%s\ndefault set' "$commands" | sort)" \
 compare "page: rngctl" "$(listed | grep ^--)" "$(told_in SYNOPSIS)"
 [ "$(echo "$commands" | wc -l)" -ge 5 ]
 while read -r command; do
-  # shellcheck disable=SC2086 # two words at most
+  # shellcheck disable=SC2086 # one or two words
   wanted=$(listed $command)
   # shellcheck disable=SC2086
   compare "bash: rngctl $command" "$(echo "$wanted" | grep -vx -e -h)" "$(offered_by_bash $command)"
@@ -84,8 +84,8 @@ while read -r command; do
       "$(told_in $section $command)"
   done
 done <<<"$(printf '\n%s\ndefault set' "$commands")"
-# What the doctor takes for a kind is what the shells offer.
-while read -r kind; do  # the doctor ends with 2 where it knows no such kind
+# The doctor knows every kind that the shells offer.
+while read -r kind; do  # the doctor exits with 2 for an unknown kind
   "$rngctl" doctor "$kind" --timeout 1 >/dev/null 2>&1 || [ $? != 2 ] || compare "kinds" "$kind" "unknown"
 done <<<"$kinds"
 exit $status

@@ -6,14 +6,15 @@
 #include <gtest/gtest.h>
 #include <string>
 
-constexpr char kSettingsFile[] = "etc/rng.ini";  ///< of the installation, below the tree
+constexpr char kSettingsFile[] = "etc/rng.ini";  ///< of the installation, relative to the tree
 
 std::string Rngctl();
 
-/// Compares a report with a schema of the tool, such as "check.schema.json"; status 0 if it matches.
+/// Validates a report against a schema of the tool, such as "check.schema.json"; status 0 if it is
+/// valid.
 Result MatchSchema(const std::string& schema, const std::string& report);
 
-/// The tool as installed, below the tree of the case, with the fakes of the case beside the library.
+/// The installed tool, in the tree of the case, with the case's fakes beside the library.
 class InstalledTool : public testing::Test {
  protected:
   void SetUp() override;
@@ -21,7 +22,7 @@ class InstalledTool : public testing::Test {
   static Result Run(const std::string& arguments) { return RunShell(Rngctl() + " " + arguments); }
 };
 
-/// The commands that need no more than that.
+/// For the commands that need nothing else.
 class RngctlTest : public InstalledTool {};
 
 #endif

@@ -9,7 +9,7 @@
 /// The built library, opened from the tree as a host's plug-in system would open it.
 class AggregatorLibrary {
  public:
-  AggregatorLibrary();  ///< throws std::runtime_error with the loader's words
+  AggregatorLibrary();  ///< throws std::runtime_error with the loader's message
   AggregatorLibrary(const AggregatorLibrary&) = delete;
   AggregatorLibrary& operator=(const AggregatorLibrary&) = delete;
   ~AggregatorLibrary();
@@ -18,7 +18,8 @@ class AggregatorLibrary {
 
   const char*& NameVariable(const std::string& variable) const;
 
-  /// Starts it and checks that exactly `count` providers are listed (the fakes' flags permitting).
+  /// Starts it and checks that exactly `count` providers are listed. A fake without flags
+  /// is not listed.
   void Start(IRngSettings* settings, std::size_t count) const;
 
   /// The names of the listed providers, in order.
@@ -41,7 +42,7 @@ class AggregatorLibrary {
   const decltype(&::GetDefaultSettings) GetDefaultSettings;
 };
 
-/// The name that a provider reports, by the protocol of two calls.
+/// The name of a provider, read with the protocol of two calls.
 std::string ReportedName(IRngProvider& provider);
 
 /// Whether a file of that name, at any path, is mapped into this process.

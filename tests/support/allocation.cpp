@@ -21,9 +21,9 @@ std::size_t AllocationsAlive() { return g_made - g_freed; }
 
 void* operator new(std::size_t size) {
   const bool isFailing = ++g_made == g_failing;
-  // Refused here: the sanitizers' malloc would end the process.
+  // Reject a huge size here: the sanitizers' malloc would end the process.
   void* const memory = isFailing || size > PTRDIFF_MAX ? nullptr : std::malloc(size ? size : 1);
-  if (memory) return std::memset(memory, 0xA5, size);  // nobody may count on finding zeros
+  if (memory) return std::memset(memory, 0xA5, size);  // no code may rely on zeros
   ++g_freed;
   throw std::bad_alloc();
 }

@@ -5,10 +5,10 @@
 
 /// The test programs replace the global operator new, for themselves and the libraries they open.
 
-/// Lets the `number`th allocation from now on, counted from 1, throw std::bad_alloc; 0 disarms.
+/// Makes the `number`th allocation from now on, counted from 1, throw std::bad_alloc; 0 cancels this.
 void FailAllocation(std::size_t number);
 
-/// How many allocations were asked for, and how many are not yet freed, since the process began.
+/// The number of allocations requested since the process began, and of those not yet freed.
 std::size_t AllocationsMade();
 std::size_t AllocationsAlive();
 

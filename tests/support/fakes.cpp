@@ -27,7 +27,7 @@ FakeRng& Fake(const std::string& kind) {
 }
 
 FakeKnownPath& KnownPath() {
-  // From the environment, so that it holds in the programs that a case runs, too.
+  // From the environment, so that the programs that a case runs use the same tree.
   static const std::string tree = std::getenv(kTreeVariable);
   static FakeKnownPath service{.directories = {{0, tree + "/share"}, {2, tree + "/etc"}}};
   return service;

@@ -9,13 +9,13 @@
 
 #include <rngaggregator/provider.h>
 
-/// What the scripted plug-in of a kind does. A case arranges it before `Initialize`; the plug-in
+/// The script of the scripted plug-in of a kind. A case sets it before `Initialize`; the plug-in
 /// reads it at every call.
 struct FakeRng {
-  std::string name;                       ///< the text that GetName writes; at first the kind
-  std::optional<std::int32_t> nameSize;   ///< GetName's answer to null; by default the text's need
+  std::string name;                       ///< the text that GetName writes; initially the kind
+  std::optional<std::int32_t> nameSize;   ///< GetName's result for null; by default what name needs
   bool isTerminated = true;               ///< whether GetName writes the terminator, too
-  std::optional<std::int32_t> nameAgain;  ///< GetName's answer to a buffer; by default the same
+  std::optional<std::int32_t> nameAgain;  ///< GetName's result for a buffer; by default the same
   bool factoryGivesNull = false;
   bool isAvailable = true;
   std::uint32_t flags = 1;
@@ -26,9 +26,9 @@ struct FakeRng {
 };
 FakeRng& Fake(const std::string& kind);
 
-/// What the fake known-path service answers. An id without a directory is refused with 1.
+/// The script of the fake known-path service, which returns 1 for an id without a directory.
 struct FakeKnownPath {
-  std::map<int, std::string> directories;  ///< by id; at first share/ (0) and etc/ (2) of the tree
+  std::map<int, std::string> directories;  ///< by id; initially share/ (0) and etc/ (2) of the tree
   bool fillsBuffer = false;                ///< writes 256 times 'x' and no terminator
 };
 FakeKnownPath& KnownPath();

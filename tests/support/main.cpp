@@ -20,7 +20,7 @@ int RunInTree(char** arguments, const fs::path& tree) {
     ::setenv(kTreeVariable, tree.c_str(), 1);
     ::unsetenv("DISPLAY");
 #ifdef SANITIZED
-    // The sanitizer's own dlopen stands between the library and the loader and loses the run path.
+    // The sanitizer replaces dlopen, so the loader does not see who calls it and ignores the run path.
     ::setenv("LD_LIBRARY_PATH", (tree / "lib").c_str(), 1);
 #endif
     ::execv("/proc/self/exe", arguments);

@@ -11,14 +11,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// While it lives, permission bits count for this process, also when the tests run as root.
-/// The tree is opened for everybody to pass through.
+/// While it exists, permission bits apply to this process even if the tests run as root. It lets every
+/// user enter the tree.
 class Unprivileged {
  public:
   Unprivileged() {
     std::filesystem::permissions(TreePath(""), std::filesystem::perms(0755));
     if (!wasRoot) return;
-    // The real identities, too: it is those that access() asks about.
+    // The real ids, too: access() checks those.
     if (::setgroups(0, nullptr) != 0 || ::setresgid(kNobody, kNobody, 0) != 0 ||
         ::setresuid(kNobody, kNobody, 0) != 0) {
       throw std::runtime_error("cannot give up being root");
@@ -29,7 +29,7 @@ class Unprivileged {
   ~Unprivileged() {
     if (!wasRoot) return;
     const bool isRoot = ::setresuid(0, 0, 0) == 0 && ::setresgid(0, 0, 0) == 0;
-    ::prctl(PR_SET_DUMPABLE, isRoot);  // the leak checker traces the process
+    ::prctl(PR_SET_DUMPABLE, isRoot);  // the leak checker must be able to trace the process
   }
 
  private:
@@ -37,7 +37,7 @@ class Unprivileged {
   const bool wasRoot = ::geteuid() == 0;
 };
 
-/// While it lives, files and directories are created with this umask.
+/// While it exists, files and directories are created with this umask.
 class Umask {
  public:
   explicit Umask(mode_t mask) : before(::umask(mask)) {}

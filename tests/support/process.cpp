@@ -32,7 +32,7 @@ void Redirect(int descriptor, const std::string& file) {
 Result RunForked(const std::function<int()>& work) {
   const std::string output = TreePath("out");
   const std::string errors = TreePath("err");
-  std::fflush(nullptr);  // or the copy would say it, too
+  std::fflush(nullptr);  // otherwise the copy would print it, too
   const pid_t child = ::fork();
   if (child < 0) throw std::runtime_error("cannot fork");
   if (child == 0) Become(work, output, errors);

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-/// How a process ended, and what it said.
+/// How a process ended, and what it printed.
 struct Result {
   int status;  ///< its exit status; -1 when a signal ended it
   std::string output;
@@ -12,12 +12,12 @@ struct Result {
   int signal = 0;  ///< the one that ended it
 };
 
-/// Runs a command of the shell, without input, and waits for it. The shell may turn a signal that ends
-/// a program into a status above 128; with "exec PROGRAM" it is seen as a signal.
+/// Runs a shell command without input and waits for it. When a signal ends a program, the shell may
+/// turn that into a status above 128; with "exec PROGRAM" the result has the signal.
 Result RunShell(const std::string& command);
 
-/// Does `work` in a copy of this process, without input, and waits for it. The copy ends with the
-/// status that `work` returns, without any clean-up.
+/// Runs `work` in a forked copy of this process, without input, and waits for it. The copy exits with
+/// the status that `work` returns, without any clean-up.
 Result RunForked(const std::function<int()>& work);
 
 #endif

@@ -1,6 +1,6 @@
-// For a program that has the library's own code in it and so opens the fakes by their bare names
-// itself: it searches the tree, as the library does. The loader reads the variable only at the
-// start of a process.
+// For programs that contain the library's own code and so open the fakes by bare name themselves. It
+// makes the loader search the tree, as it does for the library. The loader reads LD_LIBRARY_PATH only
+// when a process starts, so the program executes itself again.
 
 #include "tests/support/tree.h"
 
@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 __attribute__((constructor)) static void SearchTree(int, char** arguments, char**) {
-  if (!std::getenv(kTreeVariable)) return;  // the tree is not made yet
+  if (!std::getenv(kTreeVariable)) return;  // the tree does not exist yet
   const std::string path = TreePath("lib");
   const char* const searched = std::getenv("LD_LIBRARY_PATH");
   if (searched && searched == path) return;

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 void Install(const fs::path& file, const std::string& name) {
   const fs::path target = TreePath("lib/" + name);
-  fs::remove(target);  // never written in place: it may be mapped
+  fs::remove(target);  // never overwritten in place: it may be mapped
   fs::copy_file(file, target);
 }
 
@@ -43,7 +43,7 @@ std::string FakePlugin(const std::string& kind, const std::string& variant) {
 }
 
 void InstallPlugin(const std::string& kind, const std::string& variant) {
-  if (std::getenv("RNG_TEST_WITHOUT_PLUGINS")) return;  // a suite that passes then tests nothing
+  if (std::getenv("RNG_TEST_WITHOUT_PLUGINS")) return;  // a suite that passes even so tests nothing
   Install(FakePlugin(kind, variant), LibraryFileOf(kind));
 }
 

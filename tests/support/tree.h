@@ -6,17 +6,18 @@
 
 constexpr char kTreeVariable[] = "RNG_TEST_TREE";
 
-/// The folder of this test process, gone when it ends: lib/ holds the library under test and the
-/// fakes that the case installs, etc/ and share/ are what the fake known-path service names.
+/// A path in the tree, the folder of this test process, which is removed when the process ends. lib/
+/// holds the library under test and the fakes that the case installs; etc/ and share/ are the
+/// directories that the fake known-path service names.
 std::string TreePath(const std::string& relative);
 
 /// Lays out the tree: the library, an X library that finds no display, a known-path service.
 void LayOutTree();
 
-/// The file name of a kind's plug-in, from a table of the tests' own.
+/// The file name of a kind's plug-in, from kinds.def.
 const std::string& LibraryFileOf(const std::string& kind);
 
-/// A fake plug-in of a kind, where it was built.
+/// The path of a fake plug-in of a kind where it was built.
 std::string FakePlugin(const std::string& kind, const std::string& variant);
 
 /// Puts a fake plug-in of a kind where the library finds it.
@@ -29,7 +30,7 @@ void InstallAllPlugins(const std::string& variant = "scripted");
 void InstallX11(const std::string& variant);
 
 /// Replaces the known-path service: "whole", "no_function", "crashing", or "absent" (a file that is
-/// no library; the loader then finds none in the tree).
+/// not a library, so that the tree has none).
 void InstallKnownPath(const std::string& variant);
 
 std::string ReadFile(const std::string& path);

@@ -13,7 +13,7 @@ XServer::XServer() {
   if (process == 0) {
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     const std::string end = std::to_string(ends[1]);
-    // A server that starts over when its last client leaves would refuse the next one meanwhile.
+    // Without -noreset the server restarts when its last client leaves, and refuses clients meanwhile.
     ::execlp("Xvfb", "Xvfb", "-noreset", "-displayfd", end.c_str(), "-nolisten", "tcp", nullptr);
     ::_exit(127);
   }

@@ -4,10 +4,10 @@
 #include <string>
 #include <sys/types.h>
 
-/// An X server without a screen of its own, on a display that is free.
+/// An X server without a physical screen, on a free display.
 class XServer {
  public:
-  XServer();  ///< throws std::runtime_error when none starts
+  XServer();  ///< throws std::runtime_error when the server does not start
   XServer(const XServer&) = delete;
   XServer& operator=(const XServer&) = delete;
   ~XServer() { Stop(); }

@@ -13,7 +13,7 @@ using testing::Not;
 
 namespace fs = std::filesystem;
 
-// The loader ignores LD_LIBRARY_PATH in some processes, and lists the directories of the system alone.
+// The loader ignores LD_LIBRARY_PATH in some processes, and then lists only the system's directories.
 TEST(SearchOrder, OnlyTheGivenDirectoryIsNotTheSystems) {
   ASSERT_FALSE(std::getenv("LD_LIBRARY_PATH"));
   const std::vector<std::string> all = ListSystemDirectories("/nowhere");
@@ -36,11 +36,11 @@ TEST(SearchOrder, TheSystemsDirectoriesComeLast) {
 TEST(SearchOrder, AFileForAnotherMachineIsPassedOver) {
   const SearchOrder order{"", {TreePath("one"), TreePath("two")}, {}};
   std::string foreign(64, '\0');
-  foreign.replace(0, 6, std::string("\177ELF\1\1"));  // of 32 bits
+  foreign.replace(0, 6, std::string("\177ELF\1\1"));  // a 32-bit file
   WriteFile(TreePath("one/librngdsdr.so"), foreign);
   EXPECT_EQ("", FindAsLoaderDoes("librngdsdr.so", order));
   EXPECT_EQ(TreePath("one/librngdsdr.so"), FindFirst("librngdsdr.so", order));
-  WriteFile(TreePath("two/librngdsdr.so"), "no library, and so a failure of the loader");
+  WriteFile(TreePath("two/librngdsdr.so"), "not a library, so the loader fails");
   EXPECT_EQ(TreePath("two/librngdsdr.so"), FindAsLoaderDoes("librngdsdr.so", order));
 }
 

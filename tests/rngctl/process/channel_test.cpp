@@ -9,7 +9,7 @@
 
 namespace {
 
-// What arrives when these messages are sent.
+// The bytes that arrive when these messages are sent.
 std::string Sent(std::initializer_list<std::string> messages) {
   int ends[2];
   EXPECT_EQ(0, ::socketpair(AF_UNIX, SOCK_STREAM, 0, ends));

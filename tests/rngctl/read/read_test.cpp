@@ -24,7 +24,7 @@ TEST_F(RngctlTest, ReadsFromANamedGeneratorAsHexadecimal) {
 }
 
 TEST_F(RngctlTest, ReadsExactlyTheBytesOfTheGenerator) {
-  InstallPlugin("sobol");  // gives A5 bytes
+  InstallPlugin("sobol");  // its bytes are all A5
   EXPECT_EQ("a5a5a5\n", Run("read sobol -n 3").output);
   EXPECT_EQ("paWlpQ==\n", Run("read sobol -n 4 --base64").output);
   EXPECT_EQ("\xA5\xA5", Run("read sobol -n 2 --raw").output);
