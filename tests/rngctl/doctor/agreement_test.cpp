@@ -1,4 +1,4 @@
-// That the doctor and the library are of one opinion, whatever is installed.
+// The doctor and the library agree on every fake plug-in.
 
 #include "tests/rngctl/doctor/doctor.h"
 #include "tests/support/aggregator_library.h"
@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The plug-ins of each folder of fakes, wherever it is below theirs.
+// The plug-ins in each folder of fakes, at any depth.
 std::map<fs::path, std::vector<fs::path>> FakePlugins() {
   std::map<fs::path, std::vector<fs::path>> folders;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(FAKES_DIR)) {
@@ -28,11 +28,11 @@ std::map<fs::path, std::vector<fs::path>> FakePlugins() {
   return folders;
 }
 
-// Which of the files a start of the library keeps open; none when it does not come back.
+// Those of the files that a start of the library keeps open; none when the start does not return.
 std::set<std::string> FilesKept(const std::vector<fs::path>& files) {
   const Result host = RunForked([&files] {
     ::alarm(2);
-    static const AggregatorLibrary aggregator;  // never closed: the copy ends without clean-up
+    static const AggregatorLibrary aggregator;  // never closed: the copy exits without clean-up
     try {
       aggregator.Initialize(aggregator.GetDefaultSettings());
     } catch (...) {
@@ -53,7 +53,7 @@ std::set<std::string> FilesKept(const std::vector<fs::path>& files) {
 std::set<std::string> FilesKept(const json& report) {
   std::set<std::string> names;
   const json& start = report.at("start");
-  if (start.at("tried") && !start.at("problem").is_null()) return names;  // no row's fault
+  if (start.at("tried") && !start.at("problem").is_null()) return names;  // no row is at fault
   for (const json& row : report.at("generators")) {
     if (row.at("kept")) names.insert(row.at("library_file"));
   }
@@ -76,7 +76,7 @@ TEST_F(Doctor, AgreesWithTheLibraryOnEachFakePlugin) {
     for (const fs::path& file : files) fs::remove(fs::path(TreePath("lib")) / file.filename());
   };
   auto folders = FakePlugins();
-  // Its row alone cannot tell what a start does; that has a case of its own.
+  // Its row alone does not show what a start does with it; another case covers that.
   ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "breaking/garbles_messages"));
   for (const auto& [folder, files] : folders) {
     InstallX11("whole");

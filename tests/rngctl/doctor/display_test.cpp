@@ -36,7 +36,7 @@ TEST_P(DoctorDisplay, TellsWhyThereIsNone) {
   EXPECT_THAT(reason, HasSubstr(expected.reason));
   const json row = RowOf(report, "bioqt");
   EXPECT_EQ("no-display", row.at("verdict"));
-  EXPECT_EQ("skipped: no X display, " + reason, row.at("summary"));
+  EXPECT_EQ("skipped because there is no X display: " + reason, row.at("summary"));
   EXPECT_EQ(report.at("display").at("fix"), row.at("fix"));
   EXPECT_EQ(TreePath("lib/librngbioqt.so"), row.at("file"));
   EXPECT_EQ("not-installed", RowOf(report, "unixx11").at("verdict"));
@@ -70,7 +70,8 @@ TEST_F(Doctor, SeesARealServerComeAndGo) {
   const std::string environment = "DISPLAY=" + server.display;
   EXPECT_EQ("loaded", ExamineKind("bioqt", environment).at("verdict"));
   server.Stop();
-  EXPECT_EQ("skipped: no X display, the X server of " + environment + " cannot be reached",
+  EXPECT_EQ("skipped because there is no X display: the X server of " + environment +
+                " cannot be reached",
             ExamineKind("bioqt", environment).at("summary"));
 }
 

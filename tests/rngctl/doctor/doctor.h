@@ -9,8 +9,8 @@
 
 using nlohmann::json;
 
-/// The doctor of an installation, from which the plug-in that comes with the library is away unless a
-/// case wants it.
+/// The doctor in an installation. The plug-in that comes with the library is moved away; a case that
+/// needs it calls InstallUnixDev.
 class Doctor : public InstalledTool {
  protected:
   void SetUp() override {
@@ -20,7 +20,7 @@ class Doctor : public InstalledTool {
 
   static void InstallUnixDev() { std::filesystem::rename(UnixDev() + ".away", UnixDev()); }
 
-  /// Installs a plug-in for every verdict, but for those that exclude one of these.
+  /// Installs a plug-in for every verdict that can occur beside the others.
   static void InstallOneOfEach() {
     InstallPlugin("bioqt");
     WriteFile(TreePath("lib/librngbiox11.so"), "not a library");
@@ -35,7 +35,8 @@ class Doctor : public InstalledTool {
     InstallPlugin("grandmaster", "crashing");
   }
 
-  /// In an environment, such as "DISPLAY=:7", with so many seconds for each plug-in.
+  /// Runs the doctor with an environment, such as "DISPLAY=:7", and a limit in seconds for each
+  /// plug-in.
   static json Examine(const std::string& arguments, const std::string& environment = "",
                       int timeout = 5) {
     const Result result = RunShell(environment + " " + Rngctl() + " doctor --json --timeout " +

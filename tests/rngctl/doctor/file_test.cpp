@@ -27,7 +27,7 @@ namespace {
 const std::string kNoSuchFile =
     "librngdsdr.so: cannot open shared object file: No such file or directory";
 
-// An ELF file, of which the loader reads no more than its head.
+// An ELF file of which the loader reads only the header.
 void WriteForeignLibrary(const std::string& file) {
   fs::copy_file(FakePlugin("dsdr", "stub"), file);
   std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
@@ -76,7 +76,7 @@ TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
   EXPECT_EQ("crashed with signal 7 (Bus error) while being opened", row.at("summary"));
   EXPECT_THAT(Text(row.at("fix")), StartsWith("Reinstall the file"));
 
-  // Within its head: the loader passes over no such file.
+  // Cut off within the header: the loader fails instead of skipping the file.
   fs::resize_file(file, 10);
   fs::create_directory(TreePath("other"));
   fs::copy(FakePlugin("dsdr", "stub"), TreePath("other"));

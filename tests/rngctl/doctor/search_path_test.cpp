@@ -49,7 +49,7 @@ TEST_F(Doctor, TheFileBesideTheLibraryComesFirst) {
   EXPECT_EQ("no-factory", ExamineKind("dsdr", environment).at("verdict"));
 }
 
-// The library's run path finds plug-ins, not what they need.
+// The library's run path applies to plug-ins, not to their dependencies.
 TEST_F(Doctor, WhatAPluginNeedsIsNotFoundBesideIt) {
   InstallPlugin("biokbd", "missing_dependency");
   InstallPlugin("unixdev");

@@ -71,7 +71,7 @@ TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
   const json settings = Examine("dsdr", "", 1).at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
-  EXPECT_EQ("reading it did not answer within 1 s", settings.at("problem"));
+  EXPECT_EQ("the process that reads it did not answer within 1 s", settings.at("problem"));
 }
 
 TEST_F(Doctor, SaysWhetherTheDefaultWouldBeFound) {

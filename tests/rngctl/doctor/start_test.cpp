@@ -14,7 +14,7 @@ TEST_F(Doctor, StartsTheLibraryWhereNoPluginIsKnownToDisturbIt) {
   EXPECT_EQ(json({{"tried", false}, {"problem", "not tried"}}), Examine("unixdev").at("start"));
   InstallPlugin("grandmaster", "crashing");
   InstallPlugin("accord", "exiting");
-  EXPECT_EQ(json({{"tried", false}, {"problem", "not tried, because of accord, grandmaster"}}),
+  EXPECT_EQ(json({{"tried", false}, {"problem", "not tried because of accord, grandmaster"}}),
             Examine("").at("start"));
 }
 

@@ -8,7 +8,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-// Nothing that it answered can be trusted, the good news neither.
+// No part of such an answer can be trusted, not even the good news.
 TEST_F(Doctor, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
   InstallUnixDev();
   InstallPlugin("dsdr", "breaking/garbles_messages");
@@ -18,7 +18,7 @@ TEST_F(Doctor, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
     EXPECT_THAT(result.errors, HasSubstr("nternal error: "));
     const json row = RowOf(json::parse(result.output), "dsdr");
     EXPECT_EQ("internal-error", row.at("verdict"));
-    EXPECT_EQ(kind.empty(), row.at("kept"));  // the start can tell
+    EXPECT_EQ(kind.empty(), row.at("kept"));  // a start shows it
   }
   EXPECT_EQ(0, Run("doctor unixdev").status);
 }

@@ -52,16 +52,17 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Unavailable", "Rutoken", "unavailable", "not-available", false, "not available",
              "Connect the device"},
         Case{"NoName", "EsmartGost", "nameless", "nameless", true,
-             "loaded, but without a name: it reports none", "Report this to the vendor"},
+             "loaded, but without a usable name: it reports none", "Report this to the vendor"},
         Case{"NegativeName", "sobol", "nameless", "nameless", true,
-             "loaded, but without a name: it reports a size of -5, which makes every lookup that "
-             "reaches it fail",
+             "loaded, but without a usable name: it reports a size of -5, which makes every lookup "
+             "that reaches it fail",
              "Report this to the vendor"},
         Case{"UnsteadyName", "accord", "nameless", "nameless", true,
-             "loaded, but without a name: it reports a size of 5, then of 6",
+             "loaded, but without a usable name: it reports a size of 5, then of 6",
              "Report this to the vendor"},
         Case{"EmptyName", "grandmaster", "nameless", "nameless", true,
-             "loaded, but without a name: it reports an empty one", "Report this to the vendor"},
+             "loaded, but without a usable name: it reports an empty one",
+             "Report this to the vendor"},
         Case{"WrongName", "dsdr", "slot_table", "wrong-name", true,
              "loaded, but its name is \"slots\"", "Ask for it by that name"},
         Case{"MissingDependency", "biokbd", "missing_dependency", "cannot-be-opened", false,
@@ -73,10 +74,10 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"ThrowingRelease", "dsdr", "throwing_release", "threw", true,
              "threw an exception while being released", "Report this to the vendor"},
         Case{"CallingShutDown", "dsdr", "breaking/calls_shut_down", "calls-back", true,
-             "calls ShutDown, which no plug-in may, while being released",
+             "calls ShutDown, which plug-ins must not do, while being released",
              "Report this to the vendor"},
         Case{"CallingInitialize", "dsdr", "breaking/calls_initialize", "calls-back", false,
-             "calls Initialize, which no plug-in may, when asked whether it is available",
+             "calls Initialize, which plug-ins must not do, when asked whether it is available",
              "Remove the file"},
         Case{"ClosingBadly", "dsdr", "breaking/exit_handler_stays", "crashed", true,
              "crashed with signal 11 (Segmentation fault) while the process exited", "on exit"},
@@ -97,7 +98,7 @@ TEST_F(Doctor, SeesThatNothingIsInstalled) {
   EXPECT_EQ(json(), row.at("file"));
 }
 
-// --- A row of its own for each plug-in
+// --- No plug-in affects the row of another
 
 TEST_F(Doctor, APluginThatSpoilsItsRowSpoilsNoOther) {
   InstallX11("whole");

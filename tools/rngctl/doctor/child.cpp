@@ -11,7 +11,7 @@ namespace {
 ProviderCatalogueEntry FindRow(const std::string& kind) {
   const ProviderCatalogue catalogue = BuildProviderCatalogue();
   const auto hasKind = [&kind](const ProviderCatalogueEntry& row) { return row.name == kind; };
-  return *std::find_if(catalogue.begin(), catalogue.end(), hasKind);  // the parent names a row
+  return *std::find_if(catalogue.begin(), catalogue.end(), hasKind);  // every kind has one
 }
 
 }  // namespace

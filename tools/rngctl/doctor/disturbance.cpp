@@ -42,7 +42,7 @@ std::string FixDisturbance(const GeneratorReport& report, DoctorVerdict verdict,
   }
   if (verdict == DoctorVerdict::kNoAnswer) {
     return "Make sure that the device is connected and ready, or allow more time with --timeout; "
-           "every program that starts the library waits as long.";
+           "every program that starts the library waits just as long.";
   }
   return "Remove the file or get a fixed version from the vendor; until then every program that "
          "starts the library fails the same way.";

@@ -6,13 +6,14 @@
 #include "tools/rngctl/doctor/report.h"
 #include "tools/rngctl/process/child.h"
 
-/// The verdicts about a plug-in that disturbs the program that uses it.
+/// The verdicts on a plug-in that disturbs the programs that use it.
 
-/// Puts the verdict on what happened in `step`: "crashed", "calls Initialize, which no plug-in may,".
+/// Puts the verdict on what the plug-in did in `step`: "crashed", "calls Initialize, which plug-ins
+/// must not do,".
 void PutDisturbance(GeneratorReport& report, DoctorVerdict verdict, const std::string& what,
                     PluginStep step, const ProviderCatalogueEntry& row);
 
-/// The verdict on a plug-in that ended its child so.
+/// The verdict on a plug-in whose child ended like this.
 DoctorVerdict VerdictOf(const ChildResult& result);
 
 #endif

@@ -16,7 +16,7 @@ namespace {
 using Limit = std::chrono::seconds;
 using Rows = std::vector<ProviderCatalogueEntry>;
 
-// One row, or all without a kind.
+// The row of the kind, or all rows when no kind is given.
 Rows ChooseRows(const std::string& kind) {
   Rows rows;
   std::string kinds;
@@ -31,7 +31,7 @@ Rows ChooseRows(const std::string& kind) {
   return rows;
 }
 
-// A file that the loader cannot take is not opened again: that is no news.
+// Only for a file that the loader can open: for any other the row already has the reason.
 void WarnOfBinding(GeneratorReport& report, const std::string& path, Limit limit) {
   const ChildResult result = Ask({DoctorSubject::kBinding, report.kind, path}, report.kind, limit);
   const std::string warning = BindingWarning(result.Last<BindingAnswer>());
@@ -51,7 +51,7 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
   return report;
 }
 
-// A program that meets it fails there.
+// Such a plug-in makes every program fail that comes to this step.
 bool IsDisturbance(const GeneratorReport& row) {
   const std::set<DoctorVerdict> disturbances = {
       DoctorVerdict::kCallsBack, DoctorVerdict::kThrew, DoctorVerdict::kCrashed,
@@ -59,14 +59,14 @@ bool IsDisturbance(const GeneratorReport& row) {
   return disturbances.contains(row.verdict);
 }
 
-// What is known to disturb a start is not repeated. A plug-in that is kept, or is only slow, may let the
-// start go on; whether it lets the search for the default go on is unknown.
+// The library is not started when a plug-in is known to disturb the start. If that plug-in is kept, or
+// is only slow, the start might succeed, and it is unknown whether the default would be found.
 StartReport ForeseeStart(const DoctorReport& report) {
-  if (report.display.endsProcesses) return {false, "not tried, because of the X display", false};
+  if (report.display.endsProcesses) return {false, "not tried because of the X display", false};
   StartReport start{false, ""};
   for (const GeneratorReport& row : report.generators) {
     if (!IsDisturbance(row)) continue;
-    start.problem += (start.problem.empty() ? "not tried, because of " : ", ") + row.kind;
+    start.problem += (start.problem.empty() ? "not tried because of " : ", ") + row.kind;
     if (!row.isKept && row.verdict != DoctorVerdict::kNoAnswer) start.findsDefault = false;
   }
   return start;
@@ -95,7 +95,7 @@ bool HasProblem(const GeneratorReport& row) {
   return !inOrder.contains(row.verdict);
 }
 
-// A sentence and the exit status, where the answer is not a good one.
+// Ends the command with a sentence and an exit status if something is wrong.
 void Conclude(const DoctorReport& report, const std::string& kind) {
   const auto& rows = report.generators;
   if (!kind.empty() && rows[0].verdict != DoctorVerdict::kLoaded) {

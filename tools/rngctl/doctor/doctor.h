@@ -9,7 +9,7 @@ struct DoctorRequest {
   unsigned timeout = 10;  ///< seconds for each plug-in
 };
 
-/// Prints the report, and throws a `Refusal` where something is wrong.
+/// Prints the report, and throws a `Refusal` if something is wrong.
 void RunDoctor(const DoctorRequest& request);
 
 #endif

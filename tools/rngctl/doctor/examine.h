@@ -5,10 +5,11 @@
 
 #include <string>
 
-/// The examinations, each for a child of its own: it may not survive what it calls. Each sends the
-/// answer that bears its name.
+/// The examinations. Each runs in its own child, which may not survive what it calls, and sends the
+/// answer of the same name.
 
-/// Where the loader searches last. For a process whose LD_LIBRARY_PATH is the one directory `given`.
+/// Finds where the loader searches last. LD_LIBRARY_PATH of this process must be the one directory
+/// `given`.
 void ExamineSearch(const std::string& given);
 
 /// The known-path service and the settings file.
@@ -16,18 +17,19 @@ void ExamineSettings();
 
 void ExamineDisplay();
 
-/// Treats the plug-in of one row as the library's start and stop do, but for the display.
+/// Treats the plug-in of one row as the library's start and stop do, except that it does not probe the
+/// display.
 ///
-/// `path` is the file that the library finds by its bare name. It is opened by its path: the library's
-/// run path finds the plug-in, but not the plug-in's own dependencies.
+/// `path` is the file that the library finds by its bare name. It is opened by its path, because the
+/// library's run path applies to the plug-in, but not to the plug-in's own dependencies.
 void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path);
 
-/// Looks up all symbols of the plug-in at once, which the library does not ask for. Ends the process, so
-/// that nothing is closed: that is not the question here.
+/// Binds all symbols of the plug-in at once, which the library does not do. Ends the process, so that
+/// the plug-in is not closed: closing is not examined here.
 [[noreturn]] void ExamineBinding(const std::string& path);
 
-/// Starts the library itself with all its plug-ins, asks for the configured default, and stops, as a
-/// host does.
+/// Starts the library with all its plug-ins, looks up the configured default, and stops the library, as
+/// a host does.
 void ExamineStart();
 
 #endif

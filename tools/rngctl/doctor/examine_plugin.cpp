@@ -17,7 +17,7 @@ using rngshared::smartwr::DllLoader;
 
 namespace {
 
-// One for the process: a call of Initialize arrives from anywhere.
+// Global, because the plug-in may call Initialize from anywhere.
 PluginAnswer g_answer;
 
 void Begin(PluginStep step) {
@@ -34,7 +34,7 @@ bool IsLoaded(const std::string& file) {
   return LibraryHandle(::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD)) != nullptr;
 }
 
-// The two calls by which the library looks for a name.
+// The two calls with which the library reads a name.
 ReportedName AskForName(IRngProvider& provider) {
   ReportedName name;
   name.size = provider.GetName(nullptr);
@@ -54,7 +54,7 @@ void AskListed(IRngProvider& provider) {
   g_answer.isFlagless = provider.GetFlags() == 0;
 }
 
-// In a host this call would wait for itself forever: start and stop hold the lock throughout.
+// In a host this call would deadlock: start and stop hold the lock throughout.
 void StopAtCall(LifecycleFunction function) {
   g_answer.called = function;
   Send(g_answer);
@@ -82,7 +82,7 @@ void RememberException(const char* what) {
   g_answer.exception = what;
 }
 
-// Caught while the plug-in is open: what is thrown may be of a type that lives in it.
+// Catches while the plug-in is open: the type of the exception may be defined in it.
 void TreatCaught(void* library, const ProviderCatalogueEntry& row) {
   try {
     g_answer.outcome = Treat(library, row);

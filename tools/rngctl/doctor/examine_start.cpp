@@ -62,7 +62,8 @@ void ExamineStart() {
   try {
     StartAskAndStop(answer);
   } catch (...) {
-    // What was thrown may be of a type that went with its plug-in: do not touch or destroy it.
+    // The type of the exception may be defined in a plug-in that is already closed: do not touch or
+    // destroy it.
     answer.hasThrown = true;
     Send(answer);
     ::_exit(0);

@@ -27,7 +27,7 @@ struct Fault {
   std::string fix;
 };
 
-// The probe only says no. This asks for what it needs, in the same order.
+// The probe does not say why it fails. This checks what it needs, in the same order.
 Fault FindDisplayFault() {
   const LibraryHandle x11(::dlopen("libX11.so.6", RTLD_LAZY));
   if (!x11) {
@@ -44,22 +44,24 @@ Fault FindDisplayFault() {
   }
   const char* const display = std::getenv("DISPLAY");
   if (!display || !*display) {
-    return {"DISPLAY is not set", "Run this in a graphical session, or set DISPLAY to one."};
+    return {"DISPLAY is not set",
+            "Run this in a graphical session, or set DISPLAY to an X server."};
   }
   return {"the X server of DISPLAY=" + std::string(display) + " cannot be reached",
           "Start that server or correct DISPLAY, and make sure that this user may connect to it."};
 }
 
-// The file of the service that the lookup has just used; the lookup leaves it in the process.
+// The file of the service that the lookup has just used, which remains loaded afterwards.
 std::string FindService(const std::optional<std::string>& directory) {
   const LibraryHandle library(::dlopen("libcrypt_known_path.so", RTLD_LAZY | RTLD_NOLOAD));
   if (const link_map* const map = MapOf(library.get())) return map->l_name;
-  return directory == RNG_SETTINGS_DIR ? "" : "already in the process";
+  return directory == RNG_SETTINGS_DIR ? "" : "a library that was already in the process";
 }
 
 bool MayAccess(const fs::path& path, int mode) { return ::access(path.c_str(), mode) == 0; }
 
-// In a directory with the sticky bit only the owner of a file, or of the directory, replaces it.
+// In a directory with the sticky bit, only the owner of a file or of the directory may replace the
+// file.
 bool IsAnothersToReplace(const fs::path& file) {
   struct stat place = {};
   struct stat old = {};
@@ -68,7 +70,7 @@ bool IsAnothersToReplace(const fs::path& file) {
          (place.st_mode & S_ISVTX) != 0 && user != 0 && user != place.st_uid && user != old.st_uid;
 }
 
-// Whether what is left of the last rewrite, if anything, is in the way of the next.
+// Whether a temporary file left by an earlier rewrite would make the next one fail.
 bool IsTemporaryInTheWay(const fs::path& file) {
   const fs::path temporary = file.string() + ".tmp";
   std::error_code unknown;
@@ -76,8 +78,8 @@ bool IsTemporaryInTheWay(const fs::path& file) {
          (fs::is_directory(temporary, unknown) || !MayAccess(temporary, W_OK));
 }
 
-// A store makes missing directories and puts a new file in the old one's place, whose own
-// permissions do not count then; only a file that cannot be read is written over.
+// Storing a default creates missing directories and replaces the file, so the permissions of the old
+// file do not matter. Only a file that cannot be read is overwritten in place.
 bool CanBeStored(const fs::path& file) {
   std::error_code unknown;
   if (!file.is_absolute() || fs::is_directory(file, unknown)) return false;
@@ -86,7 +88,7 @@ bool CanBeStored(const fs::path& file) {
     return false;
   fs::path directory = file.parent_path();
   while (!MayAccess(directory, F_OK) && directory.has_relative_path()) {
-    if (fs::is_symlink(directory, unknown)) return false;  // a link to nothing cannot be made
+    if (fs::is_symlink(directory, unknown)) return false;  // nothing can be created there
     directory = directory.parent_path();
   }
   return fs::is_directory(directory, unknown) && MayAccess(directory, W_OK | X_OK);
@@ -98,7 +100,7 @@ std::string WhyNotReadable(const fs::path& file) {
   return fs::is_regular_file(file, unknown) ? "" : "it is not a regular file";
 }
 
-// Or may exist, where this user cannot look.
+// True also when this user may not look whether it exists.
 bool MayExist(const fs::path& file) {
   return MayAccess(file, R_OK) || (errno != ENOENT && errno != ENOTDIR);
 }

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-/// What the doctor asks its children, and what they answer. Each answer is sent again whenever there is
-/// more to say, since the next call may be the last. `step` is what the child does now; `isDone` and
+/// What the doctor asks its children, and what they answer. A child sends its answer again whenever it
+/// learns more, because the next call may end it. `step` is what the child is doing; `isDone` and
 /// `kEnd` say that it has finished.
 
 enum class DoctorSubject { kSearchOrder, kSettings, kDisplay, kPlugin, kBinding, kStart };
@@ -18,8 +18,7 @@ constexpr DoctorSubject LastOf(DoctorSubject) { return DoctorSubject::kStart; }
 struct DoctorQuestion {
   DoctorSubject subject;
   std::string kind = {};  ///< of a plug-in
-  std::string path =
-      {};  ///< of a plug-in: what is opened; of the search order: the LD_LIBRARY_PATH
+  std::string path = {};  ///< for a plug-in the file to open; for the search order LD_LIBRARY_PATH
 };
 RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path)
 
@@ -65,11 +64,11 @@ enum class PluginStep {
 };
 constexpr PluginStep LastOf(PluginStep) { return PluginStep::kEnd; }
 
-/// How the treatment of a row turns out when the plug-in does nothing forbidden.
+/// What becomes of a row when its plug-in does nothing forbidden.
 enum class PluginOutcome { kNotOpened, kNoFactory, kFactoryReturnedNull, kNotAvailable, kKept };
 constexpr PluginOutcome LastOf(PluginOutcome) { return PluginOutcome::kKept; }
 
-/// What the two calls by which the library asks for a name returned.
+/// The results of the two calls with which the library reads a name.
 struct ReportedName {
   int size = 0;
   int sizeAgain = 0;
@@ -79,11 +78,11 @@ RNGCTL_MESSAGE(ReportedName, size, sizeAgain, text)
 
 struct PluginAnswer {
   PluginStep step = PluginStep::kOpen;
-  std::string file = {};                         ///< what the loader opened
-  std::string openError = {};                    ///< the loader's words when it could not be opened
-  bool isKept = false;                           ///< the library would list it
-  std::optional<ReportedName> name = {};         ///< when asked
-  bool isFlagless = false;                       ///< it reports no capability bits
+  std::string file = {};                  ///< what the loader opened
+  std::string openError = {};             ///< the loader's message when it could not be opened
+  bool isKept = false;                    ///< the library would list it
+  std::optional<ReportedName> name = {};  ///< empty when it was not asked
+  bool isFlagless = false;                ///< it reports no capability bits
   std::optional<LifecycleFunction> called = {};  ///< called in this step; nothing follows
   std::optional<PluginStep> threwIn = {};        ///< the step that an exception ended
   std::string exception = {};                    ///< its message, if it has one
@@ -93,9 +92,9 @@ struct PluginAnswer {
 RNGCTL_MESSAGE(PluginAnswer, step, file, openError, isKept, name, isFlagless, called, threwIn,
                exception, outcome, staysLoaded)
 
-/// What a plug-in lacks, which shows when all of its symbols are looked up at once.
+/// What a plug-in lacks, found by binding all of its symbols at once.
 struct BindingAnswer {
-  std::string bindError = {};   ///< the loader's words
+  std::string bindError = {};   ///< the loader's message
   std::string undeclared = {};  ///< a symbol that only rngctl happens to have
 };
 RNGCTL_MESSAGE(BindingAnswer, bindError, undeclared)

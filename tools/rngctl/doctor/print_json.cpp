@@ -26,7 +26,7 @@ const std::map<DoctorVerdict, const char*> kIdentifiers = {
     {DoctorVerdict::kNoAnswer, "no-answer"},
     {DoctorVerdict::kInternalError, "internal-error"}};
 
-// Null where there is nothing to say.
+// Null for an empty text.
 Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
 Json AsJson(const SettingsReport& settings) {

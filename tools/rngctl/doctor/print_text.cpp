@@ -42,7 +42,7 @@ std::string DescribeFile(const SettingsReport& settings) {
 std::string DescribeSearch(const StartReport& start) {
   if (!start.findsDefault) return "not examined";
   if (*start.findsDefault) return "found";
-  return start.problem.empty() ? "not found" : "not found, because the start fails";
+  return start.problem.empty() ? "not found" : "not found because the start fails";
 }
 
 std::string DescribeDefault(const DoctorReport& report) {
@@ -72,7 +72,7 @@ void PrintTop(const DoctorReport& report) {
   PrintField("Default", DescribeDefault(report));
   PrintField("Start and stop", report.start.problem.empty() ? "OK" : report.start.problem);
   for (const std::string& stray : report.strays) {
-    PrintField("Unknown file", stray + ": no kind has a plug-in of this name");
+    PrintField("Unknown file", stray + ": no kind has a plug-in with this name");
   }
 }
 
@@ -111,7 +111,7 @@ struct Advice {
   std::string sentence;
 };
 
-// What several rows have in common is said once.
+// Advice that several rows share is printed once.
 void Add(std::vector<Advice>& advice, const std::string& subject, const std::string& sentence) {
   if (sentence.empty()) return;
   const auto same = std::find_if(advice.begin(), advice.end(), [&sentence](const Advice& other) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// What the doctor found, for both printers. A text is "" where there is nothing to say; texts from
-/// plug-ins, services and the environment are as they came.
+/// What the doctor found, for both printers. A text is "" if there is nothing to say. Texts from
+/// plug-ins, services and the environment are unchanged.
 
 enum class DoctorVerdict {
   kLoaded,
@@ -34,7 +34,7 @@ struct GeneratorReport {
   std::string libraryFile;  ///< what the loader is asked for
   std::string file = {};    ///< what it opens, or would open
   DoctorVerdict verdict = DoctorVerdict::kInternalError;
-  bool isKept = false;       ///< a start of the library lists it, whatever comes later
+  bool isKept = false;       ///< a start of the library lists it, whatever happens later
   bool staysLoaded = false;  ///< in the process after it was closed
   std::string name = {};     ///< what it reports
   std::string summary = {};  ///< the verdict in words
@@ -51,14 +51,14 @@ inline void Put(GeneratorReport& report, DoctorVerdict verdict, const std::strin
 
 struct DisplayReport {
   bool isFound = false;
-  bool endsProcesses = false;  ///< the probe did not return: nor does a start of the library
+  bool endsProcesses = false;  ///< the probe did not return, nor would a start of the library
   std::string reason = {};     ///< why there is none
   std::string fix = {};
 };
 
 struct SettingsReport {
   std::string file = {};          ///< the path of rng.ini
-  bool exists = false;            ///< or may exist, where this user cannot look
+  bool exists = false;            ///< or may exist, but this user may not look
   std::string readingFault = {};  ///< why it cannot be read
   bool isWritable = false;
   std::string service = {};  ///< the file of the known-path service that is in use
@@ -81,7 +81,7 @@ struct DoctorReport {
   DisplayReport display;
   std::vector<GeneratorReport> generators;
   StartReport start;
-  std::vector<std::string> strays;  ///< files named like plug-ins, of no kind
+  std::vector<std::string> strays;  ///< files that are named like plug-ins but belong to no kind
 };
 
 void PrintText(const DoctorReport& report);

@@ -26,7 +26,7 @@ std::string DuringStep(StartStep step) {
 
 void CompareWithStart(GeneratorReport& row, const ChildResult& start) {
   const auto answer = start.Last<StartAnswer>();
-  if (!answer || answer->step == StartStep::kStart) return;  // it did not get far enough to tell
+  if (!answer || answer->step == StartStep::kStart) return;  // the start did not get far enough
   std::string opened;
   for (const fs::path path : answer->opened) {
     if (path.filename() == row.libraryFile) opened = path;
@@ -34,7 +34,7 @@ void CompareWithStart(GeneratorReport& row, const ChildResult& start) {
   const bool isKept = !opened.empty() && (row.isKept || !row.staysLoaded);
   std::error_code unknown;
   if (row.verdict == DoctorVerdict::kInternalError) {
-    row.isKept = isKept;  // the row itself could not tell
+    row.isKept = isKept;  // only the start shows it
   } else if (isKept != row.isKept) {
     row.isKept = isKept;
     Put(row, DoctorVerdict::kContradicted,

@@ -4,11 +4,11 @@
 #include "tools/rngctl/doctor/report.h"
 #include "tools/rngctl/process/child.h"
 
-/// Corrects the row where a start with all plug-ins treated its plug-in otherwise. The start is
+/// Corrects the row if a start with all plug-ins treated its plug-in differently. The start is
 /// authoritative.
 void CompareWithStart(GeneratorReport& row, const ChildResult& start);
 
-/// Puts that start into words.
+/// Describes that start.
 StartReport JudgeStart(const ChildResult& result, std::chrono::seconds limit);
 
 #endif

@@ -45,8 +45,9 @@ SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
                         answer.isWritable, answer.service,   "",
                         answer.type,       answer.hardwareId};
   if (!answer.isDone || !result.HasExited(kDone)) {
-    report.problem = (answer.file.empty() ? "the known-path service " : "reading it ") +
-                     DescribeEnd(result, limit);
+    report.problem =
+        (answer.file.empty() ? "the known-path service " : "the process that reads it ") +
+        DescribeEnd(result, limit);
   } else if (!answer.isKnown) {
     report.problem = "the known-path service names no directory";
   }
@@ -60,7 +61,7 @@ DisplayReport FindDisplay(Limit limit, const SearchOrder& search) {
   if (answer.isDone && result.HasExited(kDone)) {
     return {answer.isFound, false, answer.reason, answer.fix};
   }
-  return {false, true, "the attempt to open it " + DescribeEnd(result, limit),
+  return {false, true, "the process that probes for it " + DescribeEnd(result, limit),
           "Fix DISPLAY, the X server or libX11.so.6; until then every program that starts the "
           "library fails the same way."};
 }

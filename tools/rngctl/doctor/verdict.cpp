@@ -15,8 +15,8 @@ namespace {
 void PutInternalError(GeneratorReport& report) {
   Put(report, DoctorVerdict::kInternalError,
       "internal error: the examination gave no usable answer",
-      "Ask the vendor whether the plug-in writes to descriptors that are not its own; otherwise "
-      "report this as a bug of rngctl.");
+      "Ask the vendor whether the plug-in writes to descriptors that are not its own. If it does "
+      "not, report this as a bug of rngctl.");
 }
 
 void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
@@ -31,11 +31,11 @@ std::string FixMissing(const GeneratorReport& report, const std::string& missing
   std::error_code unknown;
   if (!fs::exists(fs::path(report.file).parent_path() / missing, unknown)) return fix + ".";
   return fix +
-         ", or ask the vendor for a plug-in with a run path: without one the loader does not find "
-         "what lies beside the plug-in.";
+         ", or ask the vendor for a plug-in with a run path: without one the loader does not "
+         "search the plug-in's own directory.";
 }
 
-// The loader's words do not tell: it goes on to the next file, and reports the last.
+// The loader's message does not say: the loader skips the file, and reports only its last failure.
 std::string WhyPassedOver(const std::string& file) {
   std::error_code unknown;
   if (fs::is_symlink(file, unknown) && !fs::exists(file, unknown)) return "it is a dangling link";
@@ -49,14 +49,15 @@ void PutCannotBeOpened(GeneratorReport& report, const LoaderError& error,
   const std::string& missing = error.missingFile;
   if (missing.empty()) {
     Put(report, DoctorVerdict::kCannotBeOpened, summary + error.words,
-        "Reinstall the plug-in, in the vendor's build for this system.");
+        "Reinstall the plug-in; use the vendor's build for this system.");
   } else if (missing != report.libraryFile && missing != report.file) {
     Put(report, DoctorVerdict::kCannotBeOpened,
         summary + Quoted(missing) + " is missing: " + error.words, FixMissing(report, missing));
   } else if (!report.file.empty()) {
     Put(report, DoctorVerdict::kCannotBeOpened,
         summary + WhyPassedOver(report.file) + ": " + error.words,
-        "Make " + report.file + " a file that this user may read, built for this machine.");
+        "Make " + report.file +
+            " a file that is built for this machine and that this user may read.");
   } else {
     PutNotInstalled(report, search);
   }
@@ -79,7 +80,7 @@ std::string FaultOf(const ReportedName& name) {
 void PutKept(GeneratorReport& report, const ReportedName& name) {
   const std::string fault = FaultOf(name);
   if (!fault.empty()) {
-    Put(report, DoctorVerdict::kNameless, "loaded, but without a name: " + fault,
+    Put(report, DoctorVerdict::kNameless, "loaded, but without a usable name: " + fault,
         "Report this to the vendor: programs find a generator by its name.");
   } else if (name.text != report.kind) {
     Put(report, DoctorVerdict::kWrongName, "loaded, but its name is " + Quoted(name.text),
@@ -100,9 +101,10 @@ void PutOutcome(GeneratorReport& report, const PluginAnswer& answer,
                  "no factory: the file does not export " + row.factorySymbol,
                  "Replace the file with the plug-in for this kind.");
     case PluginOutcome::kFactoryReturnedNull:
-      return Put(report, DoctorVerdict::kFactoryGaveNothing, "its factory returned no generator",
-                 "Make sure that what the plug-in needs is there: the device, its driver, its "
-                 "licence.");
+      return Put(
+          report, DoctorVerdict::kFactoryGaveNothing, "its factory returned no generator",
+          "Make sure that everything the plug-in needs is there: the device, its driver, its "
+          "licence.");
     case PluginOutcome::kNotAvailable:
       return Put(report, DoctorVerdict::kNotAvailable, "not available",
                  "Connect the device, and make sure that its driver is running and that this user "
@@ -120,7 +122,8 @@ void AddWarnings(GeneratorReport& report, const PluginAnswer& answer) {
   }
   if (answer.staysLoaded) {
     report.warnings.emplace_back(
-        "It stays in the process after it is closed, so the next start finds it as it was left.");
+        "It stays in the process after it is closed, so the next start finds it in the state in "
+        "which it was left.");
   }
 }
 
@@ -130,8 +133,8 @@ void PutAnswer(GeneratorReport& report, const PluginAnswer& answer, const ChildR
   if (answer.called) {
     return PutDisturbance(
         report, DoctorVerdict::kCallsBack,
-        std::string("calls ") + NameOf(*answer.called) + ", which no plug-in may,", answer.step,
-        row);
+        std::string("calls ") + NameOf(*answer.called) + ", which plug-ins must not do,",
+        answer.step, row);
   }
   if (answer.step != PluginStep::kEnd || !result.HasExited(kDone)) {
     return PutDisturbance(report, VerdictOf(result), DescribeEnd(result, limit), answer.step, row);
@@ -173,7 +176,7 @@ std::string BindingWarning(const std::optional<BindingAnswer>& answer) {
   if (!answer) return "";
   const LoaderError error = ParseLoaderError(answer->bindError);
   if (!error.words.empty() && error.undefinedSymbol.empty()) {
-    return "Not all of its dependencies are there: " + error.words + ".";
+    return "Some of its dependencies are missing: " + error.words + ".";
   }
   const std::string& missing = error.words.empty() ? answer->undeclared : error.undefinedSymbol;
   if (missing.empty()) return "";
@@ -188,7 +191,8 @@ GeneratorReport JudgeRowWithoutDisplay(const ProviderCatalogueEntry& row,
   if (report.file.empty()) {
     PutNotInstalled(report, search);
   } else {
-    Put(report, DoctorVerdict::kNoDisplay, "skipped: no X display, " + display.reason, display.fix);
+    Put(report, DoctorVerdict::kNoDisplay,
+        "skipped because there is no X display: " + display.reason, display.fix);
   }
   return report;
 }

@@ -6,15 +6,15 @@
 #include "tools/rngctl/doctor/report.h"
 #include "tools/rngctl/process/child.h"
 
-/// Puts into words what the child of a row, which had `limit` to finish, has answered and how it ended.
+/// The report of a row: what its child, which had `limit` to finish, answered and how it ended.
 GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& result,
                          std::chrono::seconds limit, const SearchOrder& search);
 
 /// Whether that child could open the plug-in.
 bool WasOpened(const ChildResult& result);
 
-/// The warning about what a plug-in lacks, "" for none. Without an answer the plug-in terminated the
-/// child when it was opened, which its row reports.
+/// The warning about what a plug-in lacks, "" for none. No answer means that opening the plug-in
+/// terminated the child, which its row reports.
 std::string BindingWarning(const std::optional<BindingAnswer>& answer);
 
 /// The report of a row whose plug-in is not tried, because it needs a display and there is none.
