@@ -13,7 +13,7 @@ struct Breach {
   std::string variant;
   std::string failed;    // all the checks that fail
   std::string found;     // part of the fault that the first of them reports
-  std::string fix = "";  // the beginning of its fix, where the rule's own does not fit
+  std::string fix = "";  // the beginning of its fix, if it is not the rule's own
 };
 
 void PrintTo(const Breach& breach, std::ostream* stream) { *stream << breach.variant; }
@@ -45,7 +45,7 @@ INSTANTIATE_TEST_SUITE_P(
                            "It uses elf_version but is not linked with"}),
     NameOf);
 
-#ifndef __clang__  // which makes no such symbols
+#ifndef __clang__  // it makes no such symbols
 INSTANTIATE_TEST_SUITE_P(Unique, CheckBreach,
                          testing::Values(Breach{"has_unique_symbol", "no-unique-symbols unmapped",
                                                 "1 GNU-unique symbol: _ZZ4UsesvE4uses"}),
@@ -54,15 +54,13 @@ INSTANTIATE_TEST_SUITE_P(Unique, CheckBreach,
 
 INSTANTIATE_TEST_SUITE_P(
     Start, CheckBreach,
-    testing::Values(Breach{"opening_crashes", "opens",
-                           "signal 6 (Aborted) in the opening of the library"},
+    testing::Values(Breach{"opening_crashes", "opens", "signal 6 (Aborted) in dlopen"},
                     Breach{"factory_gives_null", "gives-object", "returns null"},
                     Breach{"needs_settings", "null-settings", "in SetSettings with null"},
                     Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
-                    Breach{"gives_object_once", "reload", "Opened again"},
+                    Breach{"gives_object_once", "reload", "opened again"},
                     Breach{"closing_crashes", "reload exit-without-release",
-                           "signal 6 (Aborted) in the closing of the library",
-                           "Static destructors must not throw"},
+                           "signal 6 (Aborted) in dlclose", "Static destructors must not throw"},
                     Breach{"unavailable", "available", "IsAvailable returns false"}),
     NameOf);
 
@@ -83,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"description_has_lines", "description-line", "line break"},
         Breach{"description_is_latin", "description-line", "not UTF-8"},
         Breach{"hardware_id_is_long", "hardware-id", "18 characters", "Shorten it to 17"},
-        Breach{"flags_change", "stable-flags", "returns 1, then 2: a host"},
+        Breach{"flags_change", "stable-flags", "returns 1, then 2: hosts"},
         Breach{"no_flags", "some-flag", "returns 0"},
         Breach{"self_test_fails", "self-test", "returns false"},
         Breach{"wants_a_device", "any-device", "false for null"},
@@ -94,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     Draws, CheckBreach,
-    testing::Values(Breach{"empty_draw_fails", "empty-draw", "false for null and the size 0"},
+    testing::Values(Breach{"empty_draw_fails", "empty-draw", "false for a null buffer and size 0"},
                     Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
                     Breach{"draw_fails", "draw-succeeds", "returns false"},
                     Breach{"stays_cancelled", "cancel", "the next draw fails"},
@@ -102,9 +100,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
                     Breach{"refused_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
                     Breach{"fills_only_the_beginning", "draw-fills-buffer",
-                           "those after byte 8192 are not written"},
+                           "the bytes after byte 8192 are not written"},
                     Breach{"skips_last_byte", "draw-fills-buffer", "byte 5 was never written"},
-                    Breach{"draw_overruns", "draw-fills-buffer", "writes outside them",
+                    Breach{"draw_overruns", "draw-fills-buffer", "writes outside the buffer",
                            "Write exactly as many bytes as requested."},
                     Breach{"repeats_draws", "draws-differ", "are equal"},
                     Breach{"has_a_fixed_seed", "draws-differ", "After a second start"},
@@ -120,7 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Breach{"thread_stays", "release-ends-threads", "1 thread is still running"},
         Breach{"file_stays", "release-closes-files", "Left open: /dev/null"},
-        Breach{"closes_input", "release-closes-files", "not its own: descriptor 0, /dev/null"},
+        Breach{"closes_input", "release-closes-files", "not its own: 0, /dev/null"},
         Breach{"file_stays_each_time", "release-closes-files load-cycles", "Left open: /dev/null"},
         Breach{"signal_handler_stays", "no-handlers-left",
                "handler of signal 10 (User defined signal 1)"},
@@ -157,14 +155,12 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     EndOfProcess, CheckBreach,
-    testing::Values(Breach{"opening_throws", "opens", "in the opening of the library",
-                           "Static constructors must not throw"},
-                    Breach{"available_crashes", "null-settings empty-settings built-in-settings",
-                           "in IsAvailable with null settings",
-                           "Compare the settings, and what they return"},
-                    Breach{"draw_crashes", "draw-succeeds",
-                           "It crashed with signal 6 (Aborted) in Generate.",
-                           "No operation may end the process"}),
+    testing::Values(
+        Breach{"opening_throws", "opens", "in dlopen", "Static constructors must not throw"},
+        Breach{"available_crashes", "null-settings empty-settings built-in-settings",
+               "in IsAvailable with null settings", "Compare the settings, and what they return"},
+        Breach{"draw_crashes", "draw-succeeds", "It crashed with signal 6 (Aborted) in Generate.",
+               "No operation may end the process"}),
     NameOf);
 
 TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
@@ -181,7 +177,7 @@ TEST(Check, WhatIsAskedOfTheEndOfTheProcessStaysAWarning) {
   const json report = Report(Breaking("static_thread"));
   const json& check = Find(report, "exit-without-release");
   EXPECT_EQ("warning", check.at("severity"));
-  EXPECT_THAT(check.at("fix"), StartsWith("Leave nothing to static objects"));
+  EXPECT_THAT(check.at("fix"), StartsWith("Do not rely on static objects"));
 }
 
 TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
@@ -202,12 +198,13 @@ TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
     SCOPED_TRACE(breach.variant);
     ExpectBreach(breach, results[breach.variant]);
   }
-  // A step that did not answer is not taken again.
+  // A step that timed out is not tried again.
   EXPECT_EQ("IsAvailable did not answer within 1 s in the check built-in-settings",
             Reason(json::parse(results["hangs_with_settings"].output), "load-cycles"));
 }
 
-// The headers of the sections are no more than a place and a number in the header of the file.
+// The file header says where the section headers are and how many; zeros there mean that there are
+// none.
 TEST(Check, AFileNeedsNoSections) {
   for (const auto& [variant, failed] :
        {std::pair("correct", ""), std::pair("exports_more", "one-export"),

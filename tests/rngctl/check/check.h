@@ -17,7 +17,7 @@ std::string Breaking(const std::string& variant);
 
 json Report(const std::string& arguments);
 
-/// Of one check in a report.
+/// One check in a report, what it found, and why it was not examined.
 const json& Find(const json& report, const std::string& name);
 std::string Found(const json& report, const std::string& name);
 std::string Reason(const json& report, const std::string& name);
@@ -26,7 +26,7 @@ std::string Reason(const json& report, const std::string& name);
 std::string Names(const json& report, const std::string& result);
 std::string Failed(const json& report);
 
-/// Checks plug-ins that take time: one waits for all together.
+/// Checks slow plug-ins at the same time, so that a case waits only once.
 std::map<std::string, Result> CheckTogether(const std::vector<std::string>& variants);
 
 #endif

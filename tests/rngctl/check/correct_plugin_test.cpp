@@ -46,7 +46,7 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   EXPECT_EQ("", Failed(inTurn));
   EXPECT_EQ("draws are slow but wait for nothing", Reason(inTurn, "cancel"));
 
-  // No call takes the time that is meant for one, many together do.
+  // No single call exceeds the limit, but many together do.
   const json throughout = json::parse(results["slow_throughout"].output);
   EXPECT_EQ("", Failed(throughout));
   EXPECT_EQ("passed", Find(throughout, "reload").at("result"));

@@ -35,8 +35,8 @@ TEST(Check, AFactoryOfAnotherKindIsNoPair) {
   EXPECT_EQ("one-export", Failed(report));
   EXPECT_EQ("It does not export GetSobolRng; it exports GetDsdrRng.", Found(report, "one-export"));
   EXPECT_THAT(Find(report, "one-export").at("fix"),
-              AllOf(StartsWith("Define it extern \"C\" with default visibility and this exact"),
-                    EndsWith("Or name the file librngdsdr.so, to which GetDsdrRng belongs.")));
+              AllOf(StartsWith("Define it as extern \"C\" with default visibility and this exact"),
+                    EndsWith("Or rename the file to librngdsdr.so, which belongs to GetDsdrRng.")));
   EXPECT_EQ("it does not export GetSobolRng", Reason(report, "catalogue-pair"));
   EXPECT_EQ("there is no factory GetSobolRng", Reason(report, "name"));
 }
@@ -45,7 +45,8 @@ TEST(Check, AFactoryInCppIsSeenByItsMangledName) {
   const json report = Report(Breaking("factory_is_mangled"));
   EXPECT_EQ("It does not export GetDsdrRng; it exports _Z10GetDsdrRngv.",
             Found(report, "one-export"));
-  EXPECT_THAT(Find(report, "one-export").at("fix"), EndsWith("let no version script hide it."));
+  EXPECT_THAT(Find(report, "one-export").at("fix"),
+              EndsWith("make sure that no version script hides it."));
 }
 
 TEST(Check, ALibraryBesideThePluginNeedsARunPath) {

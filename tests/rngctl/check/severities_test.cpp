@@ -7,8 +7,8 @@ namespace {
 
 using Severities = std::vector<std::pair<std::string, std::string>>;
 
-// Every check, in the order of the report. A severity is part of what scripts rely on: only errors make
-// the command fail.
+// Every check, in the order of the report. Scripts rely on the severities: only errors make the command
+// fail.
 const Severities kSeverities = {
     {"catalogue-pair", "error"},
     {"one-export", "error"},

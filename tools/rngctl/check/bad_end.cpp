@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr int kLoaderStatus = 127;  // when a function is missing
+constexpr int kLoaderStatus = 127;  // of a process that calls a missing function
 
 bool HasUnusualSettings(Step step) {
   const std::set<Step> steps = {Step::kSetNullSettings, Step::kSetEmptySettings,
@@ -17,12 +17,12 @@ std::string FixFor(Step step, const ChildResult& result) {
            "with --timeout.";
   }
   if (step == Step::kOpening) {
-    return "Static constructors must not throw or exit: do what may fail in IsAvailable, and "
+    return "Static constructors must not throw or exit: move what may fail to IsAvailable, and "
            "return "
-           "false.";
+           "false there.";
   }
   if (step == Step::kClosing) {
-    return "Static destructors must not throw or exit: do what may fail in Release.";
+    return "Static destructors must not throw or exit: move what may fail to Release.";
   }
   if (result.HasExited(kLoaderStatus)) {
     return "Link with the library that has the missing function: the loader terminates the process "
@@ -30,8 +30,7 @@ std::string FixFor(Step step, const ChildResult& result) {
   }
   if (HasUnusualSettings(step)) {
     return "Compare the settings, and what they return, with null before using them. If that is "
-           "not "
-           "the cause, find the place with a debugger.";
+           "not the cause, find the place with a debugger.";
   }
   return "No operation may end the process: find the place with a debugger, for example gdb --args "
          "rngctl read NAME -n 32.";
@@ -44,8 +43,8 @@ Finding JudgeBadEnd(const Transcript& transcript, const ChildResult& result,
   Finding finding = Failed("It " + how + " in " + InWords(transcript.step) + ".");
   if (transcript.isOwnStep) return finding;
   finding.fix = FixFor(transcript.step, result);
-  // An operation that ends the process is an error in any check. Every start of a host waits as long
-  // as a factory does.
+  // An operation that ends the process is an error in any check. So is a factory that does not return:
+  // every start of a host would wait for it.
   const bool endsProcess = result.end != ChildEnd::kTimedOut || transcript.step == Step::kFactory;
   if (endsProcess) finding.severity = Severity::kError;
   return finding;

@@ -4,7 +4,7 @@
 #include "tools/rngctl/check/transcript.h"
 #include "tools/rngctl/process/child.h"
 
-/// The fault in a child that did not finish its check, and ended as `how` says.
+/// The finding about a child that did not finish its check and ended as `how` says.
 Finding JudgeBadEnd(const Transcript& transcript, const ChildResult& result,
                     const std::string& how);
 

@@ -10,9 +10,10 @@
 namespace {
 
 Finding InternalError() {
-  Finding finding = Failed("Internal error: the check gave no usable answer.",
-                           "Make sure that the plug-in writes only to descriptors of its own; "
-                           "otherwise report this as a bug of rngctl.");
+  Finding finding =
+      Failed("Internal error: the check gave no usable answer.",
+             "Make sure that the plug-in writes only to descriptors of its own. If it "
+             "does, report this as a bug of rngctl.");
   finding.severity = Severity::kError;
   return finding;
 }
@@ -70,7 +71,7 @@ void Examination::Remember(const Transcript& transcript) {
   }
 }
 
-// A line is enough to recognise it.
+// One line is enough to recognise the output.
 void Examination::RememberOutput(const std::string& printed, const std::string& rule) {
   if (printed.empty() || !evidence.output.empty()) return;
   constexpr std::size_t kShown = 60;

@@ -6,7 +6,7 @@
 #include "tools/rngctl/check/transcript.h"
 #include "tools/rngctl/process/child.h"
 
-/// One plug-in under all checks. Those that run its code run in a child each.
+/// Runs all checks on one plug-in. Each check that runs the plug-in's code has its own child.
 class Examination {
  public:
   Examination(CheckSubject plugin, std::chrono::seconds timeout)

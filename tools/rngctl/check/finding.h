@@ -14,9 +14,9 @@ constexpr Outcome LastOf(Outcome) { return Outcome::kNotExamined; }
 
 struct Finding {
   Outcome outcome;
-  std::string found;     ///< in a sentence: the fault; of a check that was not examined: why
-  std::string fix = {};  ///< where the rule's own does not fit
-  std::optional<Severity> severity = {};  ///< where the rule's own does not fit
+  std::string found;     ///< the fault, or why the check was not examined; a sentence
+  std::string fix = {};  ///< empty: the rule's own
+  std::optional<Severity> severity = {};  ///< empty: the rule's own
 };
 RNGCTL_MESSAGE(Finding, outcome, found, fix, severity)
 

@@ -43,7 +43,7 @@ struct Unexamined {
   std::string names;
 };
 
-// One reason often keeps many checks from being made: it is printed once.
+// Many checks are often not examined for the same reason. It is printed once.
 void Add(const CheckResult& check, std::vector<Unexamined>& all) {
   const auto same = std::find_if(all.begin(), all.end(), [&check](const Unexamined& other) {
     return other.reason == check.found;

@@ -15,7 +15,7 @@ struct CheckResult {
   std::string sentence;  ///< the rule: what a correct plug-in does
   Severity severity;
   Outcome outcome;
-  std::string found;  ///< of a failed check, the fault; of one that was not examined, why
+  std::string found;  ///< the fault, or why the check was not examined
   std::string fix;    ///< what the author can do about a failure
 };
 

@@ -7,7 +7,7 @@
 /// What is known about the plug-in before it is opened.
 struct CheckSubject {
   PluginFile plugin;
-  std::string fileName;          ///< by which the catalogue knows it
+  std::string fileName;          ///< without directories, as in the catalogue
   bool isFactoryGiven = false;   ///< on the command line
   bool isCataloguePair = false;  ///< file name and factory belong to one kind
   ElfFacts facts;

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <vector>
 
-/// Memory for a plug-in to write into, between two guards that show what was written beside it.
+/// A buffer for a plug-in to write into, between two guards that show writes outside it.
 class GuardedBuffer {
  public:
   GuardedBuffer(std::size_t bytes, unsigned char fill, unsigned char guardByte = 0xC3)

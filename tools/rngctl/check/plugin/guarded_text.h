@@ -7,8 +7,8 @@
 
 using TextOperation = std::int32_t (IRngProvider::*)(char* buffer);
 
-/// The text that one of the operations gives, "" for none, for checks of something else: whether it
-/// keeps to its buffer is the matter of another.
+/// The text that an operation reports, "" for none. For checks of something else: other checks examine
+/// whether the operation stays within its buffer.
 std::string ReadGuarded(WatchedPlugin& plugin, TextOperation operation);
 
 #endif

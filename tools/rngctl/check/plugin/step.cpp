@@ -6,7 +6,7 @@ namespace {
 
 const std::map<Step, const char*> kWords = {
     {Step::kBeginning, "the beginning of the check"},
-    {Step::kOpening, "the opening of the library"},
+    {Step::kOpening, "dlopen"},
     {Step::kFactory, "the factory"},
     {Step::kSetSettings, "SetSettings"},
     {Step::kSetNullSettings, "SetSettings with null"},
@@ -21,11 +21,11 @@ const std::map<Step, const char*> kWords = {
     {Step::kGetFlags, "GetFlags"},
     {Step::kSelectDevice, "SelectDevice"},
     {Step::kGenerate, "Generate"},
-    {Step::kGenerateNothing, "Generate of 0 bytes"},
+    {Step::kGenerateNothing, "Generate with size 0"},
     {Step::kSelfTest, "SelfTest"},
     {Step::kCancel, "Cancel"},
     {Step::kRelease, "Release"},
-    {Step::kClosing, "the closing of the library"},
+    {Step::kClosing, "dlclose"},
     {Step::kConcurrentCalls, "calls from several threads at the same time"},
     {Step::kThreadExit, "the exit of a thread that used it"},
     {Step::kProcessExit, "the exit of the process"},

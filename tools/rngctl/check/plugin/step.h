@@ -3,7 +3,8 @@
 
 #include <string>
 
-/// What a check does at a time. Where the same operation may end differently, each way is a step.
+/// What a check is doing. An operation that may end differently in different situations has a step for
+/// each.
 enum class Step {
   kBeginning,
   kOpening,

@@ -4,7 +4,7 @@ namespace {
 
 constexpr char kWaits[] = "a draw takes long, or waits for a user or a device";
 
-// Where it waits it is cancelled, and the other checks are told.
+// Cancels a draw that waits, and records for the other checks that draws wait.
 void RequireEnd(WatchedPlugin& plugin, const WatchedDraw& draw) {
   if (draw.EndsWithin(plugin.Patience())) return;
   Record([](Transcript& transcript) { transcript.drawsWait = true; });
@@ -23,7 +23,7 @@ WatchedDraw::WatchedDraw(WatchedPlugin& plugin, std::size_t size, unsigned char 
   thread = std::thread(std::move(draw));
 }
 
-// A child whose draw never ends is soon ended itself.
+// If the draw never ends, the thread ends with the child, which exits soon.
 WatchedDraw::~WatchedDraw() {
   if (!answer.valid() || EndsWithin(std::chrono::milliseconds(0))) {
     thread.join();

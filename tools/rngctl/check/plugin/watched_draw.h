@@ -11,7 +11,7 @@
 /// More bytes than a plug-in, or its source, is likely to handle at once.
 inline constexpr std::size_t kLargeDraw = 70000;
 
-/// A draw in a thread of its own, because it may wait for a user or a device, and for ever.
+/// A draw in a thread of its own, because it may wait for a user or a device, possibly forever.
 class WatchedDraw {
  public:
   WatchedDraw(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
@@ -21,12 +21,12 @@ class WatchedDraw {
 
   bool EndsWithin(std::chrono::milliseconds time) const;
 
-  /// What `Generate` answered, when it has ended; the check ends here when it threw.
+  /// What `Generate` returned; waits for it. If it threw, the check ends here.
   bool Answer();
   const GuardedBuffer& Buffer() const { return *buffer; }
 
  private:
-  const std::shared_ptr<GuardedBuffer> buffer;  // the thread's, too
+  const std::shared_ptr<GuardedBuffer> buffer;  // shared with the thread
   std::future<bool> answer;
   std::thread thread;
 };
@@ -35,16 +35,17 @@ struct Drawn {
   bool answer;
   GuardedBuffer buffer;
 };
-/// Makes one draw. When that waits it is cancelled, and the check ends as not examined further.
+/// Makes one draw. If it waits, it is cancelled and the check ends as not examined.
 Drawn Draw(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
 
-/// The bytes of a draw that succeeds; the check ends, as not examined further, when it does not.
+/// The bytes of a draw. If the draw fails, the check ends as not examined.
 GuardedBuffer DrawBytes(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
 
-/// Whether a few draws all succeed: only then a failure has the reason that a check gives it.
+/// Whether a few draws all succeed. If not, a check cannot blame a failed draw on what it did itself.
 bool DrawsReliably(WatchedPlugin& plugin);
 
-/// For checks of something else, when draws are not known to wait or to end the process.
+/// Whether checks of something else may draw: draws are not known to wait, to end the process or to
+/// throw.
 bool CanDraw(const WatchedPlugin& plugin);
 
 #endif

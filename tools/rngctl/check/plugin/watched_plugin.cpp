@@ -121,7 +121,7 @@ bool WatchedPlugin::SelectDevice(const char* hardwareId) {
   return Watch(Step::kSelectDevice, [&] { return provider->SelectDevice(hardwareId); });
 }
 
-// A draw of nothing is a step of its own: it returns even where others wait for a user.
+// A draw of 0 bytes is a step of its own: it returns even if other draws wait for a user.
 bool WatchedPlugin::Generate(void* buffer, std::size_t size) {
   return Watch(size == 0 ? Step::kGenerateNothing : Step::kGenerate,
                [&] { return provider->Generate(buffer, size); });

@@ -16,11 +16,11 @@ class EarlyEnd : public std::runtime_error {
   EarlyEnd(Outcome how, const std::string& found, std::string help = "")
       : std::runtime_error(found), outcome(how), fix(std::move(help)) {}
   const Outcome outcome;
-  const std::string fix;  ///< empty where the rule's own fits
+  const std::string fix;  ///< empty: the rule's own
 };
 
-/// A plug-in in a child. The step is recorded before the plug-in is called, so that the parent knows
-/// where the child ended; a step that is known to be bad is not taken. Throws an `EarlyEnd` where the
+/// A plug-in in a child. Each step is recorded before the plug-in is called, so that the parent knows
+/// where the child ended. A step that is known to be bad is not taken. Throws an `EarlyEnd` when the
 /// check cannot go on, also when the plug-in throws.
 class WatchedPlugin final : public IRngProvider {
  public:
@@ -33,12 +33,13 @@ class WatchedPlugin final : public IRngProvider {
   /// Draws are known to wait for a user or a device.
   bool DrawsWait() const { return order.drawsWait; }
 
-  /// As the aggregator opens it, and as it closes it.
+  /// Open and close it as the aggregator does.
   void Open();
   bool Make();  ///< calls the factory; false when that returns null
   void Close();
 
-  /// Opens it, makes the object and hands it these settings. Returns what `IsAvailable` returns.
+  /// Opens it, calls the factory and passes these settings to the object. Returns what `IsAvailable`
+  /// returns.
   bool StartWithNull();
   bool StartWithEmpty(IRngSettings& settings);
   bool StartWithBuiltIn();
@@ -46,21 +47,22 @@ class WatchedPlugin final : public IRngProvider {
   bool StartMade();       ///< the rest of a start with the built-in settings, after Make
   void Stop();
 
-  /// Asks for availability again: a step of its own, since a fault there does not prevent a start.
+  /// Calls `IsAvailable` again. This is a step of its own, because a fault in it does not prevent a
+  /// start.
   bool IsAvailableInUse();
 
-  /// Records a step. One of the check's own is what the check is about.
+  /// Records a step. An own step is what the check is about.
   void BeginStep(Step step) { RecordStep(step, false); }
   void BeginOwnStep(Step step) { RecordStep(step, true); }
   bool IsGood(Step step) const { return !order.badSteps.contains(step); }
 
-  /// All calls up to the end, from any threads, belong to one step of the check's own.
+  /// All calls between the two, from any thread, belong to one own step of the check.
   void BeginLongStep(Step step);
   void EndLongStep() { isInLongStep = false; }
 
   /// How long a draw may take before it counts as waiting for a user or a device.
   std::chrono::milliseconds Patience() const { return Limit() / 4; }
-  /// Ends a check of many calls, each of which may be slow, after as much time as one call may take.
+  /// Ends a check of many calls, each of which may be slow, once they take longer than one call may.
   void RequireTime() const;
 
   std::int32_t GetName(char* buffer) override;
@@ -90,7 +92,7 @@ class WatchedPlugin final : public IRngProvider {
   IRngProvider* provider = nullptr;
 };
 
-/// Ends the check with a fault unless the plug-in did as it must.
+/// Ends the check as failed, with this fault, unless `isSo`.
 inline void Require(bool isSo, const std::string& fault, const std::string& fix = "") {
   if (!isSo) throw EarlyEnd(Outcome::kFailed, fault, fix);
 }

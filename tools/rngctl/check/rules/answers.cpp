@@ -11,7 +11,7 @@ Finding CheckFlagsStable(WatchedPlugin& plugin) {
     const std::uint32_t flags = plugin.GetFlags();
     Require(flags == first, "It returns " + std::to_string(first) + ", then " +
                                 std::to_string(flags) +
-                                ": a host that chooses by capability finds it sometimes.");
+                                ": hosts that choose by capability find it only sometimes.");
   }
   return Passed();
 }
@@ -29,7 +29,7 @@ Finding CheckSelfTest(WatchedPlugin& plugin) {
 Finding CheckAnyDevice(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   Require(plugin.SelectDevice(nullptr), "SelectDevice returns false for null.");
-  Require(plugin.SelectDevice(""), "SelectDevice returns false for the empty text.");
+  Require(plugin.SelectDevice(""), "SelectDevice returns false for an empty string.");
   return Passed();
 }
 
@@ -52,8 +52,8 @@ Finding CheckOwnDevice(WatchedPlugin& plugin) {
 
 std::vector<Rule> AnswerRules() {
   return {
-      {"stable-flags", Severity::kWarning, "GetFlags always returns the same",
-       "Return the capabilities of the kind, not of the moment.", CheckFlagsStable},
+      {"stable-flags", Severity::kWarning, "GetFlags always returns the same bits",
+       "Return the capabilities of the kind, not of its current state.", CheckFlagsStable},
       {"some-flag", Severity::kWarning, "GetFlags returns at least one bit",
        "Return at least one kRngCapability bit: without one the generator is never listed.",
        CheckFlagsNotZero},

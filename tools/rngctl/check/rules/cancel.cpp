@@ -38,8 +38,8 @@ Finding CheckSlowDraw(WatchedPlugin& plugin) {
   return Failed("A draw that Cancel ended returns true.");
 }
 
-// What comes late may have come by itself. One of them is enough: where draws take turns, the other
-// needs its own time and that of the one before it.
+// A draw that ends late may have ended by itself, without Cancel. One such draw is enough: if draws
+// take turns, the other one needs its own time and that of the first.
 bool AnyEndsWithin(std::chrono::milliseconds time, const std::vector<const WatchedDraw*>& draws) {
   constexpr auto kMoment = std::chrono::milliseconds(5);
   const auto end = std::chrono::steady_clock::now() + time;
@@ -60,7 +60,7 @@ Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
   bool hasSucceeded = false;
   std::vector<const WatchedDraw*> late;
   for (WatchedDraw* one : {&draw, &other}) {
-    // The time of the first was that of both.
+    // The first draw has used up the time for both.
     if (!one->EndsWithin(late.empty() ? plugin.Patience() : std::chrono::milliseconds(0))) {
       late.push_back(one);
     } else if (one->Answer()) {
@@ -74,8 +74,8 @@ Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
                 " after Cancel.");
 }
 
-// Not all draws need fail: a few are made in the hope of one that does, the last of them of a size that
-// may be refused.
+// Perhaps only some draws fail, so several are made until one does. The last one has a size that the
+// plug-in may refuse.
 Finding CheckFailedDrawIsZero(WatchedPlugin& plugin) {
   constexpr int kDraws = 17;
   plugin.StartAvailable();

@@ -7,13 +7,13 @@
 
 namespace {
 
-constexpr std::size_t kWarmUp = 50;  // what loader and C library set aside once
+constexpr std::size_t kWarmUp = 50;  // covers what the loader and the C library allocate once
 constexpr std::size_t kCycles = 1000;
 constexpr std::size_t kDrawSize = 32;
-constexpr std::size_t kCyclesAtOnce = 250;  // before files that stay open reach the system's limit
+constexpr std::size_t kCyclesAtOnce = 250;  // leaked files must not reach the system's limit first
 
-// Half of the least that a leak in every cycle makes: one block of malloc (32 bytes), one page of
-// address space. What is set aside once more after the warm-up stays below that.
+// Half of the smallest growth that a leak in every cycle causes: one block of malloc (32 bytes), one
+// page of address space. What is allocated only once after the warm-up stays below that.
 constexpr std::size_t kHeapSlack = kCycles * 32 / 2;
 constexpr std::size_t kAddressSlack = kCycles * 4096 / 2;
 constexpr std::size_t kMappingSlack = kCycles / 2;
@@ -24,8 +24,8 @@ struct Calls {
   std::vector<TextOperation> texts;
 };
 
-// In this thread: on a busy machine another is late to tell of its draw. All calls
-// together are to take no more than half of the time.
+// Measures in this thread: on a busy machine, another thread would report late that its draw has ended.
+// All calls together may take no more than half of the time.
 template <typename Call>
 bool IsQuick(const WatchedPlugin& plugin, std::size_t share, Call call) {
   const auto begin = std::chrono::steady_clock::now();
@@ -38,13 +38,13 @@ bool DrawHere(WatchedPlugin& plugin) {
   return plugin.Generate(buffer.Data(), buffer.Size());
 }
 
-// The first draw shows whether they wait.
+// The first draw shows whether draws wait.
 bool DrawsQuickly(WatchedPlugin& plugin) {
   return CanDraw(plugin) && Draw(plugin, kDrawSize, 0).answer &&
          IsQuick(plugin, 4, [&plugin] { return DrawHere(plugin); });
 }
 
-// A text that ends the process or throws is the matter of another check.
+// Leaves out texts whose operation ends the process or throws: other checks report those.
 std::vector<TextOperation> QuickTexts(WatchedPlugin& plugin) {
   std::vector<TextOperation> texts;
   for (const auto& [step, text] :
@@ -107,7 +107,7 @@ std::vector<Rule> CycleRules() {
   return {
       {"load-cycles", Severity::kError, "The process does not grow over 1,000 uses",
        "In Release, free what start, draws and texts have allocated. A statically linked libstdc++ "
-       "keeps memory at each load.",
+       "keeps some memory at each load.",
        CheckLoadCycles},
   };
 }

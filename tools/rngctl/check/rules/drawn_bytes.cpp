@@ -8,8 +8,8 @@ namespace {
 constexpr std::size_t kSizes[] = {1, 7, 32, 257, 4097};
 constexpr unsigned char kFills[] = {0x00, 0xFF, 0xA5, 0x5A};
 
-// A byte that is written may be, by chance, the one that was there: 2^-8. The sizes have fewer than
-// 2^13 places; that one of them shows nothing but its fill in ten draws has a chance below 2^-67.
+// A written byte equals the fill by chance with a probability of 2^-8. The sizes have fewer than 2^13
+// bytes in all, so the probability that any byte shows only its fill in ten draws is below 2^-67.
 constexpr std::size_t kDraws = 10;
 
 void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
@@ -19,7 +19,7 @@ void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
     const unsigned char fill = kFills[i % std::size(kFills)];
     const GuardedBuffer bytes = DrawBytes(plugin, size, fill);
     Require(bytes.IsIntactAround(),
-            "A draw of " + std::to_string(size) + " bytes writes outside them.",
+            "A draw of " + std::to_string(size) + " bytes writes outside the buffer.",
             "Write exactly as many bytes as requested.");
     for (std::size_t place = 0; place < size; ++place) {
       if (bytes.Data()[place] != fill) isWritten[place] = true;
@@ -31,8 +31,8 @@ void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
               std::to_string(place + 1) + " was never written.");
 }
 
-// That as many places in a row show nothing but their fill in two large draws happens by chance once in
-// 2^239 times.
+// The probability that this many bytes in a row show only their fill in two large draws by chance is
+// 2^-239.
 constexpr int kSuspicious = 16;
 
 // A slow large draw says nothing about the smaller ones that other checks make.
@@ -46,12 +46,12 @@ GuardedBuffer DrawMany(WatchedPlugin& plugin, unsigned char fill) {
     throw EarlyEnd(Outcome::kNotExamined, what + "takes too long; allow more time with --timeout");
   }
   if (!draw.Answer()) throw EarlyEnd(Outcome::kNotExamined, what + "fails");
-  Require(draw.Buffer().IsIntactAround(), "A" + what.substr(1) + "writes outside them.",
+  Require(draw.Buffer().IsIntactAround(), "A" + what.substr(1) + "writes outside the buffer.",
           "Write exactly as many bytes as requested.");
   return draw.Buffer();
 }
 
-// The end of what a plug-in asks of its source at once may be far from the end of the buffer.
+// A plug-in may ask its source only once, and what it gets may end far before the end of the buffer.
 void CheckLargeFilling(WatchedPlugin& plugin) {
   constexpr unsigned char kFill = 0xA5;
   constexpr unsigned char kOtherFill = 0x5A;
@@ -62,7 +62,7 @@ void CheckLargeFilling(WatchedPlugin& plugin) {
     const bool isWritten = bytes.Data()[place] != kFill || others.Data()[place] != kOtherFill;
     unwritten = isWritten ? 0 : unwritten + 1;
     Require(unwritten < kSuspicious,
-            "In draws of " + std::to_string(kLargeDraw) + " bytes, those after byte " +
+            "In draws of " + std::to_string(kLargeDraw) + " bytes, the bytes after byte " +
                 std::to_string(place + 1 - kSuspicious) + " are not written.");
   }
 }
@@ -78,7 +78,7 @@ Finding CheckDrawFillsBuffer(WatchedPlugin& plugin) {
   return Passed();
 }
 
-// Two honest draws of 32 bytes are equal with a chance of 2^-256.
+// The probability that two honest draws of 32 bytes are equal is 2^-256.
 Finding CheckDrawsDiffer(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   const GuardedBuffer first = DrawBytes(plugin, 32, 0);
@@ -100,8 +100,9 @@ std::vector<Rule> DrawnByteRules() {
        "A draw writes every byte of the buffer and none outside it",
        "Continue until the buffer is full: a source may return fewer bytes than requested.",
        CheckDrawFillsBuffer},
-      {"draws-differ", Severity::kError, "Two draws differ, and so do those of two starts",
-       "Take new bytes from the source for each draw, and seed a generator from a source.",
+      {"draws-differ", Severity::kError, "Two draws differ, whether after one start or after two",
+       "Take new bytes from the source for each draw, and seed any software generator from a "
+       "source.",
        CheckDrawsDiffer},
   };
 }

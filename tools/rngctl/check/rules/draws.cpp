@@ -7,10 +7,10 @@ constexpr unsigned char kFills[] = {0x00, 0xFF, 0xA5, 0x5A};
 
 Finding CheckEmptyDraw(WatchedPlugin& plugin) {
   plugin.StartAvailable();
-  Require(plugin.Generate(nullptr, 0), "Generate returns false for null and the size 0.");
+  Require(plugin.Generate(nullptr, 0), "Generate returns false for a null buffer and size 0.");
   for (const unsigned char fill : kFills) {
     GuardedBuffer buffer(64, fill, fill);
-    Require(plugin.Generate(buffer.Data(), 0), "Generate returns false for the size 0.");
+    Require(plugin.Generate(buffer.Data(), 0), "Generate returns false for size 0.");
     Require(buffer.ContainsOnly(fill) && buffer.IsIntactAround(),
             "Generate writes into the buffer when asked for 0 bytes.");
   }
@@ -28,9 +28,9 @@ Finding CheckDrawSucceeds(WatchedPlugin& plugin) {
 std::vector<Rule> DrawRules() {
   return {
       {"empty-draw", Severity::kError,
-       "A draw of 0 bytes succeeds, also into null, and writes nothing",
+       "A draw of 0 bytes succeeds, even with a null buffer, and writes nothing",
        "Return true at once when the size is 0.", CheckEmptyDraw},
-      {"draw-succeeds", Severity::kWarning, "An available generator draws",
+      {"draw-succeeds", Severity::kWarning, "Draws succeed while the generator is available",
        "Let IsAvailable return false while draws cannot succeed.", CheckDrawSucceeds},
   };
 }

@@ -3,7 +3,7 @@
 
 namespace {
 
-// What was not called, or ended its process or threw, may still do anything.
+// The operations that were not called, ended their process or threw: they may still do anything.
 std::string ListUnexamined(const Evidence& evidence) {
   std::string names;
   for (const Step step :
@@ -49,10 +49,10 @@ std::vector<Rule> EvidenceRules() {
   return {
       {"no-exceptions", Severity::kError, "Neither the factory nor any operation throws",
        "Catch exceptions inside the plug-in and return false, 0 or null: nothing else catches them "
-       "before the host.",
+       "before they reach the host.",
        CheckNoExceptions},
       {"no-lifecycle-calls", Severity::kError, "It calls neither Initialize nor ShutDown",
-       "Leave the start and the stop to the host: called from a plug-in, they wait forever.",
+       "Leave starting and stopping to the host: a call from a plug-in never returns.",
        CheckNoLifecycleCalls},
       {"no-output", Severity::kWarning, "It prints nothing on standard output",
        "Print on standard error or not at all: standard output belongs to the host.",

@@ -24,18 +24,19 @@ bool ExportsFactory(const CheckSubject& subject) {
 Finding FailedWithoutFactory(const CheckSubject& subject) {
   const std::vector<std::string>& exports = subject.facts.exports;
   std::string fix =
-      "Define it extern \"C\" with default visibility and this exact name, and let no version "
-      "script hide it.";
+      "Define it as extern \"C\" with default visibility and this exact name, and make sure that "
+      "no version script hides it.";
   for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
     if (std::find(exports.begin(), exports.end(), row.factorySymbol) == exports.end()) continue;
-    fix += " Or name the file " + row.libraryFile + ", to which " + row.factorySymbol + " belongs.";
+    fix += " Or rename the file to " + row.libraryFile + ", which belongs to " + row.factorySymbol +
+           ".";
   }
   return Failed("It does not export " + subject.plugin.factory + "; it exports " +
                     (exports.empty() ? "nothing" : Listed(exports)) + ".",
                 fix);
 }
 
-// Whoever names a factory on the command line knows that it is not the catalogue's.
+// A user who names a factory on the command line knows that it is not the catalogue's.
 Finding JudgedFor(const CheckSubject& subject, const std::string& fault) {
   Finding finding = Failed(fault);
   if (subject.isFactoryGiven) finding.severity = Severity::kWarning;

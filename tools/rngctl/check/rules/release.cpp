@@ -10,12 +10,12 @@
 
 namespace {
 
-// A use as short as a host's can be.
+// The shortest use that a host can make.
 void Use(WatchedPlugin& plugin) {
   if (plugin.StartWithBuiltIn() && CanDraw(plugin)) Draw(plugin, 32, 0);
 }
 
-// A thread that was joined remains visible for a moment.
+// A joined thread remains visible for a moment.
 bool HasOnly(const std::set<std::string>& threads) {
   for (int i = 0; i < 50; ++i) {
     const std::set<std::string> now = ThreadsOfThisProcess();
@@ -28,7 +28,7 @@ bool HasOnly(const std::set<std::string>& threads) {
 [[noreturn]] void EndProcess(WatchedPlugin& plugin, Step step) {
   plugin.BeginOwnStep(step);
   Record([](Transcript& transcript) { transcript.finding = Passed(); });
-  std::exit(0);  // NOLINT(concurrency-mt-unsafe): that is the question
+  std::exit(0);  // NOLINT(concurrency-mt-unsafe): exit is what the check examines
 }
 
 bool Holds(const std::map<std::string, std::string>& files,
@@ -37,7 +37,7 @@ bool Holds(const std::map<std::string, std::string>& files,
   return known != files.end() && known->second == file.second;
 }
 
-// Also when the library was there and is gone.
+// True also for an address in no library: this one was there and is unmapped.
 bool IsInside(const void* function, const std::string& library) {
   Dl_info place;
   return ::dladdr(function, &place) == 0 || place.dli_fname == library;
@@ -75,7 +75,7 @@ Finding CheckReleaseClosesFiles(WatchedPlugin& plugin) {
   }
   for (const auto& file : before) {
     Require(Holds(after, file),
-            "Closed, but not its own: descriptor " + file.first + ", " + file.second + ".");
+            "It closed a descriptor that is not its own: " + file.first + ", " + file.second + ".");
   }
   return Passed();
 }
@@ -93,7 +93,7 @@ Finding CheckNoHandlersLeft(WatchedPlugin& plugin) {
   return Passed();
 }
 
-// The whole use in a thread that ends after the closing, and then the end of the process.
+// Uses the plug-in in a thread that exits after the library is closed, then exits the process.
 Finding CheckCleanExit(WatchedPlugin& plugin) {
   std::packaged_task<void()> life([&plugin] {
     Use(plugin);
@@ -127,10 +127,11 @@ std::vector<Rule> ReleaseRules() {
        "End and join the threads in Release: the library's code is gone afterwards.",
        CheckReleaseEndsThreads},
       {"release-closes-files", Severity::kError,
-       "After unloading it has left no file open and closed no other",
-       "In Release, close what was opened, and only once.", CheckReleaseClosesFiles},
+       "After unloading, its own files are closed and all others are still open",
+       "In Release, close what the plug-in has opened, and close it only once.",
+       CheckReleaseClosesFiles},
       {"no-handlers-left", Severity::kError,
-       "After unloading it has left no signal handler and no handler of the C++ runtime",
+       "After unloading, it has left no signal handler and no handler of the C++ runtime",
        "In Release, restore what was there before: sigaction, std::set_terminate, "
        "std::set_new_handler.",
        CheckNoHandlersLeft},
@@ -140,11 +141,11 @@ std::vector<Rule> ReleaseRules() {
        CheckCleanExit},
       {"exit-without-release", Severity::kWarning,
        "A process that exits without Release exits normally",
-       "Leave nothing to static objects: they are destroyed while the generator is in use.",
+       "Do not rely on static objects: they are destroyed while the generator is still in use.",
        CheckExitWithoutRelease},
       {"unmapped", Severity::kError, "Closing it removes it from the process",
-       "Remove what keeps it: -z nodelete, GNU-unique symbols (-fno-gnu-unique), thread_local "
-       "objects with destructors.",
+       "Remove what keeps it loaded: -z nodelete, GNU-unique symbols (-fno-gnu-unique), "
+       "thread_local objects with destructors.",
        CheckUnmapped},
   };
 }

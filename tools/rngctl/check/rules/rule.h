@@ -11,7 +11,7 @@
 #include <variant>
 #include <vector>
 
-/// What all checks that ran the plug-in's code have seen of it.
+/// What the checks that ran the plug-in's code have seen in all.
 struct Evidence {
   std::set<Step> stepsTaken;
   std::map<Step, std::string> badSteps;    ///< those that ended the process or threw: what happened

@@ -23,10 +23,11 @@ Finding FailedToOpen(const std::string& words) {
                     ? ""
                     : "Install " + missing +
                           " where the loader finds it, or link with a run path: with "
-                          "-Wl,-rpath,'$ORIGIN' it finds what lies beside the plug-in.");
+                          "-Wl,-rpath,'$ORIGIN' it also searches the plug-in's own directory.");
 }
 
-// Binds everything at once. The aggregator does not, so a missing function shows at its first call.
+// Binds everything at once. The aggregator does not: there a missing function fails only when it is
+// called.
 Finding CheckOpens(WatchedPlugin& plugin) {
   plugin.BeginStep(Step::kOpening);
   const std::string& path = plugin.File().path;
@@ -37,14 +38,15 @@ Finding CheckOpens(WatchedPlugin& plugin) {
   return Failed(
       "It uses " + undeclared +
       " but is not linked with a library that defines it; rngctl happens to have it, other "
-      "programs need not.");
+      "programs may not.");
 }
 
 Finding CheckFactory(WatchedPlugin& plugin) {
   plugin.Open();
   if (plugin.Make()) return Passed();
   return Failed(
-      "The factory returns null: hosts do not see this generator, and there is nothing to check.");
+      "The factory returns null: hosts do not see this generator, and there is nothing else to "
+      "check.");
 }
 
 // Either answer is right: it is enough that the calls return.
@@ -68,7 +70,7 @@ Finding CheckReload(WatchedPlugin& plugin) {
   plugin.StartWithBuiltIn();
   plugin.Stop();
   plugin.Open();
-  if (!plugin.Make()) return Failed("Opened again, its factory returns null.");
+  if (!plugin.Make()) return Failed("After it is opened again, its factory returns null.");
   plugin.StartMade();
   plugin.Stop();
   return Passed();
@@ -92,16 +94,17 @@ std::vector<Rule> StartRules() {
        CheckFactory},
       {"null-settings", Severity::kError,
        "SetSettings accepts null, and IsAvailable returns afterwards",
-       "Compare the settings with null before using them: a host may have none.",
+       "Compare the settings with null before using them: a host may pass none.",
        CheckNullSettings},
       {"empty-settings", Severity::kError,
        "SetSettings accepts settings that hold nothing, and IsAvailable returns afterwards",
-       "Compare what the settings return with null: it means that nothing is configured.",
+       "Compare what the settings return with null, which means that nothing is configured.",
        CheckEmptySettings},
       {"built-in-settings", Severity::kError,
        "SetSettings accepts the library's own settings, and IsAvailable returns afterwards",
-       "Let both return soon, whatever is configured.", CheckBuiltInSettings},
-      {"reload", Severity::kError, "Closed and opened again, it provides an object again",
+       "Make both calls return soon, whatever is configured.", CheckBuiltInSettings},
+      {"reload", Severity::kError,
+       "After it is closed and opened again, its factory returns an object again",
        "In Release and on unloading, undo everything that the first use did to the process.",
        CheckReload},
       {"available", Severity::kNote, "It is available on this machine",

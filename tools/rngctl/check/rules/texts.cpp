@@ -40,7 +40,7 @@ std::optional<std::string> ReadOnce(WatchedPlugin& plugin, TextOperation operati
   return ReadInto(plugin, operation, size, guard);
 }
 
-// The guards of the two, so that writing the very byte that is there is noticed, too.
+// The guards of the two reads differ, because a write of the guard's own byte would go unnoticed.
 constexpr unsigned char kGuard = 0xC3;
 constexpr unsigned char kOtherGuard = 0x3C;
 
@@ -50,7 +50,7 @@ std::optional<std::string> ReadByProtocol(WatchedPlugin& plugin, TextOperation o
   return text;
 }
 
-// For the checks of what a text says: the protocol has a check of its own.
+// For the checks of what a text says. Another check covers the protocol.
 std::string ReadForContent(WatchedPlugin& plugin, TextOperation operation) {
   try {
     return ReadByProtocol(plugin, operation).value_or("");
@@ -139,7 +139,7 @@ Finding CheckHardwareId(WatchedPlugin& plugin) {
 std::vector<Rule> TextRules() {
   return {
       {"name", Severity::kError,
-       "GetName follows the protocol of two calls and always reports the same",
+       "GetName follows the protocol of two calls and always reports the same name",
        "Return the size with the terminator, the same with null and with a buffer, and write at "
        "most that many bytes.",
        CheckName},

@@ -24,7 +24,7 @@ struct Answers {
   bool operator==(const Answers&) const = default;
 };
 
-// The flags may be others each time, and so may be whether a device is found.
+// The results of GetFlags and SelectDevice may change, so they are not compared.
 Answers Ask(WatchedPlugin& plugin) {
   plugin.GetFlags();
   plugin.SelectDevice(nullptr);
@@ -36,11 +36,11 @@ Answers Ask(WatchedPlugin& plugin) {
 // What is called besides the texts.
 struct Calls {
   bool draw;
-  bool askAgain;  // for availability
+  bool askAgain;  // IsAvailable
   bool testSelf;
 };
 
-// One that takes its time would leave too little of it for the others.
+// A slow call would leave too little time for the others.
 template <typename Call>
 bool IsQuick(Call call) {
   constexpr auto kQuick = kEnough / 20;
@@ -49,7 +49,7 @@ bool IsQuick(Call call) {
   return std::chrono::steady_clock::now() - begin < kQuick;
 }
 
-// A self-test may be a draw, and wait as draws do.
+// A self-test may draw, and wait as draws do.
 Calls ChooseCalls(WatchedPlugin& plugin) {
   const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
   return {draws, IsQuick([&plugin] { plugin.IsAvailableInUse(); }),
@@ -104,8 +104,8 @@ bool AllDiffer(const std::vector<Bytes>& draws) {
   return std::set<Bytes>(draws.begin(), draws.end()).size() == draws.size();
 }
 
-// Bytes that a thread gets twice by itself are no fault of the threads. By chance two of the 800
-// draws of 16 bytes are equal once in 2^108 times.
+// If one thread gets the same bytes twice, the other threads are not the cause. The probability that
+// two of the 800 draws of 16 bytes are equal by chance is 2^-108.
 void RequireOwnDraws(const std::array<Witness, kThreads>& witnesses) {
   std::vector<Bytes> all;
   for (const Witness& witness : witnesses) {
@@ -115,7 +115,7 @@ void RequireOwnDraws(const std::array<Witness, kThreads>& witnesses) {
   Require(AllDiffer(all), "Two threads that draw at the same time get the same bytes.");
 }
 
-// A source may have run out meanwhile, which is no fault of the threads.
+// The source may have run out meanwhile; then the other threads are not the cause.
 void RequireDraws(WatchedPlugin& plugin, const std::array<Witness, kThreads>& witnesses) {
   const bool wasRefused = std::any_of(witnesses.begin(), witnesses.end(),
                                       [](const Witness& witness) { return witness.wasRefused; });
@@ -126,20 +126,20 @@ void RequireDraws(WatchedPlugin& plugin, const std::array<Witness, kThreads>& wi
                  "the source ran out: draws now also fail when called alone");
 }
 
-// The texts alone tell little. The reason is the one that keeps a draw from succeeding.
+// Calls without draws prove little. The reason reported is the one why draws fail.
 Finding TellWhyNothingIsDrawn(WatchedPlugin& plugin) {
   DrawBytes(plugin, std::tuple_size_v<Bytes>, 0);
   return NotExamined("draws sometimes fail even when called alone");
 }
 
-// What one thread calls, and then the others may have to wait for, is to take no more than half of the
-// time in all.
+// The threads may have to wait for each other. Even then one round of calls by all of them may take no
+// more than half of the time.
 void RequireQuickCalls(WatchedPlugin& plugin, bool draws) {
   const auto begin = std::chrono::steady_clock::now();
   Ask(plugin);
   if (draws) Draw(plugin, std::tuple_size_v<Bytes>, 0);
   if ((std::chrono::steady_clock::now() - begin) * kThreads * 2 < plugin.Limit()) return;
-  throw EarlyEnd(Outcome::kNotExamined, "its calls take long; allow more time with --timeout");
+  throw EarlyEnd(Outcome::kNotExamined, "its calls take too long; allow more time with --timeout");
 }
 
 Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
@@ -172,7 +172,8 @@ Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
 std::vector<Rule> ThreadRules() {
   return {
       {"concurrent-calls", Severity::kError, "Several threads may call it at the same time",
-       "Protect what the calls share, such as buffers, with a lock, and release it on every path.",
+       "Protect what the calls share, such as buffers, with a lock, and release the lock on every "
+       "path.",
        CheckConcurrentCalls},
   };
 }
