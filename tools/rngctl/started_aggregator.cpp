@@ -4,7 +4,7 @@
 
 #include <rngaggregator/aggregator.h>
 
-// A start that throws has raised the count all the same.
+// A start that throws has raised the count even so.
 StartedAggregator::StartedAggregator() try { Initialize(GetDefaultSettings()); } catch (...) {
   ShutDown();
   throw;

@@ -20,7 +20,7 @@ std::string Describe(const std::string& type, const std::string& hardwareId) {
   return (type.empty() ? "none" : type) + (hardwareId.empty() ? "" : ", device " + hardwareId);
 }
 
-// What the library would store but could not return is refused before anything is written.
+// Refuses, before anything is written, what the library would store but could not return.
 void CheckStorable(const std::string& what, const std::string& text) {
   if (text.size() > kLongest) {
     throw Refusal(kWrongUsage, what + " " + Quoted(text) + " has " + std::to_string(text.size()) +
@@ -34,7 +34,7 @@ void CheckStorable(const std::string& what, const std::string& text) {
     throw Refusal(kWrongUsage,
                   what + " " + Quoted(text) +
                       " cannot be stored: it must be one line without \"=\" and without "
-                      "blanks at its ends. Nothing was changed.");
+                      "leading or trailing blanks. Nothing was changed.");
   }
 }
 

@@ -4,8 +4,7 @@
 #include <cstdint>
 #include <string>
 
-/// Prints the configured default and the one that a host gets now: `mask` names the acceptable
-/// fallbacks.
+/// Prints the configured default and the one that a host gets now. `mask` has the acceptable fallbacks.
 void RunDefault(std::uint32_t mask);
 
 /// Stores the default; an empty name removes it.

@@ -44,7 +44,8 @@ std::string FlagNames(std::uint32_t flags) {
   return text.empty() ? "-" : text;
 }
 
-// Those with a capability, then those without one that have a known name.
+// First the providers with a capability, then those without one that have a known name: the library
+// does not list these, but finds them by name.
 std::vector<IRngProvider*> LoadedProviders() {
   std::vector<IRngProvider*> providers(
       static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
@@ -69,7 +70,7 @@ std::vector<Row> LoadedRows() {
   return rows;
 }
 
-// The widest text and two blanks.
+// The width of the widest text, plus two blanks.
 std::size_t Width(const std::vector<Row>& rows, std::string Row::*column) {
   std::size_t width = 0;
   for (const Row& row : rows) width = std::max(width, CountColumns(row.*column));

@@ -20,10 +20,10 @@ char g_unfinished[PATH_MAX];
 
 void RemoveUnfinished(int signal) {
   ::unlink(g_unfinished);
-  ::raise(signal);  // its own action again
+  ::raise(signal);  // with the default action, which SA_RESETHAND has restored
 }
 
-// An interrupted draw leaves no half of a file. Ignored signals stay ignored.
+// An interrupted draw must not leave half a file. Ignored signals stay ignored.
 void RemoveWhenInterrupted(const std::string& temporary) {
   temporary.copy(g_unfinished, sizeof g_unfinished - 1);
   for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
@@ -41,7 +41,7 @@ void RemoveWhenInterrupted(const std::string& temporary) {
 
 Output::Output(const std::string& path) : file(path), descriptor(STDOUT_FILENO) {
   if (file.empty()) return;
-  std::error_code unknown;                                                 // the opening will tell
+  std::error_code unknown;                                                 // opening it reports why
   if (fs::exists(file, unknown) && !fs::is_regular_file(file, unknown)) {  // a device or a pipe
     descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
   } else {

@@ -5,8 +5,8 @@
 #include <string_view>
 
 /// Where the bytes go: standard output or a file. A regular file is written under another name,
-/// readable by its owner alone, and renamed when it is complete: a failure or an interruption leaves the
-/// old file as it was, and nothing beside it. Throws a `Refusal` with the system's reason.
+/// readable only by its owner, and renamed when it is complete: a failure or an interruption leaves the
+/// old file as it was and no other file. Throws a `Refusal` with the system's reason.
 class Output {
  public:
   explicit Output(const std::string& path);  ///< empty: standard output

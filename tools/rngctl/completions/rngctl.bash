@@ -6,7 +6,7 @@ _rngctl() {
 
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     -o) compopt -o default; return ;;
-    -n | --factory | --mask | --timeout) return ;; # what follows is the user's own
+    -n | --factory | --mask | --timeout) return ;; # the user types the value
   esac
 
   [[ $command == default && $COMP_CWORD -gt 2 && ${COMP_WORDS[2]} == set ]] && command="default set"

@@ -33,7 +33,7 @@ struct EndElf {
 };
 using ElfHandle = std::unique_ptr<Elf, EndElf>;
 
-// For these the linker alone answers; they are the same in every library.
+// The linker adds these to every library.
 bool IsAddedByLinkers(const std::string& name) {
   const char* const names[] = {"_init", "_fini", "__bss_start", "_edata", "_end"};
   return std::find(std::begin(names), std::end(names), name) != std::end(names);
@@ -49,7 +49,7 @@ void ReadSymbol(const GElf_Sym& symbol, const std::string& name, ElfFacts& facts
   } else if (binding == STB_GNU_UNIQUE) {
     facts.uniqueSymbols.push_back(name);
   } else if (binding != STB_LOCAL && symbol.st_shndx != SHN_ABS && !IsAddedByLinkers(name)) {
-    facts.exports.push_back(name);  // an absolute one is the name of a version
+    facts.exports.push_back(name);  // absolute symbols are the names of versions
   }
 }
 

@@ -6,14 +6,14 @@
 
 /// What the file of a shared library says about itself, read without running any of its code.
 struct ElfFacts {
-  std::vector<std::string> exports;        ///< what others can bind to, but for what linkers add
-  std::vector<std::string> needs;          ///< what it takes from others, and cannot do without
+  std::vector<std::string> exports;        ///< what others can bind to, except for what linkers add
+  std::vector<std::string> needs;          ///< what it needs from others; weak symbols do not count
   std::vector<std::string> uniqueSymbols;  ///< of binding GNU_UNIQUE
   bool hasThreadDestructors = false;       ///< it registers destructors of thread_local objects
   bool hasStaticTls = false;
   bool refusesUnloading = false;
   bool hasExecutableStack = false;
-  bool isProgram = false;  ///< one that can be loaded anywhere looks much like a library
+  bool isProgram = false;  ///< position-independent programs look much like libraries
 };
 
 /// Throws a `Refusal` for wrong usage when there is no such file, or it is not a shared library for

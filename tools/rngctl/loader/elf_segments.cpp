@@ -23,7 +23,7 @@ const GElf_Phdr* ElfSegments::Find(GElf_Word type) const {
   return header == headers.end() ? nullptr : &*header;
 }
 
-// What the file has for an address; null when it has not as much.
+// The bytes of the file for an address; null when the file does not have them all.
 Elf_Data* ElfSegments::Read(GElf_Addr address, std::size_t size, Elf_Type type) const {
   for (const GElf_Phdr& header : headers) {
     const GElf_Addr place = address - header.p_vaddr;
@@ -47,14 +47,14 @@ GElf_Xword ElfSegments::Dynamic(GElf_Sxword tag) const {
   return entry == table.end() ? 0 : entry->second;
 }
 
-// How many there are is told by nothing but the tables by which they are looked up.
+// Only the hash tables tell how many symbols there are.
 std::size_t ElfSegments::CountSymbols() const {
   if (!table.contains(DT_HASH)) return table.contains(DT_GNU_HASH) ? CountByGnuHash() : 0;
   const std::vector<std::uint32_t> sizes = ReadWords(Dynamic(DT_HASH), 2);
   return sizes.empty() ? 0 : sizes[1];
 }
 
-// The last symbol is the end of the last of the chains, which begin in the buckets.
+// The buckets hold the first symbol of each chain. The last symbol is at the end of the last chain.
 std::size_t ElfSegments::CountByGnuHash() const {
   constexpr std::size_t kWord = sizeof(std::uint32_t);
   const GElf_Addr start = Dynamic(DT_GNU_HASH);

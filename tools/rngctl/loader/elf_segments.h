@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-/// A library as the loader sees its file: by the segments. Sections are for linkers, and may be
-/// stripped.
+/// The file of a library as the loader reads it, by segments. Sections are for linkers and may be
+/// missing.
 class ElfSegments {
  public:
   /// `file` must outlive this.
   explicit ElfSegments(Elf* file);
 
-  /// Whether it can be linked at run time at all.
+  /// Whether it can be linked at run time.
   bool HasDynamicTable() const { return !table.empty(); }
   /// An entry of that table, 0 without one: "DT_FLAGS".
   GElf_Xword Dynamic(GElf_Sxword tag) const;
@@ -22,10 +22,10 @@ class ElfSegments {
     GElf_Sym entry;
     std::string name;
   };
-  /// Those that other libraries give to it or take from it, as far as the loader can find them.
+  /// The symbols that it exports or needs, as far as the loader can find them.
   std::vector<Symbol> DynamicSymbols() const;
 
-  /// Without the header that says so the loader takes the stack of a library for executable.
+  /// True also without the header that says so: the loader then assumes that the library needs one.
   bool HasExecutableStack() const;
 
  private:

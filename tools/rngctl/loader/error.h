@@ -3,9 +3,9 @@
 
 #include <string>
 
-/// What `dlerror` said after a failure. The loader reports in words alone; they are taken apart here.
+/// The message of `dlerror` after a failure, and what it names. The loader reports only text.
 struct LoaderError {
-  std::string words;            ///< as they are; empty: there was no failure
+  std::string words;            ///< the whole message; empty: there was no failure
   std::string missingFile;      ///< the library that was not found or could not be opened, or empty
   std::string undefinedSymbol;  ///< the symbol that nothing defines, or empty
 };

@@ -4,7 +4,7 @@
 #include <dlfcn.h>
 #include <link.h>
 
-/// What the loader knows about an open library; null without one.
+/// What the loader knows about an open library; null for a null handle.
 inline const link_map* MapOf(void* library) {
   link_map* map = nullptr;
   return library && ::dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? map : nullptr;

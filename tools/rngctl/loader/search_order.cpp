@@ -21,12 +21,12 @@ namespace {
   throw Refusal(kNegativeAnswer, "The dynamic loader does not report its search path.");
 }
 
-// All that the loader searches for what `library`, which is in the process, opens.
+// All directories that the loader searches for what `library`, which is in the process, opens.
 std::vector<std::string> ListSearched(const char* library) {
   const LibraryHandle handle(::dlopen(library, RTLD_LAZY | RTLD_NOLOAD));
   Dl_serinfo size;
   if (!handle || ::dlinfo(handle.get(), RTLD_DI_SERINFOSIZE, &size) != 0) Refuse();
-  // A record that ends with as many paths as there are, then their text.
+  // The record ends with the array of paths, and their text follows.
   const auto storage =
       std::make_unique<std::max_align_t[]>(size.dls_size / sizeof(std::max_align_t) + 1);
   auto* const paths = reinterpret_cast<Dl_serinfo*>(storage.get());
@@ -40,21 +40,21 @@ std::vector<std::string> ListSearched(const char* library) {
   return directories;
 }
 
-// Whether the loader takes the file: it passes over one that it cannot read or that is made for
-// another machine.
+// Whether the loader takes the file: it skips files that it cannot read or that are built for another
+// machine.
 bool IsForThisMachine(const std::string& file) {
   if (::access(file.c_str(), R_OK) != 0) return false;
   std::error_code unknown;
   if (!std::filesystem::is_regular_file(file, unknown))
-    return true;  // reading it may wait for ever
+    return true;  // reading it might never return
   ElfW(Ehdr) header = {};
   std::ifstream stream(file, std::ios::binary);
-  if (!stream.read(reinterpret_cast<char*>(&header), sizeof header)) return true;  // and fails then
+  if (!stream.read(reinterpret_cast<char*>(&header), sizeof header)) return true;  // then it fails
   const bool isElf = std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
   return !isElf || (header.e_ident[EI_CLASS] == ELFCLASS64 && header.e_machine == EM_X86_64);
 }
 
-// Also links to nothing.
+// Includes dangling links.
 std::vector<std::string> ListFiles(const std::string& name,
                                    const std::vector<std::string>& directories) {
   std::vector<std::string> files;
@@ -77,7 +77,7 @@ std::string WithoutDotDot(const std::string& path) {
 
 std::vector<std::string> ListSystemDirectories(const std::string& given) {
   std::vector<std::string> directories = ListSearched("libc.so.6");
-  // Once: it may be one of the system's, too.
+  // Only the first: it may be a system directory, too.
   const auto first = std::find(directories.begin(), directories.end(), given);
   if (first != directories.end()) directories.erase(first);
   return directories;
@@ -94,7 +94,7 @@ SearchOrder FindSearchOrder(const std::vector<std::string>& systemDirectories) {
   if (library.find_first_of(":;") != std::string::npos) {
     throw Refusal(kNegativeAnswer,
                   "rngctl doctor cannot examine a library in a folder whose name has a colon or a "
-                  "semicolon: those separate search paths.");
+                  "semicolon: these characters separate search paths.");
   }
   SearchOrder order{WithoutDotDot(library), ListSearched(library.c_str()), systemDirectories};
   const std::size_t ours =
@@ -134,7 +134,7 @@ std::string RunPathOf(const std::string& library) {
   ElfW(Xword) place = 0;
   for (const ElfW(Dyn)* entry = map ? map->l_ld : nullptr; entry && entry->d_tag != DT_NULL;
        ++entry) {
-    // The loader has put the address in the place of an offset.
+    // The loader has replaced the offset in the file with an address.
     // NOLINTNEXTLINE(performance-no-int-to-ptr)
     if (entry->d_tag == DT_STRTAB) texts = reinterpret_cast<const char*>(entry->d_un.d_ptr);
     if (entry->d_tag == DT_RPATH || entry->d_tag == DT_RUNPATH) place = entry->d_un.d_val;

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Before each message. The mark tells messages from what a plug-in writes to the descriptor.
+// Precedes each message. The mark distinguishes messages from what a plug-in writes to the descriptor.
 struct Header {
   std::uint32_t mark;
   std::uint32_t size;
@@ -66,5 +66,5 @@ std::optional<std::string> ReadRequest() {
 
 void SendMessage(const std::string& bytes) {
   const std::lock_guard guard(g_sending);
-  WriteMessage(kMessageDescriptor, bytes);  // when nobody reads any more, nothing is lost
+  WriteMessage(kMessageDescriptor, bytes);  // a failure does not matter: then nobody reads
 }

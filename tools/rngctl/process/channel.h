@@ -10,11 +10,12 @@
 inline constexpr int kMessageDescriptor = 3;
 
 /// False when nobody reads at the other end, or `descriptor` is not a socket. It then writes nothing: a
-/// plug-in may have closed the descriptor and opened a file of its own under the number.
+/// plug-in may have closed the descriptor and opened a file of its own with the same number.
 bool WriteMessage(int descriptor, const std::string& bytes);
 
-/// The last whole message in all that a child has sent; one that is cut short was being sent when the
-/// child was ended. Nothing when there is none, or when something else was written among the messages.
+/// The last complete message in all that a child has sent. An incomplete one at the end is ignored: the
+/// child ended while it sent it. Nothing when there is no complete message, or when something else was
+/// written among the messages.
 std::optional<std::string> FindLastMessage(const std::string& sent);
 
 /// In a child: the bytes of its request, nothing when there is no parent that sent one.

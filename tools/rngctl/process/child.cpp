@@ -101,7 +101,7 @@ pid_t Spawn(const ChildOrder& order, int outputDescriptor, int messageDescriptor
   return child;
 }
 
-// True until `descriptor` has ended or holds nothing more for now.
+// False when `descriptor` has ended or has nothing to read now.
 bool ReadSome(int descriptor, std::string& text) {
   char piece[4096];
   const ssize_t count = ::read(descriptor, piece, sizeof piece);
@@ -109,8 +109,8 @@ bool ReadSome(int descriptor, std::string& text) {
   return count > 0;
 }
 
-// Collects what `child` sends until it ends, which is not when its end is closed: what it has started
-// may hold that open. False when the time was over first.
+// Collects what `child` sends until it exits. The end of the channel would come too late: processes
+// that the child has started may keep it open. False when the time limit came first.
 bool Collect(int messages, int child, const ChildOrder& order, std::string& text) {
   pollfd waiting[] = {{child, POLLIN, 0}, {messages, POLLIN, 0}};
   Clock::time_point end = Clock::now() + order.limit;
@@ -143,7 +143,7 @@ ChildResult RunChild(const ChildOrder& order) {
   std::string text;
   const bool hasEnded =
       watched.value >= 0 && Collect(messages.ours.value, watched.value, order, text);
-  ::kill(-child, SIGKILL);  // also what an ended child has left behind
+  ::kill(-child, SIGKILL);  // also the processes that a child has left behind
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
@@ -162,7 +162,7 @@ std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit) {
     case ChildEnd::kSignalled:
       return "crashed with signal " + std::to_string(result.code) + " (" +
              ::strsignal(result.code) + ")";
-    default:  // a child whose messages cannot be sent looks as if it had exited early
+    default:  // a child that cannot send its messages looks as if it had exited early
       return "exited with status " + std::to_string(result.code) +
              (result.code == 0 ? ", or closed descriptors that are not its own," : "");
   }
@@ -175,5 +175,5 @@ std::string ReceiveRequest() {
   std::setvbuf(stdout, nullptr, _IONBF, 0);
   ::fcntl(kMessageDescriptor, F_SETFD, FD_CLOEXEC);
   if (const std::optional<std::string> request = ReadRequest()) return *request;
-  throw Refusal(kWrongUsage, "This command is for rngctl itself.");
+  throw Refusal(kWrongUsage, "This command is only for rngctl itself.");
 }

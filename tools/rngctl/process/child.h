@@ -7,13 +7,13 @@
 #include <chrono>
 #include <string>
 
-/// Plug-in code may crash, exit or hang. So it runs in a process of its own: this program again, with
-/// a hidden command. The parent sends it one request; the child sends what it knows so far each time
-/// that it learns more, so the last message counts and survives whatever ends the child.
+/// Plug-in code may crash, exit or hang, so it runs in a child process: this program again, with a
+/// hidden command. The parent sends one request. The child sends all that it knows each time it learns
+/// more. So only the last message counts, and it survives whatever ends the child.
 
 enum class ChildEnd { kExited, kSignalled, kTimedOut };
 
-/// Whether a limit is for a child's whole life, or begins anew with each message.
+/// Whether a limit is for a child's whole life, or starts again with each message.
 enum class LimitOf { kLife, kSilence };
 
 struct ChildOrder {
@@ -39,16 +39,17 @@ struct ChildResult {
   }
 };
 
-/// Runs a child and waits at most for the limit; then it, and what it started in its process group, is
-/// killed. The child reads nothing from standard input, and its standard output never blocks: what does
-/// not fit is lost. Throws a `Refusal` when it cannot be started.
+/// Runs a child and waits for it, at most as long as the limit. Then kills it and what it has started
+/// in its process group. The child reads nothing from standard input, and its standard output never
+/// blocks: what does not fit is lost. Throws a `Refusal` when it cannot be started.
 ChildResult RunChild(const ChildOrder& order);
 
-/// How a child ended that did not finish: "crashed with signal 11 (Segmentation fault)".
+/// Says how a child ended that did not finish: "crashed with signal 11 (Segmentation fault)".
 std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit);
 
-/// In a child, first of all: it ends with its parent, a crash leaves no core file, and what is printed
-/// before it is not lost. Returns the request's bytes; throws a `Refusal` when there is no parent.
+/// In a child, before anything else. From now on the child ends with its parent, a crash leaves no core
+/// file, and what was printed before it is not lost. Returns the request's bytes; throws a `Refusal`
+/// when there is no parent.
 std::string ReceiveRequest();
 
 /// In a child: becomes one, and returns its request.

@@ -11,7 +11,7 @@ std::atomic<LifecycleCallObserver> g_observer;
 
 template <typename Function>
 Function* LibrarysOwn(const char* name) {
-  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));  // linked: it is there
+  return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));  // linked: never null
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #ifndef TOOLS_RNGCTL_PROCESS_LIFECYCLE_CALLS_H
 #define TOOLS_RNGCTL_PROCESS_LIFECYCLE_CALLS_H
 
-/// A plug-in must not call `Initialize` or `ShutDown`: in a host it would wait for itself forever.
+/// A plug-in must not call `Initialize` or `ShutDown`: in a host the call would deadlock.
 ///
 /// This program defines the two functions and `IsInitialized` itself. The dynamic loader binds each name
 /// to its first definition, and searches the program before the libraries that the program is linked
@@ -16,8 +16,8 @@ const char* NameOf(LifecycleFunction function);
 
 using LifecycleCallObserver = void (*)(LifecycleFunction function);
 
-/// From now on the two do nothing but tell `observer` which of them was called, and `IsInitialized`
-/// returns true, as it does during a start.
+/// From now on the two functions only tell `observer` which of them was called. `IsInitialized` returns
+/// true, as it does during a start.
 void WatchLifecycleCalls(LifecycleCallObserver observer);
 
 #endif

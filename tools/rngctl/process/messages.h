@@ -7,7 +7,7 @@
 #include <string>
 #include <type_traits>
 
-/// What a parent and its child say to each other. Every message is a structure, declared once with
+/// The messages between a parent and its child. Every message is a structure, declared once with
 /// `RNGCTL_MESSAGE(Type, field...)` and used by both ends; enumerations and optional values may be
 /// fields. A message with a missing field, or with a number that its enumeration does not have, is not
 /// understood: there are no defaults.
@@ -20,7 +20,8 @@ struct nlohmann::adl_serializer<Enum, std::enable_if_t<std::is_enum_v<Enum>>> {
   static void to_json(json& encoded, Enum value) { encoded = static_cast<int>(value); }
   static void from_json(const json& encoded, Enum& value) {
     const auto number = encoded.get<std::int64_t>();
-    if (!encoded.is_number_integer() || number < 0 || number > static_cast<std::int64_t>(LastOf(Enum{}))) {
+    if (!encoded.is_number_integer() || number < 0 ||
+        number > static_cast<std::int64_t>(LastOf(Enum{}))) {
       throw std::out_of_range("not a value of the enumeration");
     }
     value = static_cast<Enum>(number);

@@ -24,7 +24,7 @@ std::set<std::string> ThreadsOfThisProcess() {
 std::map<std::string, std::string> OpenFiles() {
   std::map<std::string, std::string> files;
   for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
-    std::error_code isClosed;  // the one that lists the others
+    std::error_code isClosed;  // the one that is used to list them
     files[entry.path().filename()] = fs::read_symlink(entry.path(), isClosed).string();
   }
   const std::string self = fs::canonical("/proc/self/fd").string();

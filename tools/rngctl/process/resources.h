@@ -13,7 +13,7 @@ std::set<std::string> ThreadsOfThisProcess();
 /// The open files by number, with what each refers to.
 std::map<std::string, std::string> OpenFiles();
 
-/// The functions that the system and the runtime call on an event, by the event.
+/// The functions that the system and the C++ runtime call on an event, by event.
 std::map<std::string, void*> Handlers();
 
 struct ProcessSize {

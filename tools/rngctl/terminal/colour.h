@@ -5,8 +5,8 @@
 
 enum class Colour { kNone, kDim, kRed, kGreen, kYellow, kCyan };
 
-/// The text in that colour where standard output shows colours: it is a terminal, and NO_COLOR does not
-/// forbid them. Elsewhere the text as it is.
+/// The text in that colour if standard output is a terminal and NO_COLOR does not forbid colours.
+/// Otherwise the text unchanged.
 std::string Coloured(const std::string& text, Colour colour);
 
 #endif

@@ -1,8 +1,8 @@
 #ifndef TOOLS_RNGCTL_TERMINAL_STANDARD_OUTPUT_H
 #define TOOLS_RNGCTL_TERMINAL_STANDARD_OUTPUT_H
 
-/// Call it before a sentence on standard error, and at the end: the whole result is written, or a
-/// `Refusal` says that it cannot be.
+/// Writes the rest of the result, and throws a `Refusal` if that fails. Call it at the end, and before
+/// a message on standard error.
 void FinishOutput();
 
 #endif

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-/// Replaces control characters, so that text from outside cannot steer the terminal.
+/// Replaces control characters, so that text from outside cannot control the terminal.
 std::string Printable(std::string text);
 
 std::string Quoted(const std::string& text);
@@ -15,7 +15,7 @@ std::string Counted(std::size_t count, const std::string& thing);
 /// The number of UTF-8 characters, each taken as one column wide.
 std::size_t CountColumns(const std::string& text);
 
-/// Followed by blanks up to that many columns.
+/// The text, padded with blanks to that many columns.
 std::string Padded(const std::string& text, std::size_t columns);
 
 #endif

@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
-/// Shows on standard error what the program is waiting for, if that is a terminal and this object lives
-/// longer than a second. Its end erases the line.
+/// Shows what the program is waiting for, if standard error is a terminal and this object lives longer
+/// than a second. The destructor erases the line.
 class WaitNotice {
  public:
   explicit WaitNotice(const std::string& waitedFor);
