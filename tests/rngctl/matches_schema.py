@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""matches_schema.py SCHEMA: fails, and says why, unless standard input is JSON of that schema."""
+"""matches_schema.py SCHEMA: says why and fails unless standard input is JSON that matches the schema."""
 import json
 import sys
 
