@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -47,4 +48,14 @@ Result RunShell(const std::string& command) {
     ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
     return 127;
   });
+}
+
+std::size_t CountProcessesOf(const std::string& program) {
+  std::size_t count = 0;
+  std::error_code unknown;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc", unknown)) {
+    std::error_code ended;
+    count += std::filesystem::read_symlink(entry.path() / "exe", ended) == program;
+  }
+  return count;
 }

@@ -20,4 +20,7 @@ Result RunShell(const std::string& command);
 /// the status that `work` returns, without any clean-up.
 Result RunForked(const std::function<int()>& work);
 
+/// How many processes run that program.
+std::size_t CountProcessesOf(const std::string& program);
+
 #endif

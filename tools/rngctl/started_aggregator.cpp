@@ -1,21 +1,63 @@
 #include "tools/rngctl/started_aggregator.h"
 
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <cxxabi.h>
+#include <dlfcn.h>
 #include <exception>
+#include <optional>
 
 #include <rngaggregator/aggregator.h>
 
-// A start that throws has raised the count even so.
-StartedAggregator::StartedAggregator() try { Initialize(GetDefaultSettings()); } catch (...) {
-  ShutDown();
-  throw;
+namespace {
+
+using Failure = std::optional<Refusal>;
+
+Failure PluginFailed(const char* message) {
+  const std::string reason =
+      message && *message ? std::string(": ") + Printable(message) : " without an error message.";
+  return Refusal(kNegativeAnswer, "A plug-in or the system failed" + reason +
+                                      "\nRun \"rngctl doctor\" to find out which.");
 }
 
-StartedAggregator::~StartedAggregator() noexcept(false) {
+// What `call` throws, looked at and destroyed while all plug-ins are open.
+Failure Try(const std::function<void()>& call) {
   try {
-    ShutDown();
+    call();
+    return std::nullopt;
+  } catch (const Refusal& refusal) {
+    return refusal;
+  } catch (const std::exception& error) {
+    return PluginFailed(error.what());
   } catch (...) {
-    // While another exception is in flight, that one is reported. cppcheck does not see the condition.
-    // cppcheck-suppress exceptThrowInDestructor
-    if (std::uncaught_exceptions() == 0) throw;
+    return PluginFailed(nullptr);
   }
+}
+
+// Whether the class of the exception that is being handled is in the process.
+bool IsClassLoaded() {
+  Dl_info place;
+  return ::dladdr(abi::__cxa_current_exception_type(), &place) != 0;
+}
+
+Failure Start() {
+  try {
+    Initialize(GetDefaultSettings());
+    return std::nullopt;
+  } catch (...) {
+    if (IsClassLoaded()) return Try([] { throw; });
+    new std::exception_ptr(std::current_exception());  // so it is never destroyed
+    return PluginFailed(nullptr);
+  }
+}
+
+}  // namespace
+
+void WithStartedAggregator(const std::function<void()>& work) {
+  const Failure startFailure = Start();
+  const Failure failure = startFailure ? startFailure : Try(work);
+  const Failure stopFailure = Try(ShutDown);  // also after a failed start, which raises the count
+  if (failure) throw *failure;
+  if (stopFailure) throw *stopFailure;
 }

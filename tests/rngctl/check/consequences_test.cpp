@@ -58,3 +58,10 @@ TEST(Check, ThreadsThatCannotDrawSayNothingOfConcurrentDraws) {
         << variant;
   }
 }
+
+TEST(Check, WhatAPluginLeavesRunningIsEnded) {
+  std::filesystem::copy_file("/bin/sleep", TreePath("sleep"));
+  const Result result = Check(FakePlugin("dsdr", "leaves_process"));
+  EXPECT_EQ(0, result.status) << result.output << result.errors;
+  EXPECT_EQ(0U, CountProcessesOf(TreePath("sleep")));
+}

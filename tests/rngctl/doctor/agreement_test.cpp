@@ -46,7 +46,9 @@ std::set<std::string> FilesKept(const std::vector<fs::path>& files) {
   std::set<std::string> names;
   if (host.status != 0) return names;
   std::istringstream kept(host.output);
-  for (std::string name; std::getline(kept, name);) names.insert(name);
+  for (std::string name; std::getline(kept, name);) {
+    if (name.starts_with("librng")) names.insert(name);  // and not what a plug-in prints
+  }
   return names;
 }
 
@@ -78,6 +80,9 @@ TEST_F(Doctor, AgreesWithTheLibraryOnEachFakePlugin) {
   auto folders = FakePlugins();
   // Its row alone does not show what a start does with it; another case covers that.
   ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "breaking/garbles_messages"));
+  // Nor is there anything to compare where the host would stop, or leave a process.
+  ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "stops_itself"));
+  ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "leaves_process"));
   for (const auto& [folder, files] : folders) {
     InstallX11("whole");
     compare(folder, files);

@@ -135,3 +135,17 @@ TEST_F(RngctlTest, RawBytesNeverGoToATerminal) {
   EXPECT_EQ(0, hex.status);
   EXPECT_THAT(hex.output, MatchesRegex("[0-9a-f]{4}\r\n"));
 }
+
+TEST_F(RngctlTest, AnExceptionInADrawIsASentence) {
+  InstallPlugin("dsdr", "throws_own_class");
+  const Result named = RunShell("RNG_THROW_IN_DRAW=1 " + Rngctl() + " read dsdr -n 4");
+  EXPECT_EQ(1, named.status);
+  EXPECT_EQ(
+      "rngctl: A plug-in or the system failed: a fault of its own\n"
+      "Run \"rngctl doctor\" to find out which.\n",
+      named.errors);
+  const Result silent =
+      RunShell("RNG_THROW_IN_DRAW=1 RNG_THROW_NULL=1 " + Rngctl() + " read dsdr -n 4");
+  EXPECT_EQ(1, silent.status);
+  EXPECT_THAT(silent.errors, StartsWith("rngctl: A plug-in or the system failed without an"));
+}

@@ -16,6 +16,9 @@ std::string FixFor(Step step, const ChildResult& result) {
     return "Make it return soon: provide the device or input that it waits for, or allow more time "
            "with --timeout.";
   }
+  if (result.end == ChildEnd::kStopped) {
+    return "No operation may stop the process: find the place with a debugger.";
+  }
   if (step == Step::kOpening) {
     return "Static constructors must not throw or exit: move what may fail to IsAvailable, and "
            "return "

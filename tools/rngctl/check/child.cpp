@@ -24,9 +24,9 @@ void RecordCall(LifecycleFunction function) {
 
 }  // namespace
 
-void RunCheckChild() {
-  const auto order = BecomeChild<CheckOrder>();
-  Record([](Transcript&) {});  // from now on the parent knows where the child is
+void RunCheckChild(int channel) {
+  const auto order = BecomeChild<CheckOrder>(channel);
+  Record([](Transcript&) {});  // the parent knows from now on where the child is
   WatchLifecycleCalls(RecordCall);
   WatchedPlugin plugin(order);
   for (const Rule& rule : AllRules()) {
@@ -35,6 +35,6 @@ void RunCheckChild() {
     const Finding finding = Make(*check, plugin);
     Record([&finding](Transcript& transcript) { transcript.finding = finding; });
   }
-  // Do not run what the plug-in has left for the exit of the process: other checks examine that.
+  // What the plug-in has left to the exit of the process is the matter of one check alone.
   ::_exit(0);
 }

@@ -5,6 +5,6 @@
 inline constexpr char kCheckChildCommand[] = "check-child";
 
 /// Makes the one check that the parent asks for, sends what it finds, and ends the process.
-[[noreturn]] void RunCheckChild();
+[[noreturn]] void RunCheckChild(int channel);
 
 #endif

@@ -47,7 +47,7 @@ CheckOrder Examination::OrderFor(const Rule& rule) const {
 Finding Examination::ExamineInChild(const Rule& rule) {
   const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
   const ChildResult result =
-      RunChild({kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence});
+      RunChild({kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence, "", true});
   const auto transcript = result.Last<Transcript>();
   if (!transcript) return InternalError();
   Remember(*transcript);

@@ -38,10 +38,7 @@ void CheckStorable(const std::string& what, const std::string& text) {
   }
 }
 
-}  // namespace
-
-void RunDefault(std::uint32_t mask) {
-  const StartedAggregator aggregator;
+void PrintDefault(std::uint32_t mask) {
   IRngSettings& settings = *GetDefaultSettings();
   const std::string type = Text(settings.GetType());
   const std::string hardwareId = Text(settings.GetHardwareId());
@@ -61,10 +58,7 @@ void RunDefault(std::uint32_t mask) {
             << "loaded      " << (GetRng(info.type) ? "yes" : "no") << '\n';
 }
 
-void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
-  CheckStorable("The name", name);
-  CheckStorable("The hardware identifier", hardwareId);
-  const StartedAggregator aggregator;
+void StoreDefault(const std::string& name, const std::string& hardwareId) {
   errno = 0;
   if (!SetDefaultRng(name.c_str(), hardwareId.empty() ? nullptr : hardwareId.c_str())) {
     const std::string reason =
@@ -85,4 +79,16 @@ void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
     std::cerr << "Warning: there is no usable generator " << Quoted(name)
               << " now (case matters; see \"rngctl list\"). The default was stored anyway.\n";
   }
+}
+
+}  // namespace
+
+void RunDefault(std::uint32_t mask) {
+  WithStartedAggregator([mask] { PrintDefault(mask); });
+}
+
+void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
+  CheckStorable("The name", name);
+  CheckStorable("The hardware identifier", hardwareId);
+  WithStartedAggregator([&] { StoreDefault(name, hardwareId); });
 }

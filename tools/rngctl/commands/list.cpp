@@ -77,10 +77,7 @@ std::size_t Width(const std::vector<Row>& rows, std::string Row::*column) {
   return width + 2;
 }
 
-}  // namespace
-
-void RunList() {
-  const StartedAggregator aggregator;
+void PrintList() {
   std::vector<Row> rows = LoadedRows();
   if (rows.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
   rows.insert(rows.begin(), {"NAME", "INTERACTIVE", "FLAGS", "DESCRIPTION"});
@@ -91,3 +88,7 @@ void RunList() {
     std::cout << row.description << '\n';
   }
 }
+
+}  // namespace
+
+void RunList() { WithStartedAggregator(PrintList); }

@@ -78,10 +78,7 @@ IRngProvider& FindDefaultRng() {
   return *rng;
 }
 
-}  // namespace
-
-void RunRead(const ReadRequest& request) {
-  const StartedAggregator aggregator;
+void ReadStarted(const ReadRequest& request) {
   IRngProvider& rng = request.name.empty() ? FindDefaultRng() : FindRng(request.name);
   Output output(request.file);
   if (request.encoding == Encoding::kRaw && output.IsTerminal()) {
@@ -106,4 +103,10 @@ void RunRead(const ReadRequest& request) {
   }
   if (request.encoding != Encoding::kRaw) output.Write("\n");
   output.Commit();
+}
+
+}  // namespace
+
+void RunRead(const ReadRequest& request) {
+  WithStartedAggregator([&request] { ReadStarted(request); });
 }

@@ -16,8 +16,8 @@ ProviderCatalogueEntry FindRow(const std::string& kind) {
 
 }  // namespace
 
-void RunDoctorChild() {
-  const auto question = BecomeChild<DoctorQuestion>();
+void RunDoctorChild(int channel) {
+  const auto question = BecomeChild<DoctorQuestion>(channel);
   switch (question.subject) {
     case DoctorSubject::kSearchOrder:
       return ExamineSearch(question.path);

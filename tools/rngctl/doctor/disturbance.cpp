@@ -58,5 +58,6 @@ void PutDisturbance(GeneratorReport& report, DoctorVerdict verdict, const std::s
 DoctorVerdict VerdictOf(const ChildResult& result) {
   if (result.end == ChildEnd::kTimedOut) return DoctorVerdict::kNoAnswer;
   if (result.end == ChildEnd::kSignalled) return DoctorVerdict::kCrashed;
+  if (result.end == ChildEnd::kStopped) return DoctorVerdict::kStopped;
   return DoctorVerdict::kEndedProcess;
 }

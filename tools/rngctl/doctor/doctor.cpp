@@ -54,8 +54,8 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
 // Such a plug-in makes every program fail that comes to this step.
 bool IsDisturbance(const GeneratorReport& row) {
   const std::set<DoctorVerdict> disturbances = {
-      DoctorVerdict::kCallsBack, DoctorVerdict::kThrew, DoctorVerdict::kCrashed,
-      DoctorVerdict::kEndedProcess, DoctorVerdict::kNoAnswer};
+      DoctorVerdict::kCallsBack, DoctorVerdict::kThrew,        DoctorVerdict::kCrashed,
+      DoctorVerdict::kStopped,   DoctorVerdict::kEndedProcess, DoctorVerdict::kNoAnswer};
   return disturbances.contains(row.verdict);
 }
 

@@ -79,7 +79,7 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row) {
 
 void RememberException(const char* what) {
   g_answer.threwIn = g_answer.step;
-  g_answer.exception = what;
+  if (what) g_answer.exception = what;
 }
 
 // Catches while the plug-in is open: the type of the exception may be defined in it.
@@ -89,7 +89,7 @@ void TreatCaught(void* library, const ProviderCatalogueEntry& row) {
   } catch (const std::exception& error) {
     RememberException(error.what());
   } catch (...) {
-    RememberException("");
+    RememberException(nullptr);
   }
 }
 

@@ -3,7 +3,6 @@
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/loader/search_order.h"
 #include "tools/rngctl/process/child.h"
-#include "tools/rngctl/started_aggregator.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -48,11 +47,12 @@ void Begin(StartStep step, StartAnswer& answer) {
 
 void StartAskAndStop(StartAnswer& answer) {
   Begin(StartStep::kStart, answer);
-  const StartedAggregator aggregator;
+  Initialize(GetDefaultSettings());
   answer.opened = ListOpenedPlugins();
   Begin(StartStep::kDefault, answer);
   answer.findsDefault = FindsDefault();
   Begin(StartStep::kStop, answer);
+  ShutDown();
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ const std::map<DoctorVerdict, const char*> kIdentifiers = {
     {DoctorVerdict::kCallsBack, "calls-back"},
     {DoctorVerdict::kThrew, "threw"},
     {DoctorVerdict::kCrashed, "crashed"},
+    {DoctorVerdict::kStopped, "stopped"},
     {DoctorVerdict::kEndedProcess, "ended-the-process"},
     {DoctorVerdict::kNoAnswer, "no-answer"},
     {DoctorVerdict::kInternalError, "internal-error"}};

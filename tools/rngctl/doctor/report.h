@@ -24,6 +24,7 @@ enum class DoctorVerdict {
   kCallsBack,
   kThrew,
   kCrashed,
+  kStopped,
   kEndedProcess,
   kNoAnswer,
   kInternalError  ///< of rngctl: the child's answer was not understood

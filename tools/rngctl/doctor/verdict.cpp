@@ -114,7 +114,7 @@ void PutOutcome(GeneratorReport& report, const PluginAnswer& answer,
   }
 }
 
-void AddWarnings(GeneratorReport& report, const PluginAnswer& answer) {
+void AddWarnings(GeneratorReport& report, const PluginAnswer& answer, const ChildResult& result) {
   if (answer.isFlagless) {
     report.warnings.emplace_back(
         "It reports no capability flags: programs that list generators by capability do not find "
@@ -124,6 +124,9 @@ void AddWarnings(GeneratorReport& report, const PluginAnswer& answer) {
     report.warnings.emplace_back(
         "It stays in the process after it is closed, so the next start finds it in the state in "
         "which it was left.");
+  }
+  for (const std::string& process : result.leftRunning) {
+    report.warnings.push_back("It leaves a process running: " + process + ".");
   }
 }
 
@@ -162,7 +165,7 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
   report.isKept = answer->isKept;
   report.staysLoaded = answer->staysLoaded;
   if (answer->name && FaultOf(*answer->name).empty()) report.name = answer->name->text;
-  AddWarnings(report, *answer);
+  AddWarnings(report, *answer, result);
   PutAnswer(report, *answer, result, limit, row, search);
   return report;
 }

@@ -3,12 +3,13 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <fcntl.h>
 #include <mutex>
 #include <sys/socket.h>
 
 namespace {
 
-// Precedes each message. The mark distinguishes messages from what a plug-in writes to the descriptor.
+// Before each message. The mark tells messages from what a plug-in writes to the descriptor.
 struct Header {
   std::uint32_t mark;
   std::uint32_t size;
@@ -16,6 +17,7 @@ struct Header {
 constexpr std::uint32_t kMark = 0x52C3D1E9;
 
 std::mutex g_sending;
+int g_channel = -1;  // of a child
 
 bool WriteAll(int descriptor, const void* bytes, std::size_t size) {
   const auto* place = static_cast<const char*>(bytes);
@@ -54,17 +56,17 @@ std::optional<std::string> FindLastMessage(const std::string& sent) {
   return last;
 }
 
-std::optional<std::string> ReadRequest() {
+std::optional<std::string> OpenChannel(int descriptor) {
   Header header = {};
-  if (!ReadAll(kMessageDescriptor, &header, sizeof header) || header.mark != kMark) {
-    return std::nullopt;
-  }
+  if (!ReadAll(descriptor, &header, sizeof header) || header.mark != kMark) return std::nullopt;
   std::string request(header.size, '\0');
-  if (!ReadAll(kMessageDescriptor, request.data(), request.size())) return std::nullopt;
+  if (!ReadAll(descriptor, request.data(), request.size())) return std::nullopt;
+  ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+  g_channel = descriptor;
   return request;
 }
 
 void SendMessage(const std::string& bytes) {
   const std::lock_guard guard(g_sending);
-  WriteMessage(kMessageDescriptor, bytes);  // a failure does not matter: then nobody reads
+  WriteMessage(g_channel, bytes);  // when nobody reads any more, nothing is lost
 }

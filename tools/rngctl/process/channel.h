@@ -6,9 +6,6 @@
 
 /// Encoded messages on a pair of sockets: the request to a child, and what the child sends back.
 
-/// The descriptor of the child's end.
-inline constexpr int kMessageDescriptor = 3;
-
 /// False when nobody reads at the other end, or `descriptor` is not a socket. It then writes nothing: a
 /// plug-in may have closed the descriptor and opened a file of its own with the same number.
 bool WriteMessage(int descriptor, const std::string& bytes);
@@ -18,8 +15,9 @@ bool WriteMessage(int descriptor, const std::string& bytes);
 /// written among the messages.
 std::optional<std::string> FindLastMessage(const std::string& sent);
 
-/// In a child: the bytes of its request, nothing when there is no parent that sent one.
-std::optional<std::string> ReadRequest();
+/// In a child: opens its end, a descriptor that the parent has chosen, and returns the bytes of the
+/// request. Nothing when there is no parent that sent one.
+std::optional<std::string> OpenChannel(int descriptor);
 
 /// In a child: sends a message to the parent. Any thread; messages do not mix.
 void SendMessage(const std::string& bytes);

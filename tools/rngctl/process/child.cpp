@@ -1,6 +1,8 @@
 #include "tools/rngctl/process/child.h"
 
-#include "tools/rngctl/process/channel.h"
+#include "tools/rngctl/process/descendants.h"
+#include "tools/rngctl/process/interruption.h"
+#include "tools/rngctl/process/spawn.h"
 #include "tools/rngctl/refusal.h"
 
 #include <algorithm>
@@ -8,150 +10,129 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
-[[noreturn]] void RefuseStart(int error) {
-  throw Refusal(kNegativeAnswer,
-                std::string("Cannot start a process: ") + std::strerror(error) + ".");
-}
+// What tells that a child has ended or was stopped is asked for this often, since what could announce it
+// is not permitted in every sandbox. The end of its messages announces it nearly always.
+constexpr milliseconds kTick(20);
+constexpr milliseconds kShortTick(1);
 
-class Descriptor {
+// A child that the user stopped together with this program goes on a moment later.
+constexpr int kStoppedTicks = 10;
+
+// Where more time has passed, this program itself was stopped, or the machine was asleep.
+constexpr milliseconds kLongestTick(500);
+
+constexpr std::size_t kMostPrinted = 4096;
+
+// What a child sends and prints.
+class Listener {
  public:
-  explicit Descriptor(int number = -1) : value(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { Close(); }
-  void Close() {
-    if (value >= 0) ::close(value);
-    value = -1;
+  explicit Listener(const SpawnedChild& child)
+      : waiting{{child.messages.Get(), POLLIN, 0}, {child.output.Get(), POLLIN, 0}} {}
+
+  // Waits for a while. True when a message came.
+  bool Listen() {
+    const bool isClosed = waiting[0].fd < 0;
+    const int count = ::poll(waiting, 2, static_cast<int>((isClosed ? kShortTick : kTick).count()));
+    if (count < 0 && errno != EINTR) {
+      throw Refusal(kNegativeAnswer,
+                    std::string("Cannot wait for a process: ") + std::strerror(errno) + ".");
+    }
+    return count > 0 && ReadAll();
   }
-  int value;
+
+  // Takes what is there. True when it was a message.
+  bool ReadAll() {
+    const std::size_t before = messages.size();
+    Read(waiting[0], messages);
+    std::string text;
+    Read(waiting[1], text);
+    printed.append(text, 0, kMostPrinted - std::min(kMostPrinted, printed.size()));
+    return messages.size() > before;
+  }
+
+  std::string messages;
+  std::string printed;
+
+ private:
+  // Stops listening at the end.
+  static void Read(pollfd& place, std::string& text) {
+    char piece[4096];
+    ssize_t count = -1;
+    while (place.fd >= 0 && (count = ::read(place.fd, piece, sizeof piece)) > 0) {
+      text.append(piece, static_cast<std::size_t>(count));
+    }
+    if (count == 0) place.fd = -1;
+  }
+
+  pollfd waiting[2];
 };
 
-// Two ends of a channel: a pipe, or a pair of sockets.
-struct Ends {
-  Descriptor ours;
-  Descriptor theirs;
-};
-
-void MakePipe(Ends& pipe) {
-  int ends[2];
-  if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) RefuseStart(errno);
-  pipe.ours.value = ends[0];
-  pipe.theirs.value = ends[1];
+// Nothing while the child runs.
+siginfo_t LookAt(pid_t child) {
+  siginfo_t info = {};
+  ::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WSTOPPED | WNOHANG | WNOWAIT);
+  return info;
 }
 
-void MakeSocketPair(Ends& sockets) {
-  int ends[2];
-  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) RefuseStart(errno);
-  sockets.ours.value = ends[0];
-  sockets.theirs.value = ends[1];
-}
-
-// This one's, with another LD_LIBRARY_PATH if one is given.
-std::vector<std::string> ChildEnvironment(const std::string& libraryPath) {
-  const std::string name = "LD_LIBRARY_PATH=";
-  std::vector<std::string> result;
-  for (char** entry = environ; *entry; ++entry) {
-    const bool isKept = libraryPath.empty() || std::strncmp(*entry, name.c_str(), name.size()) != 0;
-    if (isKept) result.emplace_back(*entry);
+// Waits for the end, a stop, an interruption, or the limit.
+ChildEnd WaitFor(pid_t child, const ChildOrder& order, const InterruptionWatch& interruption,
+                 Listener& listener) {
+  Clock::duration left = order.limit;
+  int stoppedTicks = 0;
+  for (Clock::time_point last = Clock::now(); left > Clock::duration::zero();) {
+    if (listener.Listen() && order.limited == LimitOf::kSilence) left = order.limit;
+    const siginfo_t info = LookAt(child);
+    const bool isStopped = info.si_pid != 0 && info.si_code == CLD_STOPPED;
+    if (info.si_pid != 0 && !isStopped) {
+      listener.ReadAll();
+      return info.si_code == CLD_EXITED ? ChildEnd::kExited : ChildEnd::kSignalled;
+    }
+    stoppedTicks = isStopped ? stoppedTicks + 1 : 0;
+    if (stoppedTicks == kStoppedTicks) return ChildEnd::kStopped;
+    if (interruption.Signal() != 0) break;
+    const Clock::time_point now = Clock::now();
+    left -= std::min<Clock::duration>(now - last, kLongestTick);
+    last = now;
   }
-  if (!libraryPath.empty()) result.push_back(name + libraryPath);
-  return result;
+  return ChildEnd::kTimedOut;
 }
 
-std::vector<char*> Pointers(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-pid_t Spawn(const ChildOrder& order, int outputDescriptor, int messageDescriptor) {
-  std::vector<std::string> environment = ChildEnvironment(order.libraryPath);
-  std::vector<std::string> arguments = {"rngctl", order.command};
-  posix_spawn_file_actions_t actions;
-  posix_spawnattr_t attributes;
-  ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  ::posix_spawn_file_actions_adddup2(&actions, outputDescriptor, STDOUT_FILENO);
-  ::posix_spawn_file_actions_adddup2(&actions, messageDescriptor, kMessageDescriptor);
-  ::posix_spawnattr_init(&attributes);
-  ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-  pid_t child = 0;
-  const int error = ::posix_spawn(&child, "/proc/self/exe", &actions, &attributes,
-                                  Pointers(arguments).data(), Pointers(environment).data());
-  ::posix_spawnattr_destroy(&attributes);
-  ::posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) RefuseStart(error);
-  return child;
-}
-
-// False when `descriptor` has ended or has nothing to read now.
-bool ReadSome(int descriptor, std::string& text) {
-  char piece[4096];
-  const ssize_t count = ::read(descriptor, piece, sizeof piece);
-  if (count > 0) text.append(piece, static_cast<std::size_t>(count));
-  return count > 0;
-}
-
-// Collects what `child` sends until it exits. The end of the channel would come too late: processes
-// that the child has started may keep it open. False when the time limit came first.
-bool Collect(int messages, int child, const ChildOrder& order, std::string& text) {
-  pollfd waiting[] = {{child, POLLIN, 0}, {messages, POLLIN, 0}};
-  Clock::time_point end = Clock::now() + order.limit;
-  for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-    const int count = ::poll(waiting, 2, static_cast<int>(std::max<long>(left, 0)));
-    if (count == 0) return false;
-    if (count < 0) continue;
-    if (waiting[1].revents && order.limited == LimitOf::kSilence) end = Clock::now() + order.limit;
-    if (waiting[1].revents && !ReadSome(messages, text)) waiting[1].fd = -1;
-    if (waiting[0].revents) break;
+// The exit status, or the number of the signal. Kills a child that still runs.
+int EndChild(pid_t child, ChildEnd end) {
+  const int stopSignal = end == ChildEnd::kStopped ? LookAt(child).si_status : 0;
+  if (end == ChildEnd::kStopped || end == ChildEnd::kTimedOut) ::kill(child, SIGKILL);
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  while (ReadSome(messages, text)) {
-  }
-  return true;
+  if (end == ChildEnd::kStopped) return stopSignal;
+  return end == ChildEnd::kSignalled ? WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 }  // namespace
 
 ChildResult RunChild(const ChildOrder& order) {
-  Ends messages;
-  Ends output;
-  MakeSocketPair(messages);
-  MakePipe(output);
-  if (!WriteMessage(messages.ours.value, order.request)) RefuseStart(errno);
-  ::fcntl(messages.ours.value, F_SETFL, O_NONBLOCK);
-  const pid_t child = Spawn(order, output.theirs.value, messages.theirs.value);
-  messages.theirs.Close();
-  const Descriptor watched(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
-  std::string text;
-  const bool hasEnded =
-      watched.value >= 0 && Collect(messages.ours.value, watched.value, order, text);
-  ::kill(-child, SIGKILL);  // also the processes that a child has left behind
-  int status = 0;
-  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  ChildResult result{FindLastMessage(text), ChildEnd::kTimedOut, 0, ""};
-  ReadSome(output.ours.value, result.printed);
-  if (!hasEnded) return result;
-  result.end = WIFSIGNALED(status) ? ChildEnd::kSignalled : ChildEnd::kExited;
-  result.code = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+  std::signal(SIGCHLD, SIG_DFL);  // a caller that ignores it would have the children disappear
+  AdoptDescendants();
+  const std::set<pid_t> known = ListChildren();
+  const InterruptionWatch interruption;
+  const SpawnedChild child = Spawn(order.command, order.request, order.libraryPath);
+  Listener listener(child);
+  const ChildEnd end = WaitFor(child.process, order, interruption, listener);
+  ChildResult result{FindLastMessage(listener.messages), end, EndChild(child.process, end),
+                     listener.printed, NameNewChildren(known)};
+  if (order.endsDescendants) EndNewChildren(known);
+  if (interruption.Signal() != 0) throw Interrupted{interruption.Signal(), result.leftRunning};
   return result;
 }
 
@@ -162,18 +143,20 @@ std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit) {
     case ChildEnd::kSignalled:
       return "crashed with signal " + std::to_string(result.code) + " (" +
              ::strsignal(result.code) + ")";
-    default:  // a child that cannot send its messages looks as if it had exited early
+    case ChildEnd::kStopped:
+      return "was stopped by signal " + std::to_string(result.code) + " (" +
+             ::strsignal(result.code) + ")";
+    default:  // a child whose messages cannot be sent looks as if it had exited early
       return "exited with status " + std::to_string(result.code) +
              (result.code == 0 ? ", or closed descriptors that are not its own," : "");
   }
 }
 
-std::string ReceiveRequest() {
+std::string ReceiveRequest(int channel) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   const rlimit none = {0, 0};
   ::setrlimit(RLIMIT_CORE, &none);
   std::setvbuf(stdout, nullptr, _IONBF, 0);
-  ::fcntl(kMessageDescriptor, F_SETFD, FD_CLOEXEC);
-  if (const std::optional<std::string> request = ReadRequest()) return *request;
-  throw Refusal(kWrongUsage, "This command is only for rngctl itself.");
+  if (const std::optional<std::string> request = OpenChannel(channel)) return *request;
+  throw Refusal(kWrongUsage, "This command is for rngctl itself.");
 }

@@ -6,14 +6,15 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
-/// Plug-in code may crash, exit or hang, so it runs in a child process: this program again, with a
-/// hidden command. The parent sends one request. The child sends all that it knows each time it learns
-/// more. So only the last message counts, and it survives whatever ends the child.
+/// Plug-in code may crash, exit or hang. So it runs in a process of its own: this program again, with
+/// a hidden command. The parent sends it one request; the child sends what it knows so far each time
+/// that it learns more, so the last message counts and survives whatever ends the child.
 
-enum class ChildEnd { kExited, kSignalled, kTimedOut };
+enum class ChildEnd { kExited, kSignalled, kStopped, kTimedOut };
 
-/// Whether a limit is for a child's whole life, or starts again with each message.
+/// Whether a limit is for a child's whole life, or begins anew with each message.
 enum class LimitOf { kLife, kSilence };
 
 struct ChildOrder {
@@ -22,6 +23,7 @@ struct ChildOrder {
   std::chrono::milliseconds limit;
   LimitOf limited = LimitOf::kLife;
   std::string libraryPath = {};  ///< its LD_LIBRARY_PATH; empty: the one of this process
+  bool endsDescendants = false;  ///< kills what the child leaves running
 };
 
 struct ChildResult {
@@ -29,6 +31,8 @@ struct ChildResult {
   ChildEnd end;
   int code;             ///< the exit status or the signal
   std::string printed;  ///< on standard output: the beginning, up to a few kilobytes
+  std::vector<std::string>
+      leftRunning;  ///< the processes that the child left, each by name and number
 
   bool HasExited(int status) const { return end == ChildEnd::kExited && code == status; }
 
@@ -39,23 +43,24 @@ struct ChildResult {
   }
 };
 
-/// Runs a child and waits for it, at most as long as the limit. Then kills it and what it has started
-/// in its process group. The child reads nothing from standard input, and its standard output never
-/// blocks: what does not fit is lost. Throws a `Refusal` when it cannot be started.
+/// Runs a child and waits at most for the limit; then it is killed. It belongs to the process group of
+/// this process, so that it can use the terminal, and signals from there reach both. The child reads
+/// nothing from standard input, and may print as much as it likes. Throws a `Refusal` when the child
+/// cannot be started, `Interrupted` when this process is to end.
 ChildResult RunChild(const ChildOrder& order);
 
-/// Says how a child ended that did not finish: "crashed with signal 11 (Segmentation fault)".
+/// How a child ended that did not finish: "crashed with signal 11 (Segmentation fault)".
 std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit);
 
-/// In a child, before anything else. From now on the child ends with its parent, a crash leaves no core
-/// file, and what was printed before it is not lost. Returns the request's bytes; throws a `Refusal`
-/// when there is no parent.
-std::string ReceiveRequest();
+/// In a child, first of all: it ends with its parent, a crash leaves no core file, and what is printed
+/// before it is not lost. `channel` is the descriptor that the parent has named. Returns the request's
+/// bytes; throws a `Refusal` when there is no parent.
+std::string ReceiveRequest(int channel);
 
 /// In a child: becomes one, and returns its request.
 template <typename Request>
-Request BecomeChild() {
-  return nlohmann::json::from_cbor(ReceiveRequest()).get<Request>();
+Request BecomeChild(int channel) {
+  return nlohmann::json::from_cbor(ReceiveRequest(channel)).get<Request>();
 }
 
 /// In a child: sends one message.

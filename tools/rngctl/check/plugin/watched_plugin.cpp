@@ -19,7 +19,7 @@ auto WatchedPlugin::Watch(Step step, Call call) {
   try {
     return call();
   } catch (const std::exception& error) {
-    EndByThrow(step, error.what());
+    EndByThrow(step, error.what() ? error.what() : "");
   } catch (...) {
     EndByThrow(step, "");
   }

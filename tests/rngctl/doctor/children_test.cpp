@@ -1,0 +1,98 @@
+// What plug-ins do to the process that tries them, and what users do to that process.
+
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/process.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+TEST_F(Doctor, APluginThatStopsItsProcessIsReportedWithTheSignal) {
+  InstallPlugin("dsdr", "stops_itself");
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("stopped", row.at("verdict"));
+  EXPECT_EQ("was stopped by signal 19 (Stopped (signal)) when asked whether it is available",
+            row.at("summary"));
+}
+
+TEST_F(Doctor, APluginMayUseTheTerminal) {
+  InstallPlugin("dsdr", "uses_terminal");
+  const std::string report = TreePath("report");
+  RunShell("script -qec '" + Rngctl() + " doctor dsdr --timeout 5 --json >" + report + "' " +
+           TreePath("typescript"));
+  EXPECT_EQ("loaded", RowOf(json::parse(ReadFile(report)), "dsdr").at("verdict"));
+}
+
+TEST_F(Doctor, APluginMayPrintAsMuchAsItLikes) {
+  InstallPlugin("dsdr", "prints_megabytes");
+  EXPECT_EQ("loaded", ExamineKind("dsdr").at("verdict"));
+}
+
+TEST_F(Doctor, APluginMayTakeTheLowDescriptors) {
+  InstallPlugin("dsdr", "reopens_descriptors");
+  EXPECT_EQ("loaded", ExamineKind("dsdr").at("verdict"));
+}
+
+TEST_F(Doctor, AnExceptionOfThePluginsOwnClassIsPutIntoWords) {
+  InstallPlugin("dsdr", "throws_own_class");
+  EXPECT_EQ("threw an exception when asked whether it is available: a fault of its own",
+            ExamineKind("dsdr").at("summary"));
+  EXPECT_EQ("threw an exception when asked whether it is available",
+            ExamineKind("dsdr", "RNG_THROW_NULL=1").at("summary"));
+}
+
+TEST_F(Doctor, AProcessThatIsLeftRunningIsNamedAndLives) {
+  InstallPlugin("dsdr", "leaves_process");
+  fs::copy_file("/bin/sleep", TreePath("sleep"));
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("loaded", row.at("verdict"));
+  ASSERT_EQ(1U, row.at("warnings").size());
+  const std::string warning = row.at("warnings")[0];
+  const std::string mark = "It leaves a process running: sleep (process ";
+  ASSERT_THAT(warning, StartsWith(mark));
+  EXPECT_EQ(1U, CountProcessesOf(TreePath("sleep")));
+  EXPECT_EQ(0, ::kill(std::stoi(warning.substr(mark.size())), SIGKILL));
+}
+
+TEST_F(Doctor, NeedsNoMoreThanItIsGiven) {
+  InstallPlugin("dsdr", "stub");
+  for (const char* around : {"trap \"\" CHLD;", "exec 3>&- 4>&-;", "exec 3</dev/null;",
+                             "exec 0<&- 3>&-;", "ulimit -n 16;"}) {
+    const Result result =
+        RunShell(std::string(around) + " exec " + Rngctl() + " doctor dsdr --json");
+    EXPECT_EQ(0, result.status) << around << result.errors;
+    EXPECT_EQ("loaded", RowOf(json::parse(result.output, nullptr, false), "dsdr").at("verdict"))
+        << around;
+  }
+}
+
+TEST_F(Doctor, ClosedStandardDescriptorsAreNotTakenForItsOwn) {
+  InstallPlugin("dsdr", "stub");
+  const std::string file = TreePath("report");
+  EXPECT_EQ(
+      0, RunShell("exec 0<&- 2>&- 3>&-; exec " + Rngctl() + " doctor dsdr --json >" + file).status);
+  EXPECT_EQ("loaded", RowOf(json::parse(ReadFile(file), nullptr, false), "dsdr").at("verdict"));
+}
+
+TEST_F(Doctor, ASignalEndsItAndTheChildThatHangs) {
+  InstallPlugin("sobol", "hanging");
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    // A shell ignores SIGINT for what it runs in the background.
+    const Result result = RunShell("env --default-signal=INT " + Rngctl() +
+                                   " doctor sobol --timeout 30 & sleep 1; kill -" +
+                                   std::to_string(signal) + " $!; wait $!");
+    EXPECT_EQ(128 + signal, result.status);
+    EXPECT_EQ(0U, CountProcessesOf(Rngctl())) << signal;
+  }
+}
+
+TEST_F(Doctor, ItsHiddenCommandIsForItself) {
+  for (const std::string channel : {"", " x", " 77", " 0", " -1"}) {
+    const Result result = Run("doctor-child" + channel);
+    EXPECT_EQ(2, result.status) << channel;
+    EXPECT_THAT(result.errors, StartsWith("rngctl: ")) << channel;
+  }
+}
