@@ -97,7 +97,7 @@ see "${tool}check/" \
   "${tool}(check|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}check/plugin/" \
   "${tool}(check/plugin/|check/(finding|transcript)[.]h|process/)|^rngaggregator/"
-keep_in "$tool" '^dlfcn[.]h$' "${tool}(process|loader|doctor|check)/"
+keep_in "$tool" '^dlfcn[.]h$' "${tool}((process|loader|doctor|check)/|started_aggregator[.]cpp$)"
 keep_in "$tool" '^(libelf|gelf)[.]h$' "${tool}loader/"
 keep_in "$tool" '^CLI/' "${tool}main[.]cpp$"
 

@@ -20,7 +20,7 @@
 
 namespace {
 
-// CLI11 itself reads -1 as the largest number and 010 as eight.
+// CLI11 alone would read -1 as the largest number and 010 as eight.
 std::string CheckDecimal(const std::string& text) {
   std::uint64_t value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -28,10 +28,11 @@ std::string CheckDecimal(const std::string& text) {
   return isDecimal ? "" : "\"" + text + "\" is not a decimal number";
 }
 
-// CLI11 itself reads 010 as eight here, too. Hexadecimal is allowed.
+// CLI11 alone would read 010 as eight here, too. Hexadecimal is allowed.
 std::string CheckMask(const std::string& text) {
   const bool isOctal = text.size() > 1 && text[0] == '0' && text[1] != 'x';
-  return isOctal ? "\"" + text + "\" is not a mask" : "";
+  return isOctal ? "\"" + text + "\" is not a mask: write it in decimal, or in hexadecimal with 0x"
+                 : "";
 }
 
 void AddList(CLI::App& app) {
@@ -41,7 +42,7 @@ void AddList(CLI::App& app) {
 void AddRead(CLI::App& app, ReadRequest& request) {
   CLI::App* const read = app.add_subcommand("read", "Draw random bytes from a generator");
   read->add_option("NAME", request.name, "The generator; default: the configured one");
-  read->add_option("-n", request.size, "How many bytes")
+  read->add_option("-n", request.size, "The number of bytes")
       ->type_name("BYTES")
       ->required()
       ->check(CheckDecimal);
@@ -50,7 +51,7 @@ void AddRead(CLI::App& app, ReadRequest& request) {
         flag, [&request, encoding] { request.encoding = encoding; }, help);
   };
   CLI::Option* const raw =
-      addEncoding("--raw", Encoding::kRaw, "Write the bytes as they are, never to a terminal");
+      addEncoding("--raw", Encoding::kRaw, "Write the bytes unchanged, but never to a terminal");
   CLI::Option* const hex =
       addEncoding("--hex", Encoding::kHex, "Write hexadecimal digits (the default)");
   CLI::Option* const base64 = addEncoding("--base64", Encoding::kBase64, "Write base64");
@@ -58,7 +59,7 @@ void AddRead(CLI::App& app, ReadRequest& request) {
   hex->excludes(base64);
   read->add_option("-o", request.file,
                    "Write to FILE instead of standard output; only its owner can read it, and it "
-                   "appears when all bytes are drawn")
+                   "appears once all bytes are drawn")
       ->type_name("FILE");
   read->callback([&request] { RunRead(request); });
 }
@@ -68,12 +69,13 @@ void AddDefault(CLI::App& app, std::uint32_t& mask, std::string& name, std::stri
   CLI::Option* const maskOption =
       show->add_option(
               "--mask", mask,
-              "The acceptable fallbacks when none is configured, as a sum: 1 bio, 2 bioqt, "
+              "The acceptable fallbacks when no default is configured, as a sum: 1 bio, 2 bioqt, "
               "8 unixx11, 4 biokbd")
           ->capture_default_str()
           ->check(CheckMask);
   CLI::App* const set = show->add_subcommand("set", "Store the default generator");
-  set->add_option("NAME", name, "The generator, at most 17 characters; \"\" for none")->required();
+  set->add_option("NAME", name, "The generator, at most 17 characters; \"\" removes the default")
+      ->required();
   set->add_option("HARDWARE-ID", hardwareId, "The device to use, at most 17 characters");
   set->excludes(maskOption);
   set->callback([&name, &hardwareId] { RunDefaultSet(name, hardwareId); });
@@ -96,9 +98,9 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
       "Starts, queries and stops each plug-in as the library does, in a process of its own, so a\n"
       "crash or a hang affects that plug-in's result alone. What a plug-in prints on standard\n"
       "error is shown.\n\n"
-      "Exit status: 0 every installed plug-in works; 1 one does not, or the plug-in of KIND is "
-      "not\n"
-      "installed; 2 wrong usage; 3 all kinds were examined and no generator is usable.");
+      "Exit status: 0 every installed plug-in works; 1 a plug-in does not work, or the plug-in of\n"
+      "KIND is not installed; 2 wrong usage; 3 all kinds were examined and no generator is\n"
+      "usable.");
   doctor->callback([&request] { RunDoctor(request); });
 }
 
@@ -120,18 +122,18 @@ void AddCheck(CLI::App& app, CheckRequest& request) {
       "Opens and calls the plug-in as the library and its hosts do, many times: draws, devices,\n"
       "several threads, 1,000 loads. Each check runs in a process of its own, so a crash or a\n"
       "hang affects that check alone. A draw that waits for a user is cancelled after a quarter\n"
-      "of the time limit, and checks that need its bytes are then not examined. Nor are checks\n"
-      "whose many calls together exceed the time limit for one. What the plug-in prints on\n"
-      "standard error is shown.\n\n"
-      "A failed check means that the plug-in breaks the contract; in any check, so does an\n"
-      "operation that ends the process. A warning is permitted, but hosts will have trouble with\n"
-      "the generator. A note says what this machine lacks.\n\n"
-      "Exit status: 0 no check failed (there may be warnings); 1 one failed; 2 wrong usage, or\n"
-      "PLUGIN is not a shared library for this machine.");
+      "of the time limit; checks that need its bytes are then not examined. The same goes for\n"
+      "checks whose calls together exceed the time limit for one call. What the plug-in prints\n"
+      "on standard error is shown.\n\n"
+      "A failed check means that the plug-in breaks the contract. In any check, an operation\n"
+      "that ends the process is a failure. A warning is about something that is permitted, but\n"
+      "hosts will have trouble with the generator. A note says what this machine lacks.\n\n"
+      "Exit status: 0 no check failed (there may be warnings); 1 a check failed; 2 wrong usage,\n"
+      "or PLUGIN is not a shared library for this machine.");
   check->callback([&request] { RunCheck(request); });
 }
 
-// What this program runs in processes of its own; not in the help.
+// The commands that rngctl runs in child processes. They are not in the help.
 void AddChildren(CLI::App& app, int& channel) {
   const auto add = [&app, &channel](const char* command, void (*run)(int channel)) {
     CLI::App* const child = app.add_subcommand(command, "")->group("");
@@ -143,7 +145,8 @@ void AddChildren(CLI::App& app, int& channel) {
 }
 
 int Run(int count, char** arguments) {
-  CLI::App app("Lists random-number generators, draws from them, and keeps the default.", "rngctl");
+  CLI::App app("Lists random-number generators, draws from them, and stores the default.",
+               "rngctl");
   app.set_version_flag("--version", "rngctl " RNGCTL_VERSION);
   app.require_subcommand(1);
   app.failure_message([](const CLI::App* asked, const CLI::Error& error) {

@@ -141,6 +141,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"release_throws", "no-exceptions", "Release throws \"still in use\""},
         Breach{"calls_initialize", "no-lifecycle-calls", "Initialize is called in IsAvailable"},
         Breach{"calls_shut_down", "no-lifecycle-calls", "ShutDown is called in Release"},
+        Breach{"calls_at_exit", "unmapped no-lifecycle-calls", "flag NODELETE"},
         Breach{"prints", "no-output", "In the check empty-draw it prints \"drawing 0\"."}),
     NameOf);
 

@@ -96,3 +96,26 @@ TEST_F(Doctor, ItsHiddenCommandIsForItself) {
     EXPECT_THAT(result.errors, StartsWith("rngctl: ")) << channel;
   }
 }
+
+TEST_F(Doctor, ChildrenThatCannotStartAreReportedWithTheRest) {
+  InstallPlugin("dsdr", "stub");
+  const Result result =
+      RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/ends_children.so " + Rngctl() + " doctor --json");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: The examination of the search order crashed with signal 6 (Aborted).\n",
+            result.errors);
+  const json report = json::parse(result.output, nullptr, false);
+  const json row = RowOf(report, "dsdr");
+  EXPECT_EQ("crashed", row.at("verdict"));
+  EXPECT_EQ("crashed with signal 6 (Aborted) before it was opened", row.at("summary"));
+  EXPECT_EQ("the known-path service crashed with signal 6 (Aborted)",
+            report.at("settings").at("problem"));
+}
+
+TEST_F(Doctor, ACallWhileTheProcessExitsSpoilsNoAnswer) {
+  InstallPlugin("dsdr", "breaking/calls_at_exit");
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("calls-back", row.at("verdict"));
+  EXPECT_EQ("dsdr", row.at("name"));
+  EXPECT_EQ(TreePath("lib/librngdsdr.so"), row.at("file"));
+}

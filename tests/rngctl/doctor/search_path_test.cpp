@@ -29,13 +29,27 @@ TEST_F(Doctor, TellsTheSystemsDirectoriesFromThoseOfTheEnvironment) {
   }
 }
 
+// An empty entry is the present folder, and the loader then names the library without a folder.
+TEST_F(Doctor, FindsALibraryInThePresentFolder) {
+  InstallPlugin("dsdr", "stub");
+  const json before = Examine("dsdr").at("library");
+  RunShell("mv " + TreePath("lib") + "/librngaggregator.so* " + TreePath("bin"));
+  const Result result =
+      RunShell("cd " + TreePath("bin") + " && LD_LIBRARY_PATH=:" + TreePath("bin") +
+               " ./rngctl doctor dsdr --json");
+  EXPECT_EQ(0, result.status) << result.errors;
+  const json report = json::parse(result.output, nullptr, false);
+  EXPECT_EQ("loaded", RowOf(report, "dsdr").at("verdict"));
+  EXPECT_EQ(before.at("default_directories"), report.at("library").at("default_directories"));
+}
+
 TEST_F(Doctor, RefusesAFolderThatNoSearchPathCanName) {
   RunShell("mkdir " + TreePath("a:b") + "; cp -r " + TreePath("bin") + " " + TreePath("lib") + " " +
            TreePath("a:b"));
   const Result result = RunShell(TreePath("a:b/bin/rngctl") + " doctor");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, IsEmpty());
-  EXPECT_THAT(result.errors, HasSubstr("a colon or a semicolon"));
+  EXPECT_THAT(result.errors, HasSubstr("a colon, a semicolon or a dollar sign"));
 }
 
 TEST_F(Doctor, TheFileBesideTheLibraryComesFirst) {

@@ -4,6 +4,7 @@
 #include "tools/rngctl/check/transcript.h"
 #include "tools/rngctl/process/child.h"
 
+#include <atomic>
 #include <unistd.h>
 
 namespace {
@@ -16,7 +17,11 @@ Finding Make(PluginCheck check, WatchedPlugin& plugin) {
   }
 }
 
+std::atomic<bool> g_hasCalled[] = {false, false};  // by function
+
+// The first call of each: a plug-in may call in a loop, and must not keep itself alive by that.
 void RecordCall(LifecycleFunction function) {
+  if (g_hasCalled[static_cast<std::size_t>(function)].exchange(true)) return;
   Record([function](Transcript& transcript) {
     transcript.lifecycleCalls.emplace(function, transcript.step);
   });
@@ -26,7 +31,7 @@ void RecordCall(LifecycleFunction function) {
 
 void RunCheckChild(int channel) {
   const auto order = BecomeChild<CheckOrder>(channel);
-  Record([](Transcript&) {});  // the parent knows from now on where the child is
+  Record([](Transcript&) {});  // from now on the parent knows where the child is
   WatchLifecycleCalls(RecordCall);
   WatchedPlugin plugin(order);
   for (const Rule& rule : AllRules()) {
@@ -35,6 +40,6 @@ void RunCheckChild(int channel) {
     const Finding finding = Make(*check, plugin);
     Record([&finding](Transcript& transcript) { transcript.finding = finding; });
   }
-  // What the plug-in has left to the exit of the process is the matter of one check alone.
+  // Do not run what the plug-in has left for the exit of the process: other checks examine that.
   ::_exit(0);
 }

@@ -48,6 +48,9 @@ Finding Examination::ExamineInChild(const Rule& rule) {
   const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
   const ChildResult result =
       RunChild({kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence, "", true});
+  if (result.isSilent && !result.HasExited(0)) {
+    return JudgeBadEnd({}, result, DescribeEnd(result, limit));
+  }
   const auto transcript = result.Last<Transcript>();
   if (!transcript) return InternalError();
   Remember(*transcript);

@@ -1,18 +1,21 @@
 #include "tools/rngctl/check/transcript.h"
 
 #include "tools/rngctl/process/child.h"
+#include "tools/rngctl/process/immortal.h"
+#include "tools/rngctl/process/signal_block.h"
 
 #include <mutex>
 
 namespace {
 
 std::mutex g_recording;
-Transcript g_transcript;
+Immortal<Transcript> g_transcript;
 
 }  // namespace
 
 void Record(const std::function<void(Transcript&)>& change) {
+  const SignalBlock block;  // a handler may call Initialize, which is recorded
   const std::lock_guard guard(g_recording);
-  change(g_transcript);
-  Send(g_transcript);
+  change(g_transcript.value);
+  Send(g_transcript.value);
 }

@@ -4,7 +4,7 @@
 /// The hidden command of the doctor's children.
 inline constexpr char kDoctorChildCommand[] = "doctor-child";
 
-/// The part of the doctor that may not survive: makes the examination that the parent asks for.
+/// Makes the examination that the parent asks for. The child may not survive it.
 void RunDoctorChild(int channel);
 
 #endif

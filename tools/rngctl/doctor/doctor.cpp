@@ -101,6 +101,7 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
   if (!kind.empty() && rows[0].verdict != DoctorVerdict::kLoaded) {
     throw Refusal(kNegativeAnswer, Quoted(kind) + ": " + Printable(rows[0].summary) + ".");
   }
+  if (!report.failures.empty()) throw Refusal(kNegativeAnswer, report.failures[0]);
   if (Count(rows, IsNotUnderstood) > 0) {
     throw Refusal(kNegativeAnswer, "Internal error: some plug-ins could not be examined.");
   }
@@ -125,11 +126,11 @@ void RunDoctor(const DoctorRequest& request) {
   const Limit limit(request.timeout);
   const Rows rows = ChooseRows(request.kind);
   DoctorReport report;
-  report.search = FindSearch(limit);
+  report.search = FindSearch(limit, report.failures);
   report.runPath = RunPathOf(report.search.library);
   report.strays = ListStrays(report.search);
-  report.settings = FindSettings(limit, report.search);
-  report.display = FindDisplay(limit, report.search);
+  report.settings = FindSettings(limit, report.search, report.failures);
+  report.display = FindDisplay(limit, report.search, report.failures);
   for (const ProviderCatalogueEntry& row : rows) {
     report.generators.push_back(FindGenerator(row, report, limit));
   }

@@ -5,8 +5,10 @@
 #include "tools/rngctl/loader/link_map.h"
 #include "tools/rngctl/loader/undeclared.h"
 #include "tools/rngctl/process/child.h"
+#include "tools/rngctl/process/immortal.h"
 #include "tools/rngctl/process/lifecycle_calls.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <unistd.h>
@@ -17,8 +19,12 @@ using rngshared::smartwr::DllLoader;
 
 namespace {
 
+// More of a text tells nobody anything, and it is sent again with each step.
+constexpr std::size_t kMostText = 4096;
+
 // Global, because the plug-in may call Initialize from anywhere.
-PluginAnswer g_answer;
+Immortal<PluginAnswer> g_immortalAnswer;
+PluginAnswer& g_answer = g_immortalAnswer.value;
 
 void Begin(PluginStep step) {
   g_answer.step = step;
@@ -42,7 +48,7 @@ ReportedName AskForName(IRngProvider& provider) {
   const auto length = static_cast<std::size_t>(name.size);
   const auto buffer = std::make_unique<char[]>(length);
   name.sizeAgain = provider.GetName(buffer.get());
-  name.text.assign(buffer.get(), ::strnlen(buffer.get(), length));
+  name.text.assign(buffer.get(), ::strnlen(buffer.get(), std::min(length, kMostText)));
   return name;
 }
 
@@ -79,7 +85,7 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row) {
 
 void RememberException(const char* what) {
   g_answer.threwIn = g_answer.step;
-  if (what) g_answer.exception = what;
+  if (what) g_answer.exception.assign(what, ::strnlen(what, kMostText));
 }
 
 // Catches while the plug-in is open: the type of the exception may be defined in it.

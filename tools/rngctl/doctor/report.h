@@ -82,7 +82,8 @@ struct DoctorReport {
   DisplayReport display;
   std::vector<GeneratorReport> generators;
   StartReport start;
-  std::vector<std::string> strays;  ///< files that are named like plug-ins but belong to no kind
+  std::vector<std::string> failures;  ///< of the doctor itself, in sentences
+  std::vector<std::string> strays;    ///< files that are named like plug-ins but belong to no kind
 };
 
 void PrintText(const DoctorReport& report);

@@ -14,11 +14,15 @@ namespace {
 
 using Limit = std::chrono::seconds;
 
+// The child's answer; without one the answer of a child that did nothing, and a failure of the doctor.
 template <typename Answer>
-Answer Understand(const ChildResult& result, const std::string& subject) {
+Answer Understand(const ChildResult& result, const std::string& subject, Limit limit,
+                  std::vector<std::string>& failures) {
   if (const auto answer = result.Last<Answer>()) return *answer;
-  throw Refusal(kNegativeAnswer,
-                "Internal error: the examination of " + subject + " gave no usable answer.");
+  const bool isSilent = result.isSilent && !result.HasExited(kDone);
+  failures.push_back("The examination of " + subject + " " +
+                     (isSilent ? DescribeEnd(result, limit) : "gave no usable answer") + ".");
+  return {};
 }
 
 }  // namespace
@@ -30,17 +34,19 @@ ChildResult Ask(const DoctorQuestion& question, const std::string& waitedFor, Li
   return RunChild({kDoctorChildCommand, Encode(question), limit, LimitOf::kLife, libraryPath});
 }
 
-SearchOrder FindSearch(Limit limit) {
-  const std::string given = fs::path(FindLibrary()).parent_path();
+SearchOrder FindSearch(Limit limit, std::vector<std::string>& failures) {
+  const std::string given = fs::absolute(FindLibrary()).parent_path();
   const ChildResult result =
       Ask({DoctorSubject::kSearchOrder, "", given}, "the search order", limit, given);
-  return FindSearchOrder(Understand<SearchAnswer>(result, "the search order").systemDirectories);
+  return FindSearchOrder(
+      Understand<SearchAnswer>(result, "the search order", limit, failures).systemDirectories);
 }
 
-SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
+SettingsReport FindSettings(Limit limit, const SearchOrder& search,
+                            std::vector<std::string>& failures) {
   const ChildResult result =
       Ask({DoctorSubject::kSettings}, "the settings", limit, AsLibraryPath(search));
-  const auto answer = Understand<SettingsAnswer>(result, "the settings");
+  const auto answer = Understand<SettingsAnswer>(result, "the settings", limit, failures);
   SettingsReport report{answer.file,       answer.exists,    answer.readingFault,
                         answer.isWritable, answer.service,   "",
                         answer.type,       answer.hardwareId};
@@ -54,10 +60,11 @@ SettingsReport FindSettings(Limit limit, const SearchOrder& search) {
   return report;
 }
 
-DisplayReport FindDisplay(Limit limit, const SearchOrder& search) {
+DisplayReport FindDisplay(Limit limit, const SearchOrder& search,
+                          std::vector<std::string>& failures) {
   const ChildResult result =
       Ask({DoctorSubject::kDisplay}, "the X display", limit, AsLibraryPath(search));
-  const auto answer = Understand<DisplayAnswer>(result, "the X display");
+  const auto answer = Understand<DisplayAnswer>(result, "the X display", limit, failures);
   if (answer.isDone && result.HasExited(kDone)) {
     return {answer.isFound, false, answer.reason, answer.fix};
   }

@@ -10,11 +10,13 @@ ChildResult Ask(const DoctorQuestion& question, const std::string& waitedFor,
                 std::chrono::seconds limit, const std::string& libraryPath = "");
 
 /// What is found out before any plug-in is examined. The X library and the known-path service are other
-/// people's code, too, so only children call them. Each throws a `Refusal` when the child's answer is
-/// not understood.
-SearchOrder FindSearch(std::chrono::seconds limit);
-SettingsReport FindSettings(std::chrono::seconds limit, const SearchOrder& search);
-DisplayReport FindDisplay(std::chrono::seconds limit, const SearchOrder& search);
+/// people's code, too, so children ask them. Where a child gives no usable answer, that is added to
+/// `failures` in a sentence, and the rest of the examination goes on.
+SearchOrder FindSearch(std::chrono::seconds limit, std::vector<std::string>& failures);
+SettingsReport FindSettings(std::chrono::seconds limit, const SearchOrder& search,
+                            std::vector<std::string>& failures);
+DisplayReport FindDisplay(std::chrono::seconds limit, const SearchOrder& search,
+                          std::vector<std::string>& failures);
 
 /// Files that an author may have misnamed. Case matters.
 std::vector<std::string> ListStrays(const SearchOrder& search);

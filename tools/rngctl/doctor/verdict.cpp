@@ -158,6 +158,13 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
   const auto answer = result.Last<PluginAnswer>();
   if (answer) report.file = answer->file;
   if (report.file.empty()) report.file = FindFirst(row.libraryFile, search);
+  if (!answer && result.isSilent && !result.HasExited(kDone)) {
+    Put(report, VerdictOf(result), DescribeEnd(result, limit) + " before it was opened",
+        "Check what LD_PRELOAD and LD_LIBRARY_PATH bring into every program, or allow more time "
+        "with "
+        "--timeout.");
+    return report;
+  }
   if (!answer) {
     PutInternalError(report);
     return report;

@@ -91,10 +91,10 @@ std::string FindLibrary() {
 
 SearchOrder FindSearchOrder(const std::vector<std::string>& systemDirectories) {
   const std::string library = FindLibrary();
-  if (library.find_first_of(":;") != std::string::npos) {
+  if (library.find_first_of(":;$") != std::string::npos) {
     throw Refusal(kNegativeAnswer,
-                  "rngctl doctor cannot examine a library in a folder whose name has a colon or a "
-                  "semicolon: these characters separate search paths.");
+                  "The doctor cannot examine a library in a folder whose name has a colon, a "
+                  "semicolon or a dollar sign: in search paths these have a meaning of their own.");
   }
   SearchOrder order{WithoutDotDot(library), ListSearched(library.c_str()), systemDirectories};
   const std::size_t ours =

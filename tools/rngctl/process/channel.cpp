@@ -1,5 +1,7 @@
 #include "tools/rngctl/process/channel.h"
 
+#include "tools/rngctl/process/signal_block.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -9,12 +11,14 @@
 
 namespace {
 
-// Before each message. The mark tells messages from what a plug-in writes to the descriptor.
+// Precedes each message. The mark distinguishes messages from what a plug-in writes to the descriptor.
 struct Header {
   std::uint32_t mark;
   std::uint32_t size;
 };
 constexpr std::uint32_t kMark = 0x52C3D1E9;
+
+constexpr std::uint32_t kLargestRequest = 1U << 24;
 
 std::mutex g_sending;
 int g_channel = -1;  // of a child
@@ -39,8 +43,9 @@ bool ReadAll(int descriptor, void* bytes, std::size_t size) {
 
 bool WriteMessage(int descriptor, const std::string& bytes) {
   const Header header = {kMark, static_cast<std::uint32_t>(bytes.size())};
-  return WriteAll(descriptor, &header, sizeof header) &&
-         WriteAll(descriptor, bytes.data(), bytes.size());
+  std::string frame(reinterpret_cast<const char*>(&header), sizeof header);
+  frame += bytes;  // in one piece: a plug-in may have forked, and both processes send
+  return WriteAll(descriptor, frame.data(), frame.size());
 }
 
 std::optional<std::string> FindLastMessage(const std::string& sent) {
@@ -58,7 +63,10 @@ std::optional<std::string> FindLastMessage(const std::string& sent) {
 
 std::optional<std::string> OpenChannel(int descriptor) {
   Header header = {};
-  if (!ReadAll(descriptor, &header, sizeof header) || header.mark != kMark) return std::nullopt;
+  if (!ReadAll(descriptor, &header, sizeof header) || header.mark != kMark ||
+      header.size > kLargestRequest) {
+    return std::nullopt;
+  }
   std::string request(header.size, '\0');
   if (!ReadAll(descriptor, request.data(), request.size())) return std::nullopt;
   ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
@@ -67,6 +75,7 @@ std::optional<std::string> OpenChannel(int descriptor) {
 }
 
 void SendMessage(const std::string& bytes) {
+  const SignalBlock block;  // a handler may call Initialize, which sends, too
   const std::lock_guard guard(g_sending);
-  WriteMessage(g_channel, bytes);  // when nobody reads any more, nothing is lost
+  WriteMessage(g_channel, bytes);  // a failure does not matter: then nobody reads
 }

@@ -65,14 +65,16 @@ class Listener {
   std::string printed;
 
  private:
-  // Stops listening at the end.
+  // Takes more than a channel holds, and no more: a child may write faster than this reads. Stops
+  // listening at the end.
   static void Read(pollfd& place, std::string& text) {
-    char piece[4096];
-    ssize_t count = -1;
-    while (place.fd >= 0 && (count = ::read(place.fd, piece, sizeof piece)) > 0) {
+    char piece[65536];
+    for (int i = 0; place.fd >= 0 && i < 16; ++i) {
+      const ssize_t count = ::read(place.fd, piece, sizeof piece);
+      if (count < 0) return;
+      if (count == 0) place.fd = -1;
       text.append(piece, static_cast<std::size_t>(count));
     }
-    if (count == 0) place.fd = -1;
   }
 
   pollfd waiting[2];
@@ -129,8 +131,12 @@ ChildResult RunChild(const ChildOrder& order) {
   const SpawnedChild child = Spawn(order.command, order.request, order.libraryPath);
   Listener listener(child);
   const ChildEnd end = WaitFor(child.process, order, interruption, listener);
-  ChildResult result{FindLastMessage(listener.messages), end, EndChild(child.process, end),
-                     listener.printed, NameNewChildren(known)};
+  ChildResult result{FindLastMessage(listener.messages),
+                     end,
+                     EndChild(child.process, end),
+                     listener.printed,
+                     NameNewChildren(known),
+                     listener.messages.empty()};
   if (order.endsDescendants) EndNewChildren(known);
   if (interruption.Signal() != 0) throw Interrupted{interruption.Signal(), result.leftRunning};
   return result;

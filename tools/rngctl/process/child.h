@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-/// Plug-in code may crash, exit or hang. So it runs in a process of its own: this program again, with
-/// a hidden command. The parent sends it one request; the child sends what it knows so far each time
-/// that it learns more, so the last message counts and survives whatever ends the child.
+/// Plug-in code may crash, exit or hang, so it runs in a child process: this program again, with a
+/// hidden command. The parent sends one request. The child sends all that it knows each time it learns
+/// more. So only the last message counts, and it survives whatever ends the child.
 
 enum class ChildEnd { kExited, kSignalled, kStopped, kTimedOut };
 
-/// Whether a limit is for a child's whole life, or begins anew with each message.
+/// Whether a limit is for a child's whole life, or starts again with each message.
 enum class LimitOf { kLife, kSilence };
 
 struct ChildOrder {
@@ -31,8 +31,8 @@ struct ChildResult {
   ChildEnd end;
   int code;             ///< the exit status or the signal
   std::string printed;  ///< on standard output: the beginning, up to a few kilobytes
-  std::vector<std::string>
-      leftRunning;  ///< the processes that the child left, each by name and number
+  std::vector<std::string> leftRunning;  ///< processes that outlive it: "sleep (process 4711)"
+  bool isSilent;                         ///< it sent nothing at all
 
   bool HasExited(int status) const { return end == ChildEnd::kExited && code == status; }
 

@@ -34,7 +34,7 @@ pid_t ParentOf(const std::string& process) {
   return parent;
 }
 
-// One that has ended already was left unattended, but runs no more.
+// A process that was left behind and has ended since.
 bool HasEnded(pid_t child) { return ::waitpid(child, nullptr, WNOHANG) != 0; }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <string>
 
 /// Replaces control characters, so that text from outside cannot control the terminal.
-std::string Printable(std::string text);
+std::string Printable(const std::string& text);
 
 std::string Quoted(const std::string& text);
 

@@ -1,0 +1,22 @@
+#ifndef TOOLS_RNGCTL_PROCESS_SIGNAL_BLOCK_H
+#define TOOLS_RNGCTL_PROCESS_SIGNAL_BLOCK_H
+
+#include <csignal>
+
+/// While it lives, no signal handler runs in this thread: one of a plug-in may call what is locked.
+class SignalBlock {
+ public:
+  SignalBlock() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  }
+  SignalBlock(const SignalBlock&) = delete;
+  SignalBlock& operator=(const SignalBlock&) = delete;
+  ~SignalBlock() { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+
+ private:
+  sigset_t before;
+};
+
+#endif
