@@ -29,7 +29,7 @@ void InstallAllPlugins(const std::string& variant = "scripted");
 /// "absent".
 void InstallX11(const std::string& variant);
 
-/// Replaces the known-path service: "whole", "no_function", "crashing", or "absent" (a file that is
+/// Replaces the known-path service: "whole", "no_function", "crashing", "exiting", or "absent" (a file that is
 /// not a library, so that the tree has none).
 void InstallKnownPath(const std::string& variant);
 

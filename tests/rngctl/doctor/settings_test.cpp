@@ -7,6 +7,7 @@
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace fs = std::filesystem;
 
@@ -64,6 +65,10 @@ TEST_F(Doctor, ExplainsAServiceThatDoesNotAnswer) {
   InstallKnownPath("crashing");
   const json crashing = Examine("dsdr").at("settings");
   EXPECT_EQ("the known-path service crashed with signal 6 (Aborted)", crashing.at("problem"));
+  InstallKnownPath("exiting");
+  const json exiting = Examine("dsdr").at("settings");
+  EXPECT_THAT(Text(exiting.at("problem")),
+              StartsWith("the known-path service exited with status 0"));
 }
 
 TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {

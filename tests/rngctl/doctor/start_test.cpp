@@ -82,3 +82,11 @@ TEST_F(Doctor, FindsNoDefaultBehindAPluginThatEndsEveryStart) {
   InstallPlugin("grandmaster", "crashing");
   EXPECT_EQ(false, Examine("").at("default").at("found"));
 }
+
+// Its file is in the process after the start, and yet the start does not keep it.
+TEST_F(Doctor, APluginThatOnlyStaysInTheProcessIsNotKept) {
+  InstallPlugin("dsdr", "sticky_unavailable");
+  const json row = RowOf(Examine(""), "dsdr");
+  EXPECT_EQ("not-available", row.at("verdict"));
+  EXPECT_EQ(false, row.at("kept"));
+}

@@ -79,3 +79,11 @@ TEST_F(Doctor, HelpTellsTheExitStatusAndKeepsTheChildToItself) {
     EXPECT_EQ(2, Run(std::string("doctor ") + arguments).status) << arguments;
   }
 }
+
+TEST_F(Doctor, AWrongNameAloneIsANegativeAnswer) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "slot_table");
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: 1 installed plug-in has a problem.\n", result.errors);
+}

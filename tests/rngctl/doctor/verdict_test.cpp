@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"ThrowingFactory", "dsdr", "throwing_start", "threw", false,
              "threw an exception in its factory GetDsdrRng: no driver", "Remove the file"},
         Case{"ThrowingRelease", "dsdr", "throwing_release", "threw", true,
-             "threw an exception while being released", "Report this to the vendor"},
+             "threw an exception while being released", "when they stop the library"},
         Case{"CallingShutDown", "dsdr", "breaking/calls_shut_down", "calls-back", true,
              "calls ShutDown, which plug-ins must not do, while being released",
              "Report this to the vendor"},
