@@ -90,7 +90,7 @@ see "${tool}terminal/" "${tool}terminal/|$common"
 see "${tool}process/" "${tool}process/|$common|^rngaggregator/"
 see "${tool}loader/" "${tool}(loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
 started="${tool}started_aggregator[.]h\$"
-see "${tool}commands/" "${tool}(commands|terminal)/|$common|$started|^rngaggregator/"
+see "${tool}commands/" "${tool}(commands|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}doctor/" \
   "${tool}(doctor|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
 see "${tool}check/" \

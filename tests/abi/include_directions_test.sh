@@ -66,7 +66,7 @@ tools/rngctl/main.cpp #include <dlfcn.h>
 tools/rngctl/commands/list.cpp #include <dlfcn.h>
 tools/rngctl/commands/list.cpp #include "tools/rngctl/process/child.h"
 tools/rngctl/commands/list.cpp #include "tools/rngctl/doctor/doctor.h"
-tools/rngctl/commands/list.cpp #include "providers/catalogue.h"
+tools/rngctl/commands/list.cpp #include "providers/dll_loader.h"
 tools/rngctl/doctor/doctor.cpp #include "tools/rngctl/check/check.h"
 tools/rngctl/doctor/new_file.cpp #include "../check/finding.h"
 tools/rngctl/doctor/doctor.cpp #include "tools/rngctl/commands/list.h"

@@ -1,5 +1,6 @@
 #include "tools/rngctl/commands/list.h"
 
+#include "providers/catalogue.h"
 #include "tools/rngctl/commands/provider_text.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/started_aggregator.h"
@@ -50,10 +51,10 @@ std::vector<IRngProvider*> LoadedProviders() {
   std::vector<IRngProvider*> providers(
       static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
   GetAvailableRng(providers.data(), kAnyCapability);
-  for (const char* name :
-       {rngBioQt, rngBioX11, rngDsdr, rngAccord, rngSobol, rngJacartaGost, rngRuToken,
-        rngEsmartGost, rngBioKb, rngUnixDev, rngGrandmaster, rngBioCore, rngBioWin}) {
-    IRngProvider* const provider = GetRng(name);
+  std::vector<std::string> names = {rngBioWin};
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) names.push_back(row.name);
+  for (const std::string& name : names) {
+    IRngProvider* const provider = GetRng(name.c_str());
     if (provider && provider->GetFlags() == 0) providers.push_back(provider);
   }
   return providers;
