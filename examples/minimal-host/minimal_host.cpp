@@ -69,6 +69,6 @@ int Stop() {
 
 int main() {
   const int status = Guarded(StartAndPrint);
-  const int stopStatus = Guarded(Stop);  // even if a plug-in threw at the start: the count is raised
+  const int stopStatus = Guarded(Stop);  // also after a start in which a plug-in threw
   return status != 0 ? status : stopStatus;
 }

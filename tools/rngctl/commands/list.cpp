@@ -51,8 +51,9 @@ std::vector<IRngProvider*> LoadedProviders() {
   std::vector<IRngProvider*> providers(
       static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
   GetAvailableRng(providers.data(), kAnyCapability);
-  std::vector<std::string> names = {rngBioWin};
+  std::vector<std::string> names;
   for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) names.push_back(row.name);
+  names.emplace_back(rngBioWin);  // in no catalogue row
   for (const std::string& name : names) {
     IRngProvider* const provider = GetRng(name.c_str());
     if (provider && provider->GetFlags() == 0) providers.push_back(provider);
