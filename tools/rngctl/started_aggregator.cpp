@@ -58,6 +58,6 @@ void WithStartedAggregator(const std::function<void()>& work) {
   const Failure startFailure = Start();
   const Failure failure = startFailure ? startFailure : Try(work);
   const Failure stopFailure = Try(ShutDown);  // also after a failed start, which raises the count
-  if (failure) throw *failure;
-  if (stopFailure) throw *stopFailure;
+  if (failure) throw Refusal(*failure);
+  if (stopFailure) throw Refusal(*stopFailure);
 }

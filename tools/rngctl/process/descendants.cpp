@@ -62,7 +62,7 @@ std::vector<std::string> NameNewChildren(const std::set<pid_t>& known) {
     const std::string number = std::to_string(child);
     std::string name;
     std::getline(std::ifstream("/proc/" + number + "/comm"), name);
-    names.push_back(name + " (process " + number + ")");
+    names.push_back(name.append(" (process ").append(number).append(")"));
   }
   return names;
 }

@@ -33,4 +33,4 @@ InterruptionWatch::~InterruptionWatch() {
   for (const Before& entry : before) ::sigaction(entry.signal, &entry.action, nullptr);
 }
 
-int InterruptionWatch::Signal() const { return g_signal; }
+int InterruptionWatch::Signal() { return g_signal; }

@@ -21,7 +21,7 @@ class InterruptionWatch {
   InterruptionWatch& operator=(const InterruptionWatch&) = delete;
   ~InterruptionWatch();
 
-  int Signal() const;  ///< the signal that came, 0 for none
+  static int Signal();  ///< the signal that came, 0 for none
 
  private:
   struct Before {
