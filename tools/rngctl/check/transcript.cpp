@@ -1,8 +1,8 @@
 #include "tools/rngctl/check/transcript.h"
 
+#include "tools/rngctl/channel/immortal.h"
+#include "tools/rngctl/channel/signal_block.h"
 #include "tools/rngctl/process/child.h"
-#include "tools/rngctl/process/immortal.h"
-#include "tools/rngctl/process/signal_block.h"
 
 #include <mutex>
 

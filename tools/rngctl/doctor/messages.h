@@ -1,8 +1,8 @@
 #ifndef TOOLS_RNGCTL_DOCTOR_MESSAGES_H
 #define TOOLS_RNGCTL_DOCTOR_MESSAGES_H
 
+#include "tools/rngctl/channel/messages.h"
 #include "tools/rngctl/process/lifecycle_calls.h"
-#include "tools/rngctl/process/messages.h"
 
 #include <optional>
 #include <string>

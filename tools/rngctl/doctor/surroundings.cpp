@@ -1,7 +1,7 @@
 #include "tools/rngctl/doctor/surroundings.h"
 
 #include "providers/catalogue.h"
-#include "tools/rngctl/doctor/child.h"
+#include "tools/rngctl/doctor/examine/child.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/wait_notice.h"
 

@@ -88,8 +88,7 @@ siginfo_t LookAt(pid_t child) {
 }
 
 // Waits for the end, a stop, an interruption, or the limit.
-ChildEnd WaitFor(pid_t child, const ChildOrder& order, const InterruptionWatch& interruption,
-                 Listener& listener) {
+ChildEnd WaitFor(pid_t child, const ChildOrder& order, Listener& listener) {
   Clock::duration left = order.limit;
   int stoppedTicks = 0;
   for (Clock::time_point last = Clock::now(); left > Clock::duration::zero();) {
@@ -102,7 +101,7 @@ ChildEnd WaitFor(pid_t child, const ChildOrder& order, const InterruptionWatch& 
     }
     stoppedTicks = isStopped ? stoppedTicks + 1 : 0;
     if (stoppedTicks == kStoppedTicks) return ChildEnd::kStopped;
-    if (interruption.Signal() != 0) break;
+    if (InterruptionWatch::Signal() != 0) break;
     const Clock::time_point now = Clock::now();
     left -= std::min<Clock::duration>(now - last, kLongestTick);
     last = now;
@@ -130,7 +129,7 @@ ChildResult RunChild(const ChildOrder& order) {
   const InterruptionWatch interruption;
   const SpawnedChild child = Spawn(order.command, order.request, order.libraryPath);
   Listener listener(child);
-  const ChildEnd end = WaitFor(child.process, order, interruption, listener);
+  const ChildEnd end = WaitFor(child.process, order, listener);
   ChildResult result{FindLastMessage(listener.messages),
                      end,
                      EndChild(child.process, end),
@@ -138,7 +137,8 @@ ChildResult RunChild(const ChildOrder& order) {
                      NameNewChildren(known),
                      listener.messages.empty()};
   if (order.endsDescendants) EndNewChildren(known);
-  if (interruption.Signal() != 0) throw Interrupted{interruption.Signal(), result.leftRunning};
+  if (InterruptionWatch::Signal() != 0)
+    throw Interrupted{InterruptionWatch::Signal(), result.leftRunning};
   return result;
 }
 

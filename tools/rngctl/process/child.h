@@ -1,8 +1,8 @@
 #ifndef TOOLS_RNGCTL_PROCESS_CHILD_H
 #define TOOLS_RNGCTL_PROCESS_CHILD_H
 
-#include "tools/rngctl/process/channel.h"
-#include "tools/rngctl/process/messages.h"
+#include "tools/rngctl/channel/channel.h"
+#include "tools/rngctl/channel/messages.h"
 
 #include <chrono>
 #include <string>

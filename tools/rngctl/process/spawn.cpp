@@ -1,6 +1,6 @@
 #include "tools/rngctl/process/spawn.h"
 
-#include "tools/rngctl/process/channel.h"
+#include "tools/rngctl/channel/channel.h"
 #include "tools/rngctl/refusal.h"
 
 #include <algorithm>

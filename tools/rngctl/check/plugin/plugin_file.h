@@ -1,7 +1,7 @@
 #ifndef TOOLS_RNGCTL_CHECK_PLUGIN_PLUGIN_FILE_H
 #define TOOLS_RNGCTL_CHECK_PLUGIN_PLUGIN_FILE_H
 
-#include "tools/rngctl/process/messages.h"
+#include "tools/rngctl/channel/messages.h"
 
 #include <string>
 

@@ -55,7 +55,11 @@ Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   WatchedDraw draw(plugin, 32, 0);
   WatchedDraw other(plugin, 32, 0);
-  if (draw.EndsWithin(plugin.Patience())) return CheckIdleCancel(plugin);
+  if (draw.EndsWithin(plugin.Patience())) {
+    other.EndsWithin(
+        plugin.Patience());  // one that begins late must not meet the Cancel that follows
+    return CheckIdleCancel(plugin);
+  }
   plugin.Cancel();
   bool hasSucceeded = false;
   std::vector<const WatchedDraw*> late;

@@ -1,4 +1,4 @@
-#include "tools/rngctl/process/channel.h"
+#include "tools/rngctl/channel/channel.h"
 
 #include "tests/support/tree.h"
 

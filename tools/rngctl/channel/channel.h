@@ -1,5 +1,5 @@
-#ifndef TOOLS_RNGCTL_PROCESS_CHANNEL_H
-#define TOOLS_RNGCTL_PROCESS_CHANNEL_H
+#ifndef TOOLS_RNGCTL_CHANNEL_CHANNEL_H
+#define TOOLS_RNGCTL_CHANNEL_CHANNEL_H
 
 #include <optional>
 #include <string>

@@ -1,11 +1,11 @@
 #include "providers/dll_loader.h"
 #include "providers/library_handle.h"
-#include "tools/rngctl/doctor/examine.h"
+#include "tools/rngctl/channel/immortal.h"
+#include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/loader/link_map.h"
 #include "tools/rngctl/loader/undeclared.h"
 #include "tools/rngctl/process/child.h"
-#include "tools/rngctl/process/immortal.h"
 #include "tools/rngctl/process/lifecycle_calls.h"
 
 #include <algorithm>

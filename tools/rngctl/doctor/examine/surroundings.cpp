@@ -1,7 +1,7 @@
 #include "providers/display_probe.h"
 #include "providers/library_handle.h"
 #include "settings/known_path.h"
-#include "tools/rngctl/doctor/examine.h"
+#include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/loader/error.h"
 #include "tools/rngctl/loader/link_map.h"

@@ -1,5 +1,5 @@
-#ifndef TOOLS_RNGCTL_DOCTOR_CHILD_H
-#define TOOLS_RNGCTL_DOCTOR_CHILD_H
+#ifndef TOOLS_RNGCTL_DOCTOR_EXAMINE_CHILD_H
+#define TOOLS_RNGCTL_DOCTOR_EXAMINE_CHILD_H
 
 /// The hidden command of the doctor's children.
 inline constexpr char kDoctorChildCommand[] = "doctor-child";

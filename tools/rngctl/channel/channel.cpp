@@ -1,6 +1,6 @@
-#include "tools/rngctl/process/channel.h"
+#include "tools/rngctl/channel/channel.h"
 
-#include "tools/rngctl/process/signal_block.h"
+#include "tools/rngctl/channel/signal_block.h"
 
 #include <cerrno>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#ifndef TOOLS_RNGCTL_PROCESS_MESSAGES_H
-#define TOOLS_RNGCTL_PROCESS_MESSAGES_H
+#ifndef TOOLS_RNGCTL_CHANNEL_MESSAGES_H
+#define TOOLS_RNGCTL_CHANNEL_MESSAGES_H
 
 #include <cstdint>
 #include <nlohmann/json.hpp>

@@ -1,4 +1,4 @@
-#include "tools/rngctl/process/messages.h"
+#include "tools/rngctl/channel/messages.h"
 
 #include <gtest/gtest.h>
 #include <vector>

@@ -1,6 +1,6 @@
-#include "tools/rngctl/doctor/child.h"
+#include "tools/rngctl/doctor/examine/child.h"
 
-#include "tools/rngctl/doctor/examine.h"
+#include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/process/child.h"
 

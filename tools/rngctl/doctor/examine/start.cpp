@@ -1,5 +1,5 @@
 #include "providers/catalogue.h"
-#include "tools/rngctl/doctor/examine.h"
+#include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/loader/search_order.h"
 #include "tools/rngctl/process/child.h"
