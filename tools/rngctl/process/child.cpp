@@ -21,15 +21,15 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// What tells that a child has ended or was stopped is asked for this often, since what could announce it
-// is not permitted in every sandbox. The end of its messages announces it nearly always.
+// How often the state of a child is polled. A pidfd would announce its end, but some sandboxes refuse
+// one. Usually the end of the messages wakes the wait much sooner.
 constexpr milliseconds kTick(20);
 constexpr milliseconds kShortTick(1);
 
-// A child that the user stopped together with this program goes on a moment later.
+// When the user stops and continues this program, the child may continue a moment later.
 constexpr int kStoppedTicks = 10;
 
-// Where more time has passed, this program itself was stopped, or the machine was asleep.
+// A longer gap means that this program was stopped or the machine suspended: it does not count.
 constexpr milliseconds kLongestTick(500);
 
 constexpr std::size_t kMostPrinted = 4096;
