@@ -1,0 +1,188 @@
+#include "tools/rngctl/process/state.h"
+
+#include <cfenv>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <functional>
+#include <gmock/gmock.h>
+#include <iostream>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <xmmintrin.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+
+namespace {
+
+std::vector<std::string> Changes(const std::function<void()>& act) {
+  const ProcessState before = CaptureProcessState();
+  act();
+  return Compare(before, CaptureProcessState());
+}
+
+char* UnmappedPage() {
+  void* const page =
+      ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ::munmap(page, 4096);
+  return static_cast<char*>(page);
+}
+
+void Handle(int) {}
+
+}  // namespace
+
+TEST(ProcessState, OfAQuietProcessStaysTheSame) {
+  EXPECT_THAT(Changes([] { ::getpid(); }), IsEmpty());
+}
+
+TEST(ProcessState, NamesSignalsThatAreTreatedDifferently) {
+  EXPECT_THAT(Changes([] { std::signal(SIGPIPE, SIG_IGN); }), ElementsAre("ignores SIGPIPE"));
+  EXPECT_THAT(Changes([] { std::signal(SIGPIPE, SIG_DFL); }),
+              ElementsAre("resets SIGPIPE to its default action"));
+  EXPECT_THAT(Changes([] { std::signal(SIGUSR1, Handle); }),
+              ElementsAre(MatchesRegex("leaves a handler of SIGUSR1 in .+")));
+  EXPECT_THAT(
+      Changes([] { std::signal(SIGRTMIN + 2, reinterpret_cast<sighandler_t>(UnmappedPage())); }),
+      ElementsAre("leaves a handler of SIGRTMIN+2 in memory that is no longer mapped"));
+}
+
+TEST(ProcessState, ADefaultActionThatIsRestoredBySignalIsTheSame) {
+  EXPECT_THAT(Changes([] { std::signal(SIGUSR1, std::signal(SIGUSR1, Handle)); }), IsEmpty());
+}
+
+TEST(ProcessState, SeesThatEndedChildrenWouldDisappear) {
+  EXPECT_THAT(Changes([] {
+                struct sigaction action = {};
+                action.sa_flags = SA_NOCLDWAIT;
+                ::sigaction(SIGCHLD, &action, nullptr);
+              }),
+              ElementsAre("changes the flags of the action of SIGCHLD"));
+}
+
+TEST(ProcessState, NamesBlockedSignals) {
+  EXPECT_THAT(Changes([] {
+                sigset_t mask;
+                ::sigemptyset(&mask);
+                ::sigaddset(&mask, SIGINT);
+                ::pthread_sigmask(SIG_BLOCK, &mask, nullptr);
+              }),
+              ElementsAre("blocks SIGINT"));
+}
+
+TEST(ProcessState, NamesWhatTheProcessHasOnlyOnce) {
+  EXPECT_THAT(Changes([] { ::umask(0177); }), ElementsAre("changes the umask to 0177"));
+  EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::chdir("/dev")); }),
+              ElementsAre("changes the working directory to /dev"));
+  EXPECT_THAT(Changes([] { ASSERT_TRUE(std::setlocale(LC_CTYPE, "C.UTF-8")); }),
+              ElementsAre(MatchesRegex("changes the locale to .*C.UTF-8.*")));
+  EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::setpriority(PRIO_PROCESS, 0, 7)); }),
+              ElementsAre("changes the priority to 7"));
+  EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::prctl(PR_SET_DUMPABLE, 0)); }),
+              ElementsAre("changes the dumpable flag to 0"));
+}
+
+TEST(ProcessState, NamesLimits) {
+  EXPECT_THAT(Changes([] {
+                rlimit limit = {};
+                ::getrlimit(RLIMIT_NOFILE, &limit);
+                limit.rlim_cur = 99;
+                ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &limit));
+              }),
+              ElementsAre("changes the limit RLIMIT_NOFILE to 99"));
+}
+
+TEST(ProcessState, NamesWhatChangesArithmetic) {
+  EXPECT_THAT(Changes([] { std::fesetround(FE_UPWARD); }),
+              ElementsAre(MatchesRegex("changes the rounding of floating-point numbers to .+")));
+  EXPECT_THAT(Changes([] { _mm_setcsr(_mm_getcsr() | 0x8000U); }),
+              ElementsAre("changes the treatment of very small floating-point numbers to zero"));
+}
+
+TEST(ProcessState, NamesTimers) {
+  const auto setTimer = [](long seconds) {
+    const itimerval timer = {{0, 0}, {seconds, 0}};
+    ::setitimer(ITIMER_VIRTUAL, &timer, nullptr);
+  };
+  EXPECT_THAT(Changes([&] { setTimer(1000); }),
+              ElementsAre("leaves a timer running: ITIMER_VIRTUAL"));
+  EXPECT_THAT(Changes([&] { setTimer(0); }),
+              ElementsAre("stops a timer of the host: ITIMER_VIRTUAL"));
+}
+
+TEST(ProcessState, NamesVariables) {
+  EXPECT_THAT(Changes([] { ::setenv("STATE_A", "1", 1); }),
+              ElementsAre("sets the environment variable STATE_A"));
+  EXPECT_THAT(Changes([] { ::setenv("STATE_A", "2", 1); }),
+              ElementsAre("changes the environment variable STATE_A"));
+  EXPECT_THAT(Changes([] { ::unsetenv("STATE_A"); }),
+              ElementsAre("removes the environment variable STATE_A"));
+}
+
+TEST(ProcessState, SeesVariablesInALibraryAndInMemoryThatIsGone) {
+  static char text[] = "STATE_B=1";
+  EXPECT_THAT(Changes([] { ::putenv(text); }),
+              ElementsAre(MatchesRegex("leaves a part of the environment in .+: STATE_B")));
+  ::unsetenv("STATE_B");
+  char* entries[] = {UnmappedPage(), nullptr};
+  char** const own = environ;
+  const ProcessState before = CaptureProcessState();
+  environ = entries;
+  const ProcessState lost = CaptureProcessState();
+  environ = reinterpret_cast<char**>(UnmappedPage());
+  const ProcessState lostWhole = CaptureProcessState();
+  environ = own;
+  EXPECT_THAT(
+      Compare(before, lost),
+      testing::Contains("leaves a part of the environment in memory that is no longer mapped"));
+  EXPECT_THAT(
+      Compare(before, lostWhole),
+      testing::Contains("leaves a part of the environment in memory that is no longer mapped"));
+}
+
+TEST(ProcessState, SeesBuffersInALibraryAndInMemoryThatIsGone) {
+  static char buffer[64];
+  EXPECT_THAT(Changes([] { std::setvbuf(stdin, buffer, _IOFBF, sizeof buffer); }),
+              ElementsAre(MatchesRegex("leaves the buffer of stdin in .+")));
+  EXPECT_THAT(Changes([] { std::setvbuf(stdin, UnmappedPage(), _IOFBF, 64); }),
+              ElementsAre("leaves the buffer of stdin in memory that is no longer mapped"));
+  EXPECT_THAT(Changes([] { std::setvbuf(stdin, nullptr, _IONBF, 0); }), IsEmpty());
+  std::streambuf* const own = std::cin.rdbuf();
+  const ProcessState before = CaptureProcessState();
+  std::cin.rdbuf(reinterpret_cast<std::streambuf*>(UnmappedPage()));
+  const ProcessState after = CaptureProcessState();
+  std::cin.rdbuf(own);
+  EXPECT_THAT(Compare(before, after),
+              ElementsAre("leaves the buffer of std::cin in memory that is no longer mapped"));
+}
+
+TEST(ProcessState, SeesStandardStreamsThatAreReplacedOrClosed) {
+  const int other = ::open("/dev/zero", O_RDONLY | O_CLOEXEC);
+  EXPECT_THAT(Changes([other] { ::dup2(other, STDIN_FILENO); }),
+              ElementsAre("replaces standard input"));
+  EXPECT_THAT(Changes([] { ::fcntl(STDIN_FILENO, F_SETFL, O_NONBLOCK); }),
+              ElementsAre("changes the flag O_NONBLOCK of standard input"));
+  EXPECT_THAT(Changes([] { ::close(STDIN_FILENO); }), ElementsAre("closes standard input"));
+  EXPECT_THAT(Changes([] { ::open("/dev/null", O_RDONLY | O_CLOEXEC); }),
+              ElementsAre("opens a file as standard input"));
+}
+
+TEST(ProcessState, NamesChildren) {
+  pid_t child = 0;
+  EXPECT_THAT(Changes([&child] {
+                child = ::fork();
+                if (child != 0) return;
+                ::pause();
+                ::_exit(0);
+              }),
+              ElementsAre(MatchesRegex("leaves a child process: .+ \\(process [0-9]+\\)")));
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+}
