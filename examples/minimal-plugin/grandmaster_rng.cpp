@@ -59,6 +59,4 @@ GrandmasterRng g_provider;
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) IRngProvider* GetGrandmasterRng() {
-  return &g_provider;
-}
+extern "C" IRngProvider* GetGrandmasterRng() { return &g_provider; }

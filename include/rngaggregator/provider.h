@@ -174,4 +174,53 @@ extern "C" {
 typedef IRngProvider* (*RngFactory)();
 }
 
+/// The factories by their names. A plug-in defines the one of its kind, and nothing defines the
+/// others. The definition inherits the unmangled name and the visibility from here; a linker script
+/// can still hide it. Nothing but a plug-in's own factory can be called by name: hosts and other
+/// plug-ins use `GetRng`.
+extern "C" {
+__attribute__((visibility("default"))) IRngProvider* GetBioQtRng();
+__attribute__((visibility("default"))) IRngProvider* GetBioX11Rng();
+__attribute__((visibility("default"))) IRngProvider* GetDsdrRng();
+__attribute__((visibility("default"))) IRngProvider* GetAccordRng();
+__attribute__((visibility("default"))) IRngProvider* GetSobolRng();
+__attribute__((visibility("default"))) IRngProvider* GetJacartaGostRng();
+__attribute__((visibility("default"))) IRngProvider* GetRuTokenRng();
+__attribute__((visibility("default"))) IRngProvider* GetEsmartGostRng();
+__attribute__((visibility("default"))) IRngProvider* GetBioKbRng();
+__attribute__((visibility("default"))) IRngProvider* GetUnixDevRng();
+__attribute__((visibility("default"))) IRngProvider* GetGrandmasterRng();
+__attribute__((visibility("default"))) IRngProvider* GetBioCoreRng();
+}
+
+/// Reports the devices that the plug-in sees, and what it lacks [after SetSettings, any thread].
+/// Optional: a plug-in may define it besides its factory. The aggregator never calls it. Tools for
+/// administrators do, among them `rngctl list` and `rngctl doctor`, in a process of their own.
+///
+/// The text is UTF-8 in lines, each ended by a line feed, which the last one may omit. A line is one
+/// of these, with single tab characters between its parts and no other control characters:
+///
+///     device<TAB>identifier<TAB>text   a device: what `SelectDevice` accepts, and words for people
+///     problem<TAB>text                 why there is no device, or what else prevents a draw
+///
+/// Identifiers have 1 to 17 characters and are unique. A problem says what is wrong, with the name
+/// or path, and then what to do.
+///
+/// Result and sizing: the protocol of two calls that the text operations of `IRngProvider` follow;
+/// at most 65536 bytes with the terminator, 0 when there is nothing to report. The call with a null
+/// buffer looks at the devices. The next call writes what that one saw, even if a device has come or
+/// gone in between.
+///
+/// Order: after `SetSettings`, so that the plug-in knows its settings, and before `Release`; the
+/// caller may have called `IsAvailable` before. Also right after a factory that returned null.
+///
+/// Ownership: the buffer is the caller's.
+/// Threads:   any, one caller at a time. Other operations may run meanwhile: it must not take a
+///            device away from a draw.
+/// Failure:   0. It throws nothing.
+///
+/// Every plug-in may export this name. So a plug-in never calls it by name, because the call could
+/// reach another plug-in's, and callers look it up in the one library that they have opened.
+extern "C" __attribute__((visibility("default"))) std::int32_t GetRngReport(char* buffer);
+
 #endif

@@ -83,6 +83,4 @@ UnixDevRng g_provider;
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) IRngProvider* GetUnixDevRng() {
-  return &g_provider;
-}
+extern "C" IRngProvider* GetUnixDevRng() { return &g_provider; }

@@ -11,7 +11,8 @@ struct Presence {
 
 }  // namespace
 
-__attribute__((visibility("default"))) IRngProvider* FACTORY() {
+// A parameter makes it another function than the one that provider.h declares.
+__attribute__((visibility("default"))) IRngProvider* FACTORY(int) {
   RecordCall(KIND, "factory");
   return nullptr;
 }

@@ -2,7 +2,8 @@
 
 #include "tests/fake_plugins/correct_rng.h"
 
-__attribute__((visibility("default"))) IRngProvider* FACTORY() {
+// A parameter makes it another function than the one that provider.h declares.
+__attribute__((visibility("default"))) IRngProvider* FACTORY(int) {
   static CorrectRng provider;
   return &provider;
 }

@@ -43,7 +43,7 @@ TEST(Check, AFactoryOfAnotherKindIsNoPair) {
 
 TEST(Check, AFactoryInCppIsSeenByItsMangledName) {
   const json report = Report(Breaking("factory_is_mangled"));
-  EXPECT_EQ("It does not export GetDsdrRng; it exports _Z10GetDsdrRngv.",
+  EXPECT_EQ("It does not export GetDsdrRng; it exports _Z10GetDsdrRngi.",
             Found(report, "one-export"));
   EXPECT_THAT(Find(report, "one-export").at("fix"),
               EndsWith("make sure that no version script hides it."));
