@@ -4,10 +4,12 @@
 # result is a module with the file name under which the library searches for that kind. The target is
 # named after the file, without "lib" and ".so", here rngrutoken. The sources define the kind's factory.
 #
-# The module exports only the factory, so that plug-ins in one process do not clash. An undefined
-# function is a link error: the library opens plug-ins with lazy binding, so the process would
-# terminate at the first call of that function. Nothing in the module prevents it from being unmapped
-# when it is closed.
+# The module exports only the factory, and GetRngReport where the sources define it, so that plug-ins
+# in one process do not clash. A factory that is missing or hidden fails the build. So does an undefined
+# function: the library opens plug-ins with lazy binding, so the process would terminate at the first
+# call of that function. Nothing in the module prevents it from being unmapped when it is closed.
+#
+# Works with GNU ld, gold and lld.
 function(rng_add_plugin kind)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" SOURCES)
   if(NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
@@ -15,7 +17,9 @@ function(rng_add_plugin kind)
   endif()
   rng_look_up_kind("${kind}" target factory)
   set(exports ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
-  file(CONFIGURE OUTPUT ${exports} CONTENT "{\n  global: ${factory};\n  local: *;\n};\n")
+  # A pattern, because lld rejects the plain name of a function that the plug-in does not define.
+  file(CONFIGURE OUTPUT ${exports} CONTENT
+    "{\n  global: ${factory}; GetRngRepor[t];\n  local: *;\n};\n")
 
   add_library(${target} MODULE ${arg_SOURCES})
   target_link_libraries(${target} PRIVATE RngAggregator::plugin)
@@ -23,12 +27,15 @@ function(rng_add_plugin kind)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   target_link_options(${target} PRIVATE
     -Wl,--version-script=${exports}
-    -Wl,--require-defined=${factory}  # otherwise only the library would notice a misspelt one
+    -Wl,-Bsymbolic-functions  # its own calls do not reach functions of other plug-ins
     -Wl,-z,defs,-z,now)
   set_target_properties(${target} PROPERTIES
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     LINK_DEPENDS ${exports})
+  add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+    COMMAND ${CMAKE_COMMAND} -D NM=${CMAKE_NM} -D FILE=$<TARGET_FILE:${target}> -D FACTORY=${factory}
+      -P ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/RngCheckFactory.cmake)
   rng_keep_file_name(${target})
   get_property(languages GLOBAL PROPERTY ENABLED_LANGUAGES)
   if(CXX IN_LIST languages)

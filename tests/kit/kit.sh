@@ -81,7 +81,7 @@ find_package(RngAggregator 1 REQUIRED)
 PROJECT
 }
 
-configure() { cmake -S . -B build -DCMAKE_PREFIX_PATH="$P" >"$room/log" 2>&1; }
+configure() { cmake -S . -B build -DCMAKE_PREFIX_PATH="$P" "$@" >"$room/log" 2>&1; }
 
 # configuring_says SENTENCE: it fails with that, however CMake breaks the lines.
 configuring_says() {
@@ -98,6 +98,25 @@ __attribute__((visibility("default"))) inline int& Counter() { static int count;
 __attribute__((visibility("default"))) int Stray() { return Counter(); }
 extern "C" __attribute__((visibility("default"))) IRngProvider* $2() { return nullptr; }
 SOURCE
+}
+
+# A plug-in of the kind "sobol" that also reports its devices, and asks itself for them.
+write_reporting_plugin() {
+  cat >sobol.cpp <<'SOURCE'
+#include <rngaggregator/provider.h>
+std::int32_t GetRngReport(char*) { return 0; }
+static int g_size;
+IRngProvider* GetSobolRng() {
+  g_size = GetRngReport(nullptr);
+  return nullptr;
+}
+SOURCE
+  echo 'rng_add_plugin(sobol SOURCES sobol.cpp)' >>CMakeLists.txt
+}
+
+exports_with_report() { # FILE
+  printf 'T %s\n' GetRngReport GetSobolRng >"$room/symbols"
+  "$fact" exports "$1" "$room/symbols"
 }
 
 for_each_kind() { # FUNCTION: called with kind, file and factory
@@ -200,6 +219,50 @@ PROJECT
     for target in rngsobol:GetSobolRng rngdsdr:Missing; do
       cmake --build build --target ${target%:*} >"$room/log" 2>&1 && fail "$target was linked"
       grep -q "${target#*:}" "$room/log" || fail "$target: $(cat "$room/log")"
+    done
+    ;;
+  HiddenFactoryIsAnError)
+    begin_project C
+    echo 'void* GetSobolRng(void) { return 0; }' >sobol.c
+    echo 'rng_add_plugin(sobol SOURCES sobol.c)' >>CMakeLists.txt
+    configure || fail "$(cat "$room/log")"
+    if cmake --build build >"$room/log" 2>&1; then fail "was built"; fi
+    tr -s ' \n' ' ' <"$room/log" | grep -qF 'librngsobol.so does not export its factory GetSobolRng' ||
+      fail "$(cat "$room/log")"
+    if cmake --build build >"$room/log" 2>&1; then fail "was built the second time"; fi
+    ;;
+  HeaderMakesTheFactoryVisible)
+    begin_project CXX
+    printf '%s\n' '#include <rngaggregator/provider.h>' \
+      'IRngProvider* GetSobolRng() { return nullptr; }' >sobol.cpp
+    echo 'rng_add_plugin(sobol SOURCES sobol.cpp)' >>CMakeLists.txt
+    { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
+    exports_alone GetSobolRng build/librngsobol.so
+    ;;
+  ReportOfDevicesIsExported)
+    begin_project CXX
+    write_reporting_plugin
+    { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
+    exports_with_report build/librngsobol.so
+    # Its own call stays in the plug-in: another one's function has the same name.
+    if readelf -rW build/librngsobol.so | grep GetRngReport; then fail "another plug-in can answer"; fi
+    ;;
+  OtherLinkersServe)
+    begin_project CXX
+    write_reporting_plugin
+    add_kind accord librngaccord.so GetAccordRng
+    echo 'void* GetDsdrRng(void) { return 0; }' >dsdr.cpp
+    echo 'rng_add_plugin(dsdr SOURCES dsdr.cpp)' >>CMakeLists.txt
+    for linker in lld gold; do
+      command -v ld.$linker >/dev/null || fail "there is no ld.$linker"
+      rm -rf build
+      configure -DCMAKE_MODULE_LINKER_FLAGS=-fuse-ld=$linker || fail "$(cat "$room/log")"
+      cmake --build build --target rngsobol rngaccord >"$room/log" 2>&1 || fail "$linker: $(cat "$room/log")"
+      exports_with_report build/librngsobol.so
+      exports_alone GetAccordRng build/librngaccord.so
+      "$fact" binds_at_load build/librngaccord.so
+      if cmake --build build --target rngdsdr >"$room/log" 2>&1; then fail "$linker: mangled"; fi
+      grep -q GetDsdrRng "$room/log" || fail "$linker: $(cat "$room/log")"
     done
     ;;
   WrongKindIsAnErrorThatNamesTheKinds)
