@@ -129,7 +129,9 @@ INSTANTIATE_TEST_SUITE_P(
                "signal 6 (Aborted) in the exit of the process without Release"},
         Breach{"stays_mapped", "unmapped", "flag NODELETE"},
         Breach{"thread_object_stays", "unmapped", "thread_local objects with destructors"},
-        Breach{"leaks_pages", "load-cycles", "address space"}),
+        Breach{"leaks_pages", "load-cycles", "address space"},
+        Breach{"leaks_slowly", "load-cycles", "the heap in use grew steadily"},
+        Breach{"leaks_threads", "release-ends-threads load-cycles", "1 thread is still running"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(

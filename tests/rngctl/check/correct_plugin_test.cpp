@@ -67,3 +67,13 @@ TEST(Check, ASourceThatRunsOutIsNoFaultOfTheThreads) {
   EXPECT_EQ("the source ran out: draws now also fail when called alone",
             Reason(report, "concurrent-calls"));
 }
+
+// What threads and the C library's memory for them vary by is no leak.
+TEST(Check, ThreadsThatAreJoinedAreNoGrowth) {
+  for (const char* count : {"1", "2", "8", "32"}) {
+    const std::string plugin = Breaking("has_threads");
+    const Result result =
+        RunShell("RNG_FAKE_THREADS=" + std::string(count) + " " RNGCTL " check --json " + plugin);
+    EXPECT_EQ("", Failed(json::parse(result.output))) << count << result.output << result.errors;
+  }
+}

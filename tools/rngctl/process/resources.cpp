@@ -56,6 +56,6 @@ ProcessSize SizeOfThisProcess() {
   std::size_t pages = 0;
   statistics >> pages;
   const struct mallinfo2 heap = ::mallinfo2();
-  return {OpenFiles().size(), static_cast<std::size_t>(lines), heap.uordblks + heap.hblkhd,
-          pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))};
+  return {OpenFiles().size(), ThreadsOfThisProcess().size(), static_cast<std::size_t>(lines),
+          heap.uordblks + heap.hblkhd, pages * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))};
 }

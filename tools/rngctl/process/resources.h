@@ -18,6 +18,7 @@ std::map<std::string, void*> Handlers();
 
 struct ProcessSize {
   std::size_t files;
+  std::size_t threads;
   std::size_t mappings;
   std::size_t heap;          ///< bytes that are allocated and not freed
   std::size_t addressSpace;  ///< bytes

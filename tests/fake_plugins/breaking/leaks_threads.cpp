@@ -1,0 +1,21 @@
+// Leaves a thread behind each time. It runs the C library's code alone, which stays in the process.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+#include <dlfcn.h>
+#include <pthread.h>
+
+namespace {
+
+class LeaksThreadsRng final : public CorrectRng {
+ public:
+  void SetSettings(IRngSettings*) override {
+    pthread_t thread;
+    void* const pause = ::dlsym(RTLD_DEFAULT, "pause");
+    ::pthread_create(&thread, nullptr, reinterpret_cast<void* (*)(void*)>(pause), nullptr);
+  }
+};
+
+}  // namespace
+
+EXPORT_RNG(LeaksThreadsRng)
