@@ -36,8 +36,20 @@
 ///     [any thread]  by the aggregator or by hosts while the provider is listed, without a lock,
 ///                   possibly from several threads at once; also by other plug-ins under the lock
 ///
-/// Code that runs under the lock may call the aggregator's queries. It must not call `Initialize`
-/// or `ShutDown`: the lock is not recursive, and the call would never return.
+/// Starting and stopping. A plug-in may call the aggregator's queries, also under the lock. It calls
+/// neither `Initialize` nor `ShutDown`, from no operation and from no thread of its own:
+///
+/// - Under the lock the call never returns, because the lock is not recursive. The same happens
+///   when `Release` waits for a thread that makes the call.
+/// - From any other operation, for example a draw, `Initialize` raises the start count and returns.
+///   Without its `ShutDown`, the host's last stop then releases nothing. A `ShutDown` without its
+///   `Initialize` may be the final one: it releases the provider and closes the library whose code
+///   made the call, and the return from it crashes.
+///
+/// The process belongs to the host. A plug-in that changes what a process has only once (signal
+/// actions and masks, the umask, the working directory, the locale, timers, the environment, the
+/// standard streams, limits) restores it in `Release`. It leaves no pointer into its own memory, and
+/// no child process.
 ///
 /// Exceptions. The aggregator catches nothing: whatever a plug-in throws reaches the host, possibly
 /// after the aggregator has closed the plug-in's library. So throw nothing, or at most the standard

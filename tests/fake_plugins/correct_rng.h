@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <dlfcn.h>
 #include <sys/random.h>
 
 #include <rngaggregator/provider.h>
@@ -37,10 +38,12 @@ class CorrectRng : public IRngProvider {
     return static_cast<std::int32_t>(size);
   }
 
-  /// True once in a process, however often the plug-in is loaded.
+  /// True once in a process, however often the plug-in is loaded. The mark is a library that stays
+  /// loaded: nothing else in the process changes.
   static bool IsFirstTime() {
-    const bool isFirst = !std::getenv("RNG_BREAKING_DONE");
-    ::setenv("RNG_BREAKING_DONE", "1", 1);
+    const char* const mark = "libutil.so.1";
+    const bool isFirst = !::dlopen(mark, RTLD_LAZY | RTLD_NOLOAD);
+    ::dlopen(mark, RTLD_LAZY | RTLD_NODELETE);
     return isFirst;
   }
 };

@@ -56,6 +56,8 @@ INSTANTIATE_TEST_SUITE_P(
     Start, CheckBreach,
     testing::Values(Breach{"opening_crashes", "opens", "signal 6 (Aborted) in dlopen"},
                     Breach{"factory_gives_null", "gives-object", "returns null"},
+                    Breach{"factory_resolves_to_null", "gives-object",
+                           "exports GetDsdrRng, but dlsym does not find it"},
                     Breach{"needs_settings", "null-settings", "in SetSettings with null"},
                     Breach{"needs_a_path", "empty-settings", "in SetSettings with empty settings"},
                     Breach{"gives_object_once", "reload", "opened again"},
@@ -81,6 +83,9 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"description_has_lines", "description-line", "line break"},
         Breach{"description_is_latin", "description-line", "not UTF-8"},
         Breach{"hardware_id_is_long", "hardware-id", "18 characters", "Shorten it to 17"},
+        Breach{"description_has_controls", "description-line", "another control character"},
+        Breach{"hardware_id_has_controls", "plain-texts", "device \"X1\033[2J\" has a line break"},
+        Breach{"hardware_id_has_equals", "plain-texts", "\"slot=1\" has \"=\", so it cannot be"},
         Breach{"flags_change", "stable-flags", "returns 1, then 2: hosts"},
         Breach{"no_flags", "some-flag", "returns 0"},
         Breach{"self_test_fails", "self-test", "returns false"},
@@ -95,6 +100,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Breach{"empty_draw_fails", "empty-draw", "false for a null buffer and size 0"},
                     Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
                     Breach{"draw_fails", "draw-succeeds", "returns false"},
+                    Breach{"forgets_its_device", "refused-device",
+                           "GetHardwareId reports \"\"; before it was \"X1\""},
+                    Breach{"stops_when_refusing", "refused-device", "draws fail"},
                     Breach{"stays_cancelled", "cancel", "the next draw fails"},
                     Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
                     Breach{"failed_draw_leaves_bytes", "failed-draw-is-zero", "was refused"},
@@ -135,6 +143,22 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
+    ProcessState, CheckBreach,
+    testing::Values(
+        Breach{"IgnoreBrokenPipes", "process-state", "It ignores SIGPIPE."},
+        Breach{"Restrict", "process-state",
+               "It changes the umask to 0777, changes the working directory to /dev."},
+        Breach{"StartTimer", "process-state", "It leaves a timer running: ITIMER_REAL."},
+        Breach{"LendVariable", "process-state",
+               "It leaves a part of the environment in memory that is no longer mapped."},
+        Breach{"LendBuffer", "process-state",
+               "It leaves the buffer of stdout in memory that is no longer mapped."},
+        Breach{"LeaveChild", "process-state",
+               "It leaves a child process: a copy of its own (process "},
+        Breach{"blocks_signals_in_draws", "process-state", "It blocks SIGINT."}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
     Throughout, CheckBreach,
     testing::Values(
         Breach{"factory_throws", "no-exceptions", "the factory throws \"no licence\""},
@@ -143,6 +167,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"release_throws", "no-exceptions", "Release throws \"still in use\""},
         Breach{"calls_initialize", "no-lifecycle-calls", "Initialize is called in IsAvailable"},
         Breach{"calls_shut_down", "no-lifecycle-calls", "ShutDown is called in Release"},
+        Breach{"stops_in_draws", "no-lifecycle-calls", "ShutDown is called in Generate"},
         Breach{"calls_at_exit", "unmapped no-lifecycle-calls", "flag NODELETE"},
         Breach{"prints", "no-output", "In the check empty-draw it prints \"drawing 0\"."}),
     NameOf);
@@ -189,6 +214,7 @@ TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
       {"factory_hangs", "gives-object", "did not answer within 1 s in the factory"},
       {"name_hangs", "name", "did not answer within 1 s in GetName"},
       {"self_test_hangs", "self-test", "did not answer within 1 s", "Make it return soon"},
+      {"waits_without_flag", "waits-are-flagged", "GetFlags returns 1, without kRngCapabilityNee"},
       {"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel"},
       {"cancels_one_draw", "cancel", "has not ended 0.75 s after Cancel"},
       {"cancelled_draw_succeeds", "cancel", "returns true"},

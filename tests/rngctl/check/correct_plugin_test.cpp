@@ -10,7 +10,7 @@ TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output,
-              EndsWith("\n39 checks passed, 0 failed, 0 warnings, 2 not examined\n"));
+              EndsWith("\n43 checks passed, 0 failed, 0 warnings, 2 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
@@ -34,8 +34,9 @@ TEST(Check, WhatTakesTimeIsNoFault) {
       CheckTogether({"waits_for_user", "slow", "slow_throughout", "draws_in_turn"});
   const json user = json::parse(results["waits_for_user"].output);
   EXPECT_EQ("", Failed(user));
-  EXPECT_EQ("own-device draw-succeeds draw-fills-buffer draws-differ concurrent-calls",
-            Names(user, "not-examined"));
+  EXPECT_EQ(
+      "own-device draw-succeeds refused-device draw-fills-buffer draws-differ concurrent-calls",
+      Names(user, "not-examined"));
   EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
 
   const json slow = json::parse(results["slow"].output);

@@ -176,13 +176,14 @@ TEST(ProcessState, SeesStandardStreamsThatAreReplacedOrClosed) {
 
 TEST(ProcessState, NamesChildren) {
   pid_t child = 0;
-  EXPECT_THAT(Changes([&child] {
-                child = ::fork();
-                if (child != 0) return;
-                ::pause();
-                ::_exit(0);
-              }),
-              ElementsAre(MatchesRegex("leaves a child process: .+ \\(process [0-9]+\\)")));
+  EXPECT_THAT(
+      Changes([&child] {
+        child = ::fork();
+        if (child != 0) return;
+        ::pause();
+        ::_exit(0);
+      }),
+      ElementsAre(MatchesRegex("leaves a child process: a copy of its own \\(process [0-9]+\\)")));
   ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
 }

@@ -39,6 +39,12 @@ bool IsAddedByLinkers(const std::string& name) {
   return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
+// The loader ignores others.
+bool IsVisible(const GElf_Sym& symbol) {
+  const unsigned visibility = GELF_ST_VISIBILITY(symbol.st_other);
+  return visibility == STV_DEFAULT || visibility == STV_PROTECTED;
+}
+
 void ReadSymbol(const GElf_Sym& symbol, const std::string& name, ElfFacts& facts) {
   const unsigned binding = GELF_ST_BIND(symbol.st_info);
   if (symbol.st_shndx == SHN_UNDEF) {
@@ -48,7 +54,8 @@ void ReadSymbol(const GElf_Sym& symbol, const std::string& name, ElfFacts& facts
     if (binding == STB_GLOBAL) facts.needs.push_back(name);
   } else if (binding == STB_GNU_UNIQUE) {
     facts.uniqueSymbols.push_back(name);
-  } else if (binding != STB_LOCAL && symbol.st_shndx != SHN_ABS && !IsAddedByLinkers(name)) {
+  } else if (binding != STB_LOCAL && IsVisible(symbol) && symbol.st_shndx != SHN_ABS &&
+             !IsAddedByLinkers(name)) {
     facts.exports.push_back(name);  // absolute symbols are the names of versions
   }
 }

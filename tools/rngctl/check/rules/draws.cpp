@@ -1,5 +1,7 @@
+#include "tools/rngctl/check/plugin/guarded_text.h"
 #include "tools/rngctl/check/plugin/watched_draw.h"
 #include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/terminal/text.h"
 
 namespace {
 
@@ -23,6 +25,50 @@ Finding CheckDrawSucceeds(WatchedPlugin& plugin) {
   return Passed();
 }
 
+// Whether a draw ends only when it is cancelled. One that is slow ends by itself and succeeds.
+bool Waits(WatchedPlugin& plugin) {
+  WatchedDraw draw(plugin, 32, 0);
+  if (draw.EndsWithin(plugin.Patience())) return false;
+  Record([](Transcript& transcript) { transcript.drawsWait = true; });
+  plugin.Cancel();
+  return !draw.EndsWithin(3 * plugin.Patience()) || !draw.Answer();
+}
+
+Finding CheckWaitsAreFlagged(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const std::uint32_t flags = plugin.GetFlags();
+  if ((flags & (kRngCapabilityNeedsUser | kRngCapabilityMayBlock)) != 0) return Passed();
+  if (!Waits(plugin)) return Passed();
+  return Failed("A draw waits until it is cancelled, and GetFlags returns " +
+                std::to_string(flags) +
+                ", without kRngCapabilityNeedsUser and kRngCapabilityMayBlock.");
+}
+
+std::string IdOf(WatchedPlugin& plugin) {
+  return plugin.IsGood(Step::kGetHardwareId) ? ReadGuarded(plugin, &IRngProvider::GetHardwareId)
+                                             : "";
+}
+
+// Selects the device in use, or any.
+bool SelectPresent(WatchedPlugin& plugin, const std::string& id) {
+  return plugin.SelectDevice(id.empty() ? nullptr : id.c_str());
+}
+
+Finding CheckRefusedDevice(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  const std::string id = IdOf(plugin);
+  if (!SelectPresent(plugin, id)) return NotExamined("SelectDevice refuses its own device");
+  const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
+  if (IdOf(plugin) != id) return NotExamined("GetHardwareId does not always report the same");
+  if (plugin.SelectDevice("no-such-device-\x01")) return NotExamined("it accepts any identifier");
+  const std::string now = IdOf(plugin);
+  Require(now == id, "After a refused SelectDevice, GetHardwareId reports " + Quoted(now) +
+                         "; before it was " + Quoted(id) + ".");
+  if (!draws) return id.empty() ? NotExamined("it reports no device and does not draw") : Passed();
+  Require(Draw(plugin, 32, 0).answer, "After a refused SelectDevice, draws fail.");
+  return Passed();
+}
+
 }  // namespace
 
 std::vector<Rule> DrawRules() {
@@ -32,5 +78,12 @@ std::vector<Rule> DrawRules() {
        "Return true at once when the size is 0.", CheckEmptyDraw},
       {"draw-succeeds", Severity::kWarning, "Draws succeed while the generator is available",
        "Let IsAvailable return false while draws cannot succeed.", CheckDrawSucceeds},
+      {"waits-are-flagged", Severity::kWarning, "GetFlags says that draws may wait",
+       "Return kRngCapabilityNeedsUser if the user takes part in a draw, otherwise "
+       "kRngCapabilityMayBlock: hosts that cannot wait skip such generators.",
+       CheckWaitsAreFlagged},
+      {"refused-device", Severity::kError, "A refused SelectDevice keeps the earlier choice",
+       "Look for the device first, and change the choice only when it is found.",
+       CheckRefusedDevice},
   };
 }

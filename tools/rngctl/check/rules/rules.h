@@ -16,6 +16,7 @@ std::vector<Rule> CancelRules();
 std::vector<Rule> DrawnByteRules();
 std::vector<Rule> ThreadRules();
 std::vector<Rule> ReleaseRules();
+std::vector<Rule> ProcessStateRules();
 std::vector<Rule> CycleRules();
 std::vector<Rule> EvidenceRules();
 

@@ -1,7 +1,9 @@
 #include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/loader/elf_facts.h"
 #include "tools/rngctl/loader/error.h"
 #include "tools/rngctl/loader/undeclared.h"
 
+#include <algorithm>
 #include <dlfcn.h>
 
 namespace {
@@ -41,8 +43,33 @@ Finding CheckOpens(WatchedPlugin& plugin) {
       "programs may not.");
 }
 
+bool IsExported(const PluginFile& file) {
+  const std::vector<std::string> exports = ReadElfFacts(file.path).exports;
+  return std::find(exports.begin(), exports.end(), file.factory) != exports.end();
+}
+
+// The resolver of an indirect function is code of the plug-in, and runs here.
+bool IsFound(WatchedPlugin& plugin) {
+  const PluginFile& file = plugin.File();
+  plugin.BeginStep(Step::kFactory);
+  void* const library = ::dlopen(file.path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  return library && ::dlsym(library, file.factory.c_str());
+}
+
+Finding FailedToFindFactory(const std::string& factory) {
+  Finding finding =
+      Failed("The file exports " + factory + ", but dlsym does not find it, or finds null.",
+             "Define it as an ordinary function with default visibility: an indirect function "
+             "(ifunc) must not resolve to null, and a symbol version must be the default one.");
+  finding.severity = Severity::kError;  // no machine has what it lacks
+  return finding;
+}
+
 Finding CheckFactory(WatchedPlugin& plugin) {
   plugin.Open();
+  if (IsExported(plugin.File()) && !IsFound(plugin)) {
+    return FailedToFindFactory(plugin.File().factory);
+  }
   if (plugin.Make()) return Passed();
   return Failed(
       "The factory returns null: hosts do not see this generator, and there is nothing else to "

@@ -2,7 +2,7 @@
 #include "tools/rngctl/check/rules/rules.h"
 #include "tools/rngctl/terminal/text.h"
 
-#include <cctype>
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -73,9 +73,22 @@ bool IsUtf8(const std::string& text) {
   }
 }
 
-bool HasControlCharacter(const std::string& text) {
-  return std::any_of(text.begin(), text.end(),
-                     [](unsigned char c) { return std::iscntrl(c) != 0; });
+bool HasControlCharacter(const std::string& text) { return Printable(text) != text; }
+
+bool HasBlankEnd(const std::string& text) {
+  const std::string blanks = " \t";
+  return !text.empty() && (blanks.find(text.front()) != std::string::npos ||
+                           blanks.find(text.back()) != std::string::npos);
+}
+
+// Why it cannot be shown, or stored as the default; "" if it can.
+std::string FlawOf(const std::string& text) {
+  if (!IsUtf8(text)) return "is not UTF-8";
+  if (HasControlCharacter(text)) return "has a line break or another control character";
+  if (text.find('=') != std::string::npos)
+    return "has \"=\", so it cannot be stored as the default";
+  if (HasBlankEnd(text)) return "begins or ends with a blank, which is lost when it is stored";
+  return "";
 }
 
 Finding CheckName(WatchedPlugin& plugin) {
@@ -106,6 +119,18 @@ Finding CheckNameInCatalogue(WatchedPlugin& plugin) {
   if (name == kind) return Passed();
   return Failed("It reports the name " + Quoted(name) + "; the file belongs to " + Quoted(kind) +
                 ".");
+}
+
+Finding CheckPlainTexts(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  for (const auto& [what, operation] :
+       {std::pair<const char*, TextOperation>("The name ", &IRngProvider::GetName),
+        {"The identifier of the device ", &IRngProvider::GetHardwareId}}) {
+    const std::string text = ReadForContent(plugin, operation);
+    const std::string flaw = FlawOf(text);
+    Require(flaw.empty(), what + Quoted(text) + " " + flaw + ".");
+  }
+  return Passed();
 }
 
 Finding CheckDescription(WatchedPlugin& plugin) {
@@ -159,5 +184,11 @@ std::vector<Rule> TextRules() {
        "Return 0 when there is no device, otherwise the size with the terminator; write at most "
        "that many bytes.",
        CheckHardwareId},
+      {"plain-texts", Severity::kWarning,
+       "The name and the identifier of the device can be shown and stored",
+       "Use letters, digits and hyphens: control characters disturb terminals, and the settings "
+       "file "
+       "cannot hold \"=\" or blanks at the ends.",
+       CheckPlainTexts},
   };
 }

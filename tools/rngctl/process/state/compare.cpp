@@ -124,13 +124,20 @@ void AddStandardStreams(const ProcessState& before, const ProcessState& after, S
   }
 }
 
+std::string ProgramOf(const std::string& process) {
+  std::string name;
+  std::getline(std::ifstream("/proc/" + process + "/comm"), name);
+  return name;
+}
+
 void AddChildren(const ProcessState& before, const ProcessState& after, Sentences& found) {
   for (const pid_t child : after.children) {
     if (before.children.contains(child)) continue;
     const std::string number = std::to_string(child);
-    std::string name;
-    std::getline(std::ifstream("/proc/" + number + "/comm"), name);
-    found.push_back("leaves a child process: " + name + " (process " + number + ")");
+    const std::string program = ProgramOf(number);
+    found.push_back("leaves a child process: " +
+                    (program == ProgramOf("self") ? "a copy of its own" : program) + " (process " +
+                    number + ")");
   }
 }
 

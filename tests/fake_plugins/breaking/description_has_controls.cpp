@@ -1,0 +1,19 @@
+// Describes itself with U+009B, by which some terminals are controlled.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+namespace {
+
+class ControlsRng final : public CorrectRng {
+ public:
+  std::int32_t GetDescription(char* buffer) override {
+    return Report(
+        "One \xC2\x9B"
+        "2J",
+        buffer);
+  }
+};
+
+}  // namespace
+
+EXPORT_RNG(ControlsRng)

@@ -1,0 +1,21 @@
+// Has a device, and none after it was asked for one that it does not have.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+namespace {
+
+class ForgetsItsDeviceRng final : public CorrectRng {
+ public:
+  std::int32_t GetHardwareId(char* buffer) override { return hasDevice ? Report("X1", buffer) : 0; }
+  bool SelectDevice(const char* hardwareId) override {
+    hasDevice = CorrectRng::SelectDevice(hardwareId) || std::strcmp(hardwareId, "X1") == 0;
+    return hasDevice;
+  }
+
+ private:
+  bool hasDevice = true;
+};
+
+}  // namespace
+
+EXPORT_RNG(ForgetsItsDeviceRng)

@@ -1,0 +1,19 @@
+// Has a device whose identifier the settings file cannot hold.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+namespace {
+
+constexpr char kId[] = "slot=1";
+
+class EqualsRng final : public CorrectRng {
+ public:
+  std::int32_t GetHardwareId(char* buffer) override { return Report(kId, buffer); }
+  bool SelectDevice(const char* hardwareId) override {
+    return CorrectRng::SelectDevice(hardwareId) || std::strcmp(hardwareId, kId) == 0;
+  }
+};
+
+}  // namespace
+
+EXPORT_RNG(EqualsRng)
