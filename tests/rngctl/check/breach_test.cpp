@@ -218,6 +218,12 @@ TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
       {"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel"},
       {"cancels_one_draw", "cancel", "has not ended 0.75 s after Cancel"},
       {"cancelled_draw_succeeds", "cancel", "returns true"},
+      {"cancel_waits", "draw-succeeds cancel failed-draw-is-zero",
+       "While a draw waits, Cancel has not returned after 0.5 s", "Let Cancel take no lock"},
+      {"large_draw_waits", "cancel failed-draw-is-zero draw-fills-buffer",
+       "While a draw waits, Cancel has not returned after 0.5 s", "Let Cancel take no lock"},
+      {"slow_cancel_waits", "cancel", "Cancel", "Let Cancel take no lock"},
+      {"later_draw_waits", "cancel", "has not ended 0.75 s after Cancel"},
       {"waits_only_once", "cancel", "also ends the next one"},
       {"cancelled_draw_leaves_bytes", "failed-draw-is-zero", "was cancelled"}};
   std::vector<std::string> variants;

@@ -1,5 +1,7 @@
 #include "tools/rngctl/check/bad_end.h"
 
+#include "tools/rngctl/check/plugin/watched_draw.h"
+
 namespace {
 
 constexpr int kLoaderStatus = 127;  // of a process that calls a missing function
@@ -12,6 +14,7 @@ bool HasUnusualSettings(Step step) {
 }
 
 std::string FixFor(Step step, const ChildResult& result) {
+  if (result.end == ChildEnd::kTimedOut && step == Step::kCancel) return kCancelFix;
   if (result.end == ChildEnd::kTimedOut) {
     return "Make it return soon: provide the device or input that it waits for, or allow more time "
            "with --timeout.";
@@ -47,8 +50,9 @@ Finding JudgeBadEnd(const Transcript& transcript, const ChildResult& result,
   if (transcript.isOwnStep) return finding;
   finding.fix = FixFor(transcript.step, result);
   // An operation that ends the process is an error in any check. So is a factory that does not return:
-  // every start of a host would wait for it.
-  const bool endsProcess = result.end != ChildEnd::kTimedOut || transcript.step == Step::kFactory;
+  // every start of a host would wait for it. Cancel is there to end what waits.
+  const bool endsProcess = result.end != ChildEnd::kTimedOut || transcript.step == Step::kFactory ||
+                           transcript.step == Step::kCancel;
   if (endsProcess) finding.severity = Severity::kError;
   return finding;
 }

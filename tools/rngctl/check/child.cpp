@@ -13,7 +13,7 @@ Finding Make(PluginCheck check, WatchedPlugin& plugin) {
   try {
     return check(plugin);
   } catch (const EarlyEnd& end) {
-    return {end.outcome, end.what(), end.fix};
+    return {end.outcome, end.what(), end.fix, end.severity};
   }
 }
 

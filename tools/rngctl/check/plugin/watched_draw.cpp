@@ -1,5 +1,7 @@
 #include "tools/rngctl/check/plugin/watched_draw.h"
 
+#include <sstream>
+
 namespace {
 
 constexpr char kWaits[] = "a draw takes long, or waits for a user or a device";
@@ -8,7 +10,7 @@ constexpr char kWaits[] = "a draw takes long, or waits for a user or a device";
 void RequireEnd(WatchedPlugin& plugin, const WatchedDraw& draw) {
   if (draw.EndsWithin(plugin.Patience())) return;
   Record([](Transcript& transcript) { transcript.drawsWait = true; });
-  plugin.Cancel();
+  CancelDraws(plugin);
   draw.EndsWithin(plugin.Patience());
   throw EarlyEnd(Outcome::kNotExamined, kWaits);
 }
@@ -37,6 +39,24 @@ bool WatchedDraw::EndsWithin(std::chrono::milliseconds time) const {
 }
 
 bool WatchedDraw::Answer() { return answer.get(); }
+
+std::string InSeconds(std::chrono::milliseconds time) {
+  std::ostringstream text;
+  text << std::chrono::duration<double>(time).count() << " s";
+  return text.str();
+}
+
+// In a thread of its own, because it may wait for a lock that the draw never releases.
+void CancelDraws(WatchedPlugin& plugin) {
+  std::packaged_task<void()> call([&plugin] { plugin.Cancel(); });
+  std::future<void> end = call.get_future();
+  std::thread(std::move(call)).detach();
+  if (end.wait_for(2 * plugin.Patience()) == std::future_status::ready) return end.get();
+  throw EarlyEnd(
+      Outcome::kFailed,
+      "While a draw waits, Cancel has not returned after " + InSeconds(2 * plugin.Patience()) + ".",
+      kCancelFix, Severity::kError);
+}
 
 Drawn Draw(WatchedPlugin& plugin, std::size_t size, unsigned char fill) {
   if (plugin.DrawsWait()) throw EarlyEnd(Outcome::kNotExamined, kWaits);

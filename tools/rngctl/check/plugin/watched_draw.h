@@ -31,6 +31,17 @@ class WatchedDraw {
   std::thread thread;
 };
 
+/// For people: "2.5 s".
+std::string InSeconds(std::chrono::milliseconds time);
+
+inline constexpr char kCancelFix[] =
+    "Let Cancel take no lock that a draw holds while it waits: let the draw wait on a condition "
+    "variable, which releases the lock, or set an atomic flag.";
+
+/// Calls `Cancel` while a draw waits. If the call does not return, the check ends as failed, with an
+/// error: whatever the check is about, hosts that cancel a draw hang.
+void CancelDraws(WatchedPlugin& plugin);
+
 struct Drawn {
   bool answer;
   GuardedBuffer buffer;

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -13,10 +14,12 @@
 /// Ends the check with this outcome.
 class EarlyEnd : public std::runtime_error {
  public:
-  EarlyEnd(Outcome how, const std::string& found, std::string help = "")
-      : std::runtime_error(found), outcome(how), fix(std::move(help)) {}
+  EarlyEnd(Outcome how, const std::string& found, std::string help = "",
+           std::optional<Severity> weight = {})
+      : std::runtime_error(found), outcome(how), fix(std::move(help)), severity(weight) {}
   const Outcome outcome;
-  const std::string fix;  ///< empty: the rule's own
+  const std::string fix;                   ///< empty: the rule's own
+  const std::optional<Severity> severity;  ///< empty: the rule's own
 };
 
 /// A plug-in in a child. Each step is recorded before the plug-in is called, so that the parent knows

@@ -1,50 +1,109 @@
 #include "tools/rngctl/check/plugin/watched_draw.h"
 #include "tools/rngctl/check/rules/rules.h"
 
-#include <sstream>
+#include <memory>
 #include <vector>
 
 namespace {
 
 constexpr char kSlow[] = "draws are slow but wait for nothing";
+constexpr std::size_t kSmallDraw = 32;
 
-std::string Seconds(std::chrono::milliseconds time) {
-  std::ostringstream text;
-  text << std::chrono::duration<double>(time).count() << " s";
-  return text.str();
+using Draws = std::vector<std::unique_ptr<WatchedDraw>>;
+
+Draws Begin(WatchedPlugin& plugin, std::size_t count, std::size_t size) {
+  Draws draws;
+  while (draws.size() < count) draws.push_back(std::make_unique<WatchedDraw>(plugin, size, 0));
+  return draws;
+}
+
+// What the search for a draw that waits has found.
+struct Search {
+  Draws waiting;
+  std::size_t size = kSmallDraw;  // of those
+  bool allSucceed = true;         // the small draws that did not wait
+};
+
+// Makes draws at the same time. True when any of them waits.
+bool Try(WatchedPlugin& plugin, std::size_t count, std::size_t size, Search& search) {
+  plugin.RequireTime();
+  for (auto& draw : Begin(plugin, count, size)) {
+    // The first draw that waits has used up the time for all.
+    const bool isFirst = search.waiting.empty();
+    if (!draw->EndsWithin(isFirst ? plugin.Patience() : std::chrono::milliseconds(0))) {
+      search.waiting.push_back(std::move(draw));
+    } else if (size == kSmallDraw && !draw->Answer()) {
+      search.allSucceed = false;
+    }
+  }
+  search.size = size;
+  return !search.waiting.empty();
 }
 
 // A Cancel with no draw in progress does not affect a later one.
-Finding CheckIdleCancel(WatchedPlugin& plugin) {
-  const bool isReliable = DrawsReliably(plugin);
+void RequireNoEffectWhenIdle(WatchedPlugin& plugin, bool drawsSucceed) {
   plugin.Cancel();
-  if (!isReliable) return NotExamined("draws also fail without Cancel");
-  if (Draw(plugin, 32, 0).answer) return Passed();
-  return Failed("After a Cancel with no draw in progress, the next draw fails.");
+  if (!drawsSucceed) throw EarlyEnd(Outcome::kNotExamined, "draws also fail without Cancel");
+  Require(Draw(plugin, kSmallDraw, 0).answer,
+          "After a Cancel with no draw in progress, the next draw fails.");
 }
 
-Finding CheckDrawAfterCancel(WatchedPlugin& plugin) {
-  WatchedDraw draw(plugin, 32, 0);
+// A draw that takes long because of its size waits for nothing.
+void TryLargeDraws(WatchedPlugin& plugin, Search& search) {
+  constexpr std::size_t kMedium = 4096;
+  constexpr int kFactor = 2 * kLargeDraw / kMedium;
+  const auto begin = std::chrono::steady_clock::now();
+  if (Try(plugin, 1, kMedium, search)) return;
+  const auto medium = std::chrono::steady_clock::now() - begin;
+  if (kFactor * medium < plugin.Patience()) Try(plugin, 1, kLargeDraw, search);
+}
+
+// Perhaps only a later draw waits, or only a large one: a plug-in may have some bytes in store.
+Search FindDrawsThatWait(WatchedPlugin& plugin) {
+  constexpr int kMore = 8;
+  Search search;
+  if (Try(plugin, 2, kSmallDraw, search)) return search;
+  for (int i = 0; i < kMore; ++i) {
+    if (Try(plugin, 1, kSmallDraw, search)) return search;
+  }
+  RequireNoEffectWhenIdle(plugin, search.allSucceed);
+  TryLargeDraws(plugin, search);
+  return search;
+}
+
+Finding CheckDrawAfterCancel(WatchedPlugin& plugin, std::size_t size) {
+  WatchedDraw draw(plugin, size, 0);
   const bool isEnded = draw.EndsWithin(plugin.Patience());
   if (isEnded && !draw.Answer()) return Failed("Cancelling one draw also ends the next one.");
-  if (!isEnded) plugin.Cancel();
+  if (!isEnded) CancelDraws(plugin);
   return Passed();
 }
 
-// A draw that is slow but waits for nothing also returns true after Cancel, but ends by itself.
-Finding CheckSlowDraw(WatchedPlugin& plugin) {
-  const WatchedDraw draw(plugin, 32, 0);
-  if (draw.EndsWithin(3 * plugin.Patience())) return NotExamined(kSlow);
-  return Failed("A draw that Cancel ended returns true.");
+// A draw that is slow but waits for nothing may go on after Cancel. Cancel itself may not wait for it.
+Finding CheckSlowDraw(WatchedPlugin& plugin, std::size_t size) {
+  const auto begin = std::chrono::steady_clock::now();
+  {
+    const WatchedDraw draw(plugin, size, 0);
+    if (!draw.EndsWithin(3 * plugin.Patience())) {
+      return Failed("A draw that Cancel ended returns true.");
+    }
+  }
+  const auto half = (std::chrono::steady_clock::now() - begin) / 2;
+  const WatchedDraw draw(plugin, size, 0);
+  draw.EndsWithin(std::chrono::duration_cast<std::chrono::milliseconds>(half / 8));
+  const auto call = std::chrono::steady_clock::now();
+  CancelDraws(plugin);
+  if (std::chrono::steady_clock::now() - call < half) return NotExamined(kSlow);
+  return Failed("Cancel returns only when the draw in progress has ended.", kCancelFix);
 }
 
 // A draw that ends late may have ended by itself, without Cancel. One such draw is enough: if draws
 // take turns, the other one needs its own time and that of the first.
-bool AnyEndsWithin(std::chrono::milliseconds time, const std::vector<const WatchedDraw*>& draws) {
+bool AnyEndsWithin(std::chrono::milliseconds time, const Draws& draws) {
   constexpr auto kMoment = std::chrono::milliseconds(5);
   const auto end = std::chrono::steady_clock::now() + time;
   while (!draws.empty() && std::chrono::steady_clock::now() < end) {
-    for (const WatchedDraw* draw : draws) {
+    for (const auto& draw : draws) {
       if (draw->EndsWithin(kMoment)) return true;
     }
   }
@@ -53,28 +112,24 @@ bool AnyEndsWithin(std::chrono::milliseconds time, const std::vector<const Watch
 
 Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
   plugin.StartAvailable();
-  WatchedDraw draw(plugin, 32, 0);
-  WatchedDraw other(plugin, 32, 0);
-  if (draw.EndsWithin(plugin.Patience())) {
-    other.EndsWithin(
-        plugin.Patience());  // one that begins late must not meet the Cancel that follows
-    return CheckIdleCancel(plugin);
-  }
-  plugin.Cancel();
+  Search search = FindDrawsThatWait(plugin);
+  if (search.waiting.empty()) return Passed();
+  CancelDraws(plugin);
   bool hasSucceeded = false;
-  std::vector<const WatchedDraw*> late;
-  for (WatchedDraw* one : {&draw, &other}) {
-    // The first draw has used up the time for both.
-    if (!one->EndsWithin(late.empty() ? plugin.Patience() : std::chrono::milliseconds(0))) {
-      late.push_back(one);
-    } else if (one->Answer()) {
+  Draws late;
+  for (auto& draw : search.waiting) {
+    // The first draw has used up the time for all.
+    if (!draw->EndsWithin(late.empty() ? plugin.Patience() : std::chrono::milliseconds(0))) {
+      late.push_back(std::move(draw));
+    } else if (draw->Answer()) {
       hasSucceeded = true;
     }
   }
-  if (AnyEndsWithin(2 * plugin.Patience(), late)) return NotExamined(kSlow);
-  if (hasSucceeded) return CheckSlowDraw(plugin);
-  if (late.empty()) return CheckDrawAfterCancel(plugin);
-  return Failed("A waiting draw has not ended " + Seconds(3 * plugin.Patience()) +
+  const bool endsLate = AnyEndsWithin(2 * plugin.Patience(), late);
+  if (hasSucceeded) return CheckSlowDraw(plugin, search.size);
+  if (endsLate) return NotExamined(kSlow);
+  if (late.empty()) return CheckDrawAfterCancel(plugin, search.size);
+  return Failed("A waiting draw has not ended " + InSeconds(3 * plugin.Patience()) +
                 " after Cancel.");
 }
 
@@ -89,7 +144,7 @@ Finding CheckFailedDrawIsZero(WatchedPlugin& plugin) {
     WatchedDraw draw(plugin, i + 1 < kDraws ? 1021 : kLargeDraw, 0xA5);
     isWaiting = !draw.EndsWithin(plugin.Patience());
     if (isWaiting) {
-      plugin.Cancel();
+      CancelDraws(plugin);
       if (!draw.EndsWithin(plugin.Patience())) return NotExamined("Cancel does not end the draw");
     }
     if (draw.Answer()) continue;

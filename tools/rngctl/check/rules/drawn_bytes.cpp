@@ -41,7 +41,7 @@ GuardedBuffer DrawMany(WatchedPlugin& plugin, unsigned char fill) {
   const std::string what = "a draw of " + std::to_string(kLargeDraw) + " bytes ";
   WatchedDraw draw(plugin, kLargeDraw, fill);
   if (!draw.EndsWithin(plugin.Patience())) {
-    plugin.Cancel();
+    CancelDraws(plugin);
     draw.EndsWithin(plugin.Patience());
     throw EarlyEnd(Outcome::kNotExamined, what + "takes too long; allow more time with --timeout");
   }
