@@ -5,7 +5,8 @@
 #include "tools/rngctl/terminal/text.h"
 #include "tools/rngctl/terminal/wait_notice.h"
 
-#include <algorithm>
+#include <iostream>
+#include <sstream>
 
 namespace {
 
@@ -18,10 +19,15 @@ Finding InternalError() {
   return finding;
 }
 
+// It may be a question to the user, so the report at the end would be too late.
+void ShowPrompt(const std::string& text) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) std::cerr << Printable(line) << '\n';
+}
+
 }  // namespace
 
 CheckReport Examination::Run() {
-  CheckReport report{subject.plugin, {}};
   for (const Rule& rule : AllRules()) report.checks.push_back(Examine(rule));
   return report;
 }
@@ -46,15 +52,16 @@ CheckOrder Examination::OrderFor(const Rule& rule) const {
 
 Finding Examination::ExamineInChild(const Rule& rule) {
   const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
-  const ChildResult result =
-      RunChild({kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence, "", true});
+  ChildOrder order{kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence, "", true};
+  order.whileItWaits = ShowPrompt;
+  const ChildResult result = RunChild(order);
+  RememberOutput(result, rule.name);
   if (result.isSilent && !result.HasExited(0)) {
     return JudgeBadEnd({}, result, DescribeEnd(result, limit));
   }
   const auto transcript = result.Last<Transcript>();
   if (!transcript) return InternalError();
   Remember(*transcript);
-  RememberOutput(result.printed, rule.name);
   if (transcript->avoided) return NotExamined(evidence.badSteps.at(*transcript->avoided));
   if (result.HasExited(0) && transcript->finding) return *transcript->finding;
   const std::string how = DescribeEnd(result, limit);
@@ -74,10 +81,13 @@ void Examination::Remember(const Transcript& transcript) {
   }
 }
 
-// One line is enough to recognise the output.
-void Examination::RememberOutput(const std::string& printed, const std::string& rule) {
-  if (printed.empty() || !evidence.output.empty()) return;
+// One line is enough to recognise the output; the report shows all.
+void Examination::RememberOutput(const ChildResult& result, const std::string& rule) {
+  report.AddOutput(rule, false, result.output);
+  report.AddOutput(rule, true, result.errors);
+  const std::vector<PrintedLine>& lines = result.output.Lines();
+  if (lines.empty() || !evidence.output.empty()) return;
   constexpr std::size_t kShown = 60;
-  evidence.output = "In the check " + rule + " it prints " +
-                    Quoted(printed.substr(0, std::min(kShown, printed.find('\n')))) + ".";
+  evidence.output =
+      "In the check " + rule + " it prints " + Quoted(lines.front().text.substr(0, kShown)) + ".";
 }

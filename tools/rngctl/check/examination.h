@@ -10,7 +10,7 @@
 class Examination {
  public:
   Examination(CheckSubject plugin, std::chrono::seconds timeout)
-      : subject(std::move(plugin)), limit(timeout) {}
+      : subject(std::move(plugin)), limit(timeout), report{subject.plugin, {}} {}
 
   CheckReport Run();
 
@@ -20,10 +20,11 @@ class Examination {
   Finding ExamineInChild(const Rule& rule);
   CheckOrder OrderFor(const Rule& rule) const;
   void Remember(const Transcript& transcript);
-  void RememberOutput(const std::string& printed, const std::string& rule);
+  void RememberOutput(const ChildResult& result, const std::string& rule);
 
   const CheckSubject subject;
   const std::chrono::seconds limit;
+  CheckReport report;
   Evidence evidence;
   bool drawsWait = false;
 };

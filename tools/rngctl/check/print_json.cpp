@@ -28,12 +28,22 @@ Json AsJson(const CheckResult& check) {
   return json;
 }
 
+Json AsJson(const CheckOutput& output) {
+  return {{"stream", output.isError ? "stderr" : "stdout"},
+          {"line", output.line},
+          {"count", output.count},
+          {"checks", output.checks}};
+}
+
 }  // namespace
 
 void PrintJson(const CheckReport& report) {
   Json json = {{"plugin", report.plugin.path}, {"factory", nullptr}, {"checks", Json::array()}};
   if (!report.plugin.factory.empty()) json["factory"] = report.plugin.factory;
   for (const CheckResult& check : report.checks) json["checks"].push_back(AsJson(check));
+  json["output"] = Json::array();
+  for (const CheckOutput& output : report.output) json["output"].push_back(AsJson(output));
+  json["omitted_lines"] = report.omittedLines;
   json["counts"] = {{"passed", report.Count(Outcome::kPassed)},
                     {"errors", report.CountFailed(Severity::kError)},
                     {"warnings", report.CountFailed(Severity::kWarning)},

@@ -67,6 +67,39 @@ void PrintUnexamined(const std::vector<CheckResult>& checks) {
   }
 }
 
+// The first few: a line may be printed in all of them.
+std::string Listed(const std::vector<std::string>& checks) {
+  constexpr std::size_t kShown = 3;
+  std::string names;
+  for (std::size_t i = 0; i < std::min(checks.size(), kShown); ++i) {
+    names += (i == 0 ? "" : ", ") + checks[i];
+  }
+  if (checks.size() <= kShown) return names;
+  return names + " and " + Counted(checks.size() - kShown, "more check");
+}
+
+void PrintLine(const CheckOutput& output) {
+  PrintStatus({"printed", Colour::kDim});
+  std::cout << Printable(Quoted(output.line)) << '\n';
+  PrintDetail("where", std::string(output.isError ? "standard error" : "standard output") + ", " +
+                           Counted(output.count, "time") + ", in " + Listed(output.checks));
+}
+
+void PrintOutput(const CheckReport& report) {
+  constexpr std::size_t kShown = 20;  // the JSON has more
+  std::size_t omitted = report.omittedLines;
+  for (std::size_t i = 0; i < report.output.size(); ++i) {
+    if (i < kShown) {
+      PrintLine(report.output[i]);
+    } else {
+      omitted += report.output[i].count;
+    }
+  }
+  if (omitted == 0) return;
+  PrintStatus({"printed", Colour::kDim});
+  std::cout << Counted(omitted, "more line") << '\n';
+}
+
 }  // namespace
 
 void PrintText(const CheckReport& report) {
@@ -77,6 +110,7 @@ void PrintText(const CheckReport& report) {
     PrintCheck(check, width + 2);
   }
   PrintUnexamined(report.checks);
+  PrintOutput(report);
   std::cout << '\n'
             << Counted(report.Count(Outcome::kPassed), "check") << " passed, "
             << report.CountFailed(Severity::kError) << " failed, "

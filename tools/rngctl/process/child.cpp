@@ -32,52 +32,102 @@ constexpr int kStoppedTicks = 10;
 // A longer gap means that this program was stopped or the machine suspended: it does not count.
 constexpr milliseconds kLongestTick(500);
 
-constexpr std::size_t kMostPrinted = 4096;
+// A call of a plug-in that takes longer may be waiting for the user.
+milliseconds MomentOf(const ChildOrder& order) {
+  return std::min(milliseconds(250), order.limit / 8);
+}
+
+// A plug-in that prints more during one call is not asking a question.
+constexpr std::size_t kMostShown = 4096;
+
+// Takes more than a channel holds, and no more: a child may write faster than this reads. Stops
+// listening at the end.
+std::string ReadPiece(pollfd& place) {
+  std::string text;
+  char piece[65536];
+  for (int i = 0; place.fd >= 0 && i < 16; ++i) {
+    const ssize_t count = ::read(place.fd, piece, sizeof piece);
+    if (count < 0) break;
+    if (count == 0) place.fd = -1;
+    text.append(piece, static_cast<std::size_t>(count));
+  }
+  return text;
+}
+
+// Passes on what was printed on standard error during a call of the plug-in that takes long.
+class Prompt {
+ public:
+  explicit Prompt(const ChildOrder& order) : tell(order.whileItWaits), moment(MomentOf(order)) {}
+
+  // The plug-in has returned, and another call has begun.
+  void Restart() {
+    begin = Clock::now();
+    text.clear();
+    room = kMostShown;
+  }
+  void Add(const std::string& piece) { text.append(piece, 0, room - std::min(room, text.size())); }
+  void ShowWhenLate() {
+    if (text.empty() || Clock::now() - begin < moment) return;
+    tell(text);
+    room -= text.size();
+    text.clear();
+  }
+
+ private:
+  const std::function<void(const std::string& text)> tell;
+  const milliseconds moment;
+  Clock::time_point begin = Clock::now();
+  std::string text;
+  std::size_t room = kMostShown;
+};
 
 // What a child sends and prints.
 class Listener {
  public:
-  explicit Listener(const SpawnedChild& child)
-      : waiting{{child.messages.Get(), POLLIN, 0}, {child.output.Get(), POLLIN, 0}} {}
+  Listener(const SpawnedChild& child, const ChildOrder& order)
+      : prompt(order),
+        waiting{{child.messages.Get(), POLLIN, 0},
+                {child.output.Get(), POLLIN, 0},
+                {child.errors.Get(), POLLIN, 0}} {}
 
   // Waits for a while. True when a message came.
   bool Listen() {
     const bool isClosed = waiting[0].fd < 0;
-    const int count = ::poll(waiting, 2, static_cast<int>((isClosed ? kShortTick : kTick).count()));
+    const int count = ::poll(waiting, 3, static_cast<int>((isClosed ? kShortTick : kTick).count()));
     if (count < 0 && errno != EINTR) {
       throw Refusal(kNegativeAnswer,
                     std::string("Cannot wait for a process: ") + std::strerror(errno) + ".");
     }
-    return count > 0 && ReadAll();
+    const bool hasMessage = count > 0 && ReadAll();
+    prompt.ShowWhenLate();
+    return hasMessage;
   }
 
   // Takes what is there. True when it was a message.
   bool ReadAll() {
-    const std::size_t before = messages.size();
-    Read(waiting[0], messages);
-    std::string text;
-    Read(waiting[1], text);
-    printed.append(text, 0, kMostPrinted - std::min(kMostPrinted, printed.size()));
-    return messages.size() > before;
+    const std::string message = ReadPiece(waiting[0]);
+    messages += message;
+    if (!message.empty()) prompt.Restart();
+    output.Add(ReadPiece(waiting[1]));
+    const std::string text = ReadPiece(waiting[2]);
+    errors.Add(text);
+    prompt.Add(text);
+    return !message.empty();
+  }
+
+  // When nothing more comes.
+  void Finish() {
+    output.Finish();
+    errors.Finish();
   }
 
   std::string messages;
-  std::string printed;
+  PrintedLines output;
+  PrintedLines errors;
 
  private:
-  // Takes more than a channel holds, and no more: a child may write faster than this reads. Stops
-  // listening at the end.
-  static void Read(pollfd& place, std::string& text) {
-    char piece[65536];
-    for (int i = 0; place.fd >= 0 && i < 16; ++i) {
-      const ssize_t count = ::read(place.fd, piece, sizeof piece);
-      if (count < 0) return;
-      if (count == 0) place.fd = -1;
-      text.append(piece, static_cast<std::size_t>(count));
-    }
-  }
-
-  pollfd waiting[2];
+  Prompt prompt;
+  pollfd waiting[3];
 };
 
 // Nothing while the child runs.
@@ -127,13 +177,17 @@ ChildResult RunChild(const ChildOrder& order) {
   AdoptDescendants();
   const std::set<pid_t> known = ListChildren();
   const InterruptionWatch interruption;
-  const SpawnedChild child = Spawn(order.command, order.request, order.libraryPath);
-  Listener listener(child);
+  const SpawnedChild child =
+      Spawn(order.command, order.request, order.libraryPath, order.whileItWaits != nullptr);
+  Listener listener(child, order);
   const ChildEnd end = WaitFor(child.process, order, listener);
+  const int code = EndChild(child.process, end);
+  listener.Finish();
   ChildResult result{FindLastMessage(listener.messages),
                      end,
-                     EndChild(child.process, end),
-                     listener.printed,
+                     code,
+                     listener.output,
+                     listener.errors,
                      NameNewChildren(known),
                      listener.messages.empty()};
   if (order.endsDescendants) EndNewChildren(known);

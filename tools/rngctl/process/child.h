@@ -3,8 +3,10 @@
 
 #include "tools/rngctl/channel/channel.h"
 #include "tools/rngctl/channel/messages.h"
+#include "tools/rngctl/channel/printed_lines.h"
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,13 +26,17 @@ struct ChildOrder {
   LimitOf limited = LimitOf::kLife;
   std::string libraryPath = {};  ///< its LD_LIBRARY_PATH; empty: the one of this process
   bool endsDescendants = false;  ///< kills what the child leaves running
+  /// If set, standard error is collected, and this is told what the child printed there before it made
+  /// this process wait: it may be a question to the user. Otherwise the child has this process's.
+  std::function<void(const std::string& text)> whileItWaits = {};
 };
 
 struct ChildResult {
   std::optional<std::string> lastMessage;  ///< encoded
   ChildEnd end;
-  int code;             ///< the exit status or the signal
-  std::string printed;  ///< on standard output: the beginning, up to a few kilobytes
+  int code;                              ///< the exit status or the signal
+  PrintedLines output;                   ///< on standard output
+  PrintedLines errors;                   ///< on standard error, if that is collected
   std::vector<std::string> leftRunning;  ///< processes that outlive it: "sleep (process 4711)"
   bool isSilent;                         ///< it sent nothing at all
 

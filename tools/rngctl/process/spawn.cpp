@@ -87,20 +87,25 @@ class FileActions {
 }  // namespace
 
 SpawnedChild Spawn(const std::string& command, const std::string& request,
-                   const std::string& libraryPath) {
+                   const std::string& libraryPath, bool readsErrors) {
   Ends messages = MakeSocketPair();
   Ends output = MakePipe();
+  Ends errors = readsErrors ? MakePipe() : Ends();
   if (!WriteMessage(messages.ours.Get(), request)) Refuse(errno);
-  ::fcntl(messages.ours.Get(), F_SETFL, O_NONBLOCK);
-  ::fcntl(output.ours.Get(), F_SETFL, O_NONBLOCK);
+  for (const Ends* ends : {&messages, &output, &errors}) {
+    ::fcntl(ends->ours.Get(), F_SETFL, O_NONBLOCK);
+  }
   const int channel = messages.theirs.Get();
   std::vector<std::string> environment = ChildEnvironment(libraryPath);
   std::vector<std::string> arguments = {"rngctl", command, std::to_string(channel)};
   FileActions files;
   ::posix_spawn_file_actions_addopen(&files.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
   ::posix_spawn_file_actions_adddup2(&files.actions, output.theirs.Get(), STDOUT_FILENO);
+  if (readsErrors) {
+    ::posix_spawn_file_actions_adddup2(&files.actions, errors.theirs.Get(), STDERR_FILENO);
+  }
   ::posix_spawn_file_actions_adddup2(&files.actions, channel, channel);  // survives the execution
-  SpawnedChild child{0, std::move(messages.ours), std::move(output.ours)};
+  SpawnedChild child{0, std::move(messages.ours), std::move(output.ours), std::move(errors.ours)};
   const int error = ::posix_spawn(&child.process, "/proc/self/exe", &files.actions, nullptr,
                                   Pointers(arguments).data(), Pointers(environment).data());
   if (error != 0) Refuse(error);

@@ -11,11 +11,13 @@ struct SpawnedChild {
   pid_t process;
   Descriptor messages;  ///< our end of the channel
   Descriptor output;    ///< the reading end of its standard output
+  Descriptor errors;    ///< that of its standard error, if it was asked for
 };
 
 /// Starts the child, which reads nothing from standard input, and sends it `request`. `libraryPath`,
-/// unless empty, is its LD_LIBRARY_PATH. Both descriptors do not block. Throws a `Refusal` on failure.
+/// unless empty, is its LD_LIBRARY_PATH. Its standard error is this process's unless `readsErrors`. No
+/// descriptor blocks. Throws a `Refusal` on failure.
 SpawnedChild Spawn(const std::string& command, const std::string& request,
-                   const std::string& libraryPath);
+                   const std::string& libraryPath, bool readsErrors);
 
 #endif

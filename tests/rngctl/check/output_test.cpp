@@ -1,0 +1,49 @@
+#include "tests/rngctl/check/check.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::MatchesRegex;
+using testing::Not;
+
+TEST(CheckOutput, ShowsEachLineOnceWithItsCount) {
+  const Result result = Check(FakePlugin("dsdr", "prints_lines"));
+  EXPECT_EQ(0, result.status);
+  EXPECT_GT(2000U, result.errors.size());  // on a busy machine a few calls take long
+  EXPECT_THAT(result.output,
+              MatchesRegex("(.|\n)*\nprinted       \"looking for .\\[1mdevices\"\n"
+                           "              where: standard error, [0-9]{4} times, in null-settings, "
+                           "empty-settings, built-in-settings and [0-9]+ more checks\n(.|\n)*"));
+  EXPECT_THAT(result.output, HasSubstr("\nprinted       \"test 18\"\n"));
+  EXPECT_THAT(result.output, Not(HasSubstr("\"test 19\"")));
+  EXPECT_THAT(result.output, HasSubstr(" more lines\n\n"));
+}
+
+TEST(CheckOutput, IsInTheJson) {
+  const json report = Report(Breaking("prints"));
+  const json& first = report.at("output").at(0);
+  EXPECT_EQ("stdout", first.at("stream"));
+  EXPECT_EQ("drawing 0", first.at("line"));
+  EXPECT_EQ("empty-draw", first.at("checks").at(0));
+  EXPECT_LE(5, first.at("count"));
+  EXPECT_EQ(0, report.at("omitted_lines"));
+  EXPECT_THAT(Report(Breaking("correct")).at("output"), IsEmpty());
+}
+
+TEST(CheckOutput, OfMegabytesIsCounted) {
+  const json report = Report("--timeout 1 " + FakePlugin("dsdr", "prints_megabytes"));
+  ASSERT_EQ(1U, report.at("output").size());
+  EXPECT_LE(40000 * 10, report.at("output").at(0).at("count"));
+}
+
+// A plug-in that waits has asked for something, so its question cannot wait for the report.
+TEST(CheckOutput, ShowsAQuestionAtOnce) {
+  const std::string file = TreePath("errors");
+  const Result result =
+      Check("--json --timeout 1 " + FakePlugin("dsdr", "asks_user") + " 2>" + file);
+  EXPECT_EQ("", Failed(json::parse(result.output)));
+  EXPECT_THAT(ReadFile(file), HasSubstr("Press the button: \n"));
+  EXPECT_EQ("Press the button: ", json::parse(result.output).at("output").at(0).at("line"));
+}
