@@ -30,7 +30,7 @@ bool Waits(WatchedPlugin& plugin) {
   WatchedDraw draw(plugin, 32, 0);
   if (draw.EndsWithin(plugin.Patience())) return false;
   Record([](Transcript& transcript) { transcript.drawsWait = true; });
-  plugin.Cancel();
+  CancelDraws(plugin);
   return !draw.EndsWithin(3 * plugin.Patience()) || !draw.Answer();
 }
 

@@ -12,7 +12,7 @@ bool DrawsAlone(WatchedPlugin& plugin) {
   WatchedDraw draw(plugin, 32, 0);
   if (draw.EndsWithin(plugin.Patience())) return true;
   Record([](Transcript& transcript) { transcript.drawsWait = true; });
-  plugin.Cancel();
+  CancelDraws(plugin);
   if (draw.EndsWithin(plugin.Patience())) return false;
   throw EarlyEnd(Outcome::kNotExamined, "Cancel does not end the draw");
 }
