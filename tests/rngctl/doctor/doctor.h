@@ -2,6 +2,7 @@
 #define TESTS_RNGCTL_DOCTOR_DOCTOR_H
 
 #include "tests/rngctl/installed_tool.h"
+#include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>
@@ -47,6 +48,17 @@ class Doctor : public InstalledTool {
   static json ExamineKind(const std::string& kind, const std::string& environment = "",
                           int timeout = 5) {
     return Examine(kind, environment, timeout).at("generators").at(0);
+  }
+
+  /// The same for a user to whom permission bits apply, even if the tests run as root.
+  static json ExamineKindAsUser(const std::string& kind, const std::string& environment = "") {
+    const std::string command = environment + " exec " + Rngctl() + " doctor --json " + kind;
+    const Result result = RunForked([&command] {
+      const Unprivileged user;
+      ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+      return 127;
+    });
+    return json::parse(result.output, nullptr, false).at("generators").at(0);
   }
 
  private:

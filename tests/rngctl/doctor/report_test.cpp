@@ -31,7 +31,7 @@ TEST_F(Doctor, PrintsTextInColumns) {
   EXPECT_THAT(result.output, HasSubstr("\nKIND             FILE" + blanks.substr(3) +
                                        "VERDICT\n"
                                        "bioqt            -" +
-                                       blanks + "not installed\n"));
+                                       blanks + "not installed: there is no librngbioqt.so\n"));
   EXPECT_THAT(result.output, HasSubstr("\nunixdev          " + lib +
                                        "/librngunixdev.so  loaded as \"unixdev\"\n"));
   EXPECT_THAT(result.output,
@@ -52,7 +52,7 @@ TEST_F(Doctor, CountsLettersNotBytes) {
   const std::string blanks(TreePath("f\u00FCnf/librngdsdr.so").size() - 1, ' ');
   EXPECT_THAT(
       RunShell("LD_LIBRARY_PATH=" + TreePath("f\u00FCnf") + " " + Rngctl() + " doctor").output,
-      HasSubstr("\naccord           -" + blanks + " not installed\n"));
+      HasSubstr("\naccord           -" + blanks + " not installed: there is no librngaccord.so\n"));
 }
 
 TEST_F(Doctor, SaysWhenItsReportCannotBeWritten) {

@@ -58,7 +58,7 @@ TEST_F(Doctor, AKindThatIsNotThereIsANegativeAnswer) {
   InstallUnixDev();
   const Result result = Run("doctor dsdr");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: \"dsdr\": not installed.\n", result.errors);
+  EXPECT_EQ("rngctl: \"dsdr\": not installed: there is no librngdsdr.so.\n", result.errors);
 }
 
 TEST_F(Doctor, AnUnknownKindIsWrongUsage) {

@@ -46,7 +46,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case{"Stub", "dsdr", "stub", "loaded", true, "loaded as \"dsdr\"", ""},
         Case{"NoFactory", "dsdr", "no_factory", "no-factory", false,
-             "no factory: the file does not export GetDsdrRng", "plug-in for this kind"},
+             "no factory: the file does not export GetDsdrRng", "\"rngctl check "},
         Case{"NullFactory", "JacartaGost", "null_factory", "factory-gave-nothing", false,
              "its factory returned no generator", "device"},
         Case{"Unavailable", "Rutoken", "unavailable", "not-available", false, "not available",
@@ -65,6 +65,10 @@ INSTANTIATE_TEST_SUITE_P(
              "Report this to the vendor"},
         Case{"WrongName", "dsdr", "slot_table", "wrong-name", true,
              "loaded, but its name is \"slots\"", "Ask for it by that name"},
+        Case{"NameOfAnotherKind", "dsdr", "names_another_kind", "wrong-name", true,
+             "loaded, but its name is \"sobol\"", "Remove the file, whose name is that of another"},
+        Case{"PluginOfAnotherKind", "dsdr", "is_another_kind", "wrong-name", true,
+             "loaded, but its name is \"sobol\"", "install it as librngsobol.so, and get"},
         Case{"MissingDependency", "biokbd", "missing_dependency", "cannot-be-opened", false,
              "cannot be opened: \"libabsent_device.so\" is missing: libabsent_device.so: cannot "
              "open shared object file: No such file or directory",
@@ -92,10 +96,16 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(Doctor, SeesThatNothingIsInstalled) {
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("not-installed", row.at("verdict"));
-  EXPECT_EQ("not installed", row.at("summary"));
+  EXPECT_EQ("not installed: there is no librngdsdr.so", row.at("summary"));
   EXPECT_THAT(Text(row.at("fix")),
               EndsWith("install the vendor's plug-in in " + TreePath("lib") + "."));
   EXPECT_EQ(json(), row.at("file"));
+}
+
+TEST_F(Doctor, SeesThatAFileIsThePluginOfAnotherKind) {
+  std::filesystem::copy(FakePlugin("sobol", "stub"), TreePath("lib/librngdsdr.so"));
+  EXPECT_THAT(Text(ExamineKind("dsdr").at("fix")),
+              HasSubstr("plug-in for the kind \"sobol\": install it as librngsobol.so."));
 }
 
 // --- No plug-in affects the row of another

@@ -1,6 +1,7 @@
 #include "tools/rngctl/doctor/doctor.h"
 
 #include "providers/catalogue.h"
+#include "tools/rngctl/doctor/causes/cannot_open.h"
 #include "tools/rngctl/doctor/start_verdict.h"
 #include "tools/rngctl/doctor/surroundings.h"
 #include "tools/rngctl/doctor/verdict.h"
@@ -42,6 +43,12 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
                               Limit limit) {
   if (row.needsDisplay && !found.display.isFound) {
     return JudgeRowWithoutDisplay(row, found.display, found.search);
+  }
+  const std::string first = FindFirst(row.libraryFile, found.search);
+  if (const FileFault fault = FindFileFault(first); fault.isSpecial) {
+    GeneratorReport report{row.name, row.libraryFile, first};
+    PutSpecialFile(report, fault);
+    return report;
   }
   const std::string taken = FindAsLoaderDoes(row.libraryFile, found.search);
   const std::string path = taken.empty() ? row.libraryFile : taken;

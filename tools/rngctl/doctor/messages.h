@@ -88,16 +88,18 @@ struct PluginAnswer {
   std::string exception = {};                    ///< its message, if it has one
   std::optional<PluginOutcome> outcome = {};     ///< empty when something forbidden came first
   bool staysLoaded = false;                      ///< in the process after it was closed
+  std::string dataFile = {};  ///< of the kind that reads one; asked when it offers no generator
 };
 RNGCTL_MESSAGE(PluginAnswer, step, file, openError, isKept, name, isFlagless, called, threwIn,
-               exception, outcome, staysLoaded)
+               exception, outcome, staysLoaded, dataFile)
 
 /// What a plug-in lacks, found by binding all of its symbols at once.
 struct BindingAnswer {
   std::string bindError = {};   ///< the loader's message
   std::string undeclared = {};  ///< a symbol that only rngctl happens to have
+  bool isOfLibrary = false;     ///< it is the aggregator's
 };
-RNGCTL_MESSAGE(BindingAnswer, bindError, undeclared)
+RNGCTL_MESSAGE(BindingAnswer, bindError, undeclared, isOfLibrary)
 
 enum class StartStep { kStart, kDefault, kStop, kEnd };
 constexpr StartStep LastOf(StartStep) { return StartStep::kEnd; }

@@ -1,14 +1,12 @@
 #include "tools/rngctl/doctor/verdict.h"
 
+#include "tools/rngctl/doctor/causes/cannot_open.h"
+#include "tools/rngctl/doctor/causes/unavailable.h"
+#include "tools/rngctl/doctor/causes/wrong_kind.h"
 #include "tools/rngctl/doctor/disturbance.h"
 #include "tools/rngctl/loader/error.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/text.h"
-
-#include <filesystem>
-#include <unistd.h>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -17,50 +15,6 @@ void PutInternalError(GeneratorReport& report) {
       "internal error: the examination gave no usable answer",
       "Ask the vendor whether the plug-in writes to descriptors that are not its own. If it does "
       "not, report this as a bug of rngctl.");
-}
-
-void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
-  const std::string place = search.directories.empty() ? "the search order" : search.directories[0];
-  Put(report, DoctorVerdict::kNotInstalled, "not installed",
-      "To use this generator, install the vendor's plug-in in " + place + ".");
-}
-
-std::string FixMissing(const GeneratorReport& report, const std::string& missing) {
-  const std::string fix =
-      "Install the plug-in's dependency " + Quoted(missing) + " where the loader finds it";
-  std::error_code unknown;
-  if (!fs::exists(fs::path(report.file).parent_path() / missing, unknown)) return fix + ".";
-  return fix +
-         ", or ask the vendor for a plug-in with a run path: without one the loader does not "
-         "search the plug-in's own directory.";
-}
-
-// The loader's message does not say: the loader skips the file, and reports only its last failure.
-std::string WhyPassedOver(const std::string& file) {
-  std::error_code unknown;
-  if (fs::is_symlink(file, unknown) && !fs::exists(file, unknown)) return "it is a dangling link";
-  return ::access(file.c_str(), R_OK) == 0 ? "it is built for another machine"
-                                           : "this user may not read it";
-}
-
-void PutCannotBeOpened(GeneratorReport& report, const LoaderError& error,
-                       const SearchOrder& search) {
-  const std::string summary = "cannot be opened: ";
-  const std::string& missing = error.missingFile;
-  if (missing.empty()) {
-    Put(report, DoctorVerdict::kCannotBeOpened, summary + error.words,
-        "Reinstall the plug-in; use the vendor's build for this system.");
-  } else if (missing != report.libraryFile && missing != report.file) {
-    Put(report, DoctorVerdict::kCannotBeOpened,
-        summary + Quoted(missing) + " is missing: " + error.words, FixMissing(report, missing));
-  } else if (!report.file.empty()) {
-    Put(report, DoctorVerdict::kCannotBeOpened,
-        summary + WhyPassedOver(report.file) + ": " + error.words,
-        "Make " + report.file +
-            " a file that is built for this machine and that this user may read.");
-  } else {
-    PutNotInstalled(report, search);
-  }
 }
 
 // Why the name cannot be used; "" when it can.
@@ -84,7 +38,7 @@ void PutKept(GeneratorReport& report, const ReportedName& name) {
         "Report this to the vendor: programs find a generator by its name.");
   } else if (name.text != report.kind) {
     Put(report, DoctorVerdict::kWrongName, "loaded, but its name is " + Quoted(name.text),
-        "Ask for it by that name, or replace the file with the plug-in for this kind.");
+        FixWrongName(report, name.text));
   } else {
     Put(report, DoctorVerdict::kLoaded, "loaded as " + Quoted(name.text), "");
   }
@@ -95,20 +49,17 @@ void PutOutcome(GeneratorReport& report, const PluginAnswer& answer,
   if (!answer.outcome) return PutInternalError(report);
   switch (*answer.outcome) {
     case PluginOutcome::kNotOpened:
-      return PutCannotBeOpened(report, ParseLoaderError(answer.openError), search);
+      return PutCannotBeOpened(report, answer.openError, search);
     case PluginOutcome::kNoFactory:
       return Put(report, DoctorVerdict::kNoFactory,
                  "no factory: the file does not export " + row.factorySymbol,
-                 "Replace the file with the plug-in for this kind.");
+                 FixWrongFactory(report));
     case PluginOutcome::kFactoryReturnedNull:
-      return Put(
-          report, DoctorVerdict::kFactoryGaveNothing, "its factory returned no generator",
-          "Make sure that everything the plug-in needs is there: the device, its driver, its "
-          "licence.");
+      return Put(report, DoctorVerdict::kFactoryGaveNothing, "its factory returned no generator",
+                 FixUnavailable(row, answer.dataFile));
     case PluginOutcome::kNotAvailable:
       return Put(report, DoctorVerdict::kNotAvailable, "not available",
-                 "Connect the device, and make sure that its driver is running and that this user "
-                 "may use it.");
+                 FixUnavailable(row, answer.dataFile));
     case PluginOutcome::kKept:
       return answer.name ? PutKept(report, *answer.name) : PutInternalError(report);
   }
@@ -187,6 +138,13 @@ std::string BindingWarning(const std::optional<BindingAnswer>& answer) {
   const LoaderError error = ParseLoaderError(answer->bindError);
   if (!error.words.empty() && error.undefinedSymbol.empty()) {
     return "Some of its dependencies are missing: " + error.words + ".";
+  }
+  if (answer->isOfLibrary) {
+    return "It needs the function " + Quoted(answer->undeclared) +
+           " of librngaggregator.so without being linked with that library: it works in programs "
+           "that are linked with it, and fails in programs that open it with dlopen. Ask the "
+           "vendor "
+           "to link the plug-in with -lrngaggregator.";
   }
   const std::string& missing = error.words.empty() ? answer->undeclared : error.undefinedSymbol;
   if (missing.empty()) return "";

@@ -3,7 +3,8 @@
 LoaderError ParseLoaderError(const std::string& words) {
   const std::string cannotOpen = ": cannot open shared object file: ";
   const std::string undefined = "undefined symbol: ";
-  LoaderError error{words, "", ""};
+  LoaderError error{words, words.substr(0, words.find(": ")), "", ""};
+  if (error.file == words) error.file.clear();
   if (const auto end = words.find(cannotOpen); end != std::string::npos) {
     error.missingFile = words.substr(0, end);
   } else if (const auto mark = words.find(undefined); mark != std::string::npos) {

@@ -3,8 +3,15 @@
 
 #include <string>
 
-/// The first symbol that an open plug-in finds only because this program happens to have it, and not in
-/// a library that the plug-in declares as a dependency. Other programs need not have it. "" without one.
-std::string FindUndeclared(void* library);
+struct Undeclared {
+  std::string symbol = {};  ///< "" for none
+  bool isOfLibrary =
+      false;  ///< the aggregator has it, as does every program that is linked with it
+};
+
+/// A symbol that an open plug-in finds only because this program happens to have it, and not in a
+/// library that the plug-in declares as a dependency. Other programs need not have it. A symbol of the
+/// aggregator only if there is no other.
+Undeclared FindUndeclared(void* library);
 
 #endif

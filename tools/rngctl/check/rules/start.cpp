@@ -35,10 +35,16 @@ Finding CheckOpens(WatchedPlugin& plugin) {
   const std::string& path = plugin.File().path;
   void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (!library) return FailedToOpen(::dlerror());
-  const std::string undeclared = FindUndeclared(library);
-  if (undeclared.empty()) return Passed();
+  const Undeclared undeclared = FindUndeclared(library);
+  if (undeclared.symbol.empty()) return Passed();
+  if (undeclared.isOfLibrary) {
+    return Failed("It uses " + undeclared.symbol +
+                      " but is not linked with librngaggregator.so, which defines it: a program "
+                      "that opens the library with dlopen does not offer it to plug-ins.",
+                  "Link it with -lrngaggregator.");
+  }
   return Failed(
-      "It uses " + undeclared +
+      "It uses " + undeclared.symbol +
       " but is not linked with a library that defines it; rngctl happens to have it, other "
       "programs may not.");
 }

@@ -60,6 +60,10 @@ void AskListed(IRngProvider& provider) {
   g_answer.isFlagless = provider.GetFlags() == 0;
 }
 
+void AskForDataFile(const ProviderCatalogueEntry& row) {
+  if (row.name == rngDsdr) g_answer.dataFile = GetDefaultSettings()->GetDsdrFilePath();
+}
+
 // In a host this call would deadlock: start and stop hold the lock throughout.
 void StopAtCall(LifecycleFunction function) {
   g_answer.called = function;
@@ -72,12 +76,15 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row) {
   if (!symbol) return PluginOutcome::kNoFactory;
   Begin(PluginStep::kFactory);
   IRngProvider* const provider = reinterpret_cast<RngFactory>(symbol)();
-  if (!provider) return PluginOutcome::kFactoryReturnedNull;
+  if (!provider) {
+    AskForDataFile(row);
+    return PluginOutcome::kFactoryReturnedNull;
+  }
   Begin(PluginStep::kSettings);
   provider->SetSettings(GetDefaultSettings());
   Begin(PluginStep::kAvailable);
   const bool isAvailable = provider->IsAvailable();
-  if (isAvailable) AskListed(*provider);
+  isAvailable ? AskListed(*provider) : AskForDataFile(row);
   Begin(PluginStep::kRelease);
   provider->Release();
   return isAvailable ? PluginOutcome::kKept : PluginOutcome::kNotAvailable;
@@ -121,8 +128,13 @@ void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
 void ExamineBinding(const std::string& path) {
   BindingAnswer answer;
   void* const library = ::dlopen(path.c_str(), RTLD_NOW);
-  (library ? answer.undeclared : answer.bindError) =
-      library ? FindUndeclared(library) : ::dlerror();
+  if (library) {
+    const Undeclared found = FindUndeclared(library);
+    answer.undeclared = found.symbol;
+    answer.isOfLibrary = found.isOfLibrary;
+  } else {
+    answer.bindError = ::dlerror();
+  }
   Send(answer);
   ::_exit(0);
 }

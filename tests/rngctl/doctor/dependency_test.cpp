@@ -1,0 +1,72 @@
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/tree.h"
+
+#include <elf.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class DoctorOnDependency : public Doctor {
+ protected:
+  void SetUp() override {
+    Doctor::SetUp();
+    InstallPlugin("biokbd", "missing_dependency");
+    fs::create_directory(TreePath("needed"));
+  }
+
+  static json Row() { return ExamineKind("biokbd", "LD_LIBRARY_PATH=" + TreePath("needed")); }
+
+  static std::string Needed() { return TreePath("needed/libabsent_device.so"); }
+};
+
+}  // namespace
+
+TEST_F(DoctorOnDependency, NamesTheOneThatIsBroken) {
+  WriteFile(Needed(), "short");
+  const json row = Row();
+  EXPECT_EQ("cannot-be-opened", row.at("verdict"));
+  EXPECT_EQ("cannot be opened: \"" + Needed() + "\" is broken: " + Needed() + ": file too short",
+            row.at("summary"));
+  EXPECT_EQ("Reinstall the plug-in's dependency \"" + Needed() +
+                "\". The plug-in itself may be in order.",
+            row.at("fix"));
+}
+
+TEST_F(DoctorOnDependency, NamesTheOneOfAnotherMachine) {
+  std::string header(sizeof(Elf64_Ehdr), '\0');
+  header.replace(0, SELFMAG, ELFMAG);
+  header[EI_CLASS] = ELFCLASS32;
+  header[EI_DATA] = ELFDATA2LSB;
+  header[EI_VERSION] = EV_CURRENT;
+  WriteFile(Needed(), header);
+  const json row = Row();
+  EXPECT_THAT(Text(row.at("summary")),
+              HasSubstr("\"libabsent_device.so\" is built for another machine: "));
+  EXPECT_THAT(Text(row.at("fix")),
+              StartsWith("Install a build of the dependency \"libabsent_device.so\""));
+}
+
+TEST_F(DoctorOnDependency, NamesTheFunctionThatItLacks) {
+  fs::copy(FakePlugin("dsdr", "stub"), Needed());
+  const json row = Row();
+  EXPECT_THAT(Text(row.at("summary")), HasSubstr("undefined symbol: FindDevice"));
+  EXPECT_THAT(Text(row.at("fix")), HasSubstr("the function \"FindDevice\""));
+}
+
+TEST_F(Doctor, TellsAFunctionOfTheLibraryFromOneThatIsMissing) {
+  InstallPlugin("dsdr", "unlinked");
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("loaded", row.at("verdict"));
+  ASSERT_EQ(1U, row.at("warnings").size());
+  EXPECT_THAT(
+      Text(row.at("warnings")[0]),
+      AllOf(HasSubstr("needs the function \"GetRng\" of librngaggregator.so"),
+            HasSubstr("works in programs that are linked with it"), HasSubstr("-lrngaggregator")));
+}

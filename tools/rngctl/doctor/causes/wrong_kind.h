@@ -1,0 +1,14 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_CAUSES_WRONG_KIND_H
+#define TOOLS_RNGCTL_DOCTOR_CAUSES_WRONG_KIND_H
+
+#include "tools/rngctl/doctor/report.h"
+
+/// What to do about a plug-in that seems to belong to another kind than its file name says.
+
+/// It does not export the factory of its kind.
+std::string FixWrongFactory(const GeneratorReport& report);
+
+/// It reports the name `name`.
+std::string FixWrongName(const GeneratorReport& report, const std::string& name);
+
+#endif
