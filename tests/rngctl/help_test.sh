@@ -84,6 +84,12 @@ while read -r command; do
       "$(told_in $section $command)"
   done
 done <<<"$(printf '\n%s\ndefault set' "$commands")"
+# Both shells know the same checks.
+checks_in_zsh=$(zsh -fc '_values() { print -l -- "${@:4}" }; _arguments() { : }; words=(rngctl x ""); CURRENT=3
+  . "$0/_rngctl"; _rngctl_checks' "$completions")
+checks_in_bash=$(bash -c '. "$0/rngctl.bash"; COMP_WORDS=(rngctl check --only ""); COMP_CWORD=3; _rngctl
+  printf "%s\n" "${COMPREPLY[@]}"' "$completions")
+compare "checks" "$checks_in_bash" "$checks_in_zsh"
 # The doctor knows every kind that the shells offer.
 while read -r kind; do  # the doctor exits with 2 for an unknown kind
   "$rngctl" doctor "$kind" --timeout 1 >/dev/null 2>&1 || [ $? != 2 ] || compare "kinds" "$kind" "unknown"

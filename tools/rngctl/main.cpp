@@ -117,6 +117,12 @@ void AddCheck(CLI::App& app, CheckRequest& request) {
       ->capture_default_str()
       ->check(CheckDecimal)
       ->check(CLI::Range(1, 3600));
+  check
+      ->add_option("--only", request.only,
+                   "Make only these checks, by the names in the report, separated by commas")
+      ->type_name("CHECK[,CHECK]")
+      ->allow_extra_args(false)
+      ->delimiter(',');
   check->add_flag("--json", request.asJson, "Print the report as JSON");
   check->footer(
       "Opens and calls the plug-in as the library and its hosts do, many times: draws, devices,\n"

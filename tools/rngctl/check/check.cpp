@@ -3,10 +3,13 @@
 #include "providers/catalogue.h"
 #include "tools/rngctl/check/examination.h"
 #include "tools/rngctl/refusal.h"
+#include "tools/rngctl/terminal/likeness.h"
 #include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/text.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <set>
 
 namespace {
 
@@ -26,11 +29,31 @@ CheckSubject FindSubject(const CheckRequest& request) {
   return subject;
 }
 
+[[noreturn]] void RefuseCheck(const std::string& name) {
+  std::vector<std::string> known;
+  for (const Rule& rule : AllRules()) known.emplace_back(rule.name);
+  const std::string meant = FindLikeness(name, known);
+  throw Refusal(kWrongUsage, "There is no check " + Quoted(Printable(name)) + "." +
+                                 (meant.empty() ? " \"rngctl check PLUGIN\" shows all checks."
+                                                : " Did you mean " + Quoted(meant) + "?"));
+}
+
+std::set<std::string> ChosenChecks(const std::vector<std::string>& names) {
+  const std::vector<Rule> rules = AllRules();
+  for (const std::string& name : names) {
+    const bool isKnown = std::any_of(rules.begin(), rules.end(),
+                                     [&name](const Rule& rule) { return rule.name == name; });
+    if (!isKnown) RefuseCheck(name);
+  }
+  return {names.begin(), names.end()};
+}
+
 }  // namespace
 
 void RunCheck(const CheckRequest& request) {
+  const std::set<std::string> chosen = ChosenChecks(request.only);
   Examination examination(FindSubject(request), std::chrono::seconds(request.timeout));
-  const CheckReport report = examination.Run();
+  const CheckReport report = examination.Run(chosen);
   request.asJson ? PrintJson(report) : PrintText(report);
   FinishOutput();
   const std::size_t errors = report.CountFailed(Severity::kError);

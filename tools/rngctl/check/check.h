@@ -2,10 +2,12 @@
 #define TOOLS_RNGCTL_CHECK_CHECK_H
 
 #include <string>
+#include <vector>
 
 struct CheckRequest {
-  std::string file;     ///< the path of the plug-in
-  std::string factory;  ///< empty: the catalogue's
+  std::string file;                    ///< the path of the plug-in
+  std::string factory;                 ///< empty: the catalogue's
+  std::vector<std::string> only = {};  ///< the checks to make; empty: all
   bool asJson = false;
   unsigned timeout = 10;  ///< seconds for each call
 };

@@ -5,6 +5,7 @@
 #include "tools/rngctl/terminal/text.h"
 #include "tools/rngctl/terminal/wait_notice.h"
 
+#include <algorithm>
 #include <iostream>
 #include <sstream>
 
@@ -27,8 +28,20 @@ void ShowPrompt(const std::string& text) {
 
 }  // namespace
 
-CheckReport Examination::Run() {
-  for (const Rule& rule : AllRules()) report.checks.push_back(Examine(rule));
+CheckReport Examination::Run(const std::set<std::string>& chosen) {
+  const std::vector<Rule> rules = AllRules();
+  const auto isChosen = [&chosen](const Rule& rule) {
+    return chosen.empty() || chosen.contains(rule.name);
+  };
+  const bool needsEvidence = std::any_of(rules.begin(), rules.end(), [&](const Rule& rule) {
+    return isChosen(rule) && std::holds_alternative<EvidenceCheck>(rule.check);
+  });
+  for (const Rule& rule : rules) {
+    const bool givesEvidence = std::holds_alternative<PluginCheck>(rule.check);
+    if (!isChosen(rule) && !(needsEvidence && givesEvidence)) continue;
+    const CheckResult result = Examine(rule);
+    if (isChosen(rule)) report.checks.push_back(result);
+  }
   return report;
 }
 

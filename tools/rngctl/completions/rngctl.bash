@@ -2,10 +2,24 @@
 
 _rngctl() {
   local kinds="bioqt unixx11 dsdr accord sobol JacartaGost Rutoken EsmartGost biokbd unixdev grandmaster biocore"
+  local checks="catalogue-pair one-export no-unique-symbols no-static-tls no-executable-stack opens
+    gives-object null-settings empty-settings built-in-settings reload available name name-length
+    name-in-catalogue description description-line hardware-id plain-texts stable-flags some-flag
+    self-test any-device unknown-device own-device empty-draw draw-succeeds waits-are-flagged
+    refused-device cancel failed-draw-is-zero draw-fills-buffer draws-differ concurrent-calls
+    release-ends-threads release-closes-files no-handlers-left clean-exit exit-without-release
+    unmapped process-state load-cycles no-exceptions no-lifecycle-calls no-output"
   local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]} words
 
   case ${COMP_WORDS[COMP_CWORD - 1]} in
     -o) compopt -o default; return ;;
+    --only)
+      # The last of several: a comma does not begin a new word.
+      local before=
+      [[ $word == *,* ]] && before=${word%,*},
+      mapfile -t COMPREPLY < <(compgen -P "$before" -W "$checks" -- "${word##*,}")
+      return
+      ;;
     -n | --factory | --mask | --timeout) return ;; # the user types the value
   esac
 
@@ -19,7 +33,7 @@ _rngctl() {
     "default set") words="$kinds --help" ;;
     doctor) words="$kinds --json --timeout --help" ;;
     check)
-      words="--factory --json --timeout --help"
+      words="--factory --json --only --timeout --help"
       [[ $word == -* ]] || compopt -o default
       [[ $word == -* ]] || words=
       ;;
