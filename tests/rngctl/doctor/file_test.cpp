@@ -128,9 +128,45 @@ TEST_F(Doctor, AFileThatIsCutOffMayBeIncomplete) {
             ExamineKind("dsdr", "LD_LIBRARY_PATH=" + TreePath("other")).at("summary"));
 }
 
+namespace {
+
+json Stray(const std::string& name, const std::string& problem, const std::string& fix) {
+  return {{"file", TreePath("lib/" + name)}, {"problem", problem}, {"fix", fix}};
+}
+
+}  // namespace
+
 TEST_F(Doctor, ShowsFilesThatLookLikePluginsAndAreOfNoKind) {
-  fs::copy(FakePlugin("dsdr", "stub"), TreePath("lib/librngDsdr.so"));
+  for (const char* name : {"librngDsdr.so", "librngmine.so", "librngsobol.so.1", "rngaccord.so"}) {
+    WriteFile(TreePath("lib/") + name, "");
+  }
+  fs::copy(FakePlugin("biocore", "stub"), TreePath("lib/librngfirst.so.1.2"));
+  const std::string lib = TreePath("lib/");
+  const std::string none = "no kind has a plug-in with this name";
   const json report = Examine("");
-  EXPECT_EQ(json({TreePath("lib/librngDsdr.so")}), report.at("strays"));
+  EXPECT_EQ(
+      json({Stray("librngDsdr.so", none + "; did you mean librngdsdr.so?",
+                  "Rename it to " + lib + "librngdsdr.so."),
+            Stray("librngfirst.so.1.2", none + "; did you mean librngbiocore.so?",
+                  "Rename it to " + lib + "librngbiocore.so."),
+            Stray("librngmine.so", none,
+                  "Remove it, or give it the file name of its kind; provider.h lists them."),
+            Stray("librngsobol.so.1", "the library looks for librngsobol.so, without a version",
+                  "Make " + lib + "librngsobol.so a link to it."),
+            Stray("rngaccord.so", none + "; did you mean librngaccord.so?",
+                  "Rename it to " + lib + "librngaccord.so.")}),
+      report.at("strays"));
   EXPECT_EQ("not-installed", RowOf(report, "dsdr").at("verdict"));
+}
+
+TEST_F(Doctor, AFileThatAPluginIsALinkToIsNoStray) {
+  fs::copy(FakePlugin("dsdr", "stub"), TreePath("lib/librngdsdr.so.1.0"));
+  fs::create_symlink("librngdsdr.so.1.0", TreePath("lib/librngdsdr.so"));
+  WriteFile(TreePath("lib/librngdsdrr.so"), "");
+  const json strays = Examine("").at("strays");
+  ASSERT_EQ(1U, strays.size());
+  EXPECT_EQ("nobody loads a plug-in with this name; programs load " + TreePath("lib/librngdsdr.so"),
+            strays[0].at("problem"));
+  EXPECT_THAT(Run("doctor").output,
+              HasSubstr("\nlibrngdsdrr.so: Remove the one of the two that is out of date.\n"));
 }

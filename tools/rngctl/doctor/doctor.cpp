@@ -2,6 +2,7 @@
 
 #include "providers/catalogue.h"
 #include "tools/rngctl/doctor/causes/cannot_open.h"
+#include "tools/rngctl/doctor/causes/strays.h"
 #include "tools/rngctl/doctor/start_verdict.h"
 #include "tools/rngctl/doctor/surroundings.h"
 #include "tools/rngctl/doctor/verdict.h"

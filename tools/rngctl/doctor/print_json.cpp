@@ -54,6 +54,10 @@ Json AsJson(const GeneratorReport& row) {
           {"warnings", row.warnings}};
 }
 
+Json AsJson(const StrayFile& stray) {
+  return {{"file", stray.path}, {"problem", stray.problem}, {"fix", stray.fix}};
+}
+
 Json DefaultAsJson(const DoctorReport& report) {
   if (report.settings.type.empty()) return nullptr;
   return {{"kind", report.settings.type},
@@ -68,6 +72,8 @@ Json AsJson(const StartReport& start) {
 }  // namespace
 
 void PrintJson(const DoctorReport& report) {
+  Json strays = Json::array();
+  for (const StrayFile& stray : report.strays) strays.push_back(AsJson(stray));
   Json rows = Json::array();
   for (const GeneratorReport& row : report.generators) rows.push_back(AsJson(row));
   const Json json = {{"library",
@@ -79,7 +85,7 @@ void PrintJson(const DoctorReport& report) {
                      {"display", AsJson(report.display)},
                      {"default", DefaultAsJson(report)},
                      {"start", AsJson(report.start)},
-                     {"strays", report.strays},
+                     {"strays", strays},
                      {"generators", rows}};
   std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -3,9 +3,12 @@
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 
 #include <rngaggregator/aggregator.h>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -71,8 +74,8 @@ void PrintTop(const DoctorReport& report) {
   PrintField("X display", report.display.isFound ? "found" : "none: " + report.display.reason);
   PrintField("Default", DescribeDefault(report));
   PrintField("Start and stop", report.start.problem.empty() ? "OK" : report.start.problem);
-  for (const std::string& stray : report.strays) {
-    PrintField("Unknown file", stray + ": no kind has a plug-in with this name");
+  for (const StrayFile& stray : report.strays) {
+    PrintField("Unknown file", stray.path + ": " + stray.problem);
   }
 }
 
@@ -127,13 +130,16 @@ void Add(std::vector<Advice>& advice, const std::string& subject, const std::str
 void PrintAdvice(const DoctorReport& report) {
   std::vector<Advice> advice;
   if (report.display.endsProcesses) Add(advice, "X display", report.display.fix);
+  for (const StrayFile& stray : report.strays) {
+    Add(advice, fs::path(stray.path).filename(), stray.fix);
+  }
   for (const GeneratorReport& row : report.generators) {
     Add(advice, row.kind, row.fix);
     for (const std::string& warning : row.warnings) Add(advice, row.kind + ", warning", warning);
   }
   if (!advice.empty()) std::cout << '\n';
   for (const Advice& piece : advice) {
-    std::cout << piece.subjects << ": " << Printable(piece.sentence) << '\n';
+    std::cout << Printable(piece.subjects) << ": " << Printable(piece.sentence) << '\n';
   }
 }
 

@@ -75,6 +75,13 @@ struct StartReport {
   std::optional<bool> findsDefault = {};  ///< a generator has the configured name; empty: unknown
 };
 
+/// A file that is named almost like a plug-in.
+struct StrayFile {
+  std::string path;
+  std::string problem;
+  std::string fix;
+};
+
 struct DoctorReport {
   SearchOrder search;
   std::string runPath;
@@ -83,7 +90,7 @@ struct DoctorReport {
   std::vector<GeneratorReport> generators;
   StartReport start;
   std::vector<std::string> failures;  ///< of the doctor itself, in sentences
-  std::vector<std::string> strays;    ///< files that are named like plug-ins but belong to no kind
+  std::vector<StrayFile> strays;
 };
 
 void PrintText(const DoctorReport& report);

@@ -1,12 +1,10 @@
 #include "tools/rngctl/doctor/surroundings.h"
 
-#include "providers/catalogue.h"
 #include "tools/rngctl/doctor/examine/child.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/wait_notice.h"
 
 #include <filesystem>
-#include <set>
 
 namespace fs = std::filesystem;
 
@@ -71,20 +69,4 @@ DisplayReport FindDisplay(Limit limit, const SearchOrder& search,
   return {false, true, "the process that probes for it " + DescribeEnd(result, limit),
           "Fix DISPLAY, the X server or libX11.so.6; until then every program that starts the "
           "library fails the same way."};
-}
-
-std::vector<std::string> ListStrays(const SearchOrder& search) {
-  std::set<std::string> known;
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) known.insert(row.libraryFile);
-  std::set<std::string> strays;
-  for (const std::string& directory : search.directories) {
-    std::error_code absent;
-    for (const fs::directory_entry& entry : fs::directory_iterator(directory, absent)) {
-      const std::string name = entry.path().filename();
-      const bool isNamedLikeOne = name.starts_with("librng") && name.ends_with(".so") &&
-                                  !name.starts_with("librngaggregator");
-      if (isNamedLikeOne && !known.contains(name)) strays.insert(entry.path());
-    }
-  }
-  return {strays.begin(), strays.end()};
 }

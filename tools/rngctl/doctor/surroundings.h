@@ -18,7 +18,4 @@ SettingsReport FindSettings(std::chrono::seconds limit, const SearchOrder& searc
 DisplayReport FindDisplay(std::chrono::seconds limit, const SearchOrder& search,
                           std::vector<std::string>& failures);
 
-/// Files that an author may have misnamed. Case matters.
-std::vector<std::string> ListStrays(const SearchOrder& search);
-
 #endif

@@ -6,12 +6,16 @@
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace {
 
 using Row = ProviderCatalogueEntry;
 
+// Of anything but a file nothing is read: that might never return.
 std::vector<std::string> ExportsOf(const std::string& file) {
+  std::error_code unknown;
+  if (!std::filesystem::is_regular_file(file, unknown)) return {};
   try {
     return ReadElfFacts(file).exports;
   } catch (const Refusal&) {
@@ -34,6 +38,13 @@ std::string InstallAs(const Row& row) {
 }
 
 }  // namespace
+
+std::string FileNameByFactory(const std::string& file) {
+  for (const Row& row : BuildProviderCatalogue()) {
+    if (Exports(file, row)) return row.libraryFile;
+  }
+  return "";
+}
 
 std::string FixWrongFactory(const GeneratorReport& report) {
   for (const Row& row : BuildProviderCatalogue()) {

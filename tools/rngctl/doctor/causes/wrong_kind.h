@@ -8,6 +8,9 @@
 /// It does not export the factory of its kind.
 std::string FixWrongFactory(const GeneratorReport& report);
 
+/// The file name of the kind whose factory the file exports; "" when it exports none.
+std::string FileNameByFactory(const std::string& file);
+
 /// It reports the name `name`.
 std::string FixWrongName(const GeneratorReport& report, const std::string& name);
 
