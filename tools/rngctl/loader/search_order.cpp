@@ -66,6 +66,20 @@ std::vector<std::string> ListFiles(const std::string& name,
   return files;
 }
 
+// The levels of the architecture that this processor has, highest first.
+std::vector<std::string> ListProcessorLevels() {
+  const bool isV2 = __builtin_cpu_supports("sse4.2") && __builtin_cpu_supports("popcnt");
+  const bool isV3 = isV2 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") &&
+                    __builtin_cpu_supports("fma");
+  const bool isV4 = isV3 && __builtin_cpu_supports("avx512bw") &&
+                    __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
+  std::vector<std::string> levels;
+  if (isV4) levels.emplace_back("x86-64-v4");
+  if (isV3) levels.emplace_back("x86-64-v3");
+  if (isV2) levels.emplace_back("x86-64-v2");
+  return levels;
+}
+
 }  // namespace
 
 std::string WithoutDotDot(const std::string& path) {
@@ -118,6 +132,19 @@ std::string FindFirst(const std::string& name, const SearchOrder& order) {
     if (!files.empty()) return files[0];
   }
   return "";
+}
+
+SearchOrder WithProcessorDirectories(const SearchOrder& order) {
+  SearchOrder expanded = order;
+  expanded.directories.clear();
+  for (const std::string& directory : order.directories) {
+    for (const std::string& level : ListProcessorLevels()) {
+      expanded.directories.push_back(
+          (std::filesystem::path(directory) / "glibc-hwcaps" / level).string());
+    }
+    expanded.directories.push_back(directory);
+  }
+  return expanded;
 }
 
 std::string AsLibraryPath(const SearchOrder& order) {

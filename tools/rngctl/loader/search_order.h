@@ -22,11 +22,14 @@ std::vector<std::string> ListSystemDirectories(const std::string& given);
 
 /// The file of that name that the loader opens before it asks its cache, "" without one: it skips
 /// files that it cannot read or that are built for another machine. The subdirectories for particular
-/// processors are not searched.
+/// processors are searched only if they are in the order.
 std::string FindAsLoaderDoes(const std::string& name, const SearchOrder& order);
 
 /// The same, or else the first of that name in any of the directories, even if the loader skips it.
 std::string FindFirst(const std::string& name, const SearchOrder& order);
+
+/// The order with the subdirectories that the loader searches on this processor before each directory.
+SearchOrder WithProcessorDirectories(const SearchOrder& order);
 
 /// The same path without "..", which comes from run paths such as "$ORIGIN/../lib".
 std::string WithoutDotDot(const std::string& path);

@@ -140,8 +140,10 @@ siginfo_t LookAt(pid_t child) {
 // Waits for the end, a stop, an interruption, or the limit.
 ChildEnd WaitFor(pid_t child, const ChildOrder& order, Listener& listener) {
   Clock::duration left = order.limit;
+  Clock::duration leftOfAll =
+      order.limitOfAll.count() > 0 ? order.limitOfAll : Clock::duration::max();
   int stoppedTicks = 0;
-  for (Clock::time_point last = Clock::now(); left > Clock::duration::zero();) {
+  for (Clock::time_point last = Clock::now(); std::min(left, leftOfAll).count() > 0;) {
     if (listener.Listen() && order.limited == LimitOf::kSilence) left = order.limit;
     const siginfo_t info = LookAt(child);
     const bool isStopped = info.si_pid != 0 && info.si_code == CLD_STOPPED;
@@ -153,7 +155,9 @@ ChildEnd WaitFor(pid_t child, const ChildOrder& order, Listener& listener) {
     if (stoppedTicks == kStoppedTicks) return ChildEnd::kStopped;
     if (InterruptionWatch::Signal() != 0) break;
     const Clock::time_point now = Clock::now();
-    left -= std::min<Clock::duration>(now - last, kLongestTick);
+    const Clock::duration passed = std::min<Clock::duration>(now - last, kLongestTick);
+    left -= passed;
+    leftOfAll -= passed;
     last = now;
   }
   return ChildEnd::kTimedOut;

@@ -8,6 +8,7 @@
 namespace {
 
 std::atomic<LifecycleCallObserver> g_observer;
+std::atomic<LibraryState> g_state;
 
 template <typename Function>
 Function* LibrarysOwn(const char* name) {
@@ -20,20 +21,32 @@ const char* NameOf(LifecycleFunction function) {
   return function == LifecycleFunction::kInitialize ? "Initialize" : "ShutDown";
 }
 
-void WatchLifecycleCalls(LifecycleCallObserver observer) { g_observer = observer; }
+void WatchLifecycleCalls(LifecycleCallObserver observer, LibraryState state) {
+  g_state = state;
+  g_observer = observer;
+}
+
+void StartLibrary(IRngSettings* settings) {
+  LibrarysOwn<void(IRngSettings*)>("Initialize")(settings);
+}
+
+void StopLibrary() { LibrarysOwn<void()>("ShutDown")(); }
 
 void Initialize(IRngSettings* settings) {
   if (const LifecycleCallObserver observer = g_observer) {
     return observer(LifecycleFunction::kInitialize);
   }
-  LibrarysOwn<void(IRngSettings*)>("Initialize")(settings);
+  StartLibrary(settings);
 }
 
 void ShutDown() {
   if (const LifecycleCallObserver observer = g_observer) {
     return observer(LifecycleFunction::kShutDown);
   }
-  LibrarysOwn<void()>("ShutDown")();
+  StopLibrary();
 }
 
-bool IsInitialized() { return g_observer.load() || LibrarysOwn<bool()>("IsInitialized")(); }
+bool IsInitialized() {
+  const bool isPretended = g_observer.load() && g_state == LibraryState::kPretended;
+  return isPretended || LibrarysOwn<bool()>("IsInitialized")();
+}

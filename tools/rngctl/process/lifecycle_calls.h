@@ -1,6 +1,8 @@
 #ifndef TOOLS_RNGCTL_PROCESS_LIFECYCLE_CALLS_H
 #define TOOLS_RNGCTL_PROCESS_LIFECYCLE_CALLS_H
 
+#include <rngaggregator/provider.h>
+
 /// A plug-in must not call `Initialize` or `ShutDown`: in a host the call would deadlock.
 ///
 /// This program defines the two functions and `IsInitialized` itself. The dynamic loader binds each name
@@ -16,8 +18,16 @@ const char* NameOf(LifecycleFunction function);
 
 using LifecycleCallObserver = void (*)(LifecycleFunction function);
 
+/// Whether `IsInitialized` tells plug-ins that the library is started, although it is not.
+enum class LibraryState { kPretended, kReal };
+
 /// From now on the two functions only tell `observer` which of them was called. `IsInitialized` returns
-/// true, as it does during a start.
-void WatchLifecycleCalls(LifecycleCallObserver observer);
+/// true, as it does during a start, unless it is to be real.
+void WatchLifecycleCalls(LifecycleCallObserver observer,
+                         LibraryState state = LibraryState::kPretended);
+
+/// Start and stop the library, also while calls are watched. What plug-ins throw passes through.
+void StartLibrary(IRngSettings* settings);
+void StopLibrary();
 
 #endif
