@@ -25,8 +25,8 @@ void InstallPlugin(const std::string& kind, const std::string& variant = "script
 void InstallPlugins(std::initializer_list<std::string> kinds);
 void InstallAllPlugins(const std::string& variant = "scripted");
 
-/// Replaces the X library: "whole", "refusing" (no display), "no_open", "no_close", "crashing", or
-/// "absent".
+/// Replaces the X library: "whole", "refusing" (no display), "no_open", "no_close", "crashing", "slow",
+/// or "absent".
 void InstallX11(const std::string& variant);
 
 /// Replaces the known-path service: "whole", "no_function", "crashing", "exiting", or "absent" (a file that is

@@ -95,12 +95,16 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
       ->check(CheckDecimal)
       ->check(CLI::Range(1, 3600));
   doctor->footer(
-      "Starts, queries and stops each plug-in as the library does, in a process of its own, so a\n"
-      "crash or a hang affects that plug-in's result alone. What a plug-in prints on standard\n"
-      "error is shown.\n\n"
-      "Exit status: 0 every installed plug-in works; 1 a plug-in does not work, or the plug-in of\n"
-      "KIND is not installed; 2 wrong usage; 3 all kinds were examined and no generator is\n"
-      "usable.");
+      "Starts the library with all plug-ins in one process, and each examined plug-in alone in a\n"
+      "process of its own, so a crash or a hang ends neither the doctor nor the other\n"
+      "examinations. Where the two results differ, the start counts. What a plug-in prints on\n"
+      "standard error is shown.\n\n"
+      "Exit status: 0 every installed plug-in works, or is skipped because it needs a display\n"
+      "and there is none; with KIND, programs get that generator from the library, whatever is\n"
+      "wrong with others; 1 a plug-in does not work, or the start, the stop or the search for the\n"
+      "display fails; with KIND, its plug-in is not installed, does not work or lacks a display,\n"
+      "or something else prevents programs from getting it; 2 wrong usage; 3 all kinds were\n"
+      "examined and no generator is usable. An examination that fails gives 1, too.");
   doctor->callback([&request] { RunDoctor(request); });
 }
 

@@ -1,8 +1,9 @@
-// An X library with at most one fault: a function that is missing, or no display to open, or a crash.
+// An X library with at most one fault: a function that is missing, or no display to open, or a crash, or slowness.
 
 #include "tests/support/fakes.h"
 
 #include <cstdlib>
+#include <unistd.h>
 
 namespace {
 
@@ -20,6 +21,9 @@ extern "C" __attribute__((visibility("default"))) void* XOpenDisplay(const char*
   RecordCall("x11", name ? "XOpenDisplay(named)" : "XOpenDisplay");
 #ifdef CRASHES
   std::abort();
+#endif
+#ifdef SLOW
+  ::usleep(60000);  // for each of the twelve rows
 #endif
   return HAS_DISPLAY ? &g_display : nullptr;
 }

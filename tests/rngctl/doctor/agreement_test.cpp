@@ -55,7 +55,7 @@ std::set<std::string> FilesKept(const std::vector<fs::path>& files) {
 std::set<std::string> FilesKept(const json& report) {
   std::set<std::string> names;
   const json& start = report.at("start");
-  if (start.at("tried") && !start.at("problem").is_null()) return names;  // no row is at fault
+  if (start.at("seconds").is_null()) return names;  // it did not return
   for (const json& row : report.at("generators")) {
     if (row.at("kept")) names.insert(row.at("library_file"));
   }
@@ -83,6 +83,9 @@ TEST_F(Doctor, AgreesWithTheLibraryOnEachFakePlugin) {
   // Nor is there anything to compare where the host would stop, or leave a process.
   ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "stops_itself"));
   ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "leaves_process"));
+  // Nor where what the host prints is lost, or its second plug-in runs the code of the first.
+  ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "closes_output"));
+  ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "shared_class"));
   // Nor do the files in the process tell whether this one is kept.
   ASSERT_EQ(1U, folders.erase(fs::path(FAKES_DIR) / "sticky_unavailable"));
   for (const auto& [folder, files] : folders) {

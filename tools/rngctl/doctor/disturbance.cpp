@@ -1,5 +1,9 @@
 #include "tools/rngctl/doctor/disturbance.h"
 
+#include "tools/rngctl/terminal/text.h"
+
+#include <set>
+
 namespace {
 
 std::string WhereIn(PluginStep step, const ProviderCatalogueEntry& row) {
@@ -60,4 +64,23 @@ DoctorVerdict VerdictOf(const ChildResult& result) {
   if (result.end == ChildEnd::kSignalled) return DoctorVerdict::kCrashed;
   if (result.end == ChildEnd::kStopped) return DoctorVerdict::kStopped;
   return DoctorVerdict::kEndedProcess;
+}
+
+bool IsDisturbance(const GeneratorReport& row) {
+  const std::set<DoctorVerdict> disturbances = {
+      DoctorVerdict::kCallsBack, DoctorVerdict::kThrew,        DoctorVerdict::kCrashed,
+      DoctorVerdict::kStopped,   DoctorVerdict::kEndedProcess, DoctorVerdict::kNoAnswer};
+  return disturbances.contains(row.verdict);
+}
+
+std::string DescribePrinting(const PrintedLines& printed) {
+  constexpr std::size_t kMostShown = 60;
+  std::string line = printed.Lines().empty() ? "" : printed.Lines()[0].text;
+  if (line.size() > kMostShown) line = line.substr(0, kMostShown) + "...";
+  return "prints on standard output, so its text is mixed with the output of every program: " +
+         Quoted(Printable(line)) + ". Report this to the vendor.";
+}
+
+std::string DescribeChange(const std::string& change) {
+  return change + ", which affects the whole program. Report this to the vendor.";
 }

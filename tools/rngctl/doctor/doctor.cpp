@@ -3,7 +3,10 @@
 #include "providers/catalogue.h"
 #include "tools/rngctl/doctor/causes/cannot_open.h"
 #include "tools/rngctl/doctor/causes/strays.h"
-#include "tools/rngctl/doctor/start_verdict.h"
+#include "tools/rngctl/doctor/start/comparison.h"
+#include "tools/rngctl/doctor/start/contradiction.h"
+#include "tools/rngctl/doctor/start/start_verdict.h"
+#include "tools/rngctl/doctor/start/started_library.h"
 #include "tools/rngctl/doctor/surroundings.h"
 #include "tools/rngctl/doctor/verdict.h"
 #include "tools/rngctl/refusal.h"
@@ -40,8 +43,25 @@ void WarnOfBinding(GeneratorReport& report, const std::string& path, Limit limit
   if (!warning.empty()) report.warnings.push_back(warning);
 }
 
+// The file that a start takes. Where the start did not come so far, the one that the loader would take.
+std::string FindPath(const ProviderCatalogueEntry& row, const SearchOrder& search,
+                     const StartEvidence& start) {
+  const StartAnswer* const answer = start.Fullest();
+  const std::string taken = answer ? TakenFor(row.name, *answer) : "";
+  if (IsPluginNamed(taken, row.libraryFile)) return taken;
+  const std::string first = FindAsLoaderDoes(row.libraryFile, WithProcessorDirectories(search));
+  return first.empty() ? row.libraryFile : first;
+}
+
+void WarnOfSecondFile(GeneratorReport& report, const SearchOrder& search) {
+  const std::string expected = FindAsLoaderDoes(report.libraryFile, search);
+  if (expected.empty() || IsSameFile(expected, report.file)) return;
+  report.warnings.push_back("The loader takes " + report.file + " instead of " + expected +
+                            ". Remove the one that is not wanted.");
+}
+
 GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorReport& found,
-                              Limit limit) {
+                              const StartEvidence& start, Limit limit) {
   if (row.needsDisplay && !found.display.isFound) {
     return JudgeRowWithoutDisplay(row, found.display, found.search);
   }
@@ -51,42 +71,27 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
     PutSpecialFile(report, fault);
     return report;
   }
-  const std::string taken = FindAsLoaderDoes(row.libraryFile, found.search);
-  const std::string path = taken.empty() ? row.libraryFile : taken;
+  const std::string path = FindPath(row, found.search, start);
   const ChildResult result = Ask({DoctorSubject::kPlugin, row.name, path}, row.name, limit);
   GeneratorReport report = JudgeRow(row, result, limit, found.search);
-  if (WasOpened(result)) WarnOfBinding(report, path, limit);
+  if (WasOpened(result)) {
+    WarnOfBinding(report, path, limit);
+    WarnOfSecondFile(report, found.search);
+  }
   return report;
 }
 
-// Such a plug-in makes every program fail that comes to this step.
-bool IsDisturbance(const GeneratorReport& row) {
-  const std::set<DoctorVerdict> disturbances = {
-      DoctorVerdict::kCallsBack, DoctorVerdict::kThrew,        DoctorVerdict::kCrashed,
-      DoctorVerdict::kStopped,   DoctorVerdict::kEndedProcess, DoctorVerdict::kNoAnswer};
-  return disturbances.contains(row.verdict);
-}
-
-// The library is not started when a plug-in is known to disturb the start. If that plug-in is kept, or
-// is only slow, the start might succeed, and it is unknown whether the default would be found.
-StartReport ForeseeStart(const DoctorReport& report) {
-  if (report.display.endsProcesses) return {false, "not tried because of the X display", false};
-  StartReport start{false, ""};
-  for (const GeneratorReport& row : report.generators) {
-    if (!IsDisturbance(row)) continue;
-    start.problem += (start.problem.empty() ? "not tried because of " : ", ") + row.kind;
-    if (!row.isKept && row.verdict != DoctorVerdict::kNoAnswer) start.findsDefault = false;
+void FindGenerators(DoctorReport& report, const std::string& kind, Limit limit) {
+  const StartEvidence start = TryStart(kind, limit);
+  for (const ProviderCatalogueEntry& row : ChooseRows(kind)) {
+    GeneratorReport found = FindGenerator(row, report, start, limit);
+    CompareWithStart(found, start, limit);
+    if (found.verdict == DoctorVerdict::kLoaded && !start.ShowsLookup(row.name)) {
+      CompareWithStart(found, TryLookup(row.name, limit), limit);
+    }
+    report.generators.push_back(found);
   }
-  return start;
-}
-
-StartReport FindStart(DoctorReport& report, Limit limit) {
-  StartReport foreseen = ForeseeStart(report);
-  if (!foreseen.problem.empty()) return foreseen;
-  const Limit forAll = limit * report.generators.size();
-  const ChildResult result = Ask({DoctorSubject::kStart}, "a start with all plug-ins", forAll);
-  for (GeneratorReport& row : report.generators) CompareWithStart(row, result);
-  return JudgeStart(result, forAll);
+  report.start = JudgeStart(start, report.generators, limit);
 }
 
 std::size_t Count(const std::vector<GeneratorReport>& rows, bool (*fits)(const GeneratorReport&)) {
@@ -103,13 +108,27 @@ bool HasProblem(const GeneratorReport& row) {
   return !inOrder.contains(row.verdict);
 }
 
+// A host gets a generator that is loaded unless the library cannot even be started. An answer that was
+// not understood does not show that.
+void ConcludeKind(const DoctorReport& report) {
+  const GeneratorReport& row = report.generators[0];
+  const bool isLoaded = row.verdict == DoctorVerdict::kLoaded;
+  if (isLoaded && !report.start.preventsUse) return;
+  const std::string obstacle =
+      isLoaded ? ", but a start with all plug-ins " + report.start.problem : "";
+  throw Refusal(kNegativeAnswer, Quoted(row.kind) + ": " + Printable(row.summary + obstacle) + ".");
+}
+
+std::string DescribeFailedStart(const StartReport& start) {
+  return "A start with all plug-ins " + start.problem + ".";
+}
+
 // Ends the command with a sentence and an exit status if something is wrong.
 void Conclude(const DoctorReport& report, const std::string& kind) {
   const auto& rows = report.generators;
-  if (!kind.empty() && rows[0].verdict != DoctorVerdict::kLoaded) {
-    throw Refusal(kNegativeAnswer, Quoted(kind) + ": " + Printable(rows[0].summary) + ".");
-  }
+  if (!kind.empty()) ConcludeKind(report);
   if (!report.failures.empty()) throw Refusal(kNegativeAnswer, report.failures[0]);
+  if (!kind.empty()) return;
   if (Count(rows, IsNotUnderstood) > 0) {
     throw Refusal(kNegativeAnswer, "Internal error: some plug-ins could not be examined.");
   }
@@ -119,30 +138,30 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
   if (report.display.endsProcesses) {
     throw Refusal(kNegativeAnswer, "The library cannot be started because of the X display.");
   }
-  if (const std::size_t count = Count(rows, HasProblem); count > 0) {
-    throw Refusal(kNegativeAnswer, Counted(count, "installed plug-in") +
-                                       (count == 1 ? " has a problem." : " have problems."));
+  const std::size_t count = Count(rows, HasProblem);
+  std::string problems;
+  if (count > 0) {
+    problems =
+        Counted(count, "installed plug-in") + (count == 1 ? " has a problem." : " have problems.");
   }
-  if (report.start.isTried && !report.start.problem.empty()) {
-    throw Refusal(kNegativeAnswer, "A start with all plug-ins " + report.start.problem + ".");
+  if (!report.start.problem.empty()) {
+    problems += (problems.empty() ? "" : " ") + DescribeFailedStart(report.start);
   }
+  if (!problems.empty()) throw Refusal(kNegativeAnswer, problems);
 }
 
 }  // namespace
 
 void RunDoctor(const DoctorRequest& request) {
   const Limit limit(request.timeout);
-  const Rows rows = ChooseRows(request.kind);
+  ChooseRows(request.kind);  // refuses an unknown kind before anything runs
   DoctorReport report;
   report.search = FindSearch(limit, report.failures);
   report.runPath = RunPathOf(report.search.library);
   report.strays = ListStrays(report.search);
   report.settings = FindSettings(limit, report.search, report.failures);
   report.display = FindDisplay(limit, report.search, report.failures);
-  for (const ProviderCatalogueEntry& row : rows) {
-    report.generators.push_back(FindGenerator(row, report, limit));
-  }
-  if (request.kind.empty()) report.start = FindStart(report, limit);
+  FindGenerators(report, request.kind, limit);
   request.asJson ? PrintJson(report) : PrintText(report);
   FinishOutput();
   Conclude(report, request.kind);

@@ -17,10 +17,11 @@ constexpr DoctorSubject LastOf(DoctorSubject) { return DoctorSubject::kStart; }
 
 struct DoctorQuestion {
   DoctorSubject subject;
-  std::string kind = {};  ///< of a plug-in
+  std::string kind = {};  ///< of a plug-in; for a start the one to look up first, if any
   std::string path = {};  ///< for a plug-in the file to open; for the search order LD_LIBRARY_PATH
+  bool looksUpFirst = false;  ///< in a start: the kind, and the default, before anything else
 };
-RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path)
+RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path, looksUpFirst)
 
 struct SearchAnswer {
   std::vector<std::string> systemDirectories;
@@ -89,9 +90,11 @@ struct PluginAnswer {
   std::optional<PluginOutcome> outcome = {};     ///< empty when something forbidden came first
   bool staysLoaded = false;                      ///< in the process after it was closed
   std::string dataFile = {};  ///< of the kind that reads one; asked when it offers no generator
+  double seconds = 0;         ///< from opening it until now
+  std::vector<std::string> changes = {};  ///< what it leaves different in the process, in sentences
 };
 RNGCTL_MESSAGE(PluginAnswer, step, file, openError, isKept, name, isFlagless, called, threwIn,
-               exception, outcome, staysLoaded, dataFile)
+               exception, outcome, staysLoaded, dataFile, seconds, changes)
 
 /// What a plug-in lacks, found by binding all of its symbols at once.
 struct BindingAnswer {
@@ -100,16 +103,5 @@ struct BindingAnswer {
   bool isOfLibrary = false;     ///< it is the aggregator's
 };
 RNGCTL_MESSAGE(BindingAnswer, bindError, undeclared, isOfLibrary)
-
-enum class StartStep { kStart, kDefault, kStop, kEnd };
-constexpr StartStep LastOf(StartStep) { return StartStep::kEnd; }
-
-struct StartAnswer {
-  StartStep step = StartStep::kStart;
-  std::vector<std::string> opened = {};  ///< plug-in files in the process after the start
-  bool findsDefault = false;             ///< a generator has the configured name
-  bool hasThrown = false;                ///< an exception ended this step; nothing follows
-};
-RNGCTL_MESSAGE(StartAnswer, step, opened, findsDefault, hasThrown)
 
 #endif

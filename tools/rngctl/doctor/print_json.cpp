@@ -51,7 +51,7 @@ Json AsJson(const GeneratorReport& row) {
           {"file", OrNull(row.file)}, {"verdict", kIdentifiers.at(row.verdict)},
           {"kept", row.isKept},       {"name", OrNull(row.name)},
           {"summary", row.summary},   {"fix", OrNull(row.fix)},
-          {"warnings", row.warnings}};
+          {"warnings", row.warnings}, {"seconds", row.seconds}};
 }
 
 Json AsJson(const StrayFile& stray) {
@@ -66,7 +66,11 @@ Json DefaultAsJson(const DoctorReport& report) {
 }
 
 Json AsJson(const StartReport& start) {
-  return {{"tried", start.isTried}, {"problem", OrNull(start.problem)}};
+  return {{"tried", start.isTried},
+          {"problem", OrNull(start.problem)},
+          {"culprit", OrNull(start.culprit)},
+          {"seconds", start.seconds ? Json(*start.seconds) : Json()},
+          {"warnings", start.warnings}};
 }
 
 }  // namespace

@@ -133,6 +133,7 @@ void PrintAdvice(const DoctorReport& report) {
   for (const StrayFile& stray : report.strays) {
     Add(advice, fs::path(stray.path).filename(), stray.fix);
   }
+  for (const std::string& warning : report.start.warnings) Add(advice, "start, warning", warning);
   for (const GeneratorReport& row : report.generators) {
     Add(advice, row.kind, row.fix);
     for (const std::string& warning : row.warnings) Add(advice, row.kind + ", warning", warning);

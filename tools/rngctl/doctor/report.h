@@ -41,6 +41,11 @@ struct GeneratorReport {
   std::string summary = {};  ///< the verdict in words
   std::string fix = {};      ///< what to do about it, in a sentence
   std::vector<std::string> warnings = {};
+  bool isFlagless = false;                ///< it reports no capability bits
+  bool prints = false;                    ///< on standard output
+  bool leavesProcess = false;             ///< running
+  std::vector<std::string> changes = {};  ///< what it leaves different in the process
+  double seconds = 0;                     ///< that its examination took, from opening to closing
 };
 
 inline void Put(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary,
@@ -72,7 +77,11 @@ struct SettingsReport {
 struct StartReport {
   bool isTried = false;
   std::string problem = "not tried";      ///< why it fails, or was not tried
+  bool preventsUse = false;               ///< it fails before programs can look up a generator
+  std::string culprit = {};               ///< what makes it fail: a kind, or "display"
+  std::optional<double> seconds = {};     ///< that it took, without the stop; empty: it failed
   std::optional<bool> findsDefault = {};  ///< a generator has the configured name; empty: unknown
+  std::vector<std::string> warnings = {};
 };
 
 /// A file that is named almost like a plug-in.

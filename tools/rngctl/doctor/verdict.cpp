@@ -79,6 +79,10 @@ void AddWarnings(GeneratorReport& report, const PluginAnswer& answer, const Chil
   for (const std::string& process : result.leftRunning) {
     report.warnings.push_back("It leaves a process running: " + process + ".");
   }
+  if (report.prints) report.warnings.push_back("It " + DescribePrinting(result.output));
+  for (const std::string& change : report.changes) {
+    report.warnings.push_back("It " + DescribeChange(change));
+  }
 }
 
 void PutAnswer(GeneratorReport& report, const PluginAnswer& answer, const ChildResult& result,
@@ -122,6 +126,11 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
   }
   report.isKept = answer->isKept;
   report.staysLoaded = answer->staysLoaded;
+  report.isFlagless = answer->isFlagless;
+  report.prints = !result.output.Lines().empty();
+  report.leavesProcess = !result.leftRunning.empty();
+  report.changes = answer->changes;
+  report.seconds = answer->seconds;
   if (answer->name && FaultOf(*answer->name).empty()) report.name = answer->name->text;
   AddWarnings(report, *answer, result);
   PutAnswer(report, *answer, result, limit, row, search);

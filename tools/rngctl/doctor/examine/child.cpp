@@ -30,6 +30,6 @@ void RunDoctorChild(int channel) {
     case DoctorSubject::kBinding:
       return ExamineBinding(question.path);
     case DoctorSubject::kStart:
-      return ExamineStart();
+      return ExamineStart(question);
   }
 }

@@ -2,6 +2,7 @@
 #define TOOLS_RNGCTL_DOCTOR_EXAMINE_EXAMINE_H
 
 #include "providers/catalogue.h"
+#include "tools/rngctl/doctor/messages.h"
 
 #include <string>
 
@@ -28,8 +29,8 @@ void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path);
 /// the plug-in is not closed: closing is not examined here.
 [[noreturn]] void ExamineBinding(const std::string& path);
 
-/// Starts the library with all its plug-ins, looks up the configured default, and stops the library, as
-/// a host does.
-void ExamineStart();
+/// Starts the library with all its plug-ins, asks it what a host asks, and stops it. `question` says what
+/// it is asked first: a question that ends the process hides the answers to those after it.
+void ExamineStart(const DoctorQuestion& question);
 
 #endif

@@ -1,16 +1,16 @@
 #include "providers/dll_loader.h"
 #include "providers/library_handle.h"
 #include "tools/rngctl/channel/immortal.h"
+#include "tools/rngctl/doctor/examine/answers.h"
 #include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/loader/link_map.h"
 #include "tools/rngctl/loader/undeclared.h"
 #include "tools/rngctl/process/child.h"
 #include "tools/rngctl/process/lifecycle_calls.h"
+#include "tools/rngctl/process/state.h"
 
-#include <algorithm>
-#include <cstring>
-#include <memory>
+#include <chrono>
 #include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
@@ -19,15 +19,16 @@ using rngshared::smartwr::DllLoader;
 
 namespace {
 
-// More of a text tells nobody anything, and it is sent again with each step.
-constexpr std::size_t kMostText = 4096;
+using Clock = std::chrono::steady_clock;
 
 // Global, because the plug-in may call Initialize from anywhere.
 Immortal<PluginAnswer> g_immortalAnswer;
 PluginAnswer& g_answer = g_immortalAnswer.value;
+Clock::time_point g_began;
 
 void Begin(PluginStep step) {
   g_answer.step = step;
+  g_answer.seconds = std::chrono::duration<double>(Clock::now() - g_began).count();
   Send(g_answer);
 }
 
@@ -38,18 +39,6 @@ std::string FileOf(void* handle) {
 
 bool IsLoaded(const std::string& file) {
   return LibraryHandle(::dlopen(file.c_str(), RTLD_LAZY | RTLD_NOLOAD)) != nullptr;
-}
-
-// The two calls with which the library reads a name.
-ReportedName AskForName(IRngProvider& provider) {
-  ReportedName name;
-  name.size = provider.GetName(nullptr);
-  if (name.size <= 0) return name;
-  const auto length = static_cast<std::size_t>(name.size);
-  const auto buffer = std::make_unique<char[]>(length);
-  name.sizeAgain = provider.GetName(buffer.get());
-  name.text.assign(buffer.get(), ::strnlen(buffer.get(), std::min(length, kMostText)));
-  return name;
 }
 
 void AskListed(IRngProvider& provider) {
@@ -90,19 +79,13 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row) {
   return isAvailable ? PluginOutcome::kKept : PluginOutcome::kNotAvailable;
 }
 
-void RememberException(const char* what) {
-  g_answer.threwIn = g_answer.step;
-  if (what) g_answer.exception.assign(what, ::strnlen(what, kMostText));
-}
-
 // Catches while the plug-in is open: the type of the exception may be defined in it.
 void TreatCaught(void* library, const ProviderCatalogueEntry& row) {
   try {
     g_answer.outcome = Treat(library, row);
-  } catch (const std::exception& error) {
-    RememberException(error.what());
   } catch (...) {
-    RememberException(nullptr);
+    g_answer.threwIn = g_answer.step;
+    g_answer.exception = MessageOfException();
   }
 }
 
@@ -110,6 +93,8 @@ void TreatCaught(void* library, const ProviderCatalogueEntry& row) {
 
 void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
   WatchLifecycleCalls(StopAtCall);
+  const ProcessState before = CaptureProcessState();
+  g_began = Clock::now();
   Begin(PluginStep::kOpen);
   DllLoader library(path.c_str());
   if (!library.GetHandle()) {
@@ -121,8 +106,10 @@ void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
   TreatCaught(library.GetHandle(), row);
   Begin(PluginStep::kClose);
   library.Unload();
-  g_answer.staysLoaded = IsLoaded(g_answer.file);
   Begin(PluginStep::kEnd);
+  g_answer.staysLoaded = IsLoaded(g_answer.file);
+  g_answer.changes = ChangesSince(before);
+  Send(g_answer);
 }
 
 void ExamineBinding(const std::string& path) {

@@ -1,38 +1,145 @@
 #include "providers/catalogue.h"
+#include "tools/rngctl/channel/immortal.h"
+#include "tools/rngctl/doctor/examine/answers.h"
 #include "tools/rngctl/doctor/examine/examine.h"
-#include "tools/rngctl/doctor/messages.h"
+#include "tools/rngctl/doctor/examine/started_generators.h"
+#include "tools/rngctl/doctor/start/messages.h"
+#include "tools/rngctl/loader/loader_calls.h"
 #include "tools/rngctl/loader/search_order.h"
 #include "tools/rngctl/process/child.h"
+#include "tools/rngctl/process/lifecycle_calls.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstring>
 #include <filesystem>
-#include <link.h>
-#include <set>
 #include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
 
 namespace {
 
-using Paths = std::vector<std::string>;
+using Clock = std::chrono::steady_clock;
 
-int AddName(dl_phdr_info* info, std::size_t, void* paths) {
-  static_cast<Paths*>(paths)->emplace_back(info->dlpi_name);
-  return 0;
+// Global, because plug-ins may call the watched functions from anywhere.
+Immortal<StartAnswer> g_immortalAnswer;
+StartAnswer& g_answer = g_immortalAnswer.value;
+Clock::time_point g_partBegan;
+
+void Begin(StartStep step, const std::string& subject = "") {
+  g_answer.step = step;
+  g_answer.subject = subject;
+  Send(g_answer);
 }
 
-Paths ListOpenedPlugins() {
-  std::set<std::string> pluginFiles;
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
-    pluginFiles.insert(row.libraryFile);
-  }
-  Paths paths;
-  ::dl_iterate_phdr(AddName, &paths);
-  std::erase_if(paths, [&pluginFiles](const std::filesystem::path& path) {
-    return !pluginFiles.contains(path.filename());
+double SecondsSince(Clock::time_point time) {
+  return std::chrono::duration<double>(Clock::now() - time).count();
+}
+
+// --- What the library is doing during the start and the stop
+
+void EndPart() {
+  const bool isPart = g_answer.step == StartStep::kDisplay || g_answer.step == StartStep::kTreat;
+  const double seconds = SecondsSince(g_partBegan);
+  g_partBegan = Clock::now();
+  if (!isPart) return;
+  auto& parts = g_answer.parts;
+  const auto known = std::find_if(parts.begin(), parts.end(), [](const StartPart& part) {
+    return part.kind == g_answer.subject;
   });
-  std::transform(paths.begin(), paths.end(), paths.begin(), WithoutDotDot);
-  return paths;
+  if (known != parts.end()) {
+    known->seconds += seconds;
+  } else {
+    parts.push_back({g_answer.subject, seconds});
+  }
+}
+
+std::string KindOf(const std::string& libraryFile) {
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
+    if (row.libraryFile == libraryFile) return row.name;
+  }
+  return "";
+}
+
+bool IsStarting() { return !g_answer.seconds; }
+
+// The library opens the X library before each plug-in, and each plug-in by its bare name.
+void NoteOpening(const char* file, LoaderCaller caller) {
+  if (!IsStarting() || !caller.IsLibrary()) return;
+  const bool isDisplay = std::strcmp(file, "libX11.so.6") == 0;
+  const std::string kind = KindOf(file);
+  if (!isDisplay && kind.empty()) return;
+  EndPart();
+  Begin(isDisplay ? StartStep::kDisplay : StartStep::kTreat, kind);
+}
+
+void NoteClosing(const std::string& file, LoaderCaller caller) {
+  if (caller.IsLibrary()) {
+    if (g_answer.step == StartStep::kStop) Begin(StartStep::kStop, file);
+    return;
+  }
+  const std::filesystem::path closer = caller.File();
+  const bool isForeign = !KindOf(std::filesystem::path(file).filename()).empty() &&
+                         !KindOf(closer.filename()).empty() && closer != file;
+  if (isForeign) g_answer.closes.push_back({WithoutDotDot(closer), WithoutDotDot(file)});
+}
+
+constexpr LoaderObserver kObserver = {NoteOpening, NoteClosing};
+
+// In a host the call deadlocks during a start or a stop, which hold the lock throughout. Between the
+// two, a nested start changes nothing that is examined here, and a stop ends everything.
+void NoteLifecycleCall(LifecycleFunction function) {
+  const StartStep step = g_answer.step;
+  const bool isLocked = IsStarting() || step == StartStep::kStop;
+  if (!g_answer.called) {
+    g_answer.called = function;
+    g_answer.calledIn = step;
+    Send(g_answer);
+  }
+  if (isLocked || (function == LifecycleFunction::kShutDown && step != StartStep::kEnd)) ::_exit(0);
+}
+
+// --- The questions of a host
+
+// While the library is started: the class of an exception may be defined in a plug-in.
+template <typename Question>
+bool Catches(Question ask) {
+  try {
+    ask();
+    return false;
+  } catch (...) {
+    if (!g_answer.threwIn) g_answer.threwIn = g_answer.step;
+    return true;
+  }
+}
+
+void Remember(IRngProvider* provider) {
+  const StartedGenerator found = Locate(provider);
+  const auto& known = g_answer.generators;
+  const bool isKnown =
+      std::any_of(known.begin(), known.end(),
+                  [&found](const StartedGenerator& other) { return other.object == found.object; });
+  if (!isKnown) g_answer.generators.push_back(found);
+}
+
+KindLookup LookUp(const std::string& kind) {
+  try {
+    IRngProvider* const provider = GetRng(kind.c_str());
+    if (!provider) return {kind};
+    Remember(provider);
+    return {kind, LookupEnd::kFound, reinterpret_cast<std::uintptr_t>(provider)};
+  } catch (...) {
+    return {kind, LookupEnd::kThrew, 0, MessageOfException()};
+  }
+}
+
+void LookUpOnce(const std::string& kind) {
+  for (const KindLookup& lookup : g_answer.lookups) {
+    if (lookup.kind == kind) return;
+  }
+  Begin(StartStep::kLookUp, kind);
+  const KindLookup lookup = LookUp(kind);
+  g_answer.lookups.push_back(lookup);
 }
 
 bool FindsDefault() {
@@ -40,33 +147,75 @@ bool FindsDefault() {
   return GetDefaultRng(&info, 0) == 1 && GetRng(info.type) != nullptr;
 }
 
-void Begin(StartStep step, StartAnswer& answer) {
-  answer.step = step;
-  Send(answer);
+void SearchDefault() {
+  Begin(StartStep::kDefault);
+  bool isFound = false;
+  Catches([&isFound] { isFound = FindsDefault(); });
+  g_answer.findsDefault = isFound;
 }
 
-void StartAskAndStop(StartAnswer& answer) {
-  Begin(StartStep::kStart, answer);
-  Initialize(GetDefaultSettings());
-  answer.opened = ListOpenedPlugins();
-  Begin(StartStep::kDefault, answer);
-  answer.findsDefault = FindsDefault();
-  Begin(StartStep::kStop, answer);
-  ShutDown();
+void ListAll() {
+  Begin(StartStep::kList);
+  constexpr std::uint32_t kEveryFlag = 0xFFFFFFFF;
+  const auto count = static_cast<std::size_t>(std::max(0, GetAvailableRng(nullptr, kEveryFlag)));
+  // A plug-in may report flags only the second time.
+  std::vector<IRngProvider*> providers(std::max<std::size_t>(count, 64));
+  GetAvailableRng(providers.data(), kEveryFlag);
+  for (IRngProvider* const provider : providers) {
+    if (provider) Remember(provider);
+  }
+  g_answer.isListed = true;
+}
+
+void AskNames() {
+  for (StartedGenerator& generator : g_answer.generators) {
+    const std::string& file = generator.codeFile.empty() ? generator.tableFile : generator.codeFile;
+    Begin(StartStep::kName, file);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
+    auto* const provider = reinterpret_cast<IRngProvider*>(generator.object);
+    Catches([&generator, provider] { generator.name = AskForName(*provider); });
+  }
+}
+
+void Ask(const DoctorQuestion& question) {
+  g_answer.taken = ListTakenFiles();
+  if (question.looksUpFirst) {
+    if (!question.kind.empty()) LookUpOnce(question.kind);
+    SearchDefault();
+  }
+  Catches(ListAll);
+  AskNames();
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) LookUpOnce(row.name);
+  if (!g_answer.findsDefault) SearchDefault();
+}
+
+void StartAskAndStop(const DoctorQuestion& question) {
+  const Clock::time_point began = Clock::now();
+  g_partBegan = began;
+  Begin(StartStep::kBegin);
+  StartLibrary(GetDefaultSettings());
+  EndPart();
+  g_answer.seconds = SecondsSince(began);
+  Ask(question);
+  Begin(StartStep::kStop);
+  StopLibrary();
 }
 
 }  // namespace
 
-void ExamineStart() {
-  StartAnswer answer;
+void ExamineStart(const DoctorQuestion& question) {
+  WatchLifecycleCalls(NoteLifecycleCall, LibraryState::kReal);
+  WatchLoaderCalls(&kObserver);
+  const ProcessState before = CaptureProcessState();
   try {
-    StartAskAndStop(answer);
+    StartAskAndStop(question);
   } catch (...) {
     // The type of the exception may be defined in a plug-in that is already closed: do not touch or
     // destroy it.
-    answer.hasThrown = true;
-    Send(answer);
+    g_answer.threwIn = g_answer.step;
+    Send(g_answer);
     ::_exit(0);
   }
-  Begin(StartStep::kEnd, answer);
+  g_answer.changes = ChangesSince(before);
+  Begin(StartStep::kEnd);
 }

@@ -1,0 +1,27 @@
+// Ends the process when it is asked for its name and another of its making became available before it.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+#include <cstdlib>
+
+namespace {
+
+class CrowdedNameRng final : public CorrectRng {
+ public:
+  bool IsAvailable() override {
+    isSecond = std::getenv("RNG_CROWDED") != nullptr;
+    ::setenv("RNG_CROWDED", "1", 1);
+    return true;
+  }
+  std::int32_t GetName(char* buffer) override {
+    if (isSecond) std::abort();
+    return CorrectRng::GetName(buffer);
+  }
+
+ private:
+  bool isSecond = false;
+};
+
+}  // namespace
+
+EXPORT_RNG(CrowdedNameRng)

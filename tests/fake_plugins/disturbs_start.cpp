@@ -1,0 +1,21 @@
+// Does something to its process when it is asked whether it is available: the macro DISTURB.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+#include <cstdio>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class DisturbsStartRng final : public CorrectRng {
+ public:
+  bool IsAvailable() override {
+    DISTURB;
+    return true;
+  }
+};
+
+}  // namespace
+
+EXPORT_RNG(DisturbsStartRng)

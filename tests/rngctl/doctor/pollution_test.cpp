@@ -1,0 +1,61 @@
+// What a start does to every program, besides making generators available.
+
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST_F(Doctor, WarnsOfAPluginThatPrints) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "prints_start");
+  EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
+              ElementsAre(StartsWith("It prints on standard output, so its text is mixed with the "
+                                     "output of every program: \"driver?[1m 1.0\".")));
+  // Once, where the plug-in itself is examined.
+  EXPECT_EQ(json::array(), Examine("").at("start").at("warnings"));
+  EXPECT_THAT(Examine("unixdev").at("start").at("warnings"),
+              ElementsAre(StartsWith("A start with all plug-ins prints on standard output")));
+  EXPECT_EQ(0, Run("doctor unixdev").status);
+}
+
+TEST_F(Doctor, WarnsOfAPluginThatClosesAStandardDescriptor) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "closes_output");
+  EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
+              Contains(StartsWith("It closes standard output, which affects the whole program.")));
+  EXPECT_EQ(json::array(), Examine("").at("start").at("warnings"));
+  EXPECT_THAT(Examine("unixdev").at("start").at("warnings"),
+              Contains(StartsWith("A start with all plug-ins closes standard output")));
+}
+
+TEST_F(Doctor, WarnsOfAPluginThatChangesTheProcess) {
+  InstallPlugin("dsdr", "changes_umask");
+  EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
+              ElementsAre(StartsWith("It changes the umask to 0077")));
+}
+
+TEST_F(Doctor, WarnsOfASlowStartAndNamesThePlugin) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "slow_start");
+  const json report = Examine("");
+  EXPECT_LT(0.7, RowOf(report, "dsdr").at("seconds"));
+  EXPECT_LT(0.7, report.at("start").at("seconds"));
+  EXPECT_THAT(report.at("start").at("warnings"),
+              ElementsAre(AllOf(StartsWith("Every program that starts the library waits "),
+                                HasSubstr(": librngdsdr.so takes "))));
+  EXPECT_THAT(Run("doctor unixdev").output,
+              HasSubstr("\nstart, warning: Every program that starts"));
+}
+
+TEST_F(Doctor, ASlowDisplayIsNamedLikeAPlugin) {
+  InstallUnixDev();
+  InstallX11("slow");
+  EXPECT_THAT(Examine("unixdev").at("start").at("warnings"),
+              ElementsAre(HasSubstr(": the search for the X display takes ")));
+}

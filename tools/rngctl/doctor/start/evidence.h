@@ -1,0 +1,37 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_START_EVIDENCE_H
+#define TOOLS_RNGCTL_DOCTOR_START_EVIDENCE_H
+
+#include "tools/rngctl/doctor/start/messages.h"
+#include "tools/rngctl/process/child.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+/// What a start with all plug-ins showed.
+struct StartEvidence {
+  ChildResult result;                 ///< how the start went
+  std::optional<StartAnswer> answer;  ///< what that child learnt
+  /// A second start, made when the first one ended in its first lookup or the search for the default: it
+  /// asks the rest, and may show which plug-in is to blame.
+  std::optional<StartAnswer> second;
+
+  /// The answer that says more about the generators; null without any.
+  const StartAnswer* Fullest() const;
+
+  /// Whether it shows what GetRng of the kind comes to. A start that fails, or that is not understood,
+  /// leaves nothing to be found out.
+  bool ShowsLookup(const std::string& kind) const;
+
+  /// Whether everything went well, up to the end of the process.
+  bool IsComplete() const;
+};
+
+/// Starts the library in a child, and looks up `kind`, unless empty, before anything else. No step may
+/// take longer than the limit.
+StartEvidence TryStart(const std::string& kind, std::chrono::seconds limit);
+
+/// The same without the second start: for a kind that an earlier one did not come to.
+StartEvidence TryLookup(const std::string& kind, std::chrono::seconds limit);
+
+#endif
