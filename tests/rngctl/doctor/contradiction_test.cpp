@@ -130,3 +130,14 @@ TEST_F(Doctor, OneFileUnderTheNamesOfTwoKindsIsBothPlugins) {
   EXPECT_EQ("no-factory", RowOf(report, "sobol").at("verdict"));
   EXPECT_EQ(false, RowOf(report, "sobol").at("kept"));
 }
+
+// The class is hidden, but not its operation.
+TEST_F(Doctor, TwoPluginsWithAnOperationOfTheSameNameAreToldApart) {
+  InstallPlugin("dsdr", "shared_operation");
+  InstallPlugin("sobol", "shared_operation");
+  ASSERT_FALSE(HostGets("sobol"));
+  EXPECT_EQ(
+      "loaded as \"sobol\", but GetRng(\"sobol\") gives nothing: its generator runs the code of " +
+          TreePath("lib/librngdsdr.so"),
+      ExamineKind("sobol").at("summary"));
+}

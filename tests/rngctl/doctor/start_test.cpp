@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 using testing::HasSubstr;
 
@@ -174,4 +175,27 @@ TEST_F(Doctor, APluginThatOnlyStaysInTheProcessIsNotKept) {
   const json row = RowOf(Examine(""), "dsdr");
   EXPECT_EQ("not-available", row.at("verdict"));
   EXPECT_EQ(false, row.at("kept"));
+}
+
+// A pipe is not opened: programs wait for it, and a device may do something.
+TEST_F(Doctor, AStartThatWouldWaitForAPipeIsNotTried) {
+  InstallUnixDev();
+  ASSERT_EQ(0, ::mkfifo(TreePath("lib/librngdsdr.so").c_str(), 0600));
+  const json report = Examine("unixdev");
+  EXPECT_EQ(false, report.at("start").at("tried"));
+  EXPECT_EQ("dsdr", report.at("start").at("culprit"));
+  EXPECT_EQ("was not tried, because it would wait for " + TreePath("lib/librngdsdr.so"),
+            report.at("start").at("problem"));
+  EXPECT_EQ("loaded", RowOf(report, "unixdev").at("verdict"));
+  EXPECT_EQ(1, Run("doctor unixdev").status);
+}
+
+TEST_F(Doctor, AStartGoesOnWithoutASocketInAPluginsPlace) {
+  InstallUnixDev();
+  RunShell("cd " + TreePath("lib") +
+           " && python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind(\"librngdsdr.so\")'");
+  const json report = Examine("");
+  EXPECT_EQ("cannot-be-opened", RowOf(report, "dsdr").at("verdict"));
+  EXPECT_EQ(json(), report.at("start").at("problem"));
+  EXPECT_EQ("loaded", RowOf(report, "unixdev").at("verdict"));
 }

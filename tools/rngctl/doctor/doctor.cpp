@@ -2,6 +2,7 @@
 
 #include "providers/catalogue.h"
 #include "tools/rngctl/doctor/causes/cannot_open.h"
+#include "tools/rngctl/doctor/causes/special_files.h"
 #include "tools/rngctl/doctor/causes/strays.h"
 #include "tools/rngctl/doctor/start/comparison.h"
 #include "tools/rngctl/doctor/start/contradiction.h"
@@ -82,16 +83,19 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
 }
 
 void FindGenerators(DoctorReport& report, const std::string& kind, Limit limit) {
-  const StartEvidence start = TryStart(kind, limit);
+  const SpecialFiles special = FindSpecialFiles(report.search, report.display.isFound);
+  const bool isBlocked = !special.blocking.empty();
+  const StartEvidence start = isBlocked ? StartEvidence{} : TryStart({kind, special.kinds, limit});
   for (const ProviderCatalogueEntry& row : ChooseRows(kind)) {
     GeneratorReport found = FindGenerator(row, report, start, limit);
     CompareWithStart(found, start, limit);
     if (found.verdict == DoctorVerdict::kLoaded && !start.ShowsLookup(row.name)) {
-      CompareWithStart(found, TryLookup(row.name, limit), limit);
+      CompareWithStart(found, TryLookup({row.name, special.kinds, limit}), limit);
     }
     report.generators.push_back(found);
   }
-  report.start = JudgeStart(start, report.generators, limit);
+  report.start =
+      isBlocked ? ForeseeBlockedStart(special) : JudgeStart(start, report.generators, limit);
 }
 
 std::size_t Count(const std::vector<GeneratorReport>& rows, bool (*fits)(const GeneratorReport&)) {

@@ -20,8 +20,10 @@ struct DoctorQuestion {
   std::string kind = {};  ///< of a plug-in; for a start the one to look up first, if any
   std::string path = {};  ///< for a plug-in the file to open; for the search order LD_LIBRARY_PATH
   bool looksUpFirst = false;  ///< in a start: the kind, and the default, before anything else
+  std::vector<std::string> unopened =
+      {};  ///< in a start: the kinds whose plug-ins are not to be opened
 };
-RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path, looksUpFirst)
+RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path, looksUpFirst, unopened)
 
 struct SearchAnswer {
   std::vector<std::string> systemDirectories;

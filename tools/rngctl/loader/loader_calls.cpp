@@ -24,6 +24,8 @@ std::string FileOfHandle(const void* handle) {
   return "";
 }
 
+void* RefuseToOpen(const char*, int) { return nullptr; }
+
 }  // namespace
 
 bool LoaderCaller::IsLibrary() const {
@@ -38,12 +40,14 @@ std::string LoaderCaller::File() const {
 
 void WatchLoaderCalls(const LoaderObserver* observer) { g_observer = observer; }
 
-// Called by the two functions below, so they keep C names. Each returns the C library's function.
+// Called by the two functions below, so they keep C names. Each returns the function to jump to.
 extern "C" {
 
 __attribute__((used)) void* RngctlNoteOpening(const char* file, const void* caller) {
   const LoaderObserver* const observer = g_observer;
-  if (observer && file) observer->opens(file, {caller});
+  if (observer && file && !observer->mayOpen(file, {caller})) {
+    return reinterpret_cast<void*>(&RefuseToOpen);
+  }
   return ::dlsym(RTLD_NEXT, "dlopen");
 }
 

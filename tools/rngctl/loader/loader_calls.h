@@ -18,7 +18,8 @@ struct LoaderCaller {
 };
 
 struct LoaderObserver {
-  void (*opens)(const char* file, LoaderCaller caller);  ///< before a file is opened; never null
+  /// Before a file is opened; it is never null. False: opening it fails without being tried.
+  bool (*mayOpen)(const char* file, LoaderCaller caller);
   void (*closes)(const std::string& file, LoaderCaller caller);  ///< before a handle is closed
 };
 

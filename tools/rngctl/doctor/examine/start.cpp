@@ -25,6 +25,7 @@ using Clock = std::chrono::steady_clock;
 Immortal<StartAnswer> g_immortalAnswer;
 StartAnswer& g_answer = g_immortalAnswer.value;
 Clock::time_point g_partBegan;
+std::vector<std::string> g_unopened;  // the kinds whose plug-ins are not to be opened
 
 void Begin(StartStep step, const std::string& subject = "") {
   g_answer.step = step;
@@ -64,13 +65,14 @@ std::string KindOf(const std::string& libraryFile) {
 bool IsStarting() { return !g_answer.seconds; }
 
 // The library opens the X library before each plug-in, and each plug-in by its bare name.
-void NoteOpening(const char* file, LoaderCaller caller) {
-  if (!IsStarting() || !caller.IsLibrary()) return;
+bool NoteOpening(const char* file, LoaderCaller caller) {
   const bool isDisplay = std::strcmp(file, "libX11.so.6") == 0;
   const std::string kind = KindOf(file);
-  if (!isDisplay && kind.empty()) return;
-  EndPart();
-  Begin(isDisplay ? StartStep::kDisplay : StartStep::kTreat, kind);
+  if (IsStarting() && caller.IsLibrary() && (isDisplay || !kind.empty())) {
+    EndPart();
+    Begin(isDisplay ? StartStep::kDisplay : StartStep::kTreat, kind);
+  }
+  return std::find(g_unopened.begin(), g_unopened.end(), kind) == g_unopened.end();
 }
 
 void NoteClosing(const std::string& file, LoaderCaller caller) {
@@ -206,6 +208,7 @@ void StartAskAndStop(const DoctorQuestion& question) {
 void ExamineStart(const DoctorQuestion& question) {
   WatchLifecycleCalls(NoteLifecycleCall, LibraryState::kReal);
   WatchLoaderCalls(&kObserver);
+  g_unopened = question.unopened;
   const ProcessState before = CaptureProcessState();
   try {
     StartAskAndStop(question);

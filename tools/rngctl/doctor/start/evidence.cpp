@@ -12,13 +12,13 @@ namespace {
 
 using Limit = std::chrono::seconds;
 
-ChildResult AskStart(const std::string& kind, bool looksUpFirst, Limit limit) {
-  const Limit forAll = limit * std::tuple_size_v<ProviderCatalogue>;
+ChildResult AskStart(const StartOrder& start, bool looksUpFirst) {
+  const Limit forAll = start.limit * std::tuple_size_v<ProviderCatalogue>;
   const WaitNotice notice("Waiting for a start with all plug-ins, at most " +
                           std::to_string(forAll.count()) + " s");
-  ChildOrder order{kDoctorChildCommand,
-                   Encode(DoctorQuestion{DoctorSubject::kStart, kind, "", looksUpFirst}), limit,
-                   LimitOf::kSilence};
+  const DoctorQuestion question{DoctorSubject::kStart, start.kind, "", looksUpFirst,
+                                start.unopened};
+  ChildOrder order{kDoctorChildCommand, Encode(question), start.limit, LimitOf::kSilence};
   order.limitOfAll = forAll;
   order.endsDescendants = true;  // the plug-in's own child leaves them once more
   return RunChild(order);
@@ -46,16 +46,16 @@ bool StartEvidence::ShowsLookup(const std::string& kind) const {
          (answer->step == StartStep::kLookUp && answer->subject == kind);
 }
 
-StartEvidence TryLookup(const std::string& kind, Limit limit) {
-  StartEvidence start{AskStart(kind, true, limit), std::nullopt, std::nullopt};
+StartEvidence TryLookup(const StartOrder& order) {
+  StartEvidence start{AskStart(order, true), std::nullopt, std::nullopt};
   start.answer = start.result.Last<StartAnswer>();
   return start;
 }
 
-StartEvidence TryStart(const std::string& kind, Limit limit) {
-  StartEvidence start = TryLookup(kind, limit);
-  if (start.answer && EndedInFirstQuestions(*start.answer, kind)) {
-    start.second = AskStart(kind, false, limit).Last<StartAnswer>();
+StartEvidence TryStart(const StartOrder& order) {
+  StartEvidence start = TryLookup(order);
+  if (start.answer && EndedInFirstQuestions(*start.answer, order.kind)) {
+    start.second = AskStart(order, false).Last<StartAnswer>();
   }
   return start;
 }

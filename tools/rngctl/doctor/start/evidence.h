@@ -27,11 +27,16 @@ struct StartEvidence {
   bool IsComplete() const;
 };
 
-/// Starts the library in a child, and looks up `kind`, unless empty, before anything else. No step may
-/// take longer than the limit.
-StartEvidence TryStart(const std::string& kind, std::chrono::seconds limit);
+struct StartOrder {
+  std::string kind;                   ///< looked up before anything else, unless empty
+  std::vector<std::string> unopened;  ///< the kinds whose plug-ins are not to be opened
+  std::chrono::seconds limit;         ///< for each step
+};
+
+/// Starts the library in a child.
+StartEvidence TryStart(const StartOrder& order);
 
 /// The same without the second start: for a kind that an earlier one did not come to.
-StartEvidence TryLookup(const std::string& kind, std::chrono::seconds limit);
+StartEvidence TryLookup(const StartOrder& order);
 
 #endif

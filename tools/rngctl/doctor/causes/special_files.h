@@ -1,0 +1,23 @@
+#ifndef TOOLS_RNGCTL_DOCTOR_CAUSES_SPECIAL_FILES_H
+#define TOOLS_RNGCTL_DOCTOR_CAUSES_SPECIAL_FILES_H
+
+#include "tools/rngctl/doctor/report.h"
+
+#include <string>
+#include <vector>
+
+/// The pipes, sockets and devices in the places of plug-ins. The doctor does not open them, so a start
+/// must not, either.
+struct SpecialFiles {
+  std::vector<std::string> kinds = {};  ///< whose plug-in is one
+  std::string blocking = {};            ///< the first of them that never opens; "" for none
+  std::string file = {};                ///< its path
+};
+
+/// `hasDisplay` says whether the library comes to the kinds that need a display.
+SpecialFiles FindSpecialFiles(const SearchOrder& search, bool hasDisplay);
+
+/// The report of a start that would wait for the file that never opens.
+StartReport ForeseeBlockedStart(const SpecialFiles& files);
+
+#endif
