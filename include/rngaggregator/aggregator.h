@@ -65,8 +65,7 @@ extern const char* rngBioWin;       ///< "bio", interactive; this library loads 
 ///
 /// Ownership: `settings` remains the caller's. It must live while the aggregator is started, and as
 ///            long after that as `SetDefaultRng` may be called.
-/// Threads:   any; holds the lock throughout. Never call it from a plug-in that is being started or
-///            released.
+/// Threads:   any; holds the lock throughout. Never call it from a plug-in: provider.h says why.
 /// Failure:   reports no errors. An exception leaves the count raised, the settings stored and the
 ///            providers of the earlier plug-ins listed; match it with a call of `ShutDown`. Throws
 ///            `boost::lock_error`, with nothing changed, when the lock cannot be taken.
@@ -79,8 +78,7 @@ void Initialize(IRngSettings* settings);
 /// `Initialize` only bring it back to 0.
 ///
 /// Ownership: when the count becomes 0, all provider pointers become invalid.
-/// Threads:   any; holds the lock throughout. Never call it from a plug-in that is being started or
-///            released.
+/// Threads:   any; holds the lock throughout. Never call it from a plug-in: provider.h says why.
 /// Failure:   when a provider's `Release` throws, the exception passes through. The count is 0, the
 ///            providers before it are released, and it and those after it stay listed with their
 ///            libraries open. Throws `boost::lock_error` as `Initialize` does.

@@ -3,6 +3,6 @@
 #include <rngaggregator/provider.h>
 
 extern "C" {
-static RngFactory Resolve() { return nullptr; }
+RngFactory Resolve() { return nullptr; }
 __attribute__((visibility("default"), ifunc("Resolve"))) IRngProvider* FACTORY();
 }

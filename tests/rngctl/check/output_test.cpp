@@ -47,3 +47,10 @@ TEST(CheckOutput, ShowsAQuestionAtOnce) {
   EXPECT_THAT(ReadFile(file), HasSubstr("Press the button: \n"));
   EXPECT_EQ("Press the button: ", json::parse(result.output).at("output").at(0).at("line"));
 }
+
+TEST(CheckOutput, AQuestionLeavesTheNoticeOfATerminalBelowIt) {
+  const Result result = RunShell("script -qec '" RNGCTL " check --only draw-succeeds --timeout 8 " +
+                                 FakePlugin("dsdr", "asks_user") + "' " + TreePath("typescript"));
+  EXPECT_THAT(result.output, HasSubstr("Checking draw-succeeds ...\r\033[KPress it now: \r\n"
+                                       "Checking draw-succeeds ..."));
+}

@@ -6,7 +6,6 @@
 #include "tools/rngctl/terminal/wait_notice.h"
 
 #include <algorithm>
-#include <iostream>
 #include <sstream>
 
 namespace {
@@ -20,10 +19,13 @@ Finding InternalError() {
   return finding;
 }
 
-// It may be a question to the user, so the report at the end would be too late.
-void ShowPrompt(const std::string& text) {
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) std::cerr << Printable(line) << '\n';
+std::string PrintableLines(const std::string& text) {
+  std::string lines;
+  std::istringstream rest(text);
+  for (std::string line; std::getline(rest, line);) {
+    if (!line.empty()) lines += Printable(line) + '\n';
+  }
+  return lines;
 }
 
 }  // namespace
@@ -64,9 +66,11 @@ CheckOrder Examination::OrderFor(const Rule& rule) const {
 }
 
 Finding Examination::ExamineInChild(const Rule& rule) {
-  const WaitNotice notice("Checking " + std::string(rule.name) + " ...");
+  WaitNotice notice("Checking " + std::string(rule.name) + " ...");
   ChildOrder order{kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence, "", true};
-  order.whileItWaits = ShowPrompt;
+  order.whileItWaits = [&notice](const std::string& text) {
+    notice.PrintAbove(PrintableLines(text));
+  };
   const ChildResult result = RunChild(order);
   RememberOutput(result, rule.name);
   if (result.isSilent && !result.HasExited(0)) {

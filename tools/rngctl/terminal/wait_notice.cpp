@@ -4,6 +4,12 @@
 #include <cstdio>
 #include <unistd.h>
 
+namespace {
+
+constexpr char kErase[] = "\r\033[K";
+
+}  // namespace
+
 WaitNotice::WaitNotice(const std::string& waitedFor) : text(waitedFor) {
   if (::isatty(STDERR_FILENO) != 1) return;
   thread = std::jthread([this](const std::stop_token& end) { ShowUntil(end); });
@@ -14,7 +20,15 @@ void WaitNotice::ShowUntil(const std::stop_token& end) {
   const auto never = [] { return false; };
   hasEnded.wait_for(guard, end, std::chrono::seconds(1), never);
   if (end.stop_requested()) return;
+  isShown = true;
   std::fputs(text.c_str(), stderr);
   hasEnded.wait(guard, end, never);
-  std::fputs("\r\033[K", stderr);
+  std::fputs(kErase, stderr);
+}
+
+void WaitNotice::PrintAbove(const std::string& lines) {
+  const std::lock_guard guard(lock);
+  const bool wasShown = isShown;
+  std::fprintf(stderr, "%s%s%s", wasShown ? kErase : "", lines.c_str(),
+               wasShown ? text.c_str() : "");
 }

@@ -12,12 +12,16 @@ class WaitNotice {
  public:
   explicit WaitNotice(const std::string& waitedFor);
 
+  /// Prints lines on standard error, above the notice if it is shown. Any thread.
+  void PrintAbove(const std::string& lines);
+
  private:
   void ShowUntil(const std::stop_token& end);
 
   const std::string text;
   std::mutex lock;
   std::condition_variable_any hasEnded;
+  bool isShown = false;
   std::jthread thread;  // built last: it uses the others
 };
 

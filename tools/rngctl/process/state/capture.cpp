@@ -146,7 +146,7 @@ std::map<std::string, EnvironmentEntry> Environment(const MemoryMap& memory) {
 
 Place PlaceOfBuffer(const MemoryMap& memory, const FILE* stream) {
   if (!stream) return "";
-  if (memory.CountReadable(stream) < sizeof *stream) return kUnmapped;
+  if (memory.CountReadable(stream) < sizeof(FILE)) return kUnmapped;
   return stream->_IO_buf_base ? memory.PlaceOf(stream->_IO_buf_base) : "";
 }
 

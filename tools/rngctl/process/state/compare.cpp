@@ -61,8 +61,8 @@ void AddMask(const ProcessState& before, const ProcessState& after, Sentences& f
 void AddValues(const ProcessState& before, const ProcessState& after, Sentences& found) {
   for (const auto& [name, value] : after.values) {
     const std::string& then = before.values.at(name);
-    const bool isKnown = !then.empty() && !value.empty();
-    if (isKnown && then != value) found.push_back("changes " + name + " to " + value);
+    if (then == value || then.empty() || value.empty()) continue;  // or it could not be read
+    found.push_back(std::string("changes ").append(name).append(" to ").append(value));
   }
 }
 
