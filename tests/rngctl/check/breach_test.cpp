@@ -37,12 +37,13 @@ std::string NameOf(const testing::TestParamInfo<Breach>& info) { return info.par
 
 INSTANTIATE_TEST_SUITE_P(
     File, CheckBreach,
-    testing::Values(Breach{"exports_more", "one-export", "1 symbol besides the factory: AnotherF"},
-                    Breach{"has_executable_stack", "no-executable-stack", "executable stack"},
-                    Breach{"has_static_tls", "no-static-tls", "flag STATIC_TLS"},
-                    Breach{"misses_a_function", "opens", "undefined symbol"},
-                    Breach{"borrows_a_function", "opens",
-                           "It uses elf_version but is not linked with"}),
+    testing::Values(
+        Breach{"exports_more", "one-export", "1 symbol besides the factory: AnotherF"},
+        Breach{"has_executable_stack", "no-executable-stack", "executable stack"},
+        Breach{"has_static_tls", "no-static-tls", "flag STATIC_TLS"},
+        Breach{"misses_a_function", "opens", "undefined symbol", "Link with every lib"},
+        Breach{"refuses_opening", "opens", "cannot be dlopen()ed", "Link without -z nodlopen"},
+        Breach{"borrows_a_function", "opens", "It uses elf_version but is not linked with"}),
     NameOf);
 
 #ifndef __clang__  // it makes no such symbols
@@ -112,6 +113,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Breach{"skips_last_byte", "draw-fills-buffer", "byte 5 was never written"},
                     Breach{"draw_overruns", "draw-fills-buffer", "writes outside the buffer",
                            "Write exactly as many bytes as requested."},
+                    Breach{"one_bit_bytes", "drawn-values", "has only 2 different values"},
                     Breach{"repeats_draws", "draws-differ", "are equal"},
                     Breach{"has_a_fixed_seed", "draws-differ", "After a second start"},
                     Breach{"refuses_company", "concurrent-calls",
@@ -199,6 +201,19 @@ TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
   EXPECT_EQ("error", selfTest.at("severity"));
   EXPECT_EQ("It exited with status 127 in SelfTest.", selfTest.at("found"));
   EXPECT_THAT(selfTest.at("fix"), StartsWith("Link with the library that has the missing"));
+}
+
+// It crashes wherever the main thread happens to be, which is not to blame.
+TEST(Check, AThreadThatRunsOnIsNamedWhereItCrashes) {
+  const json report = Report(Breaking("thread_runs_on"));
+  std::size_t crashes = 0;
+  for (const json& check : report.at("checks")) {
+    if (check.value("found", "").find("crashed") == std::string::npos) continue;
+    ++crashes;
+    EXPECT_EQ("error", check.at("severity"));
+    EXPECT_THAT(check.at("fix"), StartsWith("End and join its threads in Release")) << check;
+  }
+  EXPECT_LT(0U, crashes) << report;
 }
 
 TEST(Check, WhatIsAskedOfTheEndOfTheProcessStaysAWarning) {

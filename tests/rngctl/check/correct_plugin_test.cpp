@@ -5,12 +5,13 @@
 
 using testing::EndsWith;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output,
-              EndsWith("\n43 checks passed, 0 failed, 0 warnings, 2 not examined\n"));
+              EndsWith("\n44 checks passed, 0 failed, 0 warnings, 2 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
@@ -35,7 +36,8 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   const json user = json::parse(results["waits_for_user"].output);
   EXPECT_EQ("", Failed(user));
   EXPECT_EQ(
-      "own-device draw-succeeds refused-device draw-fills-buffer draws-differ concurrent-calls",
+      "own-device draw-succeeds refused-device draw-fills-buffer drawn-values draws-differ "
+      "concurrent-calls",
       Names(user, "not-examined"));
   EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
 
@@ -76,5 +78,17 @@ TEST(Check, ThreadsThatAreJoinedAreNoGrowth) {
     const Result result =
         RunShell("RNG_FAKE_THREADS=" + std::string(count) + " " RNGCTL " check --json " + plugin);
     EXPECT_EQ("", Failed(json::parse(result.output))) << count << result.output << result.errors;
+  }
+}
+
+// Here no thread fits into the memory that the process may have.
+TEST(Check, WhatTheMachineLacksIsNoFaultOfThePlugin) {
+  const Result result = RunShell(
+      "ulimit -s 4000000 && ulimit -v 3000000 && " RNGCTL " check --json " + Breaking("correct"));
+  const json report = json::parse(result.output);
+  EXPECT_EQ("", Failed(report)) << result.output << result.errors;
+  for (const char* name : {"cancel", "concurrent-calls", "clean-exit"}) {
+    EXPECT_THAT(Reason(report, name), StartsWith("rngctl itself cannot start a thread here; allow"))
+        << name;
   }
 }

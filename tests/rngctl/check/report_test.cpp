@@ -36,7 +36,8 @@ TEST(Check, TextGivesAReasonOnceForAllChecks) {
   const std::string text = Check(Breaking("draw_fails")).output;
   EXPECT_THAT(text, HasSubstr("\nnot examined  cancel\n"
                               "              why: draws also fail without Cancel\n"
-                              "not examined  draw-fills-buffer, draws-differ, concurrent-calls\n"
+                              "not examined  draw-fills-buffer, drawn-values, "
+                              "draws-differ, concurrent-calls\n"
                               "              why: Generate returns false\n\n"));
   EXPECT_THAT(text, HasSubstr("\nwarning       draw-succeeds "));
 }

@@ -42,6 +42,7 @@ const Severities kSeverities = {
     {"cancel", "error"},
     {"failed-draw-is-zero", "error"},
     {"draw-fills-buffer", "error"},
+    {"drawn-values", "error"},
     {"draws-differ", "error"},
     {"concurrent-calls", "error"},
     {"release-ends-threads", "error"},

@@ -13,6 +13,15 @@ bool HasUnusualSettings(Step step) {
   return steps.contains(step);
 }
 
+constexpr char kThreadFix[] =
+    "End and join its threads in Release: one was still running when the library was closed, and "
+    "its code was gone.";
+
+// A thread that runs on crashes wherever the main thread happens to be.
+bool IsCrashOfThread(const Transcript& transcript, const ChildResult& result) {
+  return transcript.threadsAreLeft && result.end == ChildEnd::kSignalled;
+}
+
 std::string FixFor(Step step, const ChildResult& result) {
   if (result.end == ChildEnd::kTimedOut && step == Step::kCancel) return kCancelFix;
   if (result.end == ChildEnd::kTimedOut) {
@@ -47,8 +56,9 @@ std::string FixFor(Step step, const ChildResult& result) {
 Finding JudgeBadEnd(const Transcript& transcript, const ChildResult& result,
                     const std::string& how) {
   Finding finding = Failed("It " + how + " in " + InWords(transcript.step) + ".");
-  if (transcript.isOwnStep) return finding;
-  finding.fix = FixFor(transcript.step, result);
+  const bool isCrashOfThread = IsCrashOfThread(transcript, result);
+  if (transcript.isOwnStep && !isCrashOfThread) return finding;
+  finding.fix = isCrashOfThread ? kThreadFix : FixFor(transcript.step, result);
   // An operation that ends the process is an error in any check. So is a factory that does not return:
   // every start of a host would wait for it. Cancel is there to end what waits.
   const bool endsProcess = result.end != ChildEnd::kTimedOut || transcript.step == Step::kFactory ||

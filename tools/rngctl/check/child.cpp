@@ -5,15 +5,28 @@
 #include "tools/rngctl/process/child.h"
 
 #include <atomic>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
+
+// What the plug-in throws ends in the watched call. So this is about rngctl.
+std::string WhatIsLacking(const std::system_error& error) {
+  if (error.code() != std::errc::resource_unavailable_try_again) {
+    return std::string("rngctl itself cannot go on here: ") + error.what();
+  }
+  return "rngctl itself cannot start a thread here; allow more processes (ulimit -u) or more "
+         "memory "
+         "(ulimit -v)";
+}
 
 Finding Make(PluginCheck check, WatchedPlugin& plugin) {
   try {
     return check(plugin);
   } catch (const EarlyEnd& end) {
     return {end.outcome, end.what(), end.fix, end.severity};
+  } catch (const std::system_error& error) {
+    return NotExamined(WhatIsLacking(error));
   }
 }
 

@@ -27,12 +27,13 @@ struct Transcript {
   std::set<Step> steps = {};         ///< all
   std::optional<Step> avoided = {};  ///< the known bad step at which it stopped
   std::optional<Finding> finding = {};
-  bool drawsWait = false;                                 ///< a draw waits for a user or a device
+  bool drawsWait = false;       ///< a draw waits for a user or a device
+  bool threadsAreLeft = false;  ///< when it was closed, threads were running that were not before
   std::map<Step, std::string> exceptions = {};            ///< what was thrown, by step
   std::map<LifecycleFunction, Step> lifecycleCalls = {};  ///< the step, by function
 };
-RNGCTL_MESSAGE(Transcript, step, isOwnStep, steps, avoided, finding, drawsWait, exceptions,
-               lifecycleCalls)
+RNGCTL_MESSAGE(Transcript, step, isOwnStep, steps, avoided, finding, drawsWait, threadsAreLeft,
+               exceptions, lifecycleCalls)
 
 /// In a child: changes its transcript and sends it. Any thread.
 void Record(const std::function<void(Transcript&)>& change);

@@ -66,6 +66,7 @@ ElfFacts ReadSegments(const ElfSegments& segments) {
     if (!name.empty()) ReadSymbol(symbol, name, facts);
   }
   facts.hasStaticTls = (segments.Dynamic(DT_FLAGS) & DF_STATIC_TLS) != 0;
+  facts.refusesOpening = (segments.Dynamic(DT_FLAGS_1) & DF_1_NOOPEN) != 0;
   facts.refusesUnloading = (segments.Dynamic(DT_FLAGS_1) & DF_1_NODELETE) != 0;
   facts.isProgram = (segments.Dynamic(DT_FLAGS_1) & DF_1_PIE) != 0;
   facts.hasExecutableStack = segments.HasExecutableStack();

@@ -11,6 +11,7 @@ struct ElfFacts {
   std::vector<std::string> uniqueSymbols;  ///< of binding GNU_UNIQUE
   bool hasThreadDestructors = false;       ///< it registers destructors of thread_local objects
   bool hasStaticTls = false;
+  bool refusesOpening = false;  ///< the loader loads it only with a program
   bool refusesUnloading = false;
   bool hasExecutableStack = false;
   bool isProgram = false;  ///< position-independent programs look much like libraries

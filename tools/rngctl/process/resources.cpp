@@ -1,6 +1,7 @@
 #include "tools/rngctl/process/resources.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <exception>
@@ -9,6 +10,7 @@
 #include <iterator>
 #include <malloc.h>
 #include <new>
+#include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -19,6 +21,15 @@ std::set<std::string> ThreadsOfThisProcess() {
     threads.insert(entry.path().filename());
   }
   return threads;
+}
+
+bool AreOnlyLeft(const std::set<std::string>& threads) {
+  for (int i = 0; i < 50; ++i) {
+    const std::set<std::string> now = ThreadsOfThisProcess();
+    if (std::includes(threads.begin(), threads.end(), now.begin(), now.end())) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return false;
 }
 
 std::map<std::string, std::string> OpenFiles() {

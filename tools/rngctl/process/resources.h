@@ -10,6 +10,10 @@
 
 std::set<std::string> ThreadsOfThisProcess();
 
+/// Whether only these threads are left. Waits for a while, because a thread that was joined remains
+/// visible for a moment.
+bool AreOnlyLeft(const std::set<std::string>& threads);
+
 /// The open files by number, with what each refers to.
 std::map<std::string, std::string> OpenFiles();
 

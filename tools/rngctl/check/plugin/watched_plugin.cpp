@@ -1,5 +1,7 @@
 #include "tools/rngctl/check/plugin/watched_plugin.h"
 
+#include "tools/rngctl/process/resources.h"
+
 #include <dlfcn.h>
 
 #include <rngaggregator/aggregator.h>
@@ -49,6 +51,7 @@ void WatchedPlugin::RequireTime() const {
 }
 
 void WatchedPlugin::Open() {
+  if (threadsBefore.empty()) threadsBefore = ThreadsOfThisProcess();
   const char* const path = File().path.c_str();
   handle = Watch(Step::kOpening, [&] { return ::dlopen(path, RTLD_LAZY | RTLD_GLOBAL); });
   if (!handle) throw EarlyEnd(Outcome::kNotExamined, "the library cannot be opened");
@@ -65,7 +68,16 @@ bool WatchedPlugin::Make() {
   return provider != nullptr;
 }
 
+// Once is enough: what it leaves running, it leaves each time.
+void WatchedPlugin::LookForThreads() {
+  if (hasLookedForThreads) return;
+  hasLookedForThreads = true;
+  if (AreOnlyLeft(threadsBefore)) return;
+  Record([](Transcript& transcript) { transcript.threadsAreLeft = true; });
+}
+
 void WatchedPlugin::Close() {
+  LookForThreads();
   Watch(Step::kClosing, [&] { return ::dlclose(handle); });
 }
 

@@ -82,6 +82,7 @@ class WatchedPlugin final : public IRngProvider {
 
  private:
   void RecordStep(Step step, bool isOwn);
+  void LookForThreads();
   bool StartWith(IRngSettings* settings, Step toSet, Step toAsk);
   template <typename Call>
   auto Watch(Step step, Call call);
@@ -91,6 +92,8 @@ class WatchedPlugin final : public IRngProvider {
   Step settingsStep = Step::kSetSettings;  // of the start in progress
   Step availableStep = Step::kIsAvailable;
   std::atomic<bool> isInLongStep = false;
+  std::set<std::string> threadsBefore = {};  // those that ran before it was first opened
+  bool hasLookedForThreads = false;
   void* handle = nullptr;
   IRngProvider* provider = nullptr;
 };

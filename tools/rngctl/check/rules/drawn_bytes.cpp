@@ -1,7 +1,9 @@
 #include "tools/rngctl/check/plugin/watched_draw.h"
 #include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
+#include <set>
 
 namespace {
 
@@ -78,6 +80,18 @@ Finding CheckDrawFillsBuffer(WatchedPlugin& plugin) {
   return Passed();
 }
 
+// The probability that this many random bytes have so few different values is below 2^-1000.
+Finding CheckValues(WatchedPlugin& plugin) {
+  constexpr std::size_t kBytes = 1024;
+  constexpr std::size_t kFew = 64;
+  plugin.StartAvailable();
+  const GuardedBuffer bytes = DrawBytes(plugin, kBytes, 0);
+  const std::size_t values = std::set<unsigned char>(bytes.Data(), bytes.Data() + kBytes).size();
+  if (values > kFew) return Passed();
+  return Failed("A draw of " + std::to_string(kBytes) + " bytes has only " +
+                Counted(values, "different value") + ".");
+}
+
 // The probability that two honest draws of 32 bytes are equal is 2^-256.
 Finding CheckDrawsDiffer(WatchedPlugin& plugin) {
   plugin.StartAvailable();
@@ -100,6 +114,10 @@ std::vector<Rule> DrawnByteRules() {
        "A draw writes every byte of the buffer and none outside it",
        "Continue until the buffer is full: a source may return fewer bytes than requested.",
        CheckDrawFillsBuffer},
+      {"drawn-values", Severity::kError, "The bytes of a draw have many different values",
+       "Return bytes in which every bit is random: a source of single bits needs eight of them for "
+       "each byte.",
+       CheckValues},
       {"draws-differ", Severity::kError, "Two draws differ, whether after one start or after two",
        "Take new bytes from the source for each draw, and seed any software generator from a "
        "source.",

@@ -3,7 +3,6 @@
 #include "tools/rngctl/process/resources.h"
 #include "tools/rngctl/terminal/text.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <thread>
@@ -13,16 +12,6 @@ namespace {
 // The shortest use that a host can make.
 void Use(WatchedPlugin& plugin) {
   if (plugin.StartWithBuiltIn() && CanDraw(plugin)) Draw(plugin, 32, 0);
-}
-
-// A joined thread remains visible for a moment.
-bool HasOnly(const std::set<std::string>& threads) {
-  for (int i = 0; i < 50; ++i) {
-    const std::set<std::string> now = ThreadsOfThisProcess();
-    if (std::includes(threads.begin(), threads.end(), now.begin(), now.end())) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return false;
 }
 
 [[noreturn]] void EndProcess(WatchedPlugin& plugin, Step step) {
@@ -59,7 +48,7 @@ Finding CheckReleaseEndsThreads(WatchedPlugin& plugin) {
   const std::set<std::string> before = ThreadsOfThisProcess();
   Use(plugin);
   plugin.Release();
-  if (HasOnly(before)) return Passed();
+  if (AreOnlyLeft(before)) return Passed();
   const std::size_t count = ThreadsOfThisProcess().size() - before.size();
   return Failed("After Release " + Counted(count, "thread") + (count == 1 ? " is" : " are") +
                 " still running.");

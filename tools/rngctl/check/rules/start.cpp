@@ -18,14 +18,33 @@ class EmptySettings final : public IRngSettings {
   const char* GetDsdrFilePath() override { return nullptr; }
 };
 
-Finding FailedToOpen(const std::string& words) {
-  const std::string missing = ParseLoaderError(words).missingFile;
-  return Failed("The loader says: " + words,
-                missing.empty()
-                    ? ""
-                    : "Install " + missing +
-                          " where the loader finds it, or link with a run path: with "
-                          "-Wl,-rpath,'$ORIGIN' it also searches the plug-in's own directory.");
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// Empty where the rule's own is right: something is not defined.
+std::string FixForLoader(const std::string& words, const std::string& path) {
+  const LoaderError error = ParseLoaderError(words);
+  if (!error.missingFile.empty()) {
+    return "Install " + error.missingFile +
+           " where the loader finds it, or link with a run path: with -Wl,-rpath,'$ORIGIN' it also "
+           "searches the plug-in's own directory.";
+  }
+  if (!error.undefinedSymbol.empty()) return "";
+  if (ReadElfFacts(path).refusesOpening) {
+    return "Link without -z nodlopen: its flag NOOPEN forbids opening the library.";
+  }
+  if (Contains(words, "version `")) {
+    return "Install the version that it was built with, or build it on the oldest system that it "
+           "is to run on.";
+  }
+  if (Contains(words, "static TLS"))
+    return "Compile without -ftls-model=initial-exec or local-exec.";
+  return "The loader's words name the cause; LD_DEBUG=all shows what it did before.";
+}
+
+Finding FailedToOpen(const std::string& words, const std::string& path) {
+  return Failed("The loader says: " + words, FixForLoader(words, path));
 }
 
 // Binds everything at once. The aggregator does not: there a missing function fails only when it is
@@ -34,7 +53,7 @@ Finding CheckOpens(WatchedPlugin& plugin) {
   plugin.BeginStep(Step::kOpening);
   const std::string& path = plugin.File().path;
   void* const library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (!library) return FailedToOpen(::dlerror());
+  if (!library) return FailedToOpen(::dlerror(), path);
   const Undeclared undeclared = FindUndeclared(library);
   if (undeclared.symbol.empty()) return Passed();
   if (undeclared.isOfLibrary) {

@@ -104,12 +104,23 @@ bool AllDiffer(const std::vector<Bytes>& draws) {
   return std::set<Bytes>(draws.begin(), draws.end()).size() == draws.size();
 }
 
+// Bytes of few values, such as those of a single random bit each, repeat whoever draws them. The
+// probability that an honest draw has that few is below 2^-40.
+bool HasFewValues(const Bytes& draw) {
+  constexpr std::size_t kFew = 7;
+  return std::set<unsigned char>(draw.begin(), draw.end()).size() <= kFew;
+}
+
 // If one thread gets the same bytes twice, the other threads are not the cause. The probability that
 // two of the 800 draws of 16 bytes are equal by chance is 2^-108.
 void RequireOwnDraws(const std::array<Witness, kThreads>& witnesses) {
   std::vector<Bytes> all;
   for (const Witness& witness : witnesses) {
     if (!AllDiffer(witness.draws)) return;
+    if (std::any_of(witness.draws.begin(), witness.draws.end(), HasFewValues)) {
+      throw EarlyEnd(Outcome::kNotExamined,
+                     "the bytes of its draws have few values, so equal draws prove nothing");
+    }
     all.insert(all.end(), witness.draws.begin(), witness.draws.end());
   }
   Require(AllDiffer(all), "Two threads that draw at the same time get the same bytes.");
@@ -142,6 +153,29 @@ void RequireQuickCalls(WatchedPlugin& plugin, bool draws) {
   throw EarlyEnd(Outcome::kNotExamined, "its calls take too long; allow more time with --timeout");
 }
 
+// Joins them also when the system allows no more threads.
+struct JoinedThreads {
+  std::vector<std::thread> threads;
+  ~JoinedThreads() {
+    for (std::thread& thread : threads) thread.join();
+  }
+};
+
+std::array<Witness, kThreads> CallTogether(WatchedPlugin& plugin, const Answers& expected,
+                                           const Calls& calls) {
+  std::array<Witness, kThreads> witnesses;
+  {
+    JoinedThreads joined;
+    joined.threads.reserve(kThreads);
+    for (Witness& witness : witnesses) {
+      joined.threads.emplace_back([&plugin, &expected, &calls, &witness] {
+        CallForAWhile(plugin, expected, calls, witness);
+      });
+    }
+  }
+  return witnesses;
+}
+
 Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
   plugin.StartAvailable();
   const Answers expected = Ask(plugin);
@@ -149,15 +183,7 @@ Finding CheckConcurrentCalls(WatchedPlugin& plugin) {
   if (Ask(plugin) != expected) return NotExamined("it answers differently even when called alone");
   RequireQuickCalls(plugin, calls.draw);
   plugin.BeginLongStep(Step::kConcurrentCalls);
-  std::array<Witness, kThreads> witnesses;
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  for (Witness& witness : witnesses) {
-    threads.emplace_back([&plugin, &expected, &calls, &witness] {
-      CallForAWhile(plugin, expected, calls, witness);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  const std::array<Witness, kThreads> witnesses = CallTogether(plugin, expected, calls);
   plugin.EndLongStep();
   for (const Witness& witness : witnesses) {
     if (witness.outcome != Outcome::kPassed) throw EarlyEnd(witness.outcome, witness.fault);
