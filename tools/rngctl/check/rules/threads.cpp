@@ -105,7 +105,7 @@ bool AllDiffer(const std::vector<Bytes>& draws) {
 }
 
 // Bytes of few values, such as those of a single random bit each, repeat whoever draws them. The
-// probability that an honest draw has that few is below 2^-40.
+// probability that an honest draw has that few is below 2^-39.
 bool HasFewValues(const Bytes& draw) {
   constexpr std::size_t kFew = 7;
   return std::set<unsigned char>(draw.begin(), draw.end()).size() <= kFew;
@@ -116,11 +116,11 @@ bool HasFewValues(const Bytes& draw) {
 void RequireOwnDraws(const std::array<Witness, kThreads>& witnesses) {
   std::vector<Bytes> all;
   for (const Witness& witness : witnesses) {
-    if (!AllDiffer(witness.draws)) return;
     if (std::any_of(witness.draws.begin(), witness.draws.end(), HasFewValues)) {
       throw EarlyEnd(Outcome::kNotExamined,
                      "the bytes of its draws have few values, so equal draws prove nothing");
     }
+    if (!AllDiffer(witness.draws)) return;
     all.insert(all.end(), witness.draws.begin(), witness.draws.end());
   }
   Require(AllDiffer(all), "Two threads that draw at the same time get the same bytes.");
