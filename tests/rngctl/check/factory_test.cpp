@@ -1,6 +1,7 @@
 #include "tests/rngctl/check/check.h"
 #include "tests/support/tree.h"
 
+#include <elf.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 
@@ -10,6 +11,35 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// Linkers leave hidden symbols out of that table; a tool that rewrites files may not.
+void HideDynamicSymbol(const std::string& file, const std::string& name) {
+  std::string bytes = ReadFile(file);
+  const auto* const header = reinterpret_cast<const Elf64_Ehdr*>(bytes.data());
+  const auto* const sections = reinterpret_cast<const Elf64_Shdr*>(bytes.data() + header->e_shoff);
+  for (int i = 0; i < header->e_shnum; ++i) {
+    if (sections[i].sh_type != SHT_DYNSYM) continue;
+    const char* const names = bytes.data() + sections[sections[i].sh_link].sh_offset;
+    auto* const symbols = reinterpret_cast<Elf64_Sym*>(bytes.data() + sections[i].sh_offset);
+    for (std::size_t n = 0; n < sections[i].sh_size / sizeof(Elf64_Sym); ++n) {
+      if (names + symbols[n].st_name == name) symbols[n].st_other = STV_HIDDEN;
+    }
+  }
+  WriteFile(file, bytes);
+}
+
+}  // namespace
+
+TEST(Check, AHiddenFactoryIsNotExported) {
+  const std::string file = TreePath("librngdsdr.so");
+  fs::copy_file(Breaking("correct"), file);
+  HideDynamicSymbol(file, "GetDsdrRng");
+  const json report = Report(file);
+  EXPECT_EQ("one-export", Failed(report));
+  EXPECT_EQ("It does not export GetDsdrRng; it exports nothing.", Found(report, "one-export"));
+}
 
 TEST(Check, AFileThatTheCatalogueDoesNotKnowNeedsAFactory) {
   const std::string file = TreePath("mine.so");

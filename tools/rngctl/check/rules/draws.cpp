@@ -39,9 +39,9 @@ Finding CheckWaitsAreFlagged(WatchedPlugin& plugin) {
   const std::uint32_t flags = plugin.GetFlags();
   if ((flags & (kRngCapabilityNeedsUser | kRngCapabilityMayBlock)) != 0) return Passed();
   if (!Waits(plugin)) return Passed();
-  return Failed("A draw waits until it is cancelled, and GetFlags returns " +
-                std::to_string(flags) +
-                ", without kRngCapabilityNeedsUser and kRngCapabilityMayBlock.");
+  return Failed("A draw still waits after " + InSeconds(plugin.Patience()) +
+                ", and GetFlags returns " + std::to_string(flags) +
+                ", without kRngCapabilityNeedsUser or kRngCapabilityMayBlock.");
 }
 
 std::string IdOf(WatchedPlugin& plugin) {
