@@ -39,6 +39,7 @@ const Severities kSeverities = {
     {"draw-succeeds", "warning"},
     {"waits-are-flagged", "warning"},
     {"refused-device", "error"},
+    {"draws-after-calls", "error"},
     {"cancel", "error"},
     {"failed-draw-is-zero", "error"},
     {"draw-fills-buffer", "error"},

@@ -1,5 +1,6 @@
 #include "tools/rngctl/check/child.h"
 
+#include "tools/rngctl/check/plugin/watched_draw.h"
 #include "tools/rngctl/check/rules/rules.h"
 #include "tools/rngctl/check/transcript.h"
 #include "tools/rngctl/process/child.h"
@@ -20,9 +21,9 @@ std::string WhatIsLacking(const std::system_error& error) {
          "(ulimit -v)";
 }
 
-Finding Make(PluginCheck check, WatchedPlugin& plugin) {
+Finding Make(PluginCheck check, WatchedPlugin& plugin, const CheckOrder& order) {
   try {
-    return check(plugin);
+    return order.repeated ? Repeat(plugin, *order.repeated) : check(plugin);
   } catch (const EarlyEnd& end) {
     return {end.outcome, end.what(), end.fix, end.severity};
   } catch (const std::system_error& error) {
@@ -50,7 +51,7 @@ void RunCheckChild(int channel) {
   for (const Rule& rule : AllRules()) {
     const PluginCheck* const check = std::get_if<PluginCheck>(&rule.check);
     if (!check || order.rule != rule.name) continue;
-    const Finding finding = Make(*check, plugin);
+    const Finding finding = Make(*check, plugin, order);
     Record([&finding](Transcript& transcript) { transcript.finding = finding; });
   }
   // Do not run what the plug-in has left for the exit of the process: other checks examine that.

@@ -65,14 +65,33 @@ CheckOrder Examination::OrderFor(const Rule& rule) const {
   return order;
 }
 
-Finding Examination::ExamineInChild(const Rule& rule) {
-  WaitNotice notice("Checking " + std::string(rule.name) + " ...");
-  ChildOrder order{kCheckChildCommand, Encode(OrderFor(rule)), limit, LimitOf::kSilence, "", true};
+ChildResult Examination::Run(const CheckOrder& request) {
+  WaitNotice notice("Checking " + request.rule + " ...");
+  ChildOrder order{kCheckChildCommand, Encode(request), limit, LimitOf::kSilence, "", true};
   order.whileItWaits = [&notice](const std::string& text) {
     notice.PrintAbove(PrintableLines(text));
   };
-  const ChildResult result = RunChild(order);
-  RememberOutput(result, rule.name);
+  ChildResult result = RunChild(order);
+  RememberOutput(result, request.rule);
+  return result;
+}
+
+// A draw failed after something else was called. A source that ends would fail without that, too.
+Finding Examination::Confirm(const Rule& rule, const Finding& fault, const SourceCalls& inDoubt) {
+  CheckOrder order = OrderFor(rule);
+  order.repeated = inDoubt;
+  const ChildResult result = Run(order);
+  const auto transcript = result.Last<Transcript>();
+  if (!result.HasExited(0) || !transcript || !transcript->finding) {
+    return NotExamined("the draws, repeated alone in a fresh process, did not return");
+  }
+  if (transcript->finding->outcome == Outcome::kPassed) return fault;
+  if (transcript->finding->outcome == Outcome::kNotExamined) return *transcript->finding;
+  return NotExamined("the source ran out: the same draws fail alone in a fresh process, too");
+}
+
+Finding Examination::ExamineInChild(const Rule& rule) {
+  const ChildResult result = Run(OrderFor(rule));
   if (result.isSilent && !result.HasExited(0)) {
     return JudgeBadEnd({}, result, DescribeEnd(result, limit));
   }
@@ -80,7 +99,10 @@ Finding Examination::ExamineInChild(const Rule& rule) {
   if (!transcript) return InternalError();
   Remember(*transcript);
   if (transcript->avoided) return NotExamined(evidence.badSteps.at(*transcript->avoided));
-  if (result.HasExited(0) && transcript->finding) return *transcript->finding;
+  if (result.HasExited(0) && transcript->finding) {
+    return transcript->inDoubt ? Confirm(rule, *transcript->finding, *transcript->inDoubt)
+                               : *transcript->finding;
+  }
   const std::string how = DescribeEnd(result, limit);
   evidence.badSteps.emplace(transcript->step,
                             InWords(transcript->step) + " " + how + " in the check " + rule.name);

@@ -20,6 +20,8 @@ class Examination {
   CheckResult Examine(const Rule& rule);
   Finding MakeCheck(const Rule& rule);
   Finding ExamineInChild(const Rule& rule);
+  ChildResult Run(const CheckOrder& order);
+  Finding Confirm(const Rule& rule, const Finding& fault, const SourceCalls& inDoubt);
   CheckOrder OrderFor(const Rule& rule) const;
   void Remember(const Transcript& transcript);
   void RememberOutput(const ChildResult& result, const std::string& rule);

@@ -71,6 +71,25 @@ GuardedBuffer DrawBytes(WatchedPlugin& plugin, std::size_t size, unsigned char f
   return drawn.buffer;
 }
 
+void RequireDraw(WatchedPlugin& plugin, const std::string& fault) {
+  if (!Draw(plugin, 32, 0).answer) plugin.FailUnlessRunOut(fault, false);
+}
+
+Finding Repeat(WatchedPlugin& plugin, const SourceCalls& calls) {
+  plugin.StartAvailable();
+  for (std::uint64_t done = 0; done < calls.selfTests; ++done) {
+    plugin.RequireTime();
+    plugin.SelfTest();
+  }
+  for (const auto& [size, count] : calls.draws) {
+    for (std::uint64_t done = 0; done < count; ++done) {
+      plugin.RequireTime();
+      if (!Draw(plugin, size, 0).answer) return Failed("Generate returns false.");
+    }
+  }
+  return Passed();
+}
+
 bool DrawsReliably(WatchedPlugin& plugin) {
   constexpr int kFew = 8;
   for (int i = 0; i < kFew; ++i) {

@@ -52,6 +52,12 @@ Drawn Draw(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
 /// The bytes of a draw. If the draw fails, the check ends as not examined.
 GuardedBuffer DrawBytes(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
 
+/// Ends the check as failed, with this fault, unless a draw succeeds or the source ran out.
+void RequireDraw(WatchedPlugin& plugin, const std::string& fault);
+
+/// In a fresh process: whether these calls, one after the other and nothing else, all succeed.
+Finding Repeat(WatchedPlugin& plugin, const SourceCalls& calls);
+
 /// Whether a few draws all succeed. If not, a check cannot blame a failed draw on what it did itself.
 bool DrawsReliably(WatchedPlugin& plugin);
 

@@ -133,8 +133,22 @@ bool WatchedPlugin::SelectDevice(const char* hardwareId) {
   return Watch(Step::kSelectDevice, [&] { return provider->SelectDevice(hardwareId); });
 }
 
+void WatchedPlugin::Count(const std::function<void(SourceCalls&)>& call) {
+  const std::lock_guard guard(counting);
+  call(sourceCalls);
+}
+
+void WatchedPlugin::FailUnlessRunOut(const std::string& fault, bool repeatsSelfTests) {
+  Count([repeatsSelfTests](SourceCalls& calls) {
+    if (!repeatsSelfTests) calls.selfTests = 0;
+    Record([&calls](Transcript& transcript) { transcript.inDoubt = calls; });
+  });
+  throw EarlyEnd(Outcome::kFailed, fault);
+}
+
 // A draw of 0 bytes is a step of its own: it returns even if other draws wait for a user.
 bool WatchedPlugin::Generate(void* buffer, std::size_t size) {
+  if (size != 0) Count([size](SourceCalls& calls) { ++calls.draws[size]; });
   return Watch(size == 0 ? Step::kGenerateNothing : Step::kGenerate,
                [&] { return provider->Generate(buffer, size); });
 }
@@ -148,6 +162,7 @@ bool WatchedPlugin::IsAvailableInUse() {
 }
 
 bool WatchedPlugin::SelfTest() {
+  Count([](SourceCalls& calls) { ++calls.selfTests; });
   return Watch(Step::kSelfTest, [&] { return provider->SelfTest(); });
 }
 

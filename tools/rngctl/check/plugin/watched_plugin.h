@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -68,6 +69,11 @@ class WatchedPlugin final : public IRngProvider {
   /// Ends a check of many calls, each of which may be slow, once they take longer than one call may.
   void RequireTime() const;
 
+  /// Ends the check as failed, with this fault, because a draw failed. Perhaps the source only ran out:
+  /// the fault counts only if the same draws succeed alone in a fresh process, or, where self-tests are
+  /// not at fault, after the same number of those.
+  [[noreturn]] void FailUnlessRunOut(const std::string& fault, bool repeatsSelfTests);
+
   std::int32_t GetName(char* buffer) override;
   std::int32_t GetDescription(char* buffer) override;
   std::int32_t GetHardwareId(char* buffer) override;
@@ -86,6 +92,7 @@ class WatchedPlugin final : public IRngProvider {
   bool StartWith(IRngSettings* settings, Step toSet, Step toAsk);
   template <typename Call>
   auto Watch(Step step, Call call);
+  void Count(const std::function<void(SourceCalls&)>& call);
 
   const CheckOrder order;
   const std::chrono::steady_clock::time_point begin;
@@ -94,6 +101,8 @@ class WatchedPlugin final : public IRngProvider {
   std::atomic<bool> isInLongStep = false;
   std::set<std::string> threadsBefore = {};  // those that ran before it was first opened
   bool hasLookedForThreads = false;
+  std::mutex counting;
+  SourceCalls sourceCalls = {};
   void* handle = nullptr;
   IRngProvider* provider = nullptr;
 };

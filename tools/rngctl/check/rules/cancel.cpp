@@ -44,8 +44,7 @@ bool Try(WatchedPlugin& plugin, std::size_t count, std::size_t size, Search& sea
 void RequireNoEffectWhenIdle(WatchedPlugin& plugin, bool drawsSucceed) {
   plugin.Cancel();
   if (!drawsSucceed) throw EarlyEnd(Outcome::kNotExamined, "draws also fail without Cancel");
-  Require(Draw(plugin, kSmallDraw, 0).answer,
-          "After a Cancel with no draw in progress, the next draw fails.");
+  RequireDraw(plugin, "After a Cancel with no draw in progress, the next draw fails.");
 }
 
 // A draw that takes long because of its size waits for nothing.

@@ -65,7 +65,34 @@ Finding CheckRefusedDevice(WatchedPlugin& plugin) {
   Require(now == id, "After a refused SelectDevice, GetHardwareId reports " + Quoted(now) +
                          "; before it was " + Quoted(id) + ".");
   if (!draws) return id.empty() ? NotExamined("it reports no device and does not draw") : Passed();
-  Require(Draw(plugin, 32, 0).answer, "After a refused SelectDevice, draws fail.");
+  RequireDraw(plugin, "After a refused SelectDevice, draws fail.");
+  return Passed();
+}
+
+// What a host may call between two draws. Two other checks examine Cancel and a refused device.
+const std::pair<Step, void (*)(WatchedPlugin&)> kOtherCalls[] = {
+    {Step::kGetName, [](WatchedPlugin& plugin) { ReadGuarded(plugin, &IRngProvider::GetName); }},
+    {Step::kGetDescription,
+     [](WatchedPlugin& plugin) { ReadGuarded(plugin, &IRngProvider::GetDescription); }},
+    {Step::kGetHardwareId,
+     [](WatchedPlugin& plugin) { ReadGuarded(plugin, &IRngProvider::GetHardwareId); }},
+    {Step::kGetFlags, [](WatchedPlugin& plugin) { plugin.GetFlags(); }},
+    {Step::kSelectDevice, [](WatchedPlugin& plugin) { plugin.SelectDevice(nullptr); }},
+    {Step::kIsAvailableInUse, [](WatchedPlugin& plugin) { plugin.IsAvailableInUse(); }},
+    {Step::kSelfTest, [](WatchedPlugin& plugin) { plugin.SelfTest(); }}};
+
+Finding CheckDrawsAfterCalls(WatchedPlugin& plugin) {
+  plugin.StartAvailable();
+  if (!DrawsReliably(plugin)) return NotExamined("draws fail even when nothing else is called");
+  for (const auto& [step, call] : kOtherCalls) {
+    if (!plugin.IsGood(step)) continue;
+    plugin.RequireTime();
+    call(plugin);
+    RequireDraw(plugin, "After " + InWords(step) + ", draws fail.");
+  }
+  plugin.Stop();
+  plugin.StartAvailable();
+  RequireDraw(plugin, "After a second start in the same process, draws fail.");
   return Passed();
 }
 
@@ -85,5 +112,8 @@ std::vector<Rule> DrawRules() {
       {"refused-device", Severity::kError, "A refused SelectDevice keeps the earlier choice",
        "Look for the device first, and change the choice only when it is found.",
        CheckRefusedDevice},
+      {"draws-after-calls", Severity::kError, "Draws still succeed after other calls",
+       "Leave the source as it was, in that call and in Release: later draws need it.",
+       CheckDrawsAfterCalls},
   };
 }

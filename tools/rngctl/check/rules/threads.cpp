@@ -49,11 +49,22 @@ bool IsQuick(Call call) {
   return std::chrono::steady_clock::now() - begin < kQuick;
 }
 
+// Another check examines what a single thread does.
+void RequireDrawAfter(WatchedPlugin& plugin, Step step) {
+  if (Draw(plugin, std::tuple_size_v<Bytes>, 0).answer) return;
+  throw EarlyEnd(Outcome::kNotExamined, "draws fail after " + InWords(step));
+}
+
 // A self-test may draw, and wait as draws do.
 Calls ChooseCalls(WatchedPlugin& plugin) {
   const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
-  return {draws, IsQuick([&plugin] { plugin.IsAvailableInUse(); }),
-          draws && plugin.IsGood(Step::kSelfTest) && IsQuick([&plugin] { plugin.SelfTest(); })};
+  Calls calls = {draws, IsQuick([&plugin] { plugin.IsAvailableInUse(); }), false};
+  if (!draws) return calls;
+  RequireDrawAfter(plugin, Step::kIsAvailableInUse);
+  if (!plugin.IsGood(Step::kSelfTest)) return calls;
+  calls.testSelf = IsQuick([&plugin] { plugin.SelfTest(); });
+  RequireDrawAfter(plugin, Step::kSelfTest);
+  return calls;
 }
 
 void RequireSame(const std::string& what, const std::string& alone, const std::string& together) {
@@ -126,15 +137,16 @@ void RequireOwnDraws(const std::array<Witness, kThreads>& witnesses) {
   Require(AllDiffer(all), "Two threads that draw at the same time get the same bytes.");
 }
 
-// The source may have run out meanwhile; then the other threads are not the cause.
+// If the source ran out, the other threads are not the cause.
 void RequireDraws(WatchedPlugin& plugin, const std::array<Witness, kThreads>& witnesses) {
   const bool wasRefused = std::any_of(witnesses.begin(), witnesses.end(),
                                       [](const Witness& witness) { return witness.wasRefused; });
   if (!wasRefused) return;
-  Require(!DrawsReliably(plugin),
-          "Generate returns true when called alone, and false when other threads call.");
-  throw EarlyEnd(Outcome::kNotExamined,
-                 "the source ran out: draws now also fail when called alone");
+  plugin.FailUnlessRunOut(
+      DrawsReliably(plugin)
+          ? "Generate returns true when called alone, and false when other threads call."
+          : "After calls from several threads, draws fail, even when called alone.",
+      true);
 }
 
 // Calls without draws prove little. The reason reported is the one why draws fail.
