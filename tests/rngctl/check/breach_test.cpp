@@ -120,6 +120,8 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"self_test_breaks_draws", "draws-after-calls", "After SelfTest, draws fail."},
         Breach{"second_start_breaks_draws", "draws-after-calls",
                "After a second start in the same process, draws fail."},
+        Breach{"company_breaks_draws", "concurrent-calls",
+               "After calls from several threads, draws fail, even when"},
         Breach{"refuses_company", "concurrent-calls", "true when called alone, and false when"},
         Breach{"shares_a_buffer", "concurrent-calls", "when other threads call"},
         Breach{"shares_an_id_buffer", "concurrent-calls", "GetHardwareId reports "},
