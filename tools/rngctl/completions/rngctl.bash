@@ -6,10 +6,10 @@ _rngctl() {
     gives-object null-settings empty-settings built-in-settings reload available name name-length
     name-in-catalogue description description-line hardware-id plain-texts stable-flags some-flag
     self-test any-device unknown-device own-device empty-draw draw-succeeds waits-are-flagged
-    refused-device draws-after-calls cancel failed-draw-is-zero draw-fills-buffer
-    drawn-values draws-differ concurrent-calls
-    release-ends-threads release-closes-files no-handlers-left clean-exit exit-without-release
-    unmapped process-state load-cycles no-exceptions no-lifecycle-calls no-output"
+    refused-device draws-after-calls cancel failed-draw-is-zero draw-fills-buffer drawn-values
+    draws-differ concurrent-calls release-ends-threads release-closes-files no-handlers-left
+    clean-exit exit-without-release unmapped process-state load-cycles no-exceptions
+    no-lifecycle-calls no-output"
   local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]} words
 
   case ${COMP_WORDS[COMP_CWORD - 1]} in
