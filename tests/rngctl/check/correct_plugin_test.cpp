@@ -53,10 +53,15 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   const json throughout = json::parse(results["slow_throughout"].output);
   EXPECT_EQ("", Failed(throughout));
   EXPECT_EQ("passed", Find(throughout, "reload").at("result"));
-  for (const char* name : {"failed-draw-is-zero", "load-cycles"}) {
-    EXPECT_EQ("it takes too long; allow more time with --timeout", Reason(throughout, name))
-        << name;
-  }
+  EXPECT_EQ("it takes too long; allow more time with --timeout", Reason(throughout, "load-cycles"));
+  EXPECT_EQ("not-examined", Find(throughout, "failed-draw-is-zero").at("result"));
+}
+
+TEST(Check, DrawsOfSecondsAreNoFaultAndFewAreMade) {
+  const json report = Report(Breaking("draws_for_seconds"));
+  EXPECT_EQ("", Failed(report));
+  EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(report, "draws-differ"));
+  EXPECT_EQ("draws are slow but wait for nothing", Reason(report, "cancel"));
 }
 
 TEST(Check, ALargeDrawMayBeRefused) {

@@ -3,6 +3,7 @@
 #include "tools/rngctl/process/descendants.h"
 #include "tools/rngctl/process/interruption.h"
 #include "tools/rngctl/process/spawn.h"
+#include "tools/rngctl/process/terminal_settings.h"
 #include "tools/rngctl/refusal.h"
 
 #include <algorithm>
@@ -181,6 +182,7 @@ ChildResult RunChild(const ChildOrder& order) {
   AdoptDescendants();
   const std::set<pid_t> known = ListChildren();
   const InterruptionWatch interruption;
+  const TerminalSettings terminal;
   const SpawnedChild child =
       Spawn(order.command, order.request, order.libraryPath, order.whileItWaits != nullptr);
   Listener listener(child, order);
