@@ -68,6 +68,9 @@ TEST_F(Doctor, TheStartIsRightWherePluginsAnswerOtherwiseBesideOthers) {
   EXPECT_THAT(Run("doctor").errors, HasSubstr("1 installed plug-in has a problem"));
   EXPECT_EQ(0, Run("doctor dsdr").status);
   EXPECT_EQ(1, Run("doctor sobol").status);
+  // Also where the stop fails later because of another.
+  InstallPlugin("accord", "throws_in_release");
+  EXPECT_EQ(0, Run("doctor dsdr").status);
 }
 
 TEST_F(Doctor, AStartThatFailsNamesThePluginThatWasBeingLoaded) {

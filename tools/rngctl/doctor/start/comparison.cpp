@@ -73,7 +73,9 @@ void CompareWithStart(GeneratorReport& row, const StartEvidence& start,
     row.isKept = fate.isKept;  // only the start shows it
   } else if (fate.isFound) {
     row.isKept = true;
-    if (row.verdict != DoctorVerdict::kLoaded && start.IsComplete()) PutFound(row);
+    // What disturbs programs alone does so in the start, too, unless all went well.
+    const bool isBetter = row.verdict != DoctorVerdict::kLoaded && !IsDisturbance(row);
+    if (isBetter || (IsDisturbance(row) && start.IsComplete())) PutFound(row);
   } else if (row.verdict == DoctorVerdict::kLoaded) {
     const Contradiction found = ExplainMissing(row, fate.own, start, limit);
     if (found.words.empty()) return;

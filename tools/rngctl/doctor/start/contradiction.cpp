@@ -68,6 +68,9 @@ Contradiction ExplainNothing(const GeneratorReport& row, const std::string& own,
   if (!taken.empty() && !shared.empty()) return ExplainShared(row.kind, shared);
   const StartedGenerator* const generator = FindIn(own, answer);
   if (generator) return ExplainRenamed(row.kind, *generator);
+  if (!taken.empty()) {
+    return {CallOf(row.kind) + " gives nothing in a start with all plug-ins", kIsAuthoritative};
+  }
   return {"a start with all plug-ins does not keep it", kIsAuthoritative};
 }
 
