@@ -72,7 +72,7 @@ TEST(Check, JsonKeepsItsSchema) {
   fs::copy_file(Breaking("correct"), TreePath("mine.so"));
   for (const std::string& plugin :
        {std::string(UNIXDEV_PLUGIN), Breaking("name_is_long"), Breaking("description_is_latin"),
-        Breaking("unavailable"), TreePath("mine.so")}) {
+        Breaking("unavailable"), Breaking("prints"), TreePath("mine.so")}) {
     const Result result = MatchSchema(kSchema, Check("--json " + plugin).output);
     EXPECT_EQ(0, result.status) << plugin << result.output << result.errors;
   }
