@@ -64,6 +64,15 @@ TEST(Check, DrawsOfSecondsAreNoFaultAndFewAreMade) {
   EXPECT_EQ("draws are slow but wait for nothing", Reason(report, "cancel"));
 }
 
+TEST(Check, ADrawThatMayWaitMayDoSoInTheMidstOfACheck) {
+  const std::string plugin = "--timeout 2 " + Breaking("waits_now_and_then");
+  EXPECT_EQ("", Failed(Report(plugin)));
+  for (const char* name : {"concurrent-calls", "load-cycles"}) {
+    EXPECT_EQ("a draw takes long, or waits for a user or a device",
+              Reason(Report("--only " + std::string(name) + " " + plugin), name));
+  }
+}
+
 TEST(Check, ALargeDrawMayBeRefused) {
   const json report = Report(Breaking("refused_draw_leaves_bytes"));
   EXPECT_EQ("a draw of 70000 bytes fails", Reason(report, "draw-fills-buffer"));

@@ -12,7 +12,7 @@ void RequireEnd(WatchedPlugin& plugin, const WatchedDraw& draw) {
   Record([](Transcript& transcript) { transcript.drawsWait = true; });
   CancelDraws(plugin);
   draw.EndsWithin(plugin.Patience());
-  throw EarlyEnd(Outcome::kNotExamined, kWaits);
+  EndBecauseDrawsWait();
 }
 
 }  // namespace
@@ -69,6 +69,16 @@ GuardedBuffer DrawBytes(WatchedPlugin& plugin, std::size_t size, unsigned char f
   const Drawn drawn = Draw(plugin, size, fill);
   if (!drawn.answer) throw EarlyEnd(Outcome::kNotExamined, "Generate returns false");
   return drawn.buffer;
+}
+
+void EndBecauseDrawsWait() {
+  Record([](Transcript& transcript) { transcript.drawsWait = true; });
+  throw EarlyEnd(Outcome::kNotExamined, kWaits);
+}
+
+bool MayWait(WatchedPlugin& plugin) {
+  return plugin.IsGood(Step::kGetFlags) &&
+         (plugin.GetFlags() & (kRngCapabilityNeedsUser | kRngCapabilityMayBlock)) != 0;
 }
 
 void RequireDraw(WatchedPlugin& plugin, const std::string& fault) {

@@ -52,6 +52,12 @@ Drawn Draw(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
 /// The bytes of a draw. If the draw fails, the check ends as not examined.
 GuardedBuffer DrawBytes(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
 
+/// Ends the check as not examined because a draw waits, and tells the other checks.
+[[noreturn]] void EndBecauseDrawsWait();
+
+/// Whether its flags say that a draw may wait.
+bool MayWait(WatchedPlugin& plugin);
+
 /// Ends the check as failed, with this fault, unless a draw succeeds or the source ran out.
 void RequireDraw(WatchedPlugin& plugin, const std::string& fault);
 

@@ -42,6 +42,7 @@ constexpr Measure kAddressSpace = {"the address space", " bytes", &ProcessSize::
 // What is called in each cycle, besides start and stop.
 struct Calls {
   bool draw = false;
+  bool mayWait = false;  // the draw
   std::vector<TextOperation> texts;
 };
 
@@ -84,7 +85,9 @@ std::vector<TextOperation> QuickTexts(WatchedPlugin& plugin) {
 
 Calls ChooseCalls(WatchedPlugin& plugin) {
   Calls calls;
-  if (plugin.StartWithBuiltIn()) calls = {DrawsQuickly(plugin), QuickTexts(plugin)};
+  if (plugin.StartWithBuiltIn()) {
+    calls = {DrawsQuickly(plugin), MayWait(plugin), QuickTexts(plugin)};
+  }
   plugin.Stop();
   return calls;
 }
@@ -92,7 +95,8 @@ Calls ChooseCalls(WatchedPlugin& plugin) {
 void RunCycle(WatchedPlugin& plugin, const Calls& calls) {
   plugin.RequireTime();
   if (plugin.StartWithBuiltIn()) {
-    if (calls.draw) DrawHere(plugin);
+    if (calls.draw && calls.mayWait) Draw(plugin, kDrawSize, 0);
+    if (calls.draw && !calls.mayWait) DrawHere(plugin);
     for (const TextOperation text : calls.texts) ReadGuarded(plugin, text);
   }
   plugin.Stop();

@@ -6,8 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <future>
 #include <set>
-#include <thread>
+#include <vector>
 
 namespace {
 
@@ -38,6 +39,7 @@ struct Calls {
   bool draw;
   bool askAgain;  // IsAvailable
   bool testSelf;
+  bool mayWait;  // the draws
 };
 
 // A slow call would leave too little time for the others.
@@ -58,7 +60,7 @@ void RequireDrawAfter(WatchedPlugin& plugin, Step step) {
 // A self-test may draw, and wait as draws do.
 Calls ChooseCalls(WatchedPlugin& plugin) {
   const bool draws = CanDraw(plugin) && DrawsReliably(plugin);
-  Calls calls = {draws, IsQuick([&plugin] { plugin.IsAvailableInUse(); }), false};
+  Calls calls = {draws, IsQuick([&plugin] { plugin.IsAvailableInUse(); }), false, MayWait(plugin)};
   if (!draws) return calls;
   RequireDrawAfter(plugin, Step::kIsAvailableInUse);
   if (!plugin.IsGood(Step::kSelfTest)) return calls;
@@ -165,26 +167,28 @@ void RequireQuickCalls(WatchedPlugin& plugin, bool draws) {
   throw EarlyEnd(Outcome::kNotExamined, "its calls take too long; allow more time with --timeout");
 }
 
-// Joins them also when the system allows no more threads.
-struct JoinedThreads {
-  std::vector<std::thread> threads;
-  ~JoinedThreads() {
-    for (std::thread& thread : threads) thread.join();
+// A draw that is allowed to wait is cancelled. If threads wait for each other, they never end, and the
+// parent sees that.
+void WaitFor(WatchedPlugin& plugin, const std::vector<std::future<void>>& threads) {
+  const auto end = std::chrono::steady_clock::now() + kEnough + plugin.Patience();
+  for (const std::future<void>& thread : threads) {
+    if (thread.wait_until(end) == std::future_status::ready) continue;
+    CancelDraws(plugin);
+    EndBecauseDrawsWait();
   }
-};
+}
 
 std::array<Witness, kThreads> CallTogether(WatchedPlugin& plugin, const Answers& expected,
                                            const Calls& calls) {
   std::array<Witness, kThreads> witnesses;
-  {
-    JoinedThreads joined;
-    joined.threads.reserve(kThreads);
-    for (Witness& witness : witnesses) {
-      joined.threads.emplace_back([&plugin, &expected, &calls, &witness] {
-        CallForAWhile(plugin, expected, calls, witness);
-      });
-    }
+  std::vector<std::future<void>> threads;  // each joins its thread at its end
+  for (Witness& witness : witnesses) {
+    threads.push_back(std::async(std::launch::async, [&plugin, &expected, &calls, &witness] {
+      CallForAWhile(plugin, expected, calls, witness);
+    }));
   }
+  if (calls.draw && calls.mayWait) WaitFor(plugin, threads);
+  for (std::future<void>& thread : threads) thread.get();
   return witnesses;
 }
 
