@@ -30,8 +30,8 @@ TEST(Check, ADescriptionMayChange) {
 }
 
 TEST(Check, WhatTakesTimeIsNoFault) {
-  std::map<std::string, Result> results =
-      CheckTogether({"waits_for_user", "slow", "slow_throughout", "draws_in_turn"});
+  std::map<std::string, Result> results = CheckTogether(
+      {"waits_for_user", "slow", "sometimes_slow", "slow_throughout", "draws_in_turn"});
   const json user = json::parse(results["waits_for_user"].output);
   EXPECT_EQ("", Failed(user));
   EXPECT_EQ(
@@ -44,6 +44,10 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   const json slow = json::parse(results["slow"].output);
   EXPECT_EQ("", Failed(slow));
   EXPECT_EQ("draws are slow but wait for nothing", Reason(slow, "cancel"));
+
+  const json sometimes = json::parse(results["sometimes_slow"].output);
+  EXPECT_EQ("", Failed(sometimes));
+  EXPECT_EQ("draws are slow but wait for nothing", Reason(sometimes, "cancel"));
 
   const json inTurn = json::parse(results["draws_in_turn"].output);
   EXPECT_EQ("", Failed(inTurn));

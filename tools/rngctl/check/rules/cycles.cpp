@@ -158,6 +158,7 @@ void FillStackCache() {
   std::size_t stack = 0;
   ::pthread_getattr_default_np(&attributes);
   ::pthread_attr_getstacksize(&attributes, &stack);
+  ::pthread_attr_destroy(&attributes);
   std::promise<void> gate;
   const std::shared_future<void> isOpen = gate.get_future();
   std::vector<std::thread> threads;
