@@ -18,7 +18,7 @@ class AsksUserRng final : public WaitingRng {
     std::thread asking([&isOver] {
       for (int i = 0; !isOver; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        if (i % 6 == 5) std::fputs("\nPress it now: ", stderr);
+        if (i % 12 == 11) std::fputs("\nPress it now: ", stderr);
       }
     });
     const bool isDrawn = WaitingRng::Generate(buffer, size);

@@ -11,7 +11,7 @@ using testing::Not;
 TEST(CheckOutput, ShowsEachLineOnceWithItsCount) {
   const Result result = Check(FakePlugin("dsdr", "prints_lines"));
   EXPECT_EQ(0, result.status);
-  EXPECT_GT(2000U, result.errors.size());  // on a busy machine a few calls take long
+  EXPECT_GT(2000U, result.errors.size());  // on a busy machine a few calls seem to wait
   EXPECT_THAT(result.output,
               MatchesRegex("(.|\n)*\nprinted       \"looking for .\\[1mdevices\"\n"
                            "              where: standard error, [0-9]{4} times, in null-settings, "

@@ -33,13 +33,11 @@ constexpr int kStoppedTicks = 10;
 // A longer gap means that this program was stopped or the machine suspended: it does not count.
 constexpr milliseconds kLongestTick(500);
 
-// A call of a plug-in that takes longer may be waiting for the user.
+// A plug-in that is quiet for longer may be waiting for the user.
 milliseconds MomentOf(const ChildOrder& order) {
   return std::min(milliseconds(250), order.limit / 8);
 }
-
-// A plug-in that prints more during one call is not asking a question.
-constexpr std::size_t kMostShown = 4096;
+constexpr std::size_t kMostShown = 1024;
 
 // Takes more than a channel holds, and no more: a child may write faster than this reads. Stops
 // listening at the end.
@@ -55,31 +53,31 @@ std::string ReadPiece(pollfd& place) {
   return text;
 }
 
-// Passes on what was printed on standard error during a call of the plug-in that takes long.
+// Passes on what a call of the plug-in has printed on standard error when it then prints no more and
+// does not return: it may have asked the user something. One that goes on printing has not.
 class Prompt {
  public:
   explicit Prompt(const ChildOrder& order) : tell(order.whileItWaits), moment(MomentOf(order)) {}
 
   // The plug-in has returned, and another call has begun.
-  void Restart() {
-    begin = Clock::now();
-    text.clear();
-    room = kMostShown;
+  void Restart() { text.clear(); }
+  void Add(const std::string& piece) {
+    if (piece.empty()) return;
+    last = Clock::now();
+    text += piece;
+    text.erase(0, text.size() - std::min(kMostShown, text.size()));
   }
-  void Add(const std::string& piece) { text.append(piece, 0, room - std::min(room, text.size())); }
-  void ShowWhenLate() {
-    if (text.empty() || Clock::now() - begin < moment) return;
+  void ShowWhenQuiet() {
+    if (text.empty() || Clock::now() - last < moment) return;
     tell(text);
-    room -= text.size();
     text.clear();
   }
 
  private:
   const std::function<void(const std::string& text)> tell;
   const milliseconds moment;
-  Clock::time_point begin = Clock::now();
+  Clock::time_point last = Clock::now();
   std::string text;
-  std::size_t room = kMostShown;
 };
 
 // What a child sends and prints.
@@ -100,7 +98,7 @@ class Listener {
                     std::string("Cannot wait for a process: ") + std::strerror(errno) + ".");
     }
     const bool hasMessage = count > 0 && ReadAll();
-    prompt.ShowWhenLate();
+    prompt.ShowWhenQuiet();
     return hasMessage;
   }
 

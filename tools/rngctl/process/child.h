@@ -27,8 +27,8 @@ struct ChildOrder {
   std::string libraryPath = {};  ///< its LD_LIBRARY_PATH; empty: the one of this process
   bool endsDescendants = false;  ///< kills what the child leaves running
   std::chrono::milliseconds limitOfAll = {};  ///< for its whole life, besides the other; zero: none
-  /// If set, standard error is collected, and this is told what the child printed there before it made
-  /// this process wait: it may be a question to the user. Otherwise the child has this process's.
+  /// If set, standard error is collected, and this is told what the child printed there before it
+  /// became quiet: it may be a question to the user. Otherwise the child has this process's.
   std::function<void(const std::string& text)> whileItWaits = {};
 };
 
