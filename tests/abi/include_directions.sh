@@ -81,7 +81,7 @@ see '^plugins/' '^(plugins|rngaggregator)/'
 see '^examples/' '^(examples|rngaggregator)/'
 keep_in '^(include|plugins)/' '^dlfcn[.]h$' '^$'
 
-# --- The tool. Two families of commands, doctor and check, stand beside each other on four rooms that
+# --- The tool. Two families of commands, doctor and check, stand beside each other on five rooms that
 # know neither.
 see '^tools/' '^(tools|providers|rngaggregator)/|^settings/known_path[.]h$'
 tool='^tools/rngctl/'
@@ -90,15 +90,17 @@ see "${tool}terminal/" "${tool}terminal/|$common"
 see "${tool}channel/" "${tool}channel/"
 see "${tool}process/" "${tool}(channel|process)/|$common|^rngaggregator/"
 see "${tool}loader/" "${tool}(loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
+see "${tool}devices/" \
+  "${tool}(devices|channel|process|loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
 started="${tool}started_aggregator[.]h\$"
-see "${tool}commands/" "${tool}(commands|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
+see "${tool}commands/" "${tool}(commands|devices|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}doctor/" \
-  "${tool}(doctor|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
+  "${tool}(doctor|devices|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
 see "${tool}check/" \
-  "${tool}(check|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^rngaggregator/"
+  "${tool}(check|devices|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}check/plugin/" \
   "${tool}(check/plugin/|check/(finding|transcript)[.]h|channel/|process/)|^rngaggregator/"
-keep_in "$tool" '^dlfcn[.]h$' "${tool}((process|loader|doctor|check)/|started_aggregator[.]cpp$)"
+keep_in "$tool" '^dlfcn[.]h$' "${tool}((process|loader|devices|doctor|check)/|started_aggregator[.]cpp$)"
 keep_in "$tool" '^(libelf|gelf)[.]h$' "${tool}loader/"
 keep_in "$tool" '^CLI/' "${tool}main[.]cpp$"
 

@@ -5,6 +5,7 @@
 #include "tools/rngctl/commands/default.h"
 #include "tools/rngctl/commands/list.h"
 #include "tools/rngctl/commands/read.h"
+#include "tools/rngctl/devices/ask.h"
 #include "tools/rngctl/doctor/doctor.h"
 #include "tools/rngctl/doctor/examine/child.h"
 #include "tools/rngctl/process/interruption.h"
@@ -153,6 +154,7 @@ void AddChildren(CLI::App& app, int& channel) {
   };
   add(kDoctorChildCommand, RunDoctorChild);
   add(kCheckChildCommand, [](int number) { RunCheckChild(number); });
+  add(kDevicesChildCommand, [](int number) { RunDevicesChild(number); });
 }
 
 int Run(int count, char** arguments) {

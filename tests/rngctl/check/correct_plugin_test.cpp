@@ -25,6 +25,12 @@ TEST(Check, FindsNoFaultInCorrectPlugins) {
   }
 }
 
+TEST(Check, AReportOfDevicesIsAllowed) {
+  const json report = Report(FakePlugin("dsdr", "reports_devices"));
+  EXPECT_EQ("", Failed(report));
+  EXPECT_EQ("own-device failed-draw-is-zero", Names(report, "not-examined"));
+}
+
 TEST(Check, ADescriptionMayChange) {
   EXPECT_EQ("", Failed(Report(Breaking("description_counts"))));
 }

@@ -29,6 +29,7 @@ const Severities kSeverities = {
     {"description-line", "warning"},
     {"hardware-id", "error"},
     {"plain-texts", "warning"},
+    {"device-report", "error"},
     {"stable-flags", "warning"},
     {"some-flag", "warning"},
     {"self-test", "warning"},

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -38,6 +39,26 @@ TEST_F(RngctlTest, ListsAProviderWithoutFlags) {
   const Result result = Run("list");
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output, HasSubstr("sobol    no           -                 A quiet?source\n"));
+}
+
+TEST_F(RngctlTest, ListsTheDevicesThatPluginsReport) {
+  InstallPlugin("dsdr", "reports_devices");
+  const Result result = Run("list");
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output, EndsWith("generator\n"
+                                      "\n"
+                                      "dsdr, device R1: Reader 1\n"
+                                      "dsdr, problem: Reader 2 is off. Switch it on.\n"));
+  EXPECT_THAT(result.errors, IsEmpty());
+}
+
+TEST_F(RngctlTest, AReportThatFailsLeavesTheListWhole) {
+  fs::copy(FakePlugin("dsdr", "breaking/report_crashes"), TreePath("lib"));
+  const Result result = Run("list");
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output, HasSubstr("\ndsdr     no           hardware"));
+  EXPECT_EQ("rngctl: \"dsdr\": Its report of devices crashed with signal 6 (Aborted).\n",
+            result.errors);
 }
 
 TEST_F(RngctlTest, NoUsableGeneratorIsANegativeAnswer) {

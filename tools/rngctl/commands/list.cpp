@@ -2,12 +2,15 @@
 
 #include "providers/catalogue.h"
 #include "tools/rngctl/commands/provider_text.h"
+#include "tools/rngctl/devices/ask.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/started_aggregator.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iostream>
+#include <utility>
 #include <vector>
 
 #include <rngaggregator/aggregator.h>
@@ -91,6 +94,48 @@ void PrintList() {
   }
 }
 
+struct Reporter {
+  std::string name;
+  std::string file;
+  std::string factory;
+};
+
+// The listed plug-ins that can report their devices.
+std::vector<Reporter> FindReporters() {
+  std::vector<Reporter> reporters;
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
+    const std::string file = GetRng(row.name.c_str()) ? FindOpenReporter(row.libraryFile) : "";
+    if (!file.empty()) reporters.push_back({row.name, file, row.factorySymbol});
+  }
+  return reporters;
+}
+
+void PrintDevices(const std::vector<Reporter>& reporters) {
+  constexpr std::chrono::seconds kLimit(10);
+  const char* separator = "\n";
+  for (const Reporter& reporter : reporters) {
+    const DeviceReport report = AskForDevices(reporter.file, reporter.factory, kLimit);
+    for (const Device& device : report.devices) {
+      std::cout << std::exchange(separator, "") << reporter.name << ", device " << device.identifier
+                << ": " << device.text << '\n';
+    }
+    for (const std::string& problem : report.problems) {
+      std::cout << std::exchange(separator, "") << reporter.name << ", problem: " << problem
+                << '\n';
+    }
+    if (report.fault.empty()) continue;
+    std::cerr << "rngctl: " << Quoted(reporter.name) << ": " << report.fault << '\n';
+  }
+}
+
 }  // namespace
 
-void RunList() { WithStartedAggregator(PrintList); }
+// The devices are asked for after the stop: while this process uses a device, a child may not see it.
+void RunList() {
+  std::vector<Reporter> reporters;
+  WithStartedAggregator([&reporters] {
+    PrintList();
+    reporters = FindReporters();
+  });
+  PrintDevices(reporters);
+}

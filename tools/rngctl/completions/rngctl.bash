@@ -4,7 +4,7 @@ _rngctl() {
   local kinds="bioqt unixx11 dsdr accord sobol JacartaGost Rutoken EsmartGost biokbd unixdev grandmaster biocore"
   local checks="catalogue-pair one-export no-unique-symbols no-static-tls no-executable-stack opens
     gives-object null-settings empty-settings built-in-settings reload available name name-length
-    name-in-catalogue description description-line hardware-id plain-texts stable-flags some-flag
+    name-in-catalogue description description-line hardware-id plain-texts device-report stable-flags some-flag
     self-test any-device unknown-device own-device empty-draw draw-succeeds waits-are-flagged
     refused-device draws-after-calls cancel failed-draw-is-zero draw-fills-buffer drawn-values
     draws-differ concurrent-calls release-ends-threads release-closes-files no-handlers-left

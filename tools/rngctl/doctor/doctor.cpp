@@ -2,6 +2,7 @@
 
 #include "providers/catalogue.h"
 #include "tools/rngctl/doctor/causes/cannot_open.h"
+#include "tools/rngctl/doctor/causes/reported.h"
 #include "tools/rngctl/doctor/causes/special_files.h"
 #include "tools/rngctl/doctor/causes/strays.h"
 #include "tools/rngctl/doctor/start/comparison.h"
@@ -79,6 +80,7 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
     WarnOfBinding(report, path, limit);
     WarnOfSecondFile(report, found.search);
   }
+  AddReported(report, row, limit);
   return report;
 }
 

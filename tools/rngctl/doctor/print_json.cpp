@@ -47,11 +47,16 @@ Json AsJson(const DisplayReport& display) {
 }
 
 Json AsJson(const GeneratorReport& row) {
+  Json devices = Json::array();
+  for (const Device& device : row.devices) {
+    devices.push_back({{"identifier", device.identifier}, {"text", device.text}});
+  }
   return {{"kind", row.kind},         {"library_file", row.libraryFile},
           {"file", OrNull(row.file)}, {"verdict", kIdentifiers.at(row.verdict)},
           {"kept", row.isKept},       {"name", OrNull(row.name)},
           {"summary", row.summary},   {"fix", OrNull(row.fix)},
-          {"warnings", row.warnings}, {"seconds", row.seconds}};
+          {"warnings", row.warnings}, {"seconds", row.seconds},
+          {"devices", devices},       {"problems", row.problems}};
 }
 
 Json AsJson(const StrayFile& stray) {

@@ -144,10 +144,24 @@ void PrintAdvice(const DoctorReport& report) {
   }
 }
 
+// What the plug-ins say themselves. A problem that is also the advice is not repeated.
+void PrintDevices(const std::vector<GeneratorReport>& rows) {
+  for (const GeneratorReport& row : rows) {
+    for (const Device& device : row.devices) {
+      std::cout << row.kind << ", device " << device.identifier << ": " << device.text << '\n';
+    }
+    for (const std::string& problem : row.problems) {
+      if (row.fix.find(problem) != std::string::npos) continue;
+      std::cout << row.kind << ", problem: " << problem << '\n';
+    }
+  }
+}
+
 }  // namespace
 
 void PrintText(const DoctorReport& report) {
   PrintTop(report);
   PrintRows(report.generators);
   PrintAdvice(report);
+  PrintDevices(report.generators);
 }

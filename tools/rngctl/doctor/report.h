@@ -1,6 +1,7 @@
 #ifndef TOOLS_RNGCTL_DOCTOR_REPORT_H
 #define TOOLS_RNGCTL_DOCTOR_REPORT_H
 
+#include "tools/rngctl/devices/device_report.h"
 #include "tools/rngctl/loader/search_order.h"
 
 #include <optional>
@@ -41,11 +42,13 @@ struct GeneratorReport {
   std::string summary = {};  ///< the verdict in words
   std::string fix = {};      ///< what to do about it, in a sentence
   std::vector<std::string> warnings = {};
-  bool isFlagless = false;                ///< it reports no capability bits
-  bool prints = false;                    ///< on standard output
-  bool leavesProcess = false;             ///< running
-  std::vector<std::string> changes = {};  ///< what it leaves different in the process
-  double seconds = 0;                     ///< that its examination took, from opening to closing
+  bool isFlagless = false;                 ///< it reports no capability bits
+  bool prints = false;                     ///< on standard output
+  bool leavesProcess = false;              ///< running
+  std::vector<std::string> changes = {};   ///< what it leaves different in the process
+  double seconds = 0;                      ///< that its examination took, from opening to closing
+  std::vector<Device> devices = {};        ///< that the plug-in reports
+  std::vector<std::string> problems = {};  ///< that the plug-in reports
 };
 
 inline void Put(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary,

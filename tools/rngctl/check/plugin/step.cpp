@@ -18,6 +18,7 @@ const std::map<Step, const char*> kWords = {
     {Step::kGetName, "GetName"},
     {Step::kGetDescription, "GetDescription"},
     {Step::kGetHardwareId, "GetHardwareId"},
+    {Step::kGetReport, "GetRngReport"},
     {Step::kGetFlags, "GetFlags"},
     {Step::kSelectDevice, "SelectDevice"},
     {Step::kGenerate, "Generate"},

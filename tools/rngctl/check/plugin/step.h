@@ -19,6 +19,7 @@ enum class Step {
   kGetName,
   kGetDescription,
   kGetHardwareId,
+  kGetReport,
   kGetFlags,
   kSelectDevice,
   kGenerate,

@@ -181,3 +181,9 @@ void WatchedPlugin::SetSettings(IRngSettings* settings) {
 void WatchedPlugin::Release() {
   Watch(Step::kRelease, [&] { provider->Release(); });
 }
+
+std::int32_t WatchedPlugin::GetReport(char* buffer) {
+  using Report = std::int32_t (*)(char* buffer);
+  const auto report = reinterpret_cast<Report>(::dlsym(handle, "GetRngReport"));
+  return report ? Watch(Step::kGetReport, [&] { return report(buffer); }) : 0;
+}

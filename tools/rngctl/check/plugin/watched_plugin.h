@@ -86,6 +86,9 @@ class WatchedPlugin final : public IRngProvider {
   void SetSettings(IRngSettings* settings) override;
   void Release() override;
 
+  /// The optional function of the library, not of the provider; 0 if there is none.
+  std::int32_t GetReport(char* buffer);
+
  private:
   void RecordStep(Step step, bool isOwn);
   void LookForThreads();

@@ -1,5 +1,6 @@
 #include "providers/catalogue.h"
 #include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/devices/device_report.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
@@ -61,6 +62,7 @@ Finding CheckExports(const CheckSubject& subject) {
   if (!ExportsFactory(subject)) return FailedWithoutFactory(subject);
   std::vector<std::string> others = subject.facts.exports;
   std::erase(others, subject.plugin.factory);
+  std::erase(others, kReportFunction);
   if (others.empty()) return Passed();
   return Failed("It exports " + Counted(others.size(), "symbol") +
                 " besides the factory: " + Listed(others) + ".");
@@ -91,9 +93,10 @@ std::vector<Rule> FileRules() {
        "The file name and the factory name belong to the same kind",
        "Use the file name and the factory name of the kind; provider.h has the table.",
        CheckCataloguePair},
-      {"one-export", Severity::kError, "The factory is the only exported symbol",
+      {"one-export", Severity::kError,
+       "The factory is the only exported symbol, except for GetRngReport",
        "Hide everything else: compile with -fvisibility=hidden, and link with a version script "
-       "whose only global name is the factory.",
+       "whose only global names are the factory and, if it has one, GetRngReport.",
        CheckExports},
       {"no-unique-symbols", Severity::kError,
        "There are no GNU-unique symbols, which prevent unloading",

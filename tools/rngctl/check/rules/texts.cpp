@@ -1,5 +1,6 @@
 #include "tools/rngctl/check/plugin/guarded_buffer.h"
 #include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/devices/device_report.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 
 namespace {
 
-using TextOperation = std::int32_t (IRngProvider::*)(char* buffer);
+using TextOperation = std::int32_t (WatchedPlugin::*)(char* buffer);
 
 constexpr std::int32_t kLargestText = 1 << 20;
 constexpr std::size_t kLongestName = kRngNameSize - 1;
@@ -159,6 +160,25 @@ Finding CheckHardwareId(WatchedPlugin& plugin) {
   return Passed();
 }
 
+// A file without the function keeps the rule, too. A dependency's function is not the plug-in's.
+Finding CheckDeviceReport(WatchedPlugin& plugin) {
+  if (!HasDeviceReport(plugin.File().path)) return Passed();
+  plugin.Open();
+  const bool isAvailable = plugin.Make() && plugin.StartMade();
+  const std::string text = ReadByProtocol(plugin, &WatchedPlugin::GetReport).value_or("");
+  Require(text.size() < kLargestReport, "The report has more than 65536 bytes.");
+  const DeviceReport report = ParseDeviceReport(text);
+  Require(report.fault.empty(), report.fault);
+  for (const Device& device : report.devices) {
+    if (!isAvailable) break;
+    Require(plugin.SelectDevice(device.identifier.c_str()),
+            "It reports the device " + Quoted(device.identifier) +
+                ", but SelectDevice does not accept it.",
+            "Report the identifiers that SelectDevice accepts.");
+  }
+  return Passed();
+}
+
 }  // namespace
 
 std::vector<Rule> TextRules() {
@@ -190,5 +210,12 @@ std::vector<Rule> TextRules() {
        "file "
        "cannot hold \"=\" or blanks at the ends.",
        CheckPlainTexts},
+      {"device-report", Severity::kError,
+       "GetRngReport, if there is one, follows the protocol of two calls and the format of its "
+       "lines",
+       "Report lines of \"device<TAB>identifier<TAB>text\" and \"problem<TAB>text\", and write "
+       "what "
+       "the call with null has counted; provider.h has the details.",
+       CheckDeviceReport},
   };
 }

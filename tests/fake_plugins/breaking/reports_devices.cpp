@@ -1,0 +1,22 @@
+// Reports the text REPORT. The macro DEVICE is the one device that it accepts, AVAILABLE whether it is.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+namespace {
+
+class ReportsDevicesRng final : public CorrectRng {
+ public:
+  bool SelectDevice(const char* hardwareId) override {
+    return CorrectRng::SelectDevice(hardwareId) || std::strcmp(hardwareId, DEVICE) == 0;
+  }
+  bool IsAvailable() override { return AVAILABLE; }
+};
+
+}  // namespace
+
+EXPORT_RNG(ReportsDevicesRng)
+
+std::int32_t GetRngReport(char* buffer) {
+  if (buffer) std::memcpy(buffer, REPORT, sizeof REPORT);
+  return static_cast<std::int32_t>(sizeof REPORT);
+}

@@ -1,0 +1,69 @@
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+void InstallBreaking(const std::string& variant) {
+  std::filesystem::copy(FakePlugin("dsdr", "breaking/" + variant), TreePath("lib"));
+}
+
+}  // namespace
+
+TEST_F(Doctor, ShowsTheDevicesThatAPluginReports) {
+  InstallPlugin("dsdr", "reports_devices");
+  const json report = Examine("dsdr");
+  const json row = RowOf(report, "dsdr");
+  EXPECT_EQ(json::parse(R"([{"identifier": "R1", "text": "Reader 1"}])"), row.at("devices"));
+  EXPECT_EQ(json({"Reader 2 is off. Switch it on."}), row.at("problems"));
+  EXPECT_THAT(row.at("warnings"), IsEmpty());
+  EXPECT_THAT(Run("doctor dsdr").output,
+              HasSubstr("dsdr, device R1: Reader 1\n"
+                        "dsdr, problem: Reader 2 is off. Switch it on.\n"));
+  const Result result = MatchSchema("doctor.schema.json", report.dump());
+  EXPECT_EQ(0, result.status) << result.errors;
+}
+
+TEST_F(Doctor, APluginThatReportsNothingHasNoDevices) {
+  InstallPlugin("dsdr", "stub");
+  const json row = ExamineKind("dsdr");
+  EXPECT_THAT(row.at("devices"), IsEmpty());
+  EXPECT_THAT(row.at("problems"), IsEmpty());
+}
+
+TEST_F(Doctor, AProblemThatAPluginReportsIsTheAdvice) {
+  InstallPlugin("Rutoken", "reports_problem");
+  const json row = ExamineKind("Rutoken");
+  EXPECT_EQ("not-available", row.at("verdict"));
+  EXPECT_EQ("There is no token. Insert one.", row.at("fix"));
+  EXPECT_EQ(json({"There is no token. Insert one."}), row.at("problems"));
+  EXPECT_THAT(Run("doctor Rutoken").output, Not(HasSubstr("problem: ")));
+}
+
+// Programs do not call it, so they are not disturbed.
+TEST_F(Doctor, AReportThatCrashesIsAWarning) {
+  InstallBreaking("report_crashes");
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("loaded", row.at("verdict"));
+  EXPECT_EQ(json({"Its report of devices crashed with signal 6 (Aborted)."}), row.at("warnings"));
+}
+
+TEST_F(Doctor, AReportThatBreaksTheContractIsAWarning) {
+  InstallBreaking("report_is_malformed");
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ(1U, row.at("devices").size());
+  EXPECT_EQ(json({"Line 2 of its report of devices repeats the identifier \"R1\"."}),
+            row.at("warnings"));
+}
+
+TEST_F(Doctor, AReportThatChangesItsSizeIsAWarning) {
+  InstallBreaking("report_size_differs");
+  EXPECT_EQ(json({"Its report of devices has a size of 10, then of 20."}),
+            ExamineKind("dsdr").at("warnings"));
+}

@@ -1,0 +1,46 @@
+#include "tools/rngctl/devices/ask.h"
+
+#include "providers/library_handle.h"
+#include "tools/rngctl/devices/messages.h"
+#include "tools/rngctl/loader/link_map.h"
+#include "tools/rngctl/process/child.h"
+
+namespace {
+
+DeviceReport Faulty(const std::string& what) {
+  return {{}, {}, "Its report of devices " + what + "."};
+}
+
+DeviceReport Understand(const DevicesAnswer& answer) {
+  if (answer.size == 0) return {};
+  const std::string size = std::to_string(answer.size);
+  if (answer.size < 0) return Faulty("has the negative size " + size);
+  if (answer.size > kLargestReport) {
+    return Faulty("has " + size + " bytes; the largest has " + std::to_string(kLargestReport));
+  }
+  if (answer.sizeAgain != answer.size) {
+    return Faulty("has a size of " + size + ", then of " + std::to_string(answer.sizeAgain));
+  }
+  return ParseDeviceReport(answer.text);
+}
+
+}  // namespace
+
+std::string FindOpenReporter(const std::string& libraryFile) {
+  const LibraryHandle library(::dlopen(libraryFile.c_str(), RTLD_LAZY | RTLD_NOLOAD));
+  const link_map* const map = MapOf(library.get());
+  const std::string file = map ? map->l_name : "";
+  return !file.empty() && HasDeviceReport(file) ? file : "";
+}
+
+DeviceReport AskForDevices(const std::string& file, const std::string& factory,
+                           std::chrono::seconds limit) {
+  const ChildResult result = RunChild({kDevicesChildCommand, Encode(DevicesQuestion{file, factory}),
+                                       limit, LimitOf::kLife, "", true});
+  const auto answer = result.Last<DevicesAnswer>();
+  if (answer && answer->step == DevicesStep::kEnd) return Understand(*answer);
+  const std::string where =
+      answer && answer->step == DevicesStep::kReport ? "" : "cannot be asked for: the plug-in ";
+  const bool hasThrown = answer && answer->hasThrown;
+  return Faulty(where + (hasThrown ? "threw an exception" : DescribeEnd(result, limit)));
+}
