@@ -76,7 +76,7 @@ bool IsDisturbance(const GeneratorReport& row) {
 std::string DescribePrinting(const PrintedLines& printed) {
   constexpr std::size_t kMostShown = 60;
   std::string line = printed.Lines().empty() ? "" : printed.Lines()[0].text;
-  if (line.size() > kMostShown) line = line.substr(0, kMostShown) + "...";
+  if (line.size() > kMostShown) line.replace(kMostShown, std::string::npos, "...");
   return "prints on standard output, so its text is mixed with the output of every program: " +
          Quoted(Printable(line)) + ". Report this to the vendor.";
 }

@@ -18,7 +18,8 @@ std::vector<std::string> ListKept(const StartAnswer& answer) {
 // failed or the next release.
 std::vector<std::string> ListSuspectsOfStop(const StartAnswer& answer) {
   const std::vector<std::string> kept = ListKept(answer);
-  if (answer.subject.empty()) return {kept.begin(), kept.begin() + !kept.empty()};
+  if (kept.empty()) return {};
+  if (answer.subject.empty()) return {kept[0]};
   for (std::size_t i = 0; i < kept.size(); ++i) {
     if (!IsSameFile(TakenFor(kept[i], answer), answer.subject)) continue;
     const std::size_t end = std::min(i + 2, kept.size());
