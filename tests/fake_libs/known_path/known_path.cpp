@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <unistd.h>
 
 #if HAS_FUNCTION
 extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::int32_t id,
@@ -16,6 +17,9 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
 #endif
 #ifdef EXITS
   std::_Exit(0);
+#endif
+#ifdef HANGS
+  ::pause();
 #endif
   const bool isClear = std::all_of(buffer, buffer + 256, [](char c) { return c == '\0'; });
   RecordCall("known_path", std::to_string(id) + (isClear ? "" : ":dirty") + ":" +

@@ -1,4 +1,5 @@
-// An X library with at most one fault: a function that is missing, or no display to open, or a crash, or slowness.
+// An X library with at most one fault: a function that is missing, no display to open, or an XOpenDisplay
+// that crashes, exits, hangs or is slow.
 
 #include "tests/support/fakes.h"
 
@@ -24,6 +25,12 @@ extern "C" __attribute__((visibility("default"))) void* XOpenDisplay(const char*
 #endif
 #ifdef SLOW
   ::usleep(60000);  // for each of the twelve rows
+#endif
+#ifdef EXITS
+  std::_Exit(4);
+#endif
+#ifdef HANGS
+  ::pause();
 #endif
   return HAS_DISPLAY ? &g_display : nullptr;
 }

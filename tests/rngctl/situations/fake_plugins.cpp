@@ -1,0 +1,57 @@
+#include "tests/rngctl/situations/situation.h"
+#include "tests/support/kinds.h"
+#include "tests/support/tree.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <set>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The kinds for which each folder has a plug-in; the folder is named relative to all.
+std::map<std::string, std::vector<std::string>> KindsByVariant() {
+  std::map<std::string, std::string> kinds;  // by library file
+  for (const Kind& kind : AllKinds()) kinds[kind.libraryFile] = kind.name;
+  std::map<std::string, std::vector<std::string>> variants;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(FAKES_DIR)) {
+    const auto kind = kinds.find(entry.path().filename());
+    if (kind == kinds.end()) continue;
+    const fs::path folder = fs::relative(entry.path().parent_path(), FAKES_DIR);
+    variants[folder].push_back(kind->second);
+  }
+  return variants;
+}
+
+std::string NameOf(std::string variant, const std::string& display) {
+  std::replace(variant.begin(), variant.end(), '/', '_');
+  return variant + display;
+}
+
+// The one leaves a process whenever it is loaded. The other writes to descriptors of the doctor, which
+// a host does not have; other cases cover both.
+const std::set<std::string> kNotHere = {"leaves_process", "breaking/garbles_messages"};
+
+Situation WithAll(const std::string& variant, const std::vector<std::string>& kinds,
+                  const std::string& x11) {
+  const auto arrange = [variant, kinds, x11] {
+    InstallX11(x11);
+    for (const std::string& kind : kinds) InstallPlugin(kind, variant);
+  };
+  return {NameOf(variant, x11 == "whole" ? "_display" : ""), arrange, "", "",
+          kinds.size() == 1 ? kinds : std::vector<std::string>{}};
+}
+
+}  // namespace
+
+std::vector<Situation> FakePluginSituations() {
+  std::vector<Situation> situations;
+  for (const auto& [variant, kinds] : KindsByVariant()) {
+    if (kNotHere.contains(variant)) continue;
+    situations.push_back(WithAll(variant, kinds, "refusing"));
+    if (kinds.size() > 1) situations.push_back(WithAll(variant, kinds, "whole"));
+  }
+  return situations;
+}

@@ -1,0 +1,33 @@
+#ifndef TESTS_RNGCTL_SITUATIONS_SITUATION_H
+#define TESTS_RNGCTL_SITUATIONS_SITUATION_H
+
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+/// A state of a machine in which a host starts the library. A situation says what a host really sees
+/// there, and the doctor must say the same.
+struct Situation {
+  std::string name;
+  std::function<void()> arrange;        ///< on top of an installation without plug-ins and settings
+  std::string host;                     ///< see `Seen`; empty: whatever it is
+  std::string environment = {};         ///< of both: "DISPLAY=:7", or any words before a command
+  std::vector<std::string> kinds = {};  ///< those that are asked for alone, too
+  std::string exposed =
+      {};  ///< a path, relative to the tree, that somebody else may change: hosts do
+           ///< not notice, the doctor must
+};
+
+inline void PrintTo(const Situation& situation, std::ostream* out) { *out << situation.name; }
+
+/// The tables, by what is unusual.
+std::vector<Situation> FakePluginSituations();   ///< each fake plug-in alone
+std::vector<Situation> CompanySituations();      ///< plug-ins that disturb each other
+std::vector<Situation> FileSituations();         ///< files and where they lie
+std::vector<Situation> SettingsSituations();     ///< the settings file and the default
+std::vector<Situation> SurroundingSituations();  ///< display, known paths, the process itself
+std::vector<Situation> UserSituations();         ///< what this user may not read
+std::vector<Situation> PermissionSituations();   ///< who may write what
+
+#endif
