@@ -5,6 +5,13 @@
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr char kLookupThrows[] =
+    "a lookup that throws ends this host; the doctor goes on and blames the plug-in";
+
+}  // namespace
+
 std::vector<Situation> CompanySituations() {
   return {
       {"NoPlugin", [] {}, "nothing", "", {"dsdr"}},
@@ -46,11 +53,11 @@ std::vector<Situation> CompanySituations() {
       {"SonameOfAnother",
        [] {
          InstallPlugin("dsdr", "takes_name");
-         InstallPlugin("biocore", "stub");
+         InstallPlugin("sobol", "stub");
        },
        "dsdr",
        "",
-       {"dsdr", "biocore"}},
+       {"dsdr", "sobol"}},
       {"AsksForOneThatIsThere",
        [] {
          InstallX11("whole");
@@ -153,7 +160,9 @@ std::vector<Situation> CompanySituations() {
        },
        "threw an exception",
        "",
-       {"sobol", "unixdev"}},
+       {"sobol", "unixdev"},
+       "",
+       kLookupThrows},
       {"FlaglessIsFoundByName", [] { InstallPlugin("sobol", "flagless"); }, "sobol", "", {"sobol"}},
       {"AnotherKindsName",
        [] {

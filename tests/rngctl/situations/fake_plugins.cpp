@@ -34,14 +34,31 @@ std::string NameOf(std::string variant, const std::string& display) {
 // a host does not have; other cases cover both.
 const std::set<std::string> kNotHere = {"leaves_process", "breaking/garbles_messages"};
 
+// Why the doctor says something else than this host sees.
+std::string DifferenceOf(const std::string& variant) {
+  const std::map<std::string, std::string> differences = {
+      {"breaking/calls_at_exit",
+       "no host is safe from a plug-in that starts the library at the end"},
+      {"breaking/name_changes", "whether a kind is found depends on how often it was looked for"},
+      {"nameless",
+       "a lookup that throws ends this host; the doctor goes on and blames the plug-in"}};
+  const auto known = differences.find(variant);
+  return known == differences.end() ? "" : known->second;
+}
+
 Situation WithAll(const std::string& variant, const std::vector<std::string>& kinds,
                   const std::string& x11) {
   const auto arrange = [variant, kinds, x11] {
     InstallX11(x11);
     for (const std::string& kind : kinds) InstallPlugin(kind, variant);
   };
-  return {NameOf(variant, x11 == "whole" ? "_display" : ""), arrange, "", "",
-          kinds.size() == 1 ? kinds : std::vector<std::string>{}};
+  return {NameOf(variant, x11 == "whole" ? "_display" : ""),
+          arrange,
+          "",
+          "",
+          kinds.size() == 1 ? kinds : std::vector<std::string>{},
+          "",
+          DifferenceOf(variant)};
 }
 
 }  // namespace

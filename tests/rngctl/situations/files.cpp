@@ -137,7 +137,7 @@ std::vector<Situation> FileSituations() {
        {"dsdr"}},
       {"PreloadedAndNowhereElse",
        [] { InstallAt("other/any.so", "has_soname"); },
-       "nothing",
+       "dsdr",
        "LD_PRELOAD=" + TreePath("other/any.so"),
        {"dsdr"}},
       {"PreloadedItself",
@@ -164,7 +164,7 @@ std::vector<Situation> FileSituations() {
          fs::create_directory(TreePath("other"));
          fs::copy(FAKES_DIR "/missing_dependency/libabsent_device.so", TreePath("other"));
        },
-       "biokbd",
+       "nothing",
        other,
        {"biokbd"}},
       {"DependencyIsBroken",

@@ -57,13 +57,22 @@ std::string WatchHost(pid_t host) {
   return "did not answer";
 }
 
+bool IsPluginOfAnother(const std::string& file, const std::string& kind) {
+  for (const Kind& other : AllKinds()) {
+    if (other.libraryFile == file) return other.name != kind;
+  }
+  return false;
+}
+
 // The kinds whose object is their own, and the default.
 Seen ReadLines(const std::string& lines) {
   Seen kinds;
   std::string theDefault;
   std::istringstream stream(lines);
   for (std::string word, name, file; stream >> word;) {
-    if (word == "kind" && stream >> name >> file && file == LibraryFileOf(name)) Add(kinds, name);
+    if (word == "kind" && stream >> name >> file && !IsPluginOfAnother(file, name)) {
+      Add(kinds, name);
+    }
     if (word == "default" && stream >> name && name != "none") theDefault = "; default " + name;
   }
   return (kinds.empty() ? "nothing" : kinds) + theDefault;
@@ -74,8 +83,9 @@ Seen WithoutDetails(const std::string& problem) {
   std::smatch end;
   const std::regex ends(
       "did not answer|crashed with signal [0-9]+|exited with status [0-9]+|threw an exception|"
-      "was stopped by signal [0-9]+|calls [A-Za-z]+");
-  return std::regex_search(problem, end, ends) ? end.str() : problem;
+      "was stopped by signal [0-9]+|deadlocks");
+  const std::string words = std::regex_search(problem, end, ends) ? end.str() : problem;
+  return words == "deadlocks" ? "did not answer" : words;
 }
 
 std::string DefaultOf(const json& report) {

@@ -14,9 +14,9 @@ struct Situation {
   std::string host;                     ///< see `Seen`; empty: whatever it is
   std::string environment = {};         ///< of both: "DISPLAY=:7", or any words before a command
   std::vector<std::string> kinds = {};  ///< those that are asked for alone, too
-  std::string exposed =
-      {};  ///< a path, relative to the tree, that somebody else may change: hosts do
-           ///< not notice, the doctor must
+  /// A path, relative to the tree, that somebody else may change: hosts do not notice, the doctor must.
+  std::string exposed = {};
+  std::string difference = {};  ///< why the doctor says something else than this host sees
 };
 
 inline void PrintTo(const Situation& situation, std::ostream* out) { *out << situation.name; }
