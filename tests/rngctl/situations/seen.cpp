@@ -83,9 +83,9 @@ Seen WithoutDetails(const std::string& problem) {
   std::smatch end;
   const std::regex ends(
       "did not answer|crashed with signal [0-9]+|exited with status [0-9]+|threw an exception|"
-      "was stopped by signal [0-9]+|deadlocks");
+      "was stopped by signal [0-9]+|deadlocks|would wait");
   const std::string words = std::regex_search(problem, end, ends) ? end.str() : problem;
-  return words == "deadlocks" ? "did not answer" : words;
+  return words == "deadlocks" || words == "would wait" ? "did not answer" : words;
 }
 
 std::string DefaultOf(const json& report) {

@@ -44,7 +44,6 @@ struct GeneratorReport {
   std::vector<std::string> warnings = {};
   bool isFlagless = false;                 ///< it reports no capability bits
   bool prints = false;                     ///< on standard output
-  bool leavesProcess = false;              ///< running
   std::vector<std::string> changes = {};   ///< what it leaves different in the process
   double seconds = 0;                      ///< that its examination took, from opening to closing
   std::vector<Device> devices = {};        ///< that the plug-in reports

@@ -128,7 +128,6 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
   report.staysLoaded = answer->staysLoaded;
   report.isFlagless = answer->isFlagless;
   report.prints = !result.output.Lines().empty();
-  report.leavesProcess = !result.leftRunning.empty();
   report.changes = answer->changes;
   report.seconds = answer->seconds;
   if (answer->name && FaultOf(*answer->name).empty()) report.name = answer->name->text;

@@ -20,7 +20,6 @@ ChildResult AskStart(const StartOrder& start, bool looksUpFirst) {
                                 start.unopened};
   ChildOrder order{kDoctorChildCommand, Encode(question), start.limit, LimitOf::kSilence};
   order.limitOfAll = forAll;
-  order.endsDescendants = true;  // the plug-in's own child leaves them once more
   return RunChild(order);
 }
 
@@ -55,7 +54,10 @@ StartEvidence TryLookup(const StartOrder& order) {
 StartEvidence TryStart(const StartOrder& order) {
   StartEvidence start = TryLookup(order);
   if (start.answer && EndedInFirstQuestions(*start.answer, order.kind)) {
-    start.second = AskStart(order, false).Last<StartAnswer>();
+    const ChildResult second = AskStart(order, false);
+    start.second = second.Last<StartAnswer>();
+    auto& left = start.result.leftRunning;
+    left.insert(left.end(), second.leftRunning.begin(), second.leftRunning.end());
   }
   return start;
 }

@@ -98,9 +98,8 @@ std::vector<std::string> FindWarnings(const StartEvidence& start,
   if (!start.result.output.Lines().empty() && !IsKnown(rows, &GeneratorReport::prints)) {
     warnings.push_back(subject + DescribePrinting(start.result.output));
   }
-  if (!start.result.leftRunning.empty() && !IsKnown(rows, &GeneratorReport::leavesProcess)) {
-    warnings.push_back(subject + "leaves a process running: " + start.result.leftRunning[0] +
-                       ", which was killed.");
+  for (const std::string& process : start.result.leftRunning) {
+    warnings.push_back(subject + "leaves a process running: " + process + ".");
   }
   for (const std::string& change : start.answer->changes) {
     if (!IsKnownChange(change, rows)) warnings.push_back(subject + DescribeChange(change));
