@@ -24,7 +24,8 @@ TEST_F(Doctor, PrintsTextInColumns) {
               HasSubstr("\nRun path         $ORIGIN/../lib\nSearch order     " + lib));
   EXPECT_THAT(result.output,
               HasSubstr("\nSettings file    " + TreePath(kSettingsFile) +
-                        ", does not exist, can be created\nKnown paths      " + lib +
+                        ", does not exist, can be created\nData file        " +
+                        TreePath("share/dsdr.bin") + "\nKnown paths      " + lib +
                         "/libcrypt_known_path.so\nX display        none: DISPLAY is not set\n"
                         "Default          none configured\nStart and stop   OK\n\n"));
   const std::string blanks(lib.size() + sizeof "/librngunixdev.so", ' ');

@@ -14,6 +14,7 @@ namespace fs = std::filesystem;
 TEST_F(Doctor, ShowsTheSettingsFileOfTheService) {
   const json before = Examine("dsdr").at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), before.at("file"));
+  EXPECT_EQ(TreePath("share/dsdr.bin"), before.at("data_file"));
   EXPECT_EQ(TreePath("lib/libcrypt_known_path.so"), before.at("known_path_service"));
   EXPECT_FALSE(before.at("exists"));
   EXPECT_TRUE(before.at("writable"));
@@ -29,7 +30,7 @@ TEST_F(Doctor, SeesWhatIsInTheWayOfTheSettingsFile) {
   fs::create_directories(TreePath(kSettingsFile));
   const json folder = Examine("dsdr").at("settings");
   EXPECT_TRUE(folder.at("exists"));
-  EXPECT_EQ("it is not a regular file", folder.at("reading_fault"));
+  EXPECT_EQ("it is a directory", folder.at("reading_fault"));
   EXPECT_FALSE(folder.at("writable"));
   fs::remove(TreePath(kSettingsFile));
   WriteFile(TreePath(kSettingsFile), "[Devices]\n");
@@ -76,7 +77,8 @@ TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
   const json settings = Examine("dsdr", "", 1).at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
-  EXPECT_EQ("the process that reads it did not answer within 1 s", settings.at("problem"));
+  EXPECT_EQ("it is a FIFO: programs that ask for the default wait for ever",
+            settings.at("problem"));
 }
 
 TEST_F(Doctor, SaysWhetherTheDefaultWouldBeFound) {
@@ -106,7 +108,7 @@ TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
                         "RandomNumberGeneratorType in a section [Devices]\n"));
   fs::remove(TreePath(kSettingsFile));
   fs::create_directory(TreePath(kSettingsFile));
-  EXPECT_THAT(Run("doctor").output, AllOf(HasSubstr("not readable (it is not a regular file)"),
+  EXPECT_THAT(Run("doctor").output, AllOf(HasSubstr("not readable (it is a directory)"),
                                           HasSubstr("\nDefault          none: the settings file "
                                                     "cannot be read\n")));
 }

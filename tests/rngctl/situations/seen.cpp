@@ -83,9 +83,10 @@ Seen WithoutDetails(const std::string& problem) {
   std::smatch end;
   const std::regex ends(
       "did not answer|crashed with signal [0-9]+|exited with status [0-9]+|threw an exception|"
-      "was stopped by signal [0-9]+|deadlocks|would wait");
+      "was stopped by signal [0-9]+|deadlocks|would wait|wait for ever");
   const std::string words = std::regex_search(problem, end, ends) ? end.str() : problem;
-  return words == "deadlocks" || words == "would wait" ? "did not answer" : words;
+  const bool isWaiting = words == "deadlocks" || words.find("wait") != std::string::npos;
+  return isWaiting ? "did not answer" : words;
 }
 
 std::string DefaultOf(const json& report) {
@@ -99,6 +100,8 @@ std::string DefaultOf(const json& report) {
 Seen ReadReport(const json& report) {
   const json problem = report.at("start").at("problem");
   if (!problem.is_null()) return WithoutDetails(problem);
+  const json unread = report.at("settings").at("problem");  // who asks for the default ends so
+  if (!unread.is_null() && WithoutDetails(unread) != unread) return WithoutDetails(unread);
   Seen kinds;
   for (const json& row : report.at("generators")) {
     const bool isOwn = row.at("kept") == true && row.at("name") == row.at("kind") &&

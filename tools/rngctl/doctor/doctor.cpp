@@ -5,6 +5,7 @@
 #include "tools/rngctl/doctor/causes/reported.h"
 #include "tools/rngctl/doctor/causes/special_files.h"
 #include "tools/rngctl/doctor/causes/strays.h"
+#include "tools/rngctl/doctor/settings/find_settings.h"
 #include "tools/rngctl/doctor/start/comparison.h"
 #include "tools/rngctl/doctor/start/contradiction.h"
 #include "tools/rngctl/doctor/start/start_verdict.h"
@@ -87,17 +88,20 @@ GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorRep
 void FindGenerators(DoctorReport& report, const std::string& kind, Limit limit) {
   const SpecialFiles special = FindSpecialFiles(report.search, report.display.isFound);
   const bool isBlocked = !special.blocking.empty();
-  const StartEvidence start = isBlocked ? StartEvidence{} : TryStart({kind, special.kinds, limit});
+  const StartOrder order{kind, special.kinds, limit, !report.settings.endsHosts};
+  const StartEvidence start = isBlocked ? StartEvidence{} : TryStart(order);
   for (const ProviderCatalogueEntry& row : ChooseRows(kind)) {
     GeneratorReport found = FindGenerator(row, report, start, limit);
     CompareWithStart(found, start, limit);
     if (found.verdict == DoctorVerdict::kLoaded && !start.ShowsLookup(row.name)) {
-      CompareWithStart(found, TryLookup({row.name, special.kinds, limit}), limit);
+      const StartOrder lookup{row.name, special.kinds, limit, order.asksForDefault};
+      CompareWithStart(found, TryLookup(lookup), limit);
     }
     report.generators.push_back(found);
   }
   report.start =
       isBlocked ? ForeseeBlockedStart(special) : JudgeStart(start, report.generators, limit);
+  if (!order.asksForDefault) report.start.findsDefault.reset();
 }
 
 std::size_t Count(const std::vector<GeneratorReport>& rows, bool (*fits)(const GeneratorReport&)) {

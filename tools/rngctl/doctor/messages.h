@@ -19,31 +19,37 @@ struct DoctorQuestion {
   DoctorSubject subject;
   std::string kind = {};  ///< of a plug-in; for a start the one to look up first, if any
   std::string path = {};  ///< for a plug-in the file to open; for the search order LD_LIBRARY_PATH
-  bool looksUpFirst = false;  ///< in a start: the kind, and the default, before anything else
+  bool looksUpFirst = false;   ///< in a start: the kind, and the default, before anything else
+  bool asksForDefault = true;  ///< in a start
   std::vector<std::string> unopened =
       {};  ///< in a start: the kinds whose plug-ins are not to be opened
 };
-RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path, looksUpFirst, unopened)
+RNGCTL_MESSAGE(DoctorQuestion, subject, kind, path, looksUpFirst, asksForDefault, unopened)
 
 struct SearchAnswer {
   std::vector<std::string> systemDirectories;
 };
 RNGCTL_MESSAGE(SearchAnswer, systemDirectories)
 
-/// The fields are those of `SettingsReport`.
+enum class SettingsStep { kFile, kDefault, kDataFile, kEnd };
+constexpr SettingsStep LastOf(SettingsStep) { return SettingsStep::kEnd; }
+
+/// The other fields are those of `SettingsReport`.
 struct SettingsAnswer {
-  bool isDone = false;
+  SettingsStep step = SettingsStep::kFile;
   bool isKnown = false;  ///< the directory of the settings was found
   std::string service = {};
   std::string file = {};
   bool exists = false;
+  bool isFifo = false;  ///< nothing was read: that would hang
   std::string readingFault = {};
-  bool isWritable = false;
+  std::string writingFault = {};
   std::string type = {};
   std::string hardwareId = {};
+  std::string dataFile = {};
 };
-RNGCTL_MESSAGE(SettingsAnswer, isDone, isKnown, service, file, exists, readingFault, isWritable,
-               type, hardwareId)
+RNGCTL_MESSAGE(SettingsAnswer, step, isKnown, service, file, exists, isFifo, readingFault,
+               writingFault, type, hardwareId, dataFile)
 
 /// The fields are those of `DisplayReport`.
 struct DisplayAnswer {

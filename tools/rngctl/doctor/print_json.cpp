@@ -34,8 +34,10 @@ Json AsJson(const SettingsReport& settings) {
   return {{"file", OrNull(settings.file)},
           {"exists", settings.exists},
           {"reading_fault", OrNull(settings.readingFault)},
-          {"writable", settings.isWritable},
+          {"writable", settings.IsWritable()},
+          {"writing_fault", OrNull(settings.writingFault)},
           {"known_path_service", OrNull(settings.service)},
+          {"data_file", OrNull(settings.dataFile)},
           {"problem", OrNull(settings.problem)}};
 }
 

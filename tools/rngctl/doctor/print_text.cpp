@@ -33,13 +33,18 @@ std::string DescribeFile(const SettingsReport& settings) {
   if (!settings.problem.empty()) {
     return (settings.file.empty() ? "unknown: " : settings.file + ": ") + settings.problem;
   }
+  const std::string& cause = settings.writingFault;
   if (!settings.exists) {
     return settings.file + ", does not exist, " +
-           (settings.isWritable ? "can be created" : "cannot be created");
+           (cause.empty() ? "can be created" : "cannot be created: " + cause);
   }
   const std::string& fault = settings.readingFault;
   return settings.file + ", " + (fault.empty() ? "readable" : "not readable (" + fault + ")") +
-         (settings.isWritable ? ", writable" : ", not writable");
+         (cause.empty() ? ", writable" : ", not writable: " + cause);
+}
+
+std::string DescribeDataFile(const SettingsReport& settings) {
+  return settings.dataFile.empty() ? "unknown" : settings.dataFile;
 }
 
 std::string DescribeSearch(const StartReport& start) {
@@ -69,6 +74,7 @@ void PrintTop(const DoctorReport& report) {
   PrintField("Run path", report.runPath.empty() ? "none" : report.runPath);
   PrintSearchOrder(report.search);
   PrintField("Settings file", DescribeFile(report.settings));
+  PrintField("Data file", DescribeDataFile(report.settings));
   PrintField("Known paths",
              service.empty() ? "no service; the directories fixed at build time" : service);
   PrintField("X display", report.display.isFound ? "found" : "none: " + report.display.reason);

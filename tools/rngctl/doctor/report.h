@@ -68,11 +68,15 @@ struct SettingsReport {
   std::string file = {};          ///< the path of rng.ini
   bool exists = false;            ///< or may exist, but this user may not look
   std::string readingFault = {};  ///< why it cannot be read
-  bool isWritable = false;
-  std::string service = {};  ///< the file of the known-path service that is in use
-  std::string problem = {};  ///< why it is unknown what is configured
-  std::string type = {};     ///< the configured default
+  std::string writingFault = {};  ///< why no default can be stored
+  std::string service = {};       ///< the file of the known-path service that is in use
+  std::string problem = {};       ///< why it is unknown what is configured
+  bool endsHosts = false;         ///< who asks for the default never gets an answer
+  std::string type = {};          ///< the configured default
   std::string hardwareId = {};
+  std::string dataFile = {};  ///< what plug-ins get as its path
+
+  bool IsWritable() const { return !file.empty() && writingFault.empty(); }
 };
 
 /// A start of the library with all plug-ins, and its stop.

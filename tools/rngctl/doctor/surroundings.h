@@ -9,12 +9,23 @@
 ChildResult Ask(const DoctorQuestion& question, const std::string& waitedFor,
                 std::chrono::seconds limit, const std::string& libraryPath = "");
 
-/// What is found out before any plug-in is examined. The X library and the known-path service are other
-/// people's code, too, so children ask them. Where a child gives no usable answer, that is added to
+/// In a sentence.
+std::string DescribeMissingAnswer(const ChildResult& result, const std::string& subject,
+                                  std::chrono::seconds limit);
+
+/// The child's answer; without one the answer of a child that did nothing, and a failure of the doctor.
+template <typename Answer>
+Answer Understand(const ChildResult& result, const std::string& subject, std::chrono::seconds limit,
+                  std::vector<std::string>& failures) {
+  if (const auto answer = result.Last<Answer>()) return *answer;
+  failures.push_back(DescribeMissingAnswer(result, subject, limit));
+  return {};
+}
+
+/// What is found out before any plug-in is examined. The X library is other people's code, too, so a
+/// child asks it. Where a child gives no usable answer, that is added to
 /// `failures` in a sentence, and the rest of the examination goes on.
 SearchOrder FindSearch(std::chrono::seconds limit, std::vector<std::string>& failures);
-SettingsReport FindSettings(std::chrono::seconds limit, const SearchOrder& search,
-                            std::vector<std::string>& failures);
 DisplayReport FindDisplay(std::chrono::seconds limit, const SearchOrder& search,
                           std::vector<std::string>& failures);
 

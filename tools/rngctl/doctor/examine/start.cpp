@@ -149,7 +149,8 @@ bool FindsDefault() {
   return GetDefaultRng(&info, 0) == 1 && GetRng(info.type) != nullptr;
 }
 
-void SearchDefault() {
+void SearchDefault(const DoctorQuestion& question) {
+  if (!question.asksForDefault || g_answer.findsDefault) return;
   Begin(StartStep::kDefault);
   bool isFound = false;
   Catches([&isFound] { isFound = FindsDefault(); });
@@ -183,12 +184,12 @@ void Ask(const DoctorQuestion& question) {
   g_answer.taken = ListTakenFiles();
   if (question.looksUpFirst) {
     if (!question.kind.empty()) LookUpOnce(question.kind);
-    SearchDefault();
+    SearchDefault(question);
   }
   Catches(ListAll);
   AskNames();
   for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) LookUpOnce(row.name);
-  if (!g_answer.findsDefault) SearchDefault();
+  SearchDefault(question);
 }
 
 void StartAskAndStop(const DoctorQuestion& question) {

@@ -16,8 +16,8 @@ ChildResult AskStart(const StartOrder& start, bool looksUpFirst) {
   const Limit forAll = start.limit * std::tuple_size_v<ProviderCatalogue>;
   const WaitNotice notice("Waiting for a start with all plug-ins, at most " +
                           std::to_string(forAll.count()) + " s");
-  const DoctorQuestion question{DoctorSubject::kStart, start.kind, "", looksUpFirst,
-                                start.unopened};
+  const DoctorQuestion question{DoctorSubject::kStart, start.kind,           "",
+                                looksUpFirst,          start.asksForDefault, start.unopened};
   ChildOrder order{kDoctorChildCommand, Encode(question), start.limit, LimitOf::kSilence};
   order.limitOfAll = forAll;
   return RunChild(order);

@@ -31,6 +31,7 @@ struct StartOrder {
   std::string kind;                   ///< looked up before anything else, unless empty
   std::vector<std::string> unopened;  ///< the kinds whose plug-ins are not to be opened
   std::chrono::seconds limit;         ///< for each step
+  bool asksForDefault;                ///< false where the answer would never come
 };
 
 /// Starts the library in a child.

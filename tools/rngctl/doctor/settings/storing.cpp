@@ -1,0 +1,156 @@
+#include "tools/rngctl/doctor/settings/storing.h"
+
+#include "tools/rngctl/doctor/settings/path_facts.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+// Each function returns why something fails, "" if it succeeds.
+
+namespace {
+
+std::string WhyNotAccessible(const std::string& path, int mode) {
+  if (MayAccess(path, mode)) return "";
+  return path + " cannot be written by this user (" + std::strerror(errno) + ")";
+}
+
+std::string WhyNotReachable(const std::string& path, const PathFacts& through) {
+  const bool isLink = LookAtEntry(path).IsLink();
+  if (isLink && through.error == ELOOP) return path + " is a link that leads in a circle";
+  if (isLink && through.error == ENOENT) return path + " is a dangling link";
+  return path + " cannot be reached (" + std::strerror(through.error) + ")";
+}
+
+// The system gives a few last blocks to root alone.
+std::string WhyNoSpace(const std::string& directory, std::uint64_t bytes) {
+  struct statvfs disk = {};
+  if (::statvfs(directory.c_str(), &disk) != 0 || disk.f_blocks == 0) return "";
+  const std::uint64_t blocks = ::geteuid() == 0 ? disk.f_bfree : disk.f_bavail;
+  if (blocks < bytes / disk.f_frsize + 1) return "the disk of " + directory + " is full";
+  if (disk.f_files != 0 && disk.f_ffree == 0) {
+    return "the disk of " + directory + " has no room for another file";
+  }
+  return "";
+}
+
+std::string WhyNotCreatable(const std::string& directory, std::uint64_t bytes) {
+  const PathFacts place = LookThrough(directory);
+  if (!place.Exists()) return WhyNotReachable(directory, place);
+  if (!place.IsDirectory()) return directory + " is not a directory";
+  const std::string refusal = WhyNotAccessible(directory, W_OK | X_OK);
+  return refusal.empty() ? WhyNoSpace(directory, bytes) : refusal;
+}
+
+// The kernel may refuse everybody, even root, to open somebody else's file in a sticky directory like
+// /tmp, if the open would also create it.
+std::string WhyProtected(const std::string& path, const PathFacts& file) {
+  const PathFacts place = LookThrough(DirectoryOf(path));
+  const bool isShared = (place.mode & S_ISVTX) != 0 && (place.mode & (S_IWOTH | S_IWGRP)) != 0;
+  if (!isShared || file.owner == place.owner || file.owner == ::geteuid()) return "";
+  int level = 0;
+  std::ifstream("/proc/sys/fs/protected_regular") >> level;
+  if (level < ((place.mode & S_IWOTH) != 0 ? 1 : 2)) return "";
+  return path + " belongs to another user in a sticky directory";
+}
+
+// Where the links lead that the kernel can follow.
+std::string TargetOf(const std::string& path) {
+  const std::vector<std::string> places = FollowLinks(path);
+  return places.empty() ? path : places.back();
+}
+
+bool LeadsTo(const std::string& link, const std::string& entry) {
+  const std::vector<std::string> places = FollowLinks(link);
+  const std::vector<std::string> entries = FollowLinks(entry);
+  return !entries.empty() && std::find(places.begin(), places.end(), entries[0]) != places.end();
+}
+
+// Opening for writing, which cuts the file.
+std::string WhyNotOverwritable(const std::string& path, const PathFacts& file,
+                               std::uint64_t bytes) {
+  if (!file.IsRegular()) return path + " is " + KindOfFile(file);
+  if (file.isImmutable) return path + " is immutable";
+  if (file.isAppendOnly) return path + " is append-only";
+  const std::string refusal = WhyNotAccessible(path, W_OK);
+  if (!refusal.empty()) return refusal;
+  const std::string target = TargetOf(path);
+  const std::string protection = WhyProtected(target, file);
+  if (!protection.empty()) return protection;
+  return file.blocks > 0 ? "" : WhyNoSpace(DirectoryOf(target), bytes);
+}
+
+// Opening for writing, which creates the file, or what a link to it leads to.
+std::string WhyNotWritable(const std::string& path, std::uint64_t bytes) {
+  const PathFacts file = LookThrough(path);
+  if (file.Exists()) return WhyNotOverwritable(path, file, bytes);
+  if (file.error != ENOENT) return WhyNotReachable(path, file);
+  const std::string target = TargetOf(path);
+  const std::string refusal = WhyNotCreatable(DirectoryOf(target), bytes);
+  if (refusal.empty() || !LookAtEntry(path).IsLink()) return refusal;
+  return path + " leads to " + target + ", which cannot be created: " + refusal;
+}
+
+// Removing or renaming an entry of the directory.
+std::string WhyNotRemovable(const std::string& path) {
+  const PathFacts entry = LookAtEntry(path);
+  if (!entry.Exists()) return "";
+  if (entry.IsDirectory()) return path + " is a directory";
+  if (entry.isImmutable) return path + " is immutable";
+  if (entry.isAppendOnly) return path + " is append-only";
+  if (entry.isMountPoint) return path + " is a mount point";
+  const PathFacts place = LookThrough(DirectoryOf(path));
+  const uid_t user = ::geteuid();
+  const bool isProtected = (place.mode & S_ISVTX) != 0 && !MayActAsOwner();
+  if (isProtected && user != place.owner && user != entry.owner) {
+    return path + " belongs to another user in a sticky directory";
+  }
+  return "";
+}
+
+std::string WhyNotReplaceable(const std::string& file, std::uint64_t bytes) {
+  const std::string directory = DirectoryOf(file);
+  const std::string temporary = file + ".tmp";
+  if (LookThrough(directory).isAppendOnly) return directory + " is append-only";
+  std::string refusal = WhyNotAccessible(directory, W_OK | X_OK);
+  if (refusal.empty()) refusal = WhyNotRemovable(file);
+  if (refusal.empty()) refusal = WhyNotWritable(temporary, bytes);
+  if (refusal.empty()) refusal = WhyNotRemovable(temporary);
+  if (refusal.empty() && LeadsTo(temporary, file)) {
+    refusal = temporary + " is a link to " + file;  // which is removed first
+  }
+  return refusal;
+}
+
+// The directory that will exist when the missing ones above the file are created. Stops at what is in
+// the way of creating them.
+std::string NearestDirectory(const std::string& file) {
+  std::string directory = DirectoryOf(file);
+  while (LookAtEntry(directory).error == ENOENT) directory = DirectoryOf(directory);
+  return directory;
+}
+
+// Opening a socket fails.
+bool CanBeRead(const std::string& file, const PathFacts& through) {
+  return through.Exists() && !through.IsSocket() && MayAccess(file, R_OK);
+}
+
+}  // namespace
+
+std::string WhyNotStorable(const std::string& file) {
+  if (!file.starts_with('/')) return "its directory is not an absolute path";
+  const PathFacts through = LookThrough(file);
+  if (through.IsFifo()) return file + " is a FIFO";
+  if (CanBeRead(file, through)) return WhyNotReplaceable(file, through.size);
+  if (through.Exists()) return WhyNotOverwritable(file, through, 0);
+  const std::string nearest = NearestDirectory(file);
+  struct statvfs disk = {};
+  ::statvfs(nearest.c_str(), &disk);
+  const std::uint64_t twoBlocks = disk.f_frsize;  // the new file, and the copy that replaces it
+  if (nearest != DirectoryOf(file)) return WhyNotCreatable(nearest, twoBlocks);
+  const std::string refusal = WhyNotWritable(file, twoBlocks);
+  return refusal.empty() ? WhyNotReplaceable(file, twoBlocks) : refusal;
+}
