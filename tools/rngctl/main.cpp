@@ -101,11 +101,12 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
       "examinations. Where the two results differ, the start counts. What a plug-in prints on\n"
       "standard error is shown.\n\n"
       "Exit status: 0 every installed plug-in works, or is skipped because it needs a display\n"
-      "and there is none; with KIND, programs get that generator from the library, whatever is\n"
-      "wrong with others; 1 a plug-in does not work, or the start, the stop or the search for the\n"
-      "display fails; with KIND, its plug-in is not installed, does not work or lacks a display,\n"
-      "or something else prevents programs from getting it; 2 wrong usage; 3 all kinds were\n"
-      "examined and no generator is usable. An examination that fails gives 1, too.");
+      "and there is none, and the configured default can be used; with KIND, programs get that\n"
+      "generator from the library, whatever is wrong with others; 1 a plug-in does not work, the\n"
+      "default cannot be used, or the start, the stop or the search for the display fails; with\n"
+      "KIND, its plug-in is not installed, does not work or lacks a display, or something else\n"
+      "prevents programs from getting it; 2 wrong usage; 3 all kinds were examined and no\n"
+      "generator is usable. An examination that fails gives 1, too.");
   doctor->callback([&request] { RunDoctor(request); });
 }
 

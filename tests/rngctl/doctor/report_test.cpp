@@ -44,7 +44,8 @@ TEST_F(Doctor, PrintsTextInColumns) {
 
 TEST_F(Doctor, PrintsNoControlCharacters) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=a\033b\u009Bc\n");
-  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr("\nDefault          a?b?c, not found\n"));
+  EXPECT_THAT(Run("doctor dsdr").output,
+              HasSubstr("\nDefault          a?b?c, unusable: there is no kind \"a?b?c\"\n"));
 }
 
 TEST_F(Doctor, CountsLettersNotBytes) {

@@ -81,26 +81,6 @@ TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
             settings.at("problem"));
 }
 
-TEST_F(Doctor, SaysWhetherTheDefaultWouldBeFound) {
-  InstallPlugin("dsdr", "slot_table");
-  EXPECT_EQ(json(), Examine("").at("default"));
-  ASSERT_EQ(0, Run("default set slots X1").status);
-  EXPECT_EQ(json({{"kind", "slots"}, {"hardware_id", "X1"}, {"found", true}}),
-            Examine("").at("default"));
-  ASSERT_EQ(0, Run("default set dsdr").status);
-  EXPECT_EQ(json({{"kind", "dsdr"}, {"hardware_id", json()}, {"found", false}}),
-            Examine("").at("default"));
-  EXPECT_EQ(false, Examine("sobol").at("default").at("found"));
-}
-
-TEST_F(Doctor, ADefaultThatIsTooLongIsNotFound) {
-  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=123456789012345678\n");
-  EXPECT_EQ(false, Examine("").at("default").at("found"));
-  EXPECT_THAT(
-      Run("doctor").output,
-      HasSubstr("\nDefault          123456789012345678, unusable: longer than 17 characters\n"));
-}
-
 TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
   WriteFile(TreePath(kSettingsFile), "[Device]\nRandomNumberGeneratorType=dsdr\n");
   EXPECT_THAT(Run("doctor").output,

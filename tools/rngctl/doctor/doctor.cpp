@@ -5,6 +5,7 @@
 #include "tools/rngctl/doctor/causes/reported.h"
 #include "tools/rngctl/doctor/causes/special_files.h"
 #include "tools/rngctl/doctor/causes/strays.h"
+#include "tools/rngctl/doctor/settings/default_fault.h"
 #include "tools/rngctl/doctor/settings/find_settings.h"
 #include "tools/rngctl/doctor/start/comparison.h"
 #include "tools/rngctl/doctor/start/contradiction.h"
@@ -102,6 +103,7 @@ void FindGenerators(DoctorReport& report, const std::string& kind, Limit limit) 
   report.start =
       isBlocked ? ForeseeBlockedStart(special) : JudgeStart(start, report.generators, limit);
   if (!order.asksForDefault) report.start.findsDefault.reset();
+  report.defaultFault = FindDefaultFault(report);
 }
 
 std::size_t Count(const std::vector<GeneratorReport>& rows, bool (*fits)(const GeneratorReport&)) {
@@ -133,6 +135,11 @@ std::string DescribeFailedStart(const StartReport& start) {
   return "A start with all plug-ins " + start.problem + ".";
 }
 
+std::string DescribeUnusableDefault(const DoctorReport& report) {
+  return "The default " + Quoted(report.settings.type) +
+         " cannot be used: " + Printable(report.defaultFault.problem) + ".";
+}
+
 // Ends the command with a sentence and an exit status if something is wrong.
 void Conclude(const DoctorReport& report, const std::string& kind) {
   const auto& rows = report.generators;
@@ -148,6 +155,9 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
   if (report.display.endsProcesses) {
     throw Refusal(kNegativeAnswer, "The library cannot be started because of the X display.");
   }
+  if (report.settings.endsHosts) {
+    throw Refusal(kNegativeAnswer, "The default cannot be read: " + report.settings.problem + ".");
+  }
   const std::size_t count = Count(rows, HasProblem);
   std::string problems;
   if (count > 0) {
@@ -156,6 +166,8 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
   }
   if (!report.start.problem.empty()) {
     problems += (problems.empty() ? "" : " ") + DescribeFailedStart(report.start);
+  } else if (!report.defaultFault.problem.empty()) {
+    problems += (problems.empty() ? "" : " ") + DescribeUnusableDefault(report);
   }
   if (!problems.empty()) throw Refusal(kNegativeAnswer, problems);
 }

@@ -69,7 +69,9 @@ Json DefaultAsJson(const DoctorReport& report) {
   if (report.settings.type.empty()) return nullptr;
   return {{"kind", report.settings.type},
           {"hardware_id", OrNull(report.settings.hardwareId)},
-          {"found", report.start.findsDefault ? Json(*report.start.findsDefault) : Json()}};
+          {"found", report.start.findsDefault ? Json(*report.start.findsDefault) : Json()},
+          {"problem", OrNull(report.defaultFault.problem)},
+          {"fix", OrNull(report.defaultFault.fix)}};
 }
 
 Json AsJson(const StartReport& start) {

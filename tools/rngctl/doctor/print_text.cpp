@@ -47,20 +47,16 @@ std::string DescribeDataFile(const SettingsReport& settings) {
   return settings.dataFile.empty() ? "unknown" : settings.dataFile;
 }
 
-std::string DescribeSearch(const StartReport& start) {
-  if (!start.findsDefault) return "not examined";
-  if (*start.findsDefault) return "found";
-  return start.problem.empty() ? "not found" : "not found because the start fails";
-}
-
+// A default that is unusable is described by its fault.
 std::string DescribeDefault(const DoctorReport& report) {
   const SettingsReport& settings = report.settings;
   const std::string device = settings.hardwareId.empty() ? "" : ", device " + settings.hardwareId;
   const std::string configured = (settings.type.empty() ? "none" : settings.type) + device;
-  if (std::max(settings.type.size(), settings.hardwareId.size()) >= kRngNameSize) {
-    return configured + ", unusable: longer than 17 characters";
+  const std::string& problem = report.defaultFault.problem;
+  if (!problem.empty()) return configured + ", unusable: " + problem;
+  if (!settings.type.empty()) {
+    return configured + (report.start.findsDefault ? ", usable" : ", not examined");
   }
-  if (!settings.type.empty()) return configured + ", " + DescribeSearch(report.start);
   if (!settings.problem.empty()) return "unknown";
   if (!settings.exists) return configured + " configured";
   return configured + (settings.readingFault.empty()
@@ -136,6 +132,7 @@ void Add(std::vector<Advice>& advice, const std::string& subject, const std::str
 void PrintAdvice(const DoctorReport& report) {
   std::vector<Advice> advice;
   if (report.display.endsProcesses) Add(advice, "X display", report.display.fix);
+  Add(advice, "Default", report.defaultFault.fix);
   for (const StrayFile& stray : report.strays) {
     Add(advice, fs::path(stray.path).filename(), stray.fix);
   }

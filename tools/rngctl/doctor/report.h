@@ -87,6 +87,8 @@ struct StartReport {
   std::string culprit = {};               ///< what makes it fail: a kind, or "display"
   std::optional<double> seconds = {};     ///< that it took, without the stop; empty: it failed
   std::optional<bool> findsDefault = {};  ///< a generator has the configured name; empty: unknown
+  std::optional<bool> acceptsDevice =
+      {};  ///< that generator, the configured device; empty: not asked
   std::vector<std::string> warnings = {};
 };
 
@@ -97,6 +99,12 @@ struct StrayFile {
   std::string fix;
 };
 
+/// Why the configured default cannot be used, and what to do about it.
+struct DefaultFault {
+  std::string problem = {};
+  std::string fix = {};
+};
+
 struct DoctorReport {
   SearchOrder search;
   std::string runPath;
@@ -104,6 +112,7 @@ struct DoctorReport {
   DisplayReport display;
   std::vector<GeneratorReport> generators;
   StartReport start;
+  DefaultFault defaultFault;
   std::vector<std::string> failures;  ///< of the doctor itself, in sentences
   std::vector<StrayFile> strays;
 };

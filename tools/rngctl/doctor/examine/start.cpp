@@ -157,6 +157,19 @@ void SearchDefault(const DoctorQuestion& question) {
   g_answer.findsDefault = isFound;
 }
 
+// Last of all, because it may take long.
+void SelectDevice() {
+  DefaultRngInfo info = {};
+  if (!g_answer.findsDefault.value_or(false) || GetDefaultRng(&info, 0) != 1 || !*info.hardwareId) {
+    return;
+  }
+  Begin(StartStep::kDevice, info.type);
+  Catches([&info] {
+    IRngProvider* const provider = GetRng(info.type);
+    g_answer.acceptsDevice = provider && provider->SelectDevice(info.hardwareId);
+  });
+}
+
 void ListAll() {
   Begin(StartStep::kList);
   constexpr std::uint32_t kEveryFlag = 0xFFFFFFFF;
@@ -190,6 +203,7 @@ void Ask(const DoctorQuestion& question) {
   AskNames();
   for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) LookUpOnce(row.name);
   SearchDefault(question);
+  SelectDevice();
 }
 
 void StartAskAndStop(const DoctorQuestion& question) {

@@ -34,6 +34,7 @@ std::string FindFromAnswer(const StartAnswer& answer) {
     case StartStep::kDisplay:
       return kDisplayCulprit;
     case StartStep::kTreat:
+    case StartStep::kDevice:
       return answer.subject;
     case StartStep::kName:
       return KindOfFile(answer.subject, answer);

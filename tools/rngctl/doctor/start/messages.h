@@ -17,6 +17,7 @@ enum class StartStep {
   kTreat,    ///< it treats the plug-in of the kind `subject`
   kLookUp,   ///< GetRng of the kind `subject`
   kDefault,
+  kDevice,  ///< the generator of the kind `subject` is asked to select the configured device
   kList,
   kName,  ///< the generator that lies in the file `subject` is asked for its name
   kStop,  ///< `subject` is the file that is being closed, if any
@@ -76,13 +77,15 @@ struct StartAnswer {
   bool isListed = false;                          ///< GetAvailableRng has returned
   std::vector<StartedGenerator> generators = {};  ///< in the order in which they were seen
   std::optional<bool> findsDefault = {};  ///< a generator has the configured name; empty: not asked
-  std::optional<StartStep> threwIn = {};  ///< the first step that an exception ended
+  std::optional<bool> acceptsDevice =
+      {};  ///< that generator, the configured device; empty: not asked
+  std::optional<StartStep> threwIn = {};         ///< the first step that an exception ended
   std::optional<LifecycleFunction> called = {};  ///< by a plug-in, in the step `calledIn`
   std::optional<StartStep> calledIn = {};
   std::vector<ForeignClose> closes = {};
   std::vector<std::string> changes = {};  ///< what is different after the start, in sentences
 };
 RNGCTL_MESSAGE(StartAnswer, step, subject, seconds, parts, taken, lookups, isListed, generators,
-               findsDefault, threwIn, called, calledIn, closes, changes)
+               findsDefault, acceptsDevice, threwIn, called, calledIn, closes, changes)
 
 #endif

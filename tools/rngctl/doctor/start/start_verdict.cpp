@@ -34,6 +34,8 @@ std::string During(StartStep step, const std::string& subject) {
       return " while looking up " + Quoted(subject);
     case StartStep::kDefault:
       return " during the search for the default";
+    case StartStep::kDevice:
+      return " while " + LibraryFileOf(subject) + " was selecting the configured device";
     case StartStep::kList:
       return " while listing the generators";
     case StartStep::kName:
@@ -129,6 +131,7 @@ StartReport JudgeStart(const StartEvidence& start, const std::vector<GeneratorRe
   report.preventsUse = !start.answer->seconds;
   report.problem = FindProblem(start, limit);
   report.findsDefault = FindsDefault(start);
+  report.acceptsDevice = start.answer->acceptsDevice;
   report.warnings = FindWarnings(start, rows);
   if (report.problem.empty()) return report;
   report.culprit = FindCulprit(start, rows);

@@ -1,0 +1,113 @@
+// Why the configured default cannot be used.
+
+#include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+#include <ostream>
+
+using testing::HasSubstr;
+
+namespace {
+
+struct Default {
+  const char* name;
+  const char* type;
+  const char* device;
+  const char* problem;
+  const char* fix;  // a part of it
+};
+
+void PrintTo(const Default& instance, std::ostream* out) { *out << instance.name; }
+
+class DoctorDefault : public Doctor, public testing::WithParamInterface<Default> {};
+
+void Configure(const std::string& type, const std::string& device) {
+  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=" + type +
+                                         "\nRandomNumberGeneratorHardwareID=" + device + "\n");
+}
+
+}  // namespace
+
+TEST_P(DoctorDefault, TellsWhyItCannotBeUsed) {
+  const Default& expected = GetParam();
+  InstallPlugin("dsdr", "has_devices");
+  InstallPlugin("Rutoken", "unavailable");
+  Configure(expected.type, expected.device);
+  const json found = Examine("").at("default");
+  EXPECT_EQ(expected.type, found.at("kind"));
+  EXPECT_EQ(expected.problem, found.at("problem"));
+  EXPECT_THAT(Text(found.at("fix")), HasSubstr(expected.fix));
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("The default \"" + std::string(expected.type) +
+                                       "\" cannot be used: " + expected.problem + "."));
+  EXPECT_THAT(result.output, HasSubstr(std::string(", unusable: ") + expected.problem));
+  EXPECT_EQ(0, Run("doctor dsdr").status);  // which is about that kind alone
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, DoctorDefault,
+    testing::Values(
+        Default{"AnotherCase", "Dsdr", "", "there is no kind \"Dsdr\"; did you mean \"dsdr\"?",
+                "\"rngctl default set dsdr\""},
+        Default{"AMisspeltKind", "unixdef", "",
+                "there is no kind \"unixdef\"; did you mean \"unixdev\"?",
+                "\"rngctl default set unixdev\""},
+        Default{"AnUnknownKind", "thermal", "", "there is no kind \"thermal\"",
+                "\"rngctl default set KIND\""},
+        Default{"Quotes", "'dsdr'", "",
+                "the kind \"'dsdr'\" has quotes, which count as a part of it", "Correct the line"},
+        Default{"AComment", "dsdr ; ours", "",
+                "the kind \"dsdr ; ours\" has a comment, which counts as a part of it",
+                "Correct the line"},
+        Default{"EighteenBytes", "123456789012345678", "",
+                "the kind \"123456789012345678\" is longer than 17 bytes", "Correct the line"},
+        Default{"AKindThatIsNotInstalled", "sobol", "",
+                "its plug-in is not usable: not installed: there is no librngsobol.so",
+                "Follow the advice on sobol"},
+        Default{"AKindThatIsNotAvailable", "Rutoken", "",
+                "its plug-in is not usable: not available", "Follow the advice on Rutoken"},
+        Default{"ARefusedDevice", "dsdr", "C3", "the generator refuses the device \"C3\"",
+                "Connect that device"},
+        Default{"ADeviceInQuotes", "dsdr", "'A1'",
+                "the device \"'A1'\" has quotes, which count as a part of it", "Correct the line"},
+        Default{"ADeviceOfEighteenBytes", "dsdr", "123456789012345678",
+                "the device \"123456789012345678\" is longer than 17 bytes", "Correct the line"}),
+    [](const auto& instance) { return std::string(instance.param.name); });
+
+TEST_F(Doctor, ADefaultThatCanBeUsedHasNoProblem) {
+  InstallPlugin("dsdr", "has_devices");
+  EXPECT_EQ(json(), Examine("").at("default"));
+  for (const char* device : {"B2", ""}) {
+    Configure("dsdr", device);
+    const json found = Examine("").at("default");
+    EXPECT_EQ(true, found.at("found"));
+    EXPECT_EQ(json(), found.at("problem"));
+    EXPECT_EQ(json(), found.at("fix"));
+    EXPECT_EQ(0, Run("doctor").status);
+  }
+}
+
+TEST_F(Doctor, ADefaultMayBeANameThatIsNoKind) {
+  InstallPlugin("dsdr", "slot_table");
+  Configure("slots", "");
+  EXPECT_EQ(json(), Examine("").at("default").at("problem"));
+}
+
+TEST_F(Doctor, AStartThatFailsLeavesNoDefault) {
+  InstallPlugin("dsdr", "has_devices");
+  InstallPlugin("accord", "exiting");
+  Configure("dsdr", "");
+  EXPECT_THAT(Text(Examine("").at("default").at("problem")),
+              HasSubstr("a start with all plug-ins exited with status 7"));
+}
+
+TEST_F(Doctor, KnowsOfTheDefaultEvenWhereItExaminesAnotherKind) {
+  InstallPlugin("dsdr", "has_devices");
+  Configure("sobol", "");
+  const json found = Examine("dsdr").at("default");
+  EXPECT_EQ(false, found.at("found"));
+  EXPECT_EQ("its plug-in is not loaded", found.at("problem"));
+  EXPECT_THAT(Text(found.at("fix")), HasSubstr("rngctl doctor sobol"));
+}

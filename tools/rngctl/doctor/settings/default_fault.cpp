@@ -1,0 +1,101 @@
+#include "tools/rngctl/doctor/settings/default_fault.h"
+
+#include "providers/catalogue.h"
+#include "tools/rngctl/terminal/likeness.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <algorithm>
+
+#include <rngaggregator/provider.h>
+
+namespace {
+
+std::vector<std::string> AllKinds() {
+  std::vector<std::string> kinds;
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) kinds.push_back(row.name);
+  return kinds;
+}
+
+// rng.ini has neither quotes nor comments, so both would be part of the value.
+DefaultFault FindFaultOfForm(const std::string& what, const std::string& value) {
+  const std::string fix =
+      "Correct the line in the settings file, or store the default with \"rngctl "
+      "default set\".";
+  const bool isQuoted = value.find_first_of("\"'") != std::string::npos;
+  if (isQuoted)
+    return {what + " " + Quoted(value) + " has quotes, which count as a part of it", fix};
+  if (value.find_first_of(";#") != std::string::npos) {
+    return {what + " " + Quoted(value) + " has a comment, which counts as a part of it", fix};
+  }
+  if (value.size() < kRngNameSize) return {};
+  return {what + " " + Quoted(value) + " is longer than 17 bytes", fix};
+}
+
+DefaultFault FindFaultOfName(const std::string& type) {
+  const std::vector<std::string> kinds = AllKinds();
+  if (std::find(kinds.begin(), kinds.end(), type) != kinds.end()) return {};
+  const std::string meant = FindLikeness(type, kinds);
+  const std::string guess = meant.empty() ? "" : "; did you mean " + Quoted(meant) + "?";
+  const std::string fix = meant.empty()
+                              ? "Store another default with \"rngctl default set KIND\"."
+                              : "Store the right one with \"rngctl default set " + meant + "\".";
+  return {"there is no kind " + Quoted(type) + guess, fix};
+}
+
+const GeneratorReport* FindRow(const DoctorReport& report, const std::string& kind) {
+  for (const GeneratorReport& row : report.generators) {
+    if (row.kind == kind) return &row;
+  }
+  return nullptr;
+}
+
+DefaultFault ExplainNotFound(const DoctorReport& report, const std::string& type) {
+  if (!report.start.problem.empty()) {
+    return {"a start with all plug-ins " + report.start.problem, ""};
+  }
+  const GeneratorReport* const row = FindRow(report, type);
+  if (!row) {
+    return {"its plug-in is not loaded", "Run \"rngctl doctor " + type + "\" to find out why."};
+  }
+  return {"its plug-in is not usable: " + row->summary,
+          "Follow the advice on " + type +
+              ", or store another default with \"rngctl default set "
+              "KIND\"."};
+}
+
+// By the devices that the plug-in reports, if it does.
+std::string FixDevice(const DoctorReport& report) {
+  std::string known;
+  if (const GeneratorReport* const row = FindRow(report, report.settings.type)) {
+    for (const Device& device : row->devices) {
+      known += (known.empty() ? "" : ", ") + Quoted(device.identifier);
+    }
+  }
+  return (known.empty()
+              ? "Connect that device, or store another one"
+              : "The devices are " + known + ". Connect the other one, or store one of these") +
+         " with \"rngctl default set " + report.settings.type + " DEVICE\".";
+}
+
+// The first of the two that is not empty.
+DefaultFault Or(const DefaultFault& one, const DefaultFault& other) {
+  return one.problem.empty() ? other : one;
+}
+
+}  // namespace
+
+DefaultFault FindDefaultFault(const DoctorReport& report) {
+  const std::string& type = report.settings.type;
+  const std::string& device = report.settings.hardwareId;
+  if (type.empty() || !report.start.findsDefault) return {};
+  if (!*report.start.findsDefault) {
+    const DefaultFault form = Or(FindFaultOfForm("the kind", type), FindFaultOfName(type));
+    const DefaultFault length =
+        device.size() < kRngNameSize ? DefaultFault{} : FindFaultOfForm("the device", device);
+    return Or(Or(form, length), ExplainNotFound(report, type));
+  }
+  if (report.start.acceptsDevice.value_or(true)) return {};
+  const DefaultFault refusal = {"the generator refuses the device " + Quoted(device),
+                                FixDevice(report)};
+  return Or(FindFaultOfForm("the device", device), refusal);
+}
