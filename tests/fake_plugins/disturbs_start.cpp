@@ -1,4 +1,5 @@
-// Does something to its process when it is asked whether it is available: the macro DISTURB.
+// Does something to its process when it is asked whether it is available: the macro DISTURB. Undoes it in
+// Release if there is a macro RESTORE.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -14,6 +15,9 @@ class DisturbsStartRng final : public CorrectRng {
     DISTURB;
     return true;
   }
+#ifdef RESTORE
+  void Release() override { RESTORE; }
+#endif
 };
 
 }  // namespace

@@ -40,6 +40,20 @@ TEST_F(Doctor, WarnsOfAPluginThatChangesTheProcess) {
               ElementsAre(StartsWith("It changes the umask to 0077")));
 }
 
+// Every file that the host creates in between has the wrong mode.
+TEST_F(Doctor, WarnsOfAChangeThatLastsUntilTheRelease) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "borrows_umask");
+  const std::string command = "umask 022; " + Rngctl() + " doctor --json ";
+  const auto examine = [&command](const std::string& kind) {
+    return json::parse(RunShell(command + kind).output, nullptr, false);
+  };
+  EXPECT_THAT(RowOf(examine("dsdr"), "dsdr").at("warnings"),
+              ElementsAre(StartsWith("It changes the umask to 0077")));
+  EXPECT_THAT(examine("unixdev").at("start").at("warnings"),
+              ElementsAre(StartsWith("A start with all plug-ins changes the umask to 0077")));
+}
+
 TEST_F(Doctor, WarnsOfASlowStartAndNamesThePlugin) {
   InstallUnixDev();
   InstallPlugin("dsdr", "slow_start");

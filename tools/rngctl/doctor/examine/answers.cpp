@@ -27,8 +27,11 @@ std::string MessageOfException() {
   }
 }
 
-std::vector<std::string> ChangesSince(ProcessState before) {
+void AddChanges(std::vector<std::string>& changes, ProcessState before) {
   const ProcessState after = CaptureProcessState();
   before.children = after.children;
-  return Compare(before, after);
+  for (const std::string& change : Compare(before, after)) {
+    const bool isKnown = std::find(changes.begin(), changes.end(), change) != changes.end();
+    if (!isKnown) changes.push_back(change);
+  }
 }

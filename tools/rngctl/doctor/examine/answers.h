@@ -19,8 +19,8 @@ ReportedName AskForName(IRngProvider& provider);
 /// The message of the exception that is being handled, "" without one. Its class must still be loaded.
 std::string MessageOfException();
 
-/// What is different in this process, in sentences without subject. Left out are its children: the parent
-/// sees all that is left running.
-std::vector<std::string> ChangesSince(ProcessState before);
+/// Adds what is different in this process, in sentences without subject, unless it is there already. Left
+/// out are its children: the parent sees all that is left running.
+void AddChanges(std::vector<std::string>& changes, ProcessState before);
 
 #endif

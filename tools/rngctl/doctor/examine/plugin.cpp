@@ -60,7 +60,7 @@ void StopAtCall(LifecycleFunction function) {
   ::_exit(0);
 }
 
-PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row) {
+PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row, const ProcessState& before) {
   void* const symbol = ::dlsym(library, row.factorySymbol.c_str());
   if (!symbol) return PluginOutcome::kNoFactory;
   Begin(PluginStep::kFactory);
@@ -74,15 +74,16 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row) {
   Begin(PluginStep::kAvailable);
   const bool isAvailable = provider->IsAvailable();
   isAvailable ? AskListed(*provider) : AskForDataFile(row);
+  AddChanges(g_answer.changes, before);  // a host lives with them until the release
   Begin(PluginStep::kRelease);
   provider->Release();
   return isAvailable ? PluginOutcome::kKept : PluginOutcome::kNotAvailable;
 }
 
 // Catches while the plug-in is open: the type of the exception may be defined in it.
-void TreatCaught(void* library, const ProviderCatalogueEntry& row) {
+void TreatCaught(void* library, const ProviderCatalogueEntry& row, const ProcessState& before) {
   try {
-    g_answer.outcome = Treat(library, row);
+    g_answer.outcome = Treat(library, row, before);
   } catch (...) {
     g_answer.threwIn = g_answer.step;
     g_answer.exception = MessageOfException();
@@ -103,12 +104,12 @@ void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
     return Begin(PluginStep::kEnd);
   }
   g_answer.file = FileOf(library.GetHandle());
-  TreatCaught(library.GetHandle(), row);
+  TreatCaught(library.GetHandle(), row, before);
   Begin(PluginStep::kClose);
   library.Unload();
   Begin(PluginStep::kEnd);
   g_answer.staysLoaded = IsLoaded(g_answer.file);
-  g_answer.changes = ChangesSince(before);
+  AddChanges(g_answer.changes, before);
   Send(g_answer);
 }
 

@@ -206,13 +206,14 @@ void Ask(const DoctorQuestion& question) {
   SelectDevice();
 }
 
-void StartAskAndStop(const DoctorQuestion& question) {
+void StartAskAndStop(const DoctorQuestion& question, const ProcessState& before) {
   const Clock::time_point began = Clock::now();
   g_partBegan = began;
   Begin(StartStep::kBegin);
   StartLibrary(GetDefaultSettings());
   EndPart();
   g_answer.seconds = SecondsSince(began);
+  AddChanges(g_answer.changes, before);  // a host lives with them until the stop
   Ask(question);
   Begin(StartStep::kStop);
   StopLibrary();
@@ -226,7 +227,7 @@ void ExamineStart(const DoctorQuestion& question) {
   g_unopened = question.unopened;
   const ProcessState before = CaptureProcessState();
   try {
-    StartAskAndStop(question);
+    StartAskAndStop(question, before);
   } catch (...) {
     // The type of the exception may be defined in a plug-in that is already closed: do not touch or
     // destroy it.
@@ -234,6 +235,6 @@ void ExamineStart(const DoctorQuestion& question) {
     Send(g_answer);
     ::_exit(0);
   }
-  g_answer.changes = ChangesSince(before);
+  AddChanges(g_answer.changes, before);
   Begin(StartStep::kEnd);
 }
