@@ -5,6 +5,7 @@
 #include "tools/rngctl/doctor/causes/reported.h"
 #include "tools/rngctl/doctor/causes/special_files.h"
 #include "tools/rngctl/doctor/causes/strays.h"
+#include "tools/rngctl/doctor/permissions/permissions.h"
 #include "tools/rngctl/doctor/settings/default_fault.h"
 #include "tools/rngctl/doctor/settings/find_settings.h"
 #include "tools/rngctl/doctor/start/comparison.h"
@@ -140,6 +141,21 @@ std::string DescribeUnusableDefault(const DoctorReport& report) {
          " cannot be used: " + Printable(report.defaultFault.problem) + ".";
 }
 
+// "" when all that root's processes load or write is safe.
+std::string DescribeOpenPaths(const std::vector<PermissionReport>& permissions) {
+  std::set<std::string> paths;
+  for (const PermissionReport& finding : permissions) {
+    if (finding.letsOthersChangeRoots) paths.insert(finding.path);
+  }
+  if (paths.empty()) return "";
+  return "Other users can change " + Counted(paths.size(), "path") +
+         " that root's processes load or write.";
+}
+
+void AddSentence(std::string& text, const std::string& sentence) {
+  text += (text.empty() || sentence.empty() ? "" : " ") + sentence;
+}
+
 // Ends the command with a sentence and an exit status if something is wrong.
 void Conclude(const DoctorReport& report, const std::string& kind) {
   const auto& rows = report.generators;
@@ -165,10 +181,11 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
         Counted(count, "installed plug-in") + (count == 1 ? " has a problem." : " have problems.");
   }
   if (!report.start.problem.empty()) {
-    problems += (problems.empty() ? "" : " ") + DescribeFailedStart(report.start);
+    AddSentence(problems, DescribeFailedStart(report.start));
   } else if (!report.defaultFault.problem.empty()) {
-    problems += (problems.empty() ? "" : " ") + DescribeUnusableDefault(report);
+    AddSentence(problems, DescribeUnusableDefault(report));
   }
+  AddSentence(problems, DescribeOpenPaths(report.permissions));
   if (!problems.empty()) throw Refusal(kNegativeAnswer, problems);
 }
 
@@ -184,6 +201,7 @@ void RunDoctor(const DoctorRequest& request) {
   report.settings = FindSettings(limit, report.search, report.failures);
   report.display = FindDisplay(limit, report.search, report.failures);
   FindGenerators(report, request.kind, limit);
+  report.permissions = FindPermissions(report);
   request.asJson ? PrintJson(report) : PrintText(report);
   FinishOutput();
   Conclude(report, request.kind);

@@ -100,9 +100,10 @@ struct PluginAnswer {
   std::string dataFile = {};  ///< of the kind that reads one; asked when it offers no generator
   double seconds = 0;         ///< from opening it until now
   std::vector<std::string> changes = {};  ///< what it leaves different in the process, in sentences
+  std::vector<std::string> dependencies = {};  ///< the files of libraries that came with it
 };
 RNGCTL_MESSAGE(PluginAnswer, step, file, openError, isKept, name, isFlagless, called, threwIn,
-               exception, outcome, staysLoaded, dataFile, seconds, changes)
+               exception, outcome, staysLoaded, dataFile, seconds, changes, dependencies)
 
 /// What a plug-in lacks, found by binding all of its symbols at once.
 struct BindingAnswer {

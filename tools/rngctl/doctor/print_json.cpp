@@ -65,6 +65,10 @@ Json AsJson(const StrayFile& stray) {
   return {{"file", stray.path}, {"problem", stray.problem}, {"fix", stray.fix}};
 }
 
+Json AsJson(const PermissionReport& finding) {
+  return {{"path", finding.path}, {"problem", finding.problem}, {"fix", finding.fix}};
+}
+
 Json DefaultAsJson(const DoctorReport& report) {
   if (report.settings.type.empty()) return nullptr;
   return {{"kind", report.settings.type},
@@ -87,6 +91,8 @@ Json AsJson(const StartReport& start) {
 void PrintJson(const DoctorReport& report) {
   Json strays = Json::array();
   for (const StrayFile& stray : report.strays) strays.push_back(AsJson(stray));
+  Json permissions = Json::array();
+  for (const PermissionReport& finding : report.permissions) permissions.push_back(AsJson(finding));
   Json rows = Json::array();
   for (const GeneratorReport& row : report.generators) rows.push_back(AsJson(row));
   const Json json = {{"library",
@@ -99,6 +105,7 @@ void PrintJson(const DoctorReport& report) {
                      {"default", DefaultAsJson(report)},
                      {"start", AsJson(report.start)},
                      {"strays", strays},
+                     {"permissions", permissions},
                      {"generators", rows}};
   std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }

@@ -136,6 +136,9 @@ void PrintAdvice(const DoctorReport& report) {
   for (const StrayFile& stray : report.strays) {
     Add(advice, fs::path(stray.path).filename(), stray.fix);
   }
+  for (const PermissionReport& finding : report.permissions) {
+    Add(advice, finding.path, finding.problem + ". " + finding.fix);
+  }
   for (const std::string& warning : report.start.warnings) Add(advice, "start, warning", warning);
   for (const GeneratorReport& row : report.generators) {
     Add(advice, row.kind, row.fix);

@@ -48,6 +48,7 @@ struct GeneratorReport {
   double seconds = 0;                      ///< that its examination took, from opening to closing
   std::vector<Device> devices = {};        ///< that the plug-in reports
   std::vector<std::string> problems = {};  ///< that the plug-in reports
+  std::vector<std::string> dependencies = {};  ///< the files of libraries that came with it
 };
 
 inline void Put(GeneratorReport& report, DoctorVerdict verdict, const std::string& summary,
@@ -105,6 +106,14 @@ struct DefaultFault {
   std::string fix = {};
 };
 
+/// Somebody else can change what programs load or write, or it is not the plain file that one expects.
+struct PermissionReport {
+  std::string path;
+  std::string problem;
+  std::string fix;
+  bool letsOthersChangeRoots = false;  ///< what root's processes load or write
+};
+
 struct DoctorReport {
   SearchOrder search;
   std::string runPath;
@@ -115,6 +124,7 @@ struct DoctorReport {
   DefaultFault defaultFault;
   std::vector<std::string> failures;  ///< of the doctor itself, in sentences
   std::vector<StrayFile> strays;
+  std::vector<PermissionReport> permissions;
 };
 
 void PrintText(const DoctorReport& report);

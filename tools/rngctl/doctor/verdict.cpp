@@ -129,6 +129,7 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
   report.isFlagless = answer->isFlagless;
   report.prints = !result.output.Lines().empty();
   report.changes = answer->changes;
+  report.dependencies = answer->dependencies;
   report.seconds = answer->seconds;
   if (answer->name && FaultOf(*answer->name).empty()) report.name = answer->name->text;
   AddWarnings(report, *answer, result);

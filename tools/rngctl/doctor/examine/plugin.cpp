@@ -2,6 +2,7 @@
 #include "providers/library_handle.h"
 #include "tools/rngctl/channel/immortal.h"
 #include "tools/rngctl/doctor/examine/answers.h"
+#include "tools/rngctl/doctor/examine/dependencies.h"
 #include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/loader/link_map.h"
@@ -96,6 +97,7 @@ void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
   WatchLifecycleCalls(StopAtCall);
   const ProcessState before = CaptureProcessState();
   g_began = Clock::now();
+  const LoadedFiles loaded = ListLoadedFiles();
   Begin(PluginStep::kOpen);
   DllLoader library(path.c_str());
   if (!library.GetHandle()) {
@@ -104,7 +106,9 @@ void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
     return Begin(PluginStep::kEnd);
   }
   g_answer.file = FileOf(library.GetHandle());
+  g_answer.dependencies = ListLoadedSince(loaded, g_answer.file);
   TreatCaught(library.GetHandle(), row, before);
+  g_answer.dependencies = ListLoadedSince(loaded, g_answer.file);  // it may have opened more
   Begin(PluginStep::kClose);
   library.Unload();
   Begin(PluginStep::kEnd);
