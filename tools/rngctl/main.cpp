@@ -101,11 +101,12 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
       "examinations. Where the two results differ, the start counts. What a plug-in prints on\n"
       "standard error is shown.\n\n"
       "Exit status: 0 every installed plug-in works, or is skipped because it needs a display\n"
-      "and there is none, and the configured default can be used; with KIND, programs get that\n"
-      "generator from the library, whatever is wrong with others; 1 a plug-in does not work, the\n"
-      "default cannot be used, or the start, the stop or the search for the display fails; with\n"
-      "KIND, its plug-in is not installed, does not work or lacks a display, or something else\n"
-      "prevents programs from getting it; 2 wrong usage; 3 all kinds were examined and no\n"
+      "and there is none, the configured default can be used, and other users cannot change what\n"
+      "root's processes load or write; with KIND, programs get that generator from the library,\n"
+      "whatever is wrong with others; 1 a plug-in does not work, the default cannot be used, the\n"
+      "start, the stop or the search for the display fails, or other users can change such files;\n"
+      "with KIND, its plug-in is not installed, does not work or lacks a display, or something\n"
+      "else prevents programs from getting it; 2 wrong usage; 3 all kinds were examined and no\n"
       "generator is usable. An examination that fails gives 1, too.");
   doctor->callback([&request] { RunDoctor(request); });
 }

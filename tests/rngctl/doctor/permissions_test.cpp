@@ -290,6 +290,15 @@ TEST_F(DoctorOnForeignFiles, SeesAnotherOwner) {
   }
 }
 
+// There, all owners that are not mapped look the same, root among them.
+TEST_F(DoctorOnForeignFiles, AnOwnerThatTheSandboxHidesIsNotHeldAgainstAnybody) {
+  const std::string sandbox = "unshare --user --map-root-user ";
+  if (RunShell(sandbox + "true").status != 0) GTEST_SKIP() << "no user namespaces here";
+  GiveTo(kSomebody, Lib());
+  const Result result = RunShell(sandbox + Rngctl() + " doctor --json unixdev");
+  EXPECT_EQ(json::array(), json::parse(result.output).at("permissions"));
+}
+
 TEST_F(DoctorOnForeignFiles, SeesAnotherOwnerInAStickyDirectory) {
   SetMode(TreePath("etc"), 01777);
   WriteFile(NewSettings(), "");
