@@ -96,6 +96,9 @@ started="${tool}started_aggregator[.]h\$"
 see "${tool}commands/" "${tool}(commands|devices|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}doctor/" \
   "${tool}(doctor|devices|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
+# What judges files needs no answer of a child.
+see "${tool}doctor/permissions/" \
+  "${tool}(doctor/permissions/|doctor/report[.]h|loader/|terminal/)|^providers/catalogue[.]h$"
 see "${tool}check/" \
   "${tool}(check|devices|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}check/plugin/" \

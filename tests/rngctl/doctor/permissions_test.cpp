@@ -187,6 +187,18 @@ TEST_F(DoctorOnPermissions, ALinkToAVersionBesideItIsUsual) {
   fs::rename(Plugin(), Plugin() + ".1.2");
   fs::create_symlink("librngunixdev.so.1.2", Plugin());
   EXPECT_THAT(Problems(), IsEmpty());
+  fs::rename(Settings(), Settings() + ".1");
+  fs::create_symlink("rng.ini.1", Settings());
+  EXPECT_THAT(Problems(), ElementsAre(StartsWith(Settings() + ": it is a link to rng.ini.1, ")));
+}
+
+TEST_F(DoctorOnPermissions, FindingsMatchTheSchema) {
+  SetMode(Lib(), 0777);
+  json report = Examine("unixdev");
+  const Result result = MatchSchema("doctor.schema.json", report.dump());
+  EXPECT_EQ(0, result.status) << result.errors;
+  report.at("permissions")[0].erase("fix");
+  EXPECT_NE(0, MatchSchema("doctor.schema.json", report.dump()).status);
 }
 
 TEST_F(DoctorOnPermissions, SeesAFileWithTwoNames) {

@@ -1,7 +1,7 @@
 #include "tools/rngctl/doctor/permissions/findings.h"
 
-#include "tools/rngctl/doctor/permissions/file_sort.h"
 #include "tools/rngctl/doctor/permissions/rights.h"
+#include "tools/rngctl/doctor/permissions/unusual_file.h"
 #include "tools/rngctl/doctor/permissions/way.h"
 
 #include <algorithm>

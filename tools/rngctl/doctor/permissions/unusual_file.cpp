@@ -1,4 +1,4 @@
-#include "tools/rngctl/doctor/permissions/file_sort.h"
+#include "tools/rngctl/doctor/permissions/unusual_file.h"
 
 #include "tools/rngctl/doctor/permissions/rights.h"
 
@@ -56,7 +56,8 @@ void AddUnusualFile(std::vector<PermissionReport>& findings, const Subject& subj
   if (rights.IsLink()) {
     std::error_code unknown;
     const fs::path target = fs::read_symlink(subject.path, unknown);
-    const bool isUsual = subject.sort == Sort::kLibrary || IsLinkToVersion(subject.path, target);
+    const bool isUsual = subject.sort == Sort::kLibrary ||
+                         (subject.sort == Sort::kPlugin && IsLinkToVersion(subject.path, target));
     if (!isUsual) AddPermission(findings, DescribeLink(subject, target));
   } else if (!rights.IsRegular()) {
     AddPermission(findings, {subject.path, "it is not a regular file",
