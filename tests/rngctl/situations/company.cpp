@@ -91,12 +91,12 @@ std::vector<Situation> CompanySituations() {
        {"sobol"}},
       {"AbortsWhenTheHostAsks",
        [] {
-         InstallPlugin("dsdr", "stub");
-         InstallPlugin("biocore", "answers_after_start");
+         InstallPlugin("accord", "crowded_name");
+         InstallPlugin("sobol", "crowded_name");
        },
        "crashed with signal 6",
        "",
-       {"biocore"}},
+       {"sobol"}},
       {"CrashesBehindAGoodOne",
        [] {
          InstallPlugin("dsdr", "stub");
