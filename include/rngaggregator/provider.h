@@ -36,8 +36,8 @@
 ///     [any thread]  by the aggregator or by hosts while the provider is listed, without a lock,
 ///                   possibly from several threads at once; also by other plug-ins under the lock
 ///
-/// Starting and stopping. A plug-in may call the aggregator's queries, also under the lock. It calls
-/// neither `Initialize` nor `ShutDown`, from no operation and from no thread of its own:
+/// Starting and stopping. A plug-in may call the aggregator's queries, even under the lock. It must
+/// never call `Initialize` or `ShutDown`, be it in an operation or on a thread of its own:
 ///
 /// - Under the lock the call never returns, because the lock is not recursive. The same happens
 ///   when `Release` waits for a thread that makes the call.
@@ -46,10 +46,10 @@
 ///   `Initialize` may be the final one: it releases the provider and closes the library whose code
 ///   made the call, and the return from it crashes.
 ///
-/// The process belongs to the host. A plug-in that changes what a process has only once (signal
-/// actions and masks, the umask, the working directory, the locale, timers, the environment, the
-/// standard streams, limits) restores it in `Release`. It leaves no pointer into its own memory, and
-/// no child process.
+/// The process belongs to the host. A plug-in that changes process-wide state (signal actions and
+/// masks, the umask, the working directory, the locale, timers, the environment, the standard
+/// streams, limits) restores it in `Release`. It leaves behind no child process, and no pointer into
+/// its own memory.
 ///
 /// Exceptions. The aggregator catches nothing: whatever a plug-in throws reaches the host, possibly
 /// after the aggregator has closed the plug-in's library. So throw nothing, or at most the standard
@@ -186,10 +186,10 @@ extern "C" {
 typedef IRngProvider* (*RngFactory)();
 }
 
-/// The factories by their names. A plug-in defines the one of its kind, and nothing defines the
-/// others. The definition inherits the unmangled name and the visibility from here; a linker script
-/// can still hide it. Nothing but a plug-in's own factory can be called by name: hosts and other
-/// plug-ins use `GetRng`.
+/// The factories, one for each kind. A plug-in defines the one for its own kind and calls none of
+/// the others: hosts and other plug-ins use `GetRng`. The definition inherits C linkage and default
+/// visibility from the declaration here, so its name is not mangled. A linker script can still hide
+/// it.
 extern "C" {
 __attribute__((visibility("default"))) IRngProvider* GetBioQtRng();
 __attribute__((visibility("default"))) IRngProvider* GetBioX11Rng();
@@ -205,21 +205,21 @@ __attribute__((visibility("default"))) IRngProvider* GetGrandmasterRng();
 __attribute__((visibility("default"))) IRngProvider* GetBioCoreRng();
 }
 
-/// Reports the devices that the plug-in sees, and what it lacks [after SetSettings, any thread].
-/// Optional: a plug-in may define it besides its factory. The aggregator never calls it. Tools for
-/// administrators do, among them `rngctl list` and `rngctl doctor`, in a process of their own.
+/// Reports the devices that the plug-in sees, and its problems [after SetSettings, any thread].
+/// Optional: a plug-in may define it as well as its factory. The aggregator never calls it. Tools
+/// for administrators do, such as `rngctl list` and `rngctl doctor`, in a separate process.
 ///
-/// The text is UTF-8 in lines, each ended by a line feed, which the last one may omit. A line is one
-/// of these, with single tab characters between its parts and no other control characters:
+/// The text is UTF-8. Each line ends with a line feed, which the last one may omit. A line has one
+/// of two forms, with a single tab between its parts and no other control characters:
 ///
-///     device<TAB>identifier<TAB>text   a device: what `SelectDevice` accepts, and words for people
+///     device<TAB>identifier<TAB>text   what `SelectDevice` accepts, and a description for people
 ///     problem<TAB>text                 why there is no device, or what else prevents a draw
 ///
 /// Identifiers have 1 to 17 characters and are unique. A problem says what is wrong, with the name
 /// or path, and then what to do.
 ///
-/// Result and sizing: the protocol of two calls that the text operations of `IRngProvider` follow;
-/// at most 65536 bytes with the terminator, 0 when there is nothing to report. The call with a null
+/// Result and sizing: two calls, as for the text operations of `IRngProvider`; at most 65536 bytes
+/// with the terminator, 0 when there is nothing to report. The call with a null
 /// buffer looks at the devices. The next call writes what that one saw, even if a device has come or
 /// gone in between.
 ///
@@ -231,8 +231,8 @@ __attribute__((visibility("default"))) IRngProvider* GetBioCoreRng();
 ///            device away from a draw.
 /// Failure:   0. It throws nothing.
 ///
-/// Every plug-in may export this name. So a plug-in never calls it by name, because the call could
-/// reach another plug-in's, and callers look it up in the one library that they have opened.
+/// Every plug-in may export this name, so a call by name could reach another plug-in's function.
+/// A plug-in therefore never makes one, and callers look the name up in the library they opened.
 extern "C" __attribute__((visibility("default"))) std::int32_t GetRngReport(char* buffer);
 
 #endif
