@@ -29,7 +29,12 @@ std::string Ini() { return TreePath(kSettingsFile); }
 std::string Temporary() { return Ini() + ".tmp"; }
 std::string Place(const std::string& name) { return TreePath("place/" + name); }
 
-void WriteIni() { WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=old\n"); }
+// Like the directories, the file belongs to whoever stores.
+void WriteIni() {
+  WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=old\n");
+  if (::geteuid() != 0) return;
+  EXPECT_EQ(0, ::chown(Ini().c_str(), kNobody, kNobody));
+}
 
 void Link(const std::string& target, const std::string& link) { fs::create_symlink(target, link); }
 
@@ -203,7 +208,7 @@ State ListTree() {
   std::error_code denied;
   for (const fs::directory_entry& entry : fs::directory_iterator(Folder(), denied)) {
     struct stat facts = {};
-    EXPECT_EQ(0, ::lstat(entry.path().c_str(), &facts));
+    if (::lstat(entry.path().c_str(), &facts) != 0) continue;  // the directory cannot be searched
     state[entry.path()] = std::to_string(facts.st_ino) + " " + std::to_string(facts.st_size) + " " +
                           std::to_string(facts.st_mtim.tv_nsec);
   }

@@ -145,7 +145,9 @@ std::string WhyNotStorable(const std::string& file) {
   const PathFacts through = LookThrough(file);
   if (through.IsFifo()) return file + " is a FIFO";
   if (CanBeRead(file, through)) return WhyNotReplaceable(file, through.size);
-  if (through.Exists()) return WhyNotOverwritable(file, through, 0);
+  if (through.IsSocket()) return file + " is a socket";
+  // Storing overwrites it, first with the kind and then with the device alone.
+  if (through.Exists()) return file + " cannot be read by this user";
   const std::string nearest = NearestDirectory(file);
   struct statvfs disk = {};
   ::statvfs(nearest.c_str(), &disk);

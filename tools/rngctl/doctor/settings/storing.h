@@ -7,8 +7,9 @@
 /// and opens and changes nothing:
 ///
 /// - It creates missing directories.
-/// - A file that cannot be opened for reading is written in place, through a link if it is one.
-/// - Any other file is copied to `file` + ".tmp", removed, and replaced by the copy.
+/// - It creates a missing file, through a link if it is one.
+/// - It overwrites a file that cannot be read: once with the kind, then with the device alone.
+/// - It copies any other file to `file` + ".tmp", removes it, and puts the copy in its place.
 ///
 /// The kind and the device are stored one after the other, so a new file is replaced at once, too. What
 /// a security module forbids cannot be foreseen.
