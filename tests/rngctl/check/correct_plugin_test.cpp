@@ -1,11 +1,28 @@
 #include "tests/rngctl/check/check.h"
 #include "tests/support/tree.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
+
+namespace {
+
+constexpr char kTooLong[] = "it takes too long; allow more time with --timeout";
+
+// What was not examined, however busy the machine is: the thousands of uses may need more time.
+std::string UnexaminedDespiteTime(const json& report) {
+  json rest = report;
+  json& checks = rest.at("checks");
+  if (Reason(report, "load-cycles") == kTooLong) {
+    checks.erase(std::find(checks.begin(), checks.end(), Find(report, "load-cycles")));
+  }
+  return Names(rest, "not-examined");
+}
+
+}  // namespace
 
 TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
@@ -44,7 +61,7 @@ TEST(Check, WhatTakesTimeIsNoFault) {
       "own-device draw-succeeds refused-device draws-after-calls draw-fills-buffer drawn-values "
       "draws-differ "
       "concurrent-calls",
-      Names(user, "not-examined"));
+      UnexaminedDespiteTime(user));
   EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
 
   const json slow = json::parse(results["slow"].output);
@@ -63,7 +80,7 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   const json throughout = json::parse(results["slow_throughout"].output);
   EXPECT_EQ("", Failed(throughout));
   EXPECT_EQ("passed", Find(throughout, "reload").at("result"));
-  EXPECT_EQ("it takes too long; allow more time with --timeout", Reason(throughout, "load-cycles"));
+  EXPECT_EQ(kTooLong, Reason(throughout, "load-cycles"));
   EXPECT_EQ("not-examined", Find(throughout, "failed-draw-is-zero").at("result"));
 }
 
