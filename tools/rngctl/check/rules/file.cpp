@@ -22,26 +22,42 @@ bool ExportsFactory(const CheckSubject& subject) {
   return std::find(exports.begin(), exports.end(), subject.plugin.factory) != exports.end();
 }
 
+// The files in which the library looks for the factories that this one exports.
+std::vector<std::string> FindRightFiles(const std::vector<std::string>& exports) {
+  std::vector<std::string> files;
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
+    if (std::find(exports.begin(), exports.end(), row.factorySymbol) == exports.end()) continue;
+    files.push_back(row.libraryFile + ", which belongs to " + row.factorySymbol);
+  }
+  return files;
+}
+
 Finding FailedWithoutFactory(const CheckSubject& subject) {
   const std::vector<std::string>& exports = subject.facts.exports;
   std::string fix =
       "Define it as extern \"C\" with default visibility and this exact name, and make sure that "
       "no version script hides it.";
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
-    if (std::find(exports.begin(), exports.end(), row.factorySymbol) == exports.end()) continue;
-    fix += " Or rename the file to " + row.libraryFile + ", which belongs to " + row.factorySymbol +
-           ".";
-  }
+  for (const std::string& file : FindRightFiles(exports))
+    fix += " Or rename the file to " + file + ".";
   return Failed("It does not export " + subject.plugin.factory + "; it exports " +
                     (exports.empty() ? "nothing" : Listed(exports)) + ".",
                 fix);
 }
 
 // A user who names a factory on the command line knows that it is not the catalogue's.
-Finding JudgedFor(const CheckSubject& subject, const std::string& fault) {
-  Finding finding = Failed(fault);
+Finding JudgedFor(const CheckSubject& subject, const std::string& fault,
+                  const std::string& fix = "") {
+  Finding finding = Failed(fault, fix);
   if (subject.isFactoryGiven) finding.severity = Severity::kWarning;
   return finding;
+}
+
+Finding FailedForUnknownName(const CheckSubject& subject) {
+  std::string fix;
+  for (const std::string& file : FindRightFiles(subject.facts.exports)) {
+    fix += (fix.empty() ? "Rename the file to " : " Or to ") + file + ".";
+  }
+  return JudgedFor(subject, "No kind has a plug-in named " + Quoted(subject.fileName) + ".", fix);
 }
 
 Finding CheckCataloguePair(const CheckSubject& subject) {
@@ -49,9 +65,7 @@ Finding CheckCataloguePair(const CheckSubject& subject) {
     return NotExamined("it does not export " + subject.plugin.factory);
   }
   if (subject.isCataloguePair) return Passed();
-  if (subject.plugin.kind.empty()) {
-    return JudgedFor(subject, "No kind has a plug-in named " + Quoted(subject.fileName) + ".");
-  }
+  if (subject.plugin.kind.empty()) return FailedForUnknownName(subject);
   return JudgedFor(subject, subject.plugin.factory + " is not the factory that belongs to " +
                                 Quoted(subject.fileName) + ".");
 }
