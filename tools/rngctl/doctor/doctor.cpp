@@ -137,8 +137,10 @@ std::string DescribeFailedStart(const StartReport& start) {
 }
 
 std::string DescribeUnusableDefault(const DoctorReport& report) {
-  return "The default " + Quoted(report.settings.type) +
-         " cannot be used: " + Printable(report.defaultFault.problem) + ".";
+  const std::string& problem = report.defaultFault.problem;
+  const std::string end = problem.ends_with('?') ? "" : ".";  // it may ask "did you mean ...?"
+  return "The default " + Quoted(report.settings.type) + " cannot be used: " + Printable(problem) +
+         end;
 }
 
 // "" when all that root's processes load or write is safe.

@@ -63,18 +63,21 @@ DefaultFault ExplainNotFound(const DoctorReport& report, const std::string& type
               "KIND\"."};
 }
 
-// By the devices that the plug-in reports, if it does.
+// By the devices that the plug-in reports, if it does. Otherwise it may have none to choose from.
 std::string FixDevice(const DoctorReport& report) {
+  const std::string command = "\"rngctl default set " + report.settings.type;
   std::string known;
   if (const GeneratorReport* const row = FindRow(report, report.settings.type)) {
     for (const Device& device : row->devices) {
       known += (known.empty() ? "" : ", ") + Quoted(device.identifier);
     }
   }
-  return (known.empty()
-              ? "Connect that device, or store another one"
-              : "The devices are " + known + ". Connect the other one, or store one of these") +
-         " with \"rngctl default set " + report.settings.type + " DEVICE\".";
+  if (known.empty()) {
+    return "Connect that device, store another one with " + command +
+           " DEVICE\", or accept any device with " + command + "\".";
+  }
+  return "The devices are " + known + ". Connect the other one, or store one of these with " +
+         command + " DEVICE\".";
 }
 
 // The first of the two that is not empty.
