@@ -157,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
-    ProcessState, CheckBreach,
+    ProcessSnapshot, CheckBreach,
     testing::Values(
         Breach{"IgnoreBrokenPipes", "process-state", "It ignores SIGPIPE."},
         Breach{"Restrict", "process-state",

@@ -23,7 +23,7 @@ using testing::MatchesRegex;
 namespace {
 
 std::vector<std::string> Changes(const std::function<void()>& act) {
-  const ProcessState before = CaptureProcessState();
+  const ProcessSnapshot before = CaptureProcessState();
   act();
   return Compare(before, CaptureProcessState());
 }
@@ -39,11 +39,11 @@ void Handle(int) {}
 
 }  // namespace
 
-TEST(ProcessState, OfAQuietProcessStaysTheSame) {
+TEST(ProcessSnapshot, OfAQuietProcessStaysTheSame) {
   EXPECT_THAT(Changes([] { ::getpid(); }), IsEmpty());
 }
 
-TEST(ProcessState, NamesSignalsThatAreTreatedDifferently) {
+TEST(ProcessSnapshot, NamesSignalsThatAreTreatedDifferently) {
   EXPECT_THAT(Changes([] { std::signal(SIGPIPE, SIG_IGN); }), ElementsAre("ignores SIGPIPE"));
   EXPECT_THAT(Changes([] { std::signal(SIGPIPE, SIG_DFL); }),
               ElementsAre("resets SIGPIPE to its default action"));
@@ -54,11 +54,11 @@ TEST(ProcessState, NamesSignalsThatAreTreatedDifferently) {
       ElementsAre("leaves a handler of SIGRTMIN+2 in memory that is no longer mapped"));
 }
 
-TEST(ProcessState, ADefaultActionThatIsRestoredBySignalIsTheSame) {
+TEST(ProcessSnapshot, ADefaultActionThatIsRestoredBySignalIsTheSame) {
   EXPECT_THAT(Changes([] { std::signal(SIGUSR1, std::signal(SIGUSR1, Handle)); }), IsEmpty());
 }
 
-TEST(ProcessState, SeesThatEndedChildrenWouldDisappear) {
+TEST(ProcessSnapshot, SeesThatEndedChildrenWouldDisappear) {
   EXPECT_THAT(Changes([] {
                 struct sigaction action = {};
                 action.sa_flags = SA_NOCLDWAIT;
@@ -67,7 +67,7 @@ TEST(ProcessState, SeesThatEndedChildrenWouldDisappear) {
               ElementsAre("changes the flags of the action of SIGCHLD"));
 }
 
-TEST(ProcessState, NamesBlockedSignals) {
+TEST(ProcessSnapshot, NamesBlockedSignals) {
   EXPECT_THAT(Changes([] {
                 sigset_t mask;
                 ::sigemptyset(&mask);
@@ -77,7 +77,7 @@ TEST(ProcessState, NamesBlockedSignals) {
               ElementsAre("blocks SIGINT"));
 }
 
-TEST(ProcessState, NamesWhatTheProcessHasOnlyOnce) {
+TEST(ProcessSnapshot, NamesWhatTheProcessHasOnlyOnce) {
   EXPECT_THAT(Changes([] { ::umask(0177); }), ElementsAre("changes the umask to 0177"));
   EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::chdir("/dev")); }),
               ElementsAre("changes the working directory to /dev"));
@@ -89,7 +89,7 @@ TEST(ProcessState, NamesWhatTheProcessHasOnlyOnce) {
               ElementsAre("changes the dumpable flag to 0"));
 }
 
-TEST(ProcessState, NamesLimits) {
+TEST(ProcessSnapshot, NamesLimits) {
   EXPECT_THAT(Changes([] {
                 rlimit limit = {};
                 ::getrlimit(RLIMIT_NOFILE, &limit);
@@ -99,14 +99,14 @@ TEST(ProcessState, NamesLimits) {
               ElementsAre("changes the limit RLIMIT_NOFILE to 99"));
 }
 
-TEST(ProcessState, NamesWhatChangesArithmetic) {
+TEST(ProcessSnapshot, NamesWhatChangesArithmetic) {
   EXPECT_THAT(Changes([] { std::fesetround(FE_UPWARD); }),
               ElementsAre(MatchesRegex("changes the rounding of floating-point numbers to .+")));
   EXPECT_THAT(Changes([] { _mm_setcsr(_mm_getcsr() | 0x8000U); }),
               ElementsAre("changes the treatment of very small floating-point numbers to zero"));
 }
 
-TEST(ProcessState, NamesTimers) {
+TEST(ProcessSnapshot, NamesTimers) {
   const auto setTimer = [](long seconds) {
     const itimerval timer = {{0, 0}, {seconds, 0}};
     ::setitimer(ITIMER_VIRTUAL, &timer, nullptr);
@@ -117,7 +117,7 @@ TEST(ProcessState, NamesTimers) {
               ElementsAre("stops a timer of the host: ITIMER_VIRTUAL"));
 }
 
-TEST(ProcessState, NamesVariables) {
+TEST(ProcessSnapshot, NamesVariables) {
   EXPECT_THAT(Changes([] { ::setenv("STATE_A", "1", 1); }),
               ElementsAre("sets the environment variable STATE_A"));
   EXPECT_THAT(Changes([] { ::setenv("STATE_A", "2", 1); }),
@@ -126,18 +126,18 @@ TEST(ProcessState, NamesVariables) {
               ElementsAre("removes the environment variable STATE_A"));
 }
 
-TEST(ProcessState, SeesVariablesInALibraryAndInMemoryThatIsGone) {
+TEST(ProcessSnapshot, SeesVariablesInALibraryAndInMemoryThatIsGone) {
   static char text[] = "STATE_B=1";
   EXPECT_THAT(Changes([] { ::putenv(text); }),
               ElementsAre(MatchesRegex("leaves a part of the environment in .+: STATE_B")));
   ::unsetenv("STATE_B");
   char* entries[] = {UnmappedPage(), nullptr};
   char** const own = environ;
-  const ProcessState before = CaptureProcessState();
+  const ProcessSnapshot before = CaptureProcessState();
   environ = entries;
-  const ProcessState lost = CaptureProcessState();
+  const ProcessSnapshot lost = CaptureProcessState();
   environ = reinterpret_cast<char**>(UnmappedPage());
-  const ProcessState lostWhole = CaptureProcessState();
+  const ProcessSnapshot lostWhole = CaptureProcessState();
   environ = own;
   EXPECT_THAT(
       Compare(before, lost),
@@ -147,7 +147,7 @@ TEST(ProcessState, SeesVariablesInALibraryAndInMemoryThatIsGone) {
       testing::Contains("leaves a part of the environment in memory that is no longer mapped"));
 }
 
-TEST(ProcessState, SeesBuffersInALibraryAndInMemoryThatIsGone) {
+TEST(ProcessSnapshot, SeesBuffersInALibraryAndInMemoryThatIsGone) {
   static char buffer[64];
   EXPECT_THAT(Changes([] { std::setvbuf(stdin, buffer, _IOFBF, sizeof buffer); }),
               ElementsAre(MatchesRegex("leaves the buffer of stdin in .+")));
@@ -155,15 +155,15 @@ TEST(ProcessState, SeesBuffersInALibraryAndInMemoryThatIsGone) {
               ElementsAre("leaves the buffer of stdin in memory that is no longer mapped"));
   EXPECT_THAT(Changes([] { std::setvbuf(stdin, nullptr, _IONBF, 0); }), IsEmpty());
   std::streambuf* const own = std::cin.rdbuf();
-  const ProcessState before = CaptureProcessState();
+  const ProcessSnapshot before = CaptureProcessState();
   std::cin.rdbuf(reinterpret_cast<std::streambuf*>(UnmappedPage()));
-  const ProcessState after = CaptureProcessState();
+  const ProcessSnapshot after = CaptureProcessState();
   std::cin.rdbuf(own);
   EXPECT_THAT(Compare(before, after),
               ElementsAre("leaves the buffer of std::cin in memory that is no longer mapped"));
 }
 
-TEST(ProcessState, SeesStandardStreamsThatAreReplacedOrClosed) {
+TEST(ProcessSnapshot, SeesStandardStreamsThatAreReplacedOrClosed) {
   const int other = ::open("/dev/zero", O_RDONLY | O_CLOEXEC);
   EXPECT_THAT(Changes([other] { ::dup2(other, STDIN_FILENO); }),
               ElementsAre("replaces standard input"));
@@ -174,7 +174,7 @@ TEST(ProcessState, SeesStandardStreamsThatAreReplacedOrClosed) {
               ElementsAre("opens a file as standard input"));
 }
 
-TEST(ProcessState, NamesChildren) {
+TEST(ProcessSnapshot, NamesChildren) {
   pid_t child = 0;
   EXPECT_THAT(
       Changes([&child] {

@@ -25,7 +25,7 @@ struct EnvironmentEntry {
   Place place;
 };
 
-struct ProcessState {
+struct ProcessSnapshot {
   std::map<int, SignalAction> actions;        ///< by signal
   std::set<int> blocked;                      ///< signals, for the calling thread
   std::map<std::string, std::string> values;  ///< with one value each: "the umask", "0022"
@@ -37,10 +37,10 @@ struct ProcessState {
 };
 
 /// The state now. Changes nothing; also reads what a closed library has left pointing into its memory.
-ProcessState CaptureProcessState();
+ProcessSnapshot CaptureProcessState();
 
 /// What someone did between the two, a sentence without subject each: "ignores SIGPIPE", "changes the
 /// working directory to /tmp". Call it right after the capture of `after`, while its children live.
-std::vector<std::string> Compare(const ProcessState& before, const ProcessState& after);
+std::vector<std::string> Compare(const ProcessSnapshot& before, const ProcessSnapshot& after);
 
 #endif

@@ -45,8 +45,8 @@ bool IsInside(const void* function, const std::string& library) {
 }
 
 // Handlers that point into the plug-in and the descriptors have checks of their own.
-void LeaveOutWhatOthersCheck(const PluginFile& file, const ProcessState& before,
-                             ProcessState& after) {
+void LeaveOutWhatOthersCheck(const PluginFile& file, const ProcessSnapshot& before,
+                             ProcessSnapshot& after) {
   after.standardStreams = before.standardStreams;
   for (auto& [signal, action] : after.actions) {
     const SignalAction& then = before.actions.at(signal);
@@ -58,10 +58,10 @@ void LeaveOutWhatOthersCheck(const PluginFile& file, const ProcessState& before,
 }
 
 Finding CheckProcessState(WatchedPlugin& plugin) {
-  const ProcessState before = CaptureProcessState();
+  const ProcessSnapshot before = CaptureProcessState();
   if (plugin.StartWithBuiltIn()) UseAll(plugin);
   plugin.Stop();
-  ProcessState after = CaptureProcessState();
+  ProcessSnapshot after = CaptureProcessState();
   LeaveOutWhatOthersCheck(plugin.File(), before, after);
   std::string changes;
   for (const std::string& change : Compare(before, after)) {

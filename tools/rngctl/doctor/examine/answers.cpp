@@ -27,8 +27,8 @@ std::string MessageOfException() {
   }
 }
 
-void AddChanges(std::vector<std::string>& changes, ProcessState before) {
-  const ProcessState after = CaptureProcessState();
+void AddChanges(std::vector<std::string>& changes, ProcessSnapshot before) {
+  const ProcessSnapshot after = CaptureProcessState();
   before.children = after.children;
   for (const std::string& change : Compare(before, after)) {
     const bool isKnown = std::find(changes.begin(), changes.end(), change) != changes.end();

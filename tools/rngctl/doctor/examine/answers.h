@@ -21,6 +21,6 @@ std::string MessageOfException();
 
 /// Adds what is different in this process, in sentences without subject, unless it is there already. Left
 /// out are its children: the parent sees all that is left running.
-void AddChanges(std::vector<std::string>& changes, ProcessState before);
+void AddChanges(std::vector<std::string>& changes, ProcessSnapshot before);
 
 #endif

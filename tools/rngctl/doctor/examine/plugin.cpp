@@ -61,7 +61,8 @@ void StopAtCall(LifecycleFunction function) {
   ::_exit(0);
 }
 
-PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row, const ProcessState& before) {
+PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row,
+                    const ProcessSnapshot& before) {
   void* const symbol = ::dlsym(library, row.factorySymbol.c_str());
   if (!symbol) return PluginOutcome::kNoFactory;
   Begin(PluginStep::kFactory);
@@ -82,7 +83,7 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row, const Proc
 }
 
 // Catches while the plug-in is open: the type of the exception may be defined in it.
-void TreatCaught(void* library, const ProviderCatalogueEntry& row, const ProcessState& before) {
+void TreatCaught(void* library, const ProviderCatalogueEntry& row, const ProcessSnapshot& before) {
   try {
     g_answer.outcome = Treat(library, row, before);
   } catch (...) {
@@ -95,7 +96,7 @@ void TreatCaught(void* library, const ProviderCatalogueEntry& row, const Process
 
 void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
   WatchLifecycleCalls(StopAtCall);
-  const ProcessState before = CaptureProcessState();
+  const ProcessSnapshot before = CaptureProcessState();
   g_began = Clock::now();
   const LoadedFiles loaded = ListLoadedFiles();
   Begin(PluginStep::kOpen);

@@ -206,7 +206,7 @@ void Ask(const DoctorQuestion& question) {
   SelectDevice();
 }
 
-void StartAskAndStop(const DoctorQuestion& question, const ProcessState& before) {
+void StartAskAndStop(const DoctorQuestion& question, const ProcessSnapshot& before) {
   const Clock::time_point began = Clock::now();
   g_partBegan = began;
   Begin(StartStep::kBegin);
@@ -225,7 +225,7 @@ void ExamineStart(const DoctorQuestion& question) {
   WatchLifecycleCalls(NoteLifecycleCall, LibraryState::kReal);
   WatchLoaderCalls(&kObserver);
   g_unopened = question.unopened;
-  const ProcessState before = CaptureProcessState();
+  const ProcessSnapshot before = CaptureProcessState();
   try {
     StartAskAndStop(question, before);
   } catch (...) {

@@ -161,7 +161,7 @@ std::string StreamOf(int descriptor) {
 
 }  // namespace
 
-ProcessState CaptureProcessState() {
+ProcessSnapshot CaptureProcessState() {
   const MemoryMap memory;
   return {Actions(memory),
           BlockedSignals(),

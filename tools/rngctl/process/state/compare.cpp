@@ -39,7 +39,7 @@ std::string DescribeAction(int signal, const SignalAction& action) {
          InWords(action.place);
 }
 
-void AddActions(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddActions(const ProcessSnapshot& before, const ProcessSnapshot& after, Sentences& found) {
   for (const auto& [signal, now] : after.actions) {
     const SignalAction& then = before.actions.at(signal);
     if (now.handler != then.handler) {
@@ -50,7 +50,7 @@ void AddActions(const ProcessState& before, const ProcessState& after, Sentences
   }
 }
 
-void AddMask(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddMask(const ProcessSnapshot& before, const ProcessSnapshot& after, Sentences& found) {
   for (int signal = 1; signal < NSIG; ++signal) {
     const bool isBlocked = after.blocked.contains(signal);
     if (isBlocked == before.blocked.contains(signal)) continue;
@@ -58,7 +58,7 @@ void AddMask(const ProcessState& before, const ProcessState& after, Sentences& f
   }
 }
 
-void AddValues(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddValues(const ProcessSnapshot& before, const ProcessSnapshot& after, Sentences& found) {
   for (const auto& [name, value] : after.values) {
     const std::string& then = before.values.at(name);
     if (then == value || then.empty() || value.empty()) continue;  // or it could not be read
@@ -66,7 +66,7 @@ void AddValues(const ProcessState& before, const ProcessState& after, Sentences&
   }
 }
 
-void AddTimers(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddTimers(const ProcessSnapshot& before, const ProcessSnapshot& after, Sentences& found) {
   for (const std::string& timer : after.timers) {
     if (!before.timers.contains(timer)) found.push_back("leaves a timer running: " + timer);
   }
@@ -85,7 +85,7 @@ std::string DescribeVariable(const std::string& name, const EnvironmentEntry* th
   return now.value == then->value ? "" : "changes the environment variable " + name;
 }
 
-void AddEnvironment(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddEnvironment(const ProcessSnapshot& before, const ProcessSnapshot& after, Sentences& found) {
   for (const auto& [name, now] : after.environment) {
     const auto then = before.environment.find(name);
     const std::string change =
@@ -104,14 +104,15 @@ bool IsRuntime(const Place& place) {
   return name.starts_with("libc.so") || name.starts_with("libstdc++.so");
 }
 
-void AddBuffers(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddBuffers(const ProcessSnapshot& before, const ProcessSnapshot& after, Sentences& found) {
   for (const auto& [name, place] : after.buffers) {
     if (place.empty() || place == before.buffers.at(name) || IsRuntime(place)) continue;
     found.push_back("leaves the buffer of " + name + " in " + InWords(place));
   }
 }
 
-void AddStandardStreams(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddStandardStreams(const ProcessSnapshot& before, const ProcessSnapshot& after,
+                        Sentences& found) {
   const auto file = [](const std::string& stream) { return stream.substr(0, stream.find(' ')); };
   for (const auto& [name, now] : after.standardStreams) {
     const std::string& then = before.standardStreams.at(name);
@@ -130,7 +131,7 @@ std::string ProgramOf(const std::string& process) {
   return name;
 }
 
-void AddChildren(const ProcessState& before, const ProcessState& after, Sentences& found) {
+void AddChildren(const ProcessSnapshot& before, const ProcessSnapshot& after, Sentences& found) {
   for (const pid_t child : after.children) {
     if (before.children.contains(child)) continue;
     const std::string number = std::to_string(child);
@@ -143,7 +144,7 @@ void AddChildren(const ProcessState& before, const ProcessState& after, Sentence
 
 }  // namespace
 
-std::vector<std::string> Compare(const ProcessState& before, const ProcessState& after) {
+std::vector<std::string> Compare(const ProcessSnapshot& before, const ProcessSnapshot& after) {
   Sentences found;
   for (const auto add : {AddActions, AddMask, AddTimers, AddValues, AddEnvironment, AddBuffers,
                          AddStandardStreams, AddChildren}) {
