@@ -15,6 +15,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cxxabi.h>
 #include <iostream>
 
 #include <rngaggregator/aggregator.h>
@@ -212,6 +213,8 @@ int main(int count, char** arguments) {
     std::cerr << "rngctl: A plug-in or the system failed: " << Printable(error.what())
               << "\nRun \"rngctl doctor\" to find out which.\n";
     return kNegativeAnswer;
+  } catch (const abi::__forced_unwind&) {
+    throw;  // a plug-in called pthread_exit: stopping it here would abort the process
   } catch (...) {
     std::cerr << "rngctl: A plug-in failed without an error message.\n";
     return kNegativeAnswer;

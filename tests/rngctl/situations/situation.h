@@ -29,5 +29,8 @@ std::vector<Situation> SettingsSituations();     ///< the settings file and the 
 std::vector<Situation> SurroundingSituations();  ///< display, known paths, the process itself
 std::vector<Situation> UserSituations();         ///< what this user may not read
 std::vector<Situation> PermissionSituations();   ///< who may write what
+std::vector<Situation> LimitSituations();        ///< limits, sandboxes and the loader's variables
+std::vector<Situation> DisturbedSituations();    ///< plug-ins that disturb more than themselves
+std::vector<Situation> OddSettingsSituations();  ///< settings files with odd bytes
 
 #endif

@@ -100,3 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Setting, Situations, testing::ValuesIn(SettingsSituatio
 INSTANTIATE_TEST_SUITE_P(User, Situations, testing::ValuesIn(UserSituations()), NameOf);
 INSTANTIATE_TEST_SUITE_P(Surrounding, Situations, testing::ValuesIn(SurroundingSituations()),
                          NameOf);
+INSTANTIATE_TEST_SUITE_P(Limit, Situations, testing::ValuesIn(LimitSituations()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Disturbed, Situations, testing::ValuesIn(DisturbedSituations()), NameOf);
+INSTANTIATE_TEST_SUITE_P(OddSetting, Situations, testing::ValuesIn(OddSettingsSituations()),
+                         NameOf);

@@ -5,6 +5,7 @@
 #include "tools/rngctl/process/lifecycle_calls.h"
 
 #include <algorithm>
+#include <cxxabi.h>
 #include <dlfcn.h>
 #include <memory>
 #include <unistd.h>
@@ -53,6 +54,8 @@ void RunDevicesChild(int channel) {
   void* const library = ::dlopen(question.file.c_str(), RTLD_LAZY | RTLD_GLOBAL);
   try {
     if (library) Ask(library, question.factory, answer);
+  } catch (const abi::__forced_unwind&) {
+    throw;  // pthread_exit, which must reach the end of the thread
   } catch (...) {
     answer.hasThrown = true;
     Send(answer);

@@ -12,6 +12,7 @@
 #include "tools/rngctl/process/state.h"
 
 #include <chrono>
+#include <cxxabi.h>
 #include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
@@ -86,6 +87,8 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row,
 void TreatCaught(void* library, const ProviderCatalogueEntry& row, const ProcessSnapshot& before) {
   try {
     g_answer.outcome = Treat(library, row, before);
+  } catch (const abi::__forced_unwind&) {
+    throw;  // pthread_exit, which must reach the end of the thread
   } catch (...) {
     g_answer.threwIn = g_answer.step;
     g_answer.exception = MessageOfException();

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <cxxabi.h>
 #include <filesystem>
 #include <unistd.h>
 
@@ -109,6 +110,8 @@ bool Catches(Question ask) {
   try {
     ask();
     return false;
+  } catch (const abi::__forced_unwind&) {
+    throw;  // pthread_exit, which must reach the end of the thread
   } catch (...) {
     if (!g_answer.threwIn) g_answer.threwIn = g_answer.step;
     return true;
@@ -130,6 +133,8 @@ KindLookup LookUp(const std::string& kind) {
     if (!provider) return {kind};
     Remember(provider);
     return {kind, LookupEnd::kFound, reinterpret_cast<std::uintptr_t>(provider)};
+  } catch (const abi::__forced_unwind&) {
+    throw;
   } catch (...) {
     return {kind, LookupEnd::kThrew, 0, MessageOfException()};
   }
@@ -228,6 +233,8 @@ void ExamineStart(const DoctorQuestion& question) {
   const ProcessSnapshot before = CaptureProcessState();
   try {
     StartAskAndStop(question, before);
+  } catch (const abi::__forced_unwind&) {
+    throw;
   } catch (...) {
     // The type of the exception may be defined in a plug-in that is already closed: do not touch or
     // destroy it.
