@@ -24,6 +24,14 @@ TEST_F(Doctor, WarnsOfAPluginThatPrints) {
   EXPECT_EQ(0, Run("doctor unixdev").status);
 }
 
+// Its process can then not find out what lies in its memory, and must not guess.
+TEST_F(Doctor, BlamesALoweredDescriptorLimitForNothingElse) {
+  InstallPlugin("dsdr", "disturbing/LowerDescriptorLimit");
+  EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
+              ElementsAre(StartsWith("It changes the hard limit RLIMIT_NOFILE to 3"),
+                          StartsWith("It changes the limit RLIMIT_NOFILE to 3")));
+}
+
 TEST_F(Doctor, WarnsOfAPluginThatClosesAStandardDescriptor) {
   InstallUnixDev();
   InstallPlugin("dsdr", "closes_output");

@@ -34,6 +34,9 @@ struct ProcessSnapshot {
   std::map<std::string, Place> buffers;                ///< of stdin, stdout, stderr
   std::map<std::string, std::string> standardStreams;  ///< what descriptors 0 to 2 refer to
   std::set<pid_t> children;
+  /// False when the map of the memory cannot be read, for want of a descriptor: what lies where, and
+  /// whether it can be read at all, is then unknown.
+  bool isMemoryKnown = true;
 };
 
 /// The state now. Changes nothing; also reads what a closed library has left pointing into its memory.

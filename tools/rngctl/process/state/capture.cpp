@@ -177,5 +177,6 @@ ProcessSnapshot CaptureProcessState() {
           {{"standard input", StreamOf(STDIN_FILENO)},
            {"standard output", StreamOf(STDOUT_FILENO)},
            {"standard error", StreamOf(STDERR_FILENO)}},
-          ListChildren()};
+          ListChildren(),
+          memory.IsKnown()};
 }

@@ -146,9 +146,11 @@ void AddChildren(const ProcessSnapshot& before, const ProcessSnapshot& after, Se
 
 std::vector<std::string> Compare(const ProcessSnapshot& before, const ProcessSnapshot& after) {
   Sentences found;
+  const bool isMemoryKnown = before.isMemoryKnown && after.isMemoryKnown;
   for (const auto add : {AddActions, AddMask, AddTimers, AddValues, AddEnvironment, AddBuffers,
                          AddStandardStreams, AddChildren}) {
-    add(before, after, found);
+    const bool needsMemory = add == AddActions || add == AddEnvironment || add == AddBuffers;
+    if (isMemoryKnown || !needsMemory) add(before, after, found);
   }
   return found;
 }

@@ -13,6 +13,8 @@ class MemoryMap {
  public:
   MemoryMap();
 
+  bool IsKnown() const { return !readable.empty(); }
+
   /// How many bytes from there on can be read.
   std::size_t CountReadable(const void* address) const;
 
