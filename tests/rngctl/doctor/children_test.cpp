@@ -131,3 +131,9 @@ TEST_F(Doctor, ACallWhileTheProcessExitsSpoilsNoAnswer) {
   EXPECT_EQ("dsdr", row.at("name"));
   EXPECT_EQ(TreePath("lib/librngdsdr.so"), row.at("file"));
 }
+
+TEST_F(Doctor, SaysWhatToDoWithTooFewDescriptors) {
+  const Result result = RunShell("ulimit -n 6; exec " + Rngctl() + " doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, testing::HasSubstr("Fix: allow more with ulimit -n"));
+}

@@ -18,8 +18,9 @@ namespace {
   if (::access("/proc/self/exe", F_OK) != 0) {
     throw Refusal(kNegativeAnswer, "rngctl needs /proc to start a process. Fix: mount /proc.");
   }
+  const char* const fix = error == EMFILE ? " Fix: allow more with ulimit -n; 16 are enough." : "";
   throw Refusal(kNegativeAnswer,
-                std::string("Cannot start a process: ") + std::strerror(error) + ".");
+                std::string("Cannot start a process: ") + std::strerror(error) + "." + fix);
 }
 
 // A number that plug-ins are not likely to close, reopen or inherit by accident; and never one of the
