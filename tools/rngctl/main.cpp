@@ -98,17 +98,17 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
       ->check(CLI::Range(1, 3600));
   doctor->footer(
       "Starts the library with all plug-ins in one process, and each examined plug-in alone in a\n"
-      "process of its own, so a crash or a hang ends neither the doctor nor the other\n"
-      "examinations. Where the two results differ, the start counts. What a plug-in prints on\n"
-      "standard error is shown.\n\n"
+      "separate process, so a crash or a hang ends neither the doctor nor the other\n"
+      "examinations. Where the two results differ, the start is authoritative. What a plug-in\n"
+      "prints on standard error is shown.\n\n"
       "Exit status: 0 every installed plug-in works, or is skipped because it needs a display\n"
       "and there is none, the configured default can be used, and other users cannot change what\n"
       "root's processes load or write; with KIND, programs get that generator from the library,\n"
-      "whatever is wrong with others; 1 a plug-in does not work, the default cannot be used, the\n"
+      "even if others have problems; 1 a plug-in does not work, the default cannot be used, the\n"
       "start, the stop or the search for the display fails, or other users can change such files;\n"
       "with KIND, its plug-in is not installed, does not work or lacks a display, or something\n"
       "else prevents programs from getting it; 2 wrong usage; 3 all kinds were examined and no\n"
-      "generator is usable. An examination that fails gives 1, too.");
+      "generator is usable. If an examination fails, the status is 1, too.");
   doctor->callback([&request] { RunDoctor(request); });
 }
 
@@ -127,7 +127,7 @@ void AddCheck(CLI::App& app, CheckRequest& request) {
       ->check(CLI::Range(1, 3600));
   check
       ->add_option("--only", request.only,
-                   "Make only these checks, by the names in the report, separated by commas")
+                   "Run only these checks, named as in the report and separated by commas")
       ->type_name("CHECK[,CHECK]")
       ->allow_extra_args(false)
       ->delimiter(',');

@@ -85,10 +85,12 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"description_is_latin", "description-line", "not UTF-8"},
         Breach{"hardware_id_is_long", "hardware-id", "18 characters", "Shorten it to 17"},
         Breach{"description_has_controls", "description-line", "another control character"},
-        Breach{"hardware_id_has_controls", "plain-texts", "device \"X1\033[2J\" has a line break"},
-        Breach{"hardware_id_has_equals", "plain-texts", "\"slot=1\" has \"=\", so it cannot be"},
+        Breach{"hardware_id_has_controls", "plain-texts",
+               "device \"X1\033[2J\" contains a line break"},
+        Breach{"hardware_id_has_equals", "plain-texts",
+               "\"slot=1\" contains \"=\", so it cannot be"},
         Breach{"report_is_malformed", "device-report",
-               "Line 2 of its report of devices repeats the identifier \"R1\""},
+               "Line 2 of its device report repeats the identifier \"R1\""},
         Breach{"report_names_no_device", "device-report",
                "reports the device \"R2\", but SelectDevice does not accept it",
                "Report the identifiers that SelectDevice accepts."},
@@ -110,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"empty_draw_writes", "empty-draw", "writes into the buffer"},
         Breach{"draw_fails", "draw-succeeds", "returns false"},
         Breach{"forgets_its_device", "refused-device",
-               "GetHardwareId reports \"\"; before it was \"X1\""},
+               "GetHardwareId reports \"\"; before, it was \"X1\""},
         Breach{"stops_when_refusing", "refused-device", "draws fail"},
         Breach{"stays_cancelled", "cancel", "the next draw fails"},
         Breach{"next_draw_is_cancelled", "cancel", "the next draw fails"},
@@ -158,18 +160,18 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     ProcessSnapshot, CheckBreach,
-    testing::Values(
-        Breach{"IgnoreBrokenPipes", "process-state", "It ignores SIGPIPE."},
-        Breach{"Restrict", "process-state",
-               "It changes the umask to 0777, changes the working directory to /dev."},
-        Breach{"StartTimer", "process-state", "It leaves a timer running: ITIMER_REAL."},
-        Breach{"LendVariable", "process-state",
-               "It leaves a part of the environment in memory that is no longer mapped."},
-        Breach{"LendBuffer", "process-state",
-               "It leaves the buffer of stdout in memory that is no longer mapped."},
-        Breach{"LeaveChild", "process-state",
-               "It leaves a child process: a copy of its own (process "},
-        Breach{"blocks_signals_in_draws", "process-state", "It blocks SIGINT."}),
+    testing::Values(Breach{"IgnoreBrokenPipes", "process-state", "It ignores SIGPIPE."},
+                    Breach{"Restrict", "process-state",
+                           "It changes the umask to 0777, changes the working directory to /dev."},
+                    Breach{"StartTimer", "process-state",
+                           "It leaves a timer running: ITIMER_REAL."},
+                    Breach{"LendVariable", "process-state",
+                           "It leaves part of the environment in memory that is no longer mapped."},
+                    Breach{"LendBuffer", "process-state",
+                           "It leaves the buffer of stdout in memory that is no longer mapped."},
+                    Breach{"LeaveChild", "process-state",
+                           "It leaves a child process: a forked copy of the program (process "},
+                    Breach{"blocks_signals_in_draws", "process-state", "It blocks SIGINT."}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -183,7 +185,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"calls_shut_down", "no-lifecycle-calls", "ShutDown is called in Release"},
         Breach{"stops_in_draws", "no-lifecycle-calls", "ShutDown is called in Generate"},
         Breach{"calls_at_exit", "unmapped no-lifecycle-calls", "flag NODELETE"},
-        Breach{"prints", "no-output", "In the check empty-draw it prints \"drawing 0\"."}),
+        Breach{"prints", "no-output", "During the check empty-draw it prints \"drawing 0\"."}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -215,7 +217,7 @@ TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
   EXPECT_THAT(selfTest.at("fix"), StartsWith("Link with the library that has the missing"));
 }
 
-// It crashes wherever the main thread happens to be, which is not to blame.
+// The crash comes wherever the main thread happens to be, so the report must not blame that call.
 TEST(Check, AThreadThatRunsOnIsNamedWhereItCrashes) {
   const json report = Report(Breaking("thread_runs_on"));
   std::size_t crashes = 0;
@@ -223,7 +225,7 @@ TEST(Check, AThreadThatRunsOnIsNamedWhereItCrashes) {
     if (check.value("found", "").find("crashed") == std::string::npos) continue;
     ++crashes;
     EXPECT_EQ("error", check.at("severity"));
-    EXPECT_THAT(check.at("fix"), StartsWith("End and join its threads in Release")) << check;
+    EXPECT_THAT(check.at("fix"), StartsWith("Stop and join its threads in Release")) << check;
   }
   EXPECT_LT(0U, crashes) << report;
 }
@@ -243,15 +245,15 @@ TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
       {"self_test_hangs", "self-test", "did not answer within 1 s", "Make it return soon"},
       {"waits_without_flag", "waits-are-flagged",
        "still waits after 0.25 s, and GetFlags returns 1, wi"},
-      {"ignores_cancel", "cancel", "has not ended 0.75 s after Cancel"},
-      {"cancels_one_draw", "cancel", "has not ended 0.75 s after Cancel"},
+      {"ignores_cancel", "cancel", "does not end within 0.75 s of Cancel"},
+      {"cancels_one_draw", "cancel", "does not end within 0.75 s of Cancel"},
       {"cancelled_draw_succeeds", "cancel", "returns true"},
       {"cancel_waits", "draw-succeeds cancel failed-draw-is-zero",
-       "While a draw waits, Cancel has not returned after 0.5 s", "Let Cancel take no lock"},
+       "While a draw waits, Cancel does not return within 0.5 s", "Cancel must not take a lock"},
       {"large_draw_waits", "cancel failed-draw-is-zero draw-fills-buffer",
-       "While a draw waits, Cancel has not returned after 0.5 s", "Let Cancel take no lock"},
-      {"slow_cancel_waits", "cancel", "Cancel", "Let Cancel take no lock"},
-      {"later_draw_waits", "cancel", "has not ended 0.75 s after Cancel"},
+       "While a draw waits, Cancel does not return within 0.5 s", "Cancel must not take a lock"},
+      {"slow_cancel_waits", "cancel", "Cancel", "Cancel must not take a lock"},
+      {"later_draw_waits", "cancel", "does not end within 0.75 s of Cancel"},
       {"waits_only_once", "cancel", "also ends the next one"},
       {"cancelled_draw_leaves_bytes", "failed-draw-is-zero", "was cancelled"}};
   std::vector<std::string> variants;

@@ -120,7 +120,7 @@ TEST(Check, WhatBreaksDrawsIsNotTakenForASourceThatRunsOut) {
             Reason(Report(Breaking("self_test_breaks_draws")), "concurrent-calls"));
 }
 
-// What threads and the C library's memory for them vary by is no leak.
+// Threads, and the memory that the C library keeps for them, vary in number without a leak.
 TEST(Check, ThreadsThatAreJoinedAreNoGrowth) {
   for (const char* count : {"1", "2", "8", "32"}) {
     const std::string plugin = Breaking("has_threads");
@@ -130,14 +130,14 @@ TEST(Check, ThreadsThatAreJoinedAreNoGrowth) {
   }
 }
 
-// Here no thread fits into the memory that the process may have.
+// The memory limit of the process leaves no room for a thread.
 TEST(Check, WhatTheMachineLacksIsNoFaultOfThePlugin) {
   const Result result = RunShell(
       "ulimit -s 4000000 && ulimit -v 3000000 && " RNGCTL " check --json " + Breaking("correct"));
   const json report = json::parse(result.output);
   EXPECT_EQ("", Failed(report)) << result.output << result.errors;
   for (const char* name : {"cancel", "concurrent-calls", "clean-exit"}) {
-    EXPECT_THAT(Reason(report, name), StartsWith("rngctl itself cannot start a thread here; allow"))
+    EXPECT_THAT(Reason(report, name), StartsWith("rngctl itself cannot start a thread; allow"))
         << name;
   }
 }

@@ -45,7 +45,7 @@ TEST(CheckOnly, OtherFaultsDoNotCount) {
   EXPECT_THAT(result.output, HasSubstr("\n2 checks passed, 0 failed, 0 warnings\n"));
 }
 
-// They judge what all others saw.
+// These checks judge what all the others observed.
 TEST(CheckOnly, ChecksOfTheWholeRunMakeTheOthersToo) {
   const json report = Only("no-exceptions", Breaking("draw_throws"));
   EXPECT_EQ("no-exceptions", AllNames(report));

@@ -38,7 +38,7 @@ TEST(CheckOutput, OfMegabytesIsCounted) {
   EXPECT_LE(40000 * 10, report.at("output").at(0).at("count"));
 }
 
-// A plug-in that waits has asked for something, so its question cannot wait for the report.
+// A plug-in that waits may have asked something, so its question is shown before the report.
 TEST(CheckOutput, ShowsAQuestionAtOnce) {
   const std::string file = TreePath("errors");
   const Result result =

@@ -51,7 +51,7 @@ TEST(Check, APluginCannotSteerTheTerminal) {
   EXPECT_THAT(Check(Breaking("description_has_lines")).output, HasSubstr("\"One?two\""));
 }
 
-// A check that takes long is announced, which moves the cursor; so only quick ones are made.
+// The notice of a slow check moves the cursor, so only quick checks run here.
 TEST(Check, ATerminalShowsColoursUnlessTheyAreRefused) {
   const auto inTerminal = [](const std::string& environment) {
     return RunShell(environment + " script -qec '" RNGCTL " check --only one-export,available " +

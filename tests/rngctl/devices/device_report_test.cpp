@@ -49,7 +49,7 @@ TEST(DeviceReport, DropsLinesThatBreakTheContractAndNamesTheFirst) {
     EXPECT_EQ(1U, report.devices.size()) << line;
     EXPECT_THAT(report.problems, ElementsAre("P")) << line;
     EXPECT_THAT(report.fault,
-                AllOf(testing::StartsWith("Line 2 of its report of devices "), HasSubstr(fault)))
+                AllOf(testing::StartsWith("Line 2 of its device report "), HasSubstr(fault)))
         << line;
   }
 }

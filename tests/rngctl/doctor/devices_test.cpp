@@ -46,24 +46,24 @@ TEST_F(Doctor, AProblemThatAPluginReportsIsTheAdvice) {
   EXPECT_THAT(Run("doctor Rutoken").output, Not(HasSubstr("problem: ")));
 }
 
-// Programs do not call it, so they are not disturbed.
+// Programs never call GetRngReport, so its crash does not affect them.
 TEST_F(Doctor, AReportThatCrashesIsAWarning) {
   InstallBreaking("report_crashes");
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("loaded", row.at("verdict"));
-  EXPECT_EQ(json({"Its report of devices crashed with signal 6 (Aborted)."}), row.at("warnings"));
+  EXPECT_EQ(json({"Its device report crashed with signal 6 (Aborted)."}), row.at("warnings"));
 }
 
 TEST_F(Doctor, AReportThatBreaksTheContractIsAWarning) {
   InstallBreaking("report_is_malformed");
   const json row = ExamineKind("dsdr");
   EXPECT_EQ(1U, row.at("devices").size());
-  EXPECT_EQ(json({"Line 2 of its report of devices repeats the identifier \"R1\"."}),
+  EXPECT_EQ(json({"Line 2 of its device report repeats the identifier \"R1\"."}),
             row.at("warnings"));
 }
 
 TEST_F(Doctor, AReportThatChangesItsSizeIsAWarning) {
   InstallBreaking("report_size_differs");
-  EXPECT_EQ(json({"Its report of devices has a size of 10, then of 20."}),
+  EXPECT_EQ(json({"Its device report has 10 bytes in the first call and 20 in the second."}),
             ExamineKind("dsdr").at("warnings"));
 }

@@ -57,7 +57,7 @@ TEST_F(RngctlTest, AReportThatFailsLeavesTheListWhole) {
   const Result result = Run("list");
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output, HasSubstr("\ndsdr     no           hardware"));
-  EXPECT_EQ("rngctl: \"dsdr\": Its report of devices crashed with signal 6 (Aborted).\n",
+  EXPECT_EQ("rngctl: \"dsdr\": Its device report crashed with signal 6 (Aborted).\n",
             result.errors);
 }
 

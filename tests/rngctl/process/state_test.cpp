@@ -48,10 +48,10 @@ TEST(ProcessSnapshot, NamesSignalsThatAreTreatedDifferently) {
   EXPECT_THAT(Changes([] { std::signal(SIGPIPE, SIG_DFL); }),
               ElementsAre("resets SIGPIPE to its default action"));
   EXPECT_THAT(Changes([] { std::signal(SIGUSR1, Handle); }),
-              ElementsAre(MatchesRegex("leaves a handler of SIGUSR1 in .+")));
+              ElementsAre(MatchesRegex("leaves a handler for SIGUSR1 in .+")));
   EXPECT_THAT(
       Changes([] { std::signal(SIGRTMIN + 2, reinterpret_cast<sighandler_t>(UnmappedPage())); }),
-      ElementsAre("leaves a handler of SIGRTMIN+2 in memory that is no longer mapped"));
+      ElementsAre("leaves a handler for SIGRTMIN+2 in memory that is no longer mapped"));
 }
 
 TEST(ProcessSnapshot, ADefaultActionThatIsRestoredBySignalIsTheSame) {
@@ -64,7 +64,7 @@ TEST(ProcessSnapshot, SeesThatEndedChildrenWouldDisappear) {
                 action.sa_flags = SA_NOCLDWAIT;
                 ::sigaction(SIGCHLD, &action, nullptr);
               }),
-              ElementsAre("changes the flags of the action of SIGCHLD"));
+              ElementsAre("changes the flags of the action for SIGCHLD"));
 }
 
 TEST(ProcessSnapshot, NamesBlockedSignals) {
@@ -129,7 +129,7 @@ TEST(ProcessSnapshot, NamesVariables) {
 TEST(ProcessSnapshot, SeesVariablesInALibraryAndInMemoryThatIsGone) {
   static char text[] = "STATE_B=1";
   EXPECT_THAT(Changes([] { ::putenv(text); }),
-              ElementsAre(MatchesRegex("leaves a part of the environment in .+: STATE_B")));
+              ElementsAre(MatchesRegex("leaves part of the environment in .+: STATE_B")));
   ::unsetenv("STATE_B");
   char* entries[] = {UnmappedPage(), nullptr};
   char** const own = environ;
@@ -141,10 +141,10 @@ TEST(ProcessSnapshot, SeesVariablesInALibraryAndInMemoryThatIsGone) {
   environ = own;
   EXPECT_THAT(
       Compare(before, lost),
-      testing::Contains("leaves a part of the environment in memory that is no longer mapped"));
+      testing::Contains("leaves part of the environment in memory that is no longer mapped"));
   EXPECT_THAT(
       Compare(before, lostWhole),
-      testing::Contains("leaves a part of the environment in memory that is no longer mapped"));
+      testing::Contains("leaves part of the environment in memory that is no longer mapped"));
 }
 
 TEST(ProcessSnapshot, SeesBuffersInALibraryAndInMemoryThatIsGone) {
@@ -176,14 +176,14 @@ TEST(ProcessSnapshot, SeesStandardStreamsThatAreReplacedOrClosed) {
 
 TEST(ProcessSnapshot, NamesChildren) {
   pid_t child = 0;
-  EXPECT_THAT(
-      Changes([&child] {
-        child = ::fork();
-        if (child != 0) return;
-        ::pause();
-        ::_exit(0);
-      }),
-      ElementsAre(MatchesRegex("leaves a child process: a copy of its own \\(process [0-9]+\\)")));
+  EXPECT_THAT(Changes([&child] {
+                child = ::fork();
+                if (child != 0) return;
+                ::pause();
+                ::_exit(0);
+              }),
+              ElementsAre(MatchesRegex(
+                  "leaves a child process: a forked copy of the program \\(process [0-9]+\\)")));
   ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
 }

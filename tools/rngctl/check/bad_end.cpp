@@ -14,10 +14,10 @@ bool HasUnusualSettings(Step step) {
 }
 
 constexpr char kThreadFix[] =
-    "End and join its threads in Release: one was still running when the library was closed, and "
-    "its code was gone.";
+    "Stop and join its threads in Release: one was still running when the library was closed and "
+    "its code unmapped.";
 
-// A thread that runs on crashes wherever the main thread happens to be.
+// A thread that outlives its library crashes wherever the main thread happens to be.
 bool IsCrashOfThread(const Transcript& transcript, const ChildResult& result) {
   return transcript.threadsAreLeft && result.end == ChildEnd::kSignalled;
 }

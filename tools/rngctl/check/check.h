@@ -7,7 +7,7 @@
 struct CheckRequest {
   std::string file;                    ///< the path of the plug-in
   std::string factory;                 ///< empty: the catalogue's
-  std::vector<std::string> only = {};  ///< the checks to make; empty: all
+  std::vector<std::string> only = {};  ///< the checks to run; empty: all
   bool asJson = false;
   unsigned timeout = 10;  ///< seconds for each call
 };

@@ -14,9 +14,9 @@ namespace {
 // What the plug-in throws ends in the watched call. So this is about rngctl.
 std::string WhatIsLacking(const std::system_error& error) {
   if (error.code() != std::errc::resource_unavailable_try_again) {
-    return std::string("rngctl itself cannot go on here: ") + error.what();
+    return std::string("rngctl itself failed: ") + error.what();
   }
-  return "rngctl itself cannot start a thread here; allow more processes (ulimit -u) or more "
+  return "rngctl itself cannot start a thread; allow more processes (ulimit -u) or more "
          "memory "
          "(ulimit -v)";
 }

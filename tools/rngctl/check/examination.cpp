@@ -127,6 +127,6 @@ void Examination::RememberOutput(const ChildResult& result, const std::string& r
   const std::vector<PrintedLine>& lines = result.output.Lines();
   if (lines.empty() || !evidence.output.empty()) return;
   constexpr std::size_t kShown = 60;
-  evidence.output =
-      "In the check " + rule + " it prints " + Quoted(lines.front().text.substr(0, kShown)) + ".";
+  evidence.output = "During the check " + rule + " it prints " +
+                    Quoted(lines.front().text.substr(0, kShown)) + ".";
 }

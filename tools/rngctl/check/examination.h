@@ -12,8 +12,8 @@ class Examination {
   Examination(CheckSubject plugin, std::chrono::seconds timeout)
       : subject(std::move(plugin)), limit(timeout), report{subject.plugin, {}} {}
 
-  /// Makes the chosen checks, or all of them if none is chosen. For one that judges what all children
-  /// saw, the others are made, too, but not reported.
+  /// Runs the chosen checks, or all of them if none is chosen. A check that judges what all children
+  /// saw needs the others, so they run, too, but are not reported.
   CheckReport Run(const std::set<std::string>& chosen);
 
  private:

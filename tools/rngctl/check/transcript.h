@@ -36,7 +36,7 @@ struct Transcript {
   std::set<Step> steps = {};         ///< all
   std::optional<Step> avoided = {};  ///< the known bad step at which it stopped
   std::optional<Finding> finding = {};
-  std::optional<SourceCalls> inDoubt = {};  ///< the fault counts only if these calls alone succeed
+  std::optional<SourceCalls> inDoubt = {};  ///< the fault counts only if these calls succeed alone
   bool drawsWait = false;                   ///< a draw waits for a user or a device
   bool threadsAreLeft = false;  ///< when it was closed, threads were running that were not before
   std::map<Step, std::string> exceptions = {};            ///< what was thrown, by step

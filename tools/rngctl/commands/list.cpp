@@ -130,7 +130,7 @@ void PrintDevices(const std::vector<Reporter>& reporters) {
 
 }  // namespace
 
-// The devices are asked for after the stop: while this process uses a device, a child may not see it.
+// The children run after the stop: while this process uses a device, they may not see it.
 void RunList() {
   std::vector<Reporter> reporters;
   WithStartedAggregator([&reporters] {

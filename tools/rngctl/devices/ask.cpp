@@ -7,19 +7,18 @@
 
 namespace {
 
-DeviceReport Faulty(const std::string& what) {
-  return {{}, {}, "Its report of devices " + what + "."};
-}
+DeviceReport Faulty(const std::string& what) { return {{}, {}, "Its device report " + what + "."}; }
 
 DeviceReport Understand(const DevicesAnswer& answer) {
   if (answer.size == 0) return {};
   const std::string size = std::to_string(answer.size);
   if (answer.size < 0) return Faulty("has the negative size " + size);
   if (answer.size > kLargestReport) {
-    return Faulty("has " + size + " bytes; the largest has " + std::to_string(kLargestReport));
+    return Faulty("has " + size + " bytes; the maximum is " + std::to_string(kLargestReport));
   }
   if (answer.sizeAgain != answer.size) {
-    return Faulty("has a size of " + size + ", then of " + std::to_string(answer.sizeAgain));
+    return Faulty("has " + size + " bytes in the first call and " +
+                  std::to_string(answer.sizeAgain) + " in the second");
   }
   return ParseDeviceReport(answer.text);
 }
@@ -40,7 +39,7 @@ DeviceReport AskForDevices(const std::string& file, const std::string& factory,
   const auto answer = result.Last<DevicesAnswer>();
   if (answer && answer->step == DevicesStep::kEnd) return Understand(*answer);
   const std::string where =
-      answer && answer->step == DevicesStep::kReport ? "" : "cannot be asked for: the plug-in ";
+      answer && answer->step == DevicesStep::kReport ? "" : "could not be read: the plug-in ";
   const bool hasThrown = answer && answer->hasThrown;
   return Faulty(where + (hasThrown ? "threw an exception" : DescribeEnd(result, limit)));
 }

@@ -50,7 +50,7 @@ void RunDevicesChild(int channel) {
   const auto question = BecomeChild<DevicesQuestion>(channel);
   DevicesAnswer answer;
   Begin(DevicesStep::kStart, answer);
-  WatchLifecycleCalls([](LifecycleFunction) {});  // they are the subject of other examinations
+  WatchLifecycleCalls([](LifecycleFunction) {});  // other examinations report them
   void* const library = ::dlopen(question.file.c_str(), RTLD_LAZY | RTLD_GLOBAL);
   try {
     if (library) Ask(library, question.factory, answer);
@@ -60,5 +60,5 @@ void RunDevicesChild(int channel) {
     answer.hasThrown = true;
     Send(answer);
   }
-  ::_exit(0);  // closing is the subject of other examinations, too
+  ::_exit(0);  // other examinations cover closing, too
 }

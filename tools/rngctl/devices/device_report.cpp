@@ -58,7 +58,7 @@ DeviceReport ParseDeviceReport(const std::string& text) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const std::string fault = AddLine(lines[i], report);
     if (fault.empty() || !report.fault.empty()) continue;
-    report.fault = "Line " + std::to_string(i + 1) + " of its report of devices " + fault + ".";
+    report.fault = "Line " + std::to_string(i + 1) + " of its device report " + fault + ".";
   }
   return report;
 }

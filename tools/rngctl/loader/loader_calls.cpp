@@ -16,7 +16,7 @@ Dl_info PlaceOf(const void* code) {
   return info;
 }
 
-// "" when the handle is of no library that is open: a plug-in may close a handle twice.
+// "" if the handle belongs to no open library: a plug-in may close a handle twice.
 std::string FileOfHandle(const void* handle) {
   for (const link_map* map = _r_debug.r_map; map; map = map->l_next) {
     if (map == handle) return map->l_name;

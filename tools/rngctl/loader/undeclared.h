@@ -6,7 +6,7 @@
 struct Undeclared {
   std::string symbol = {};  ///< "" for none
   bool isOfLibrary =
-      false;  ///< the aggregator has it, as does every program that is linked with it
+      false;  ///< the aggregator defines it, so programs that are linked with it have it
 };
 
 /// A symbol that an open plug-in finds only because this program happens to have it, and not in a

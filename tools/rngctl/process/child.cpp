@@ -39,8 +39,8 @@ milliseconds MomentOf(const ChildOrder& order) {
 }
 constexpr std::size_t kMostShown = 1024;
 
-// Takes more than a channel holds, and no more: a child may write faster than this reads. Stops
-// listening at the end.
+// Reads a bounded amount, because a child may write faster than this reads. It is more than a channel
+// holds. Stops listening at the end of the stream.
 std::string ReadPiece(pollfd& place) {
   std::string text;
   char piece[65536];
@@ -53,8 +53,8 @@ std::string ReadPiece(pollfd& place) {
   return text;
 }
 
-// Passes on what a call of the plug-in has printed on standard error when it then prints no more and
-// does not return: it may have asked the user something. One that goes on printing has not.
+// If a call of the plug-in prints on standard error, falls silent and does not return, it may have asked
+// the user something, so the text is passed on. A call that keeps printing is not waiting for an answer.
 class Prompt {
  public:
   explicit Prompt(const ChildOrder& order) : tell(order.whileItWaits), moment(MomentOf(order)) {}

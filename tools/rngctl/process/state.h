@@ -7,8 +7,8 @@
 #include <sys/types.h>
 #include <vector>
 
-/// What a process has only once and code from outside may change: the host relies on it, and a plug-in
-/// should leave it as it was. Threads, open files and memory are in resources.h.
+/// Process-wide state that a plug-in could change and that the host relies on. A plug-in should leave it
+/// as it was. Threads, open files and memory are in resources.h.
 
 /// Where something lies: the file of a library, "" for other memory, or `kUnmapped`.
 using Place = std::string;

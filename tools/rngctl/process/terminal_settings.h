@@ -5,8 +5,8 @@
 
 #include <termios.h>
 
-/// Restores the settings of the terminal at its end: a child that asks the user something, say without
-/// echo, may be ended meanwhile. Does nothing without a terminal, or in the background, where the
+/// Restores the settings of the terminal when it is destroyed: a child may be killed while it asks the
+/// user something with echo off. Does nothing without a terminal, or in the background, where the
 /// terminal belongs to somebody else.
 class TerminalSettings {
  public:

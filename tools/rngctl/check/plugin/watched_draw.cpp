@@ -54,7 +54,7 @@ void CancelDraws(WatchedPlugin& plugin) {
   if (end.wait_for(2 * plugin.Patience()) == std::future_status::ready) return end.get();
   throw EarlyEnd(
       Outcome::kFailed,
-      "While a draw waits, Cancel has not returned after " + InSeconds(2 * plugin.Patience()) + ".",
+      "While a draw waits, Cancel does not return within " + InSeconds(2 * plugin.Patience()) + ".",
       kCancelFix, Severity::kError);
 }
 

@@ -35,7 +35,7 @@ class WatchedDraw {
 std::string InSeconds(std::chrono::milliseconds time);
 
 inline constexpr char kCancelFix[] =
-    "Let Cancel take no lock that a draw holds while it waits: let the draw wait on a condition "
+    "Cancel must not take a lock that a waiting draw holds: let the draw wait on a condition "
     "variable, which releases the lock, or set an atomic flag.";
 
 /// Calls `Cancel` while a draw waits. If the call does not return, the check ends as failed, with an

@@ -17,7 +17,7 @@ Draws Begin(WatchedPlugin& plugin, std::size_t count, std::size_t size) {
   return draws;
 }
 
-// What the search for a draw that waits has found.
+// The result of the search for a draw that waits.
 struct Search {
   Draws waiting;
   std::size_t size = kSmallDraw;  // of those
@@ -28,7 +28,7 @@ struct Search {
 bool Try(WatchedPlugin& plugin, std::size_t count, std::size_t size, Search& search) {
   plugin.RequireTime();
   for (auto& draw : Begin(plugin, count, size)) {
-    // The first draw that waits has used up the time for all.
+    // Waiting for the first draw has used up the time for all of them.
     const bool isFirst = search.waiting.empty();
     if (!draw->EndsWithin(isFirst ? plugin.Patience() : std::chrono::milliseconds(0))) {
       search.waiting.push_back(std::move(draw));
@@ -57,7 +57,7 @@ void TryLargeDraws(WatchedPlugin& plugin, Search& search) {
   if (kFactor * medium < plugin.Patience()) Try(plugin, 1, kLargeDraw, search);
 }
 
-// Perhaps only a later draw waits, or only a large one: a plug-in may have some bytes in store.
+// A plug-in may have some bytes in store, so perhaps only a later or a large draw waits.
 Search FindDrawsThatWait(WatchedPlugin& plugin) {
   constexpr int kMore = 8;
   Search search;
@@ -131,8 +131,8 @@ Finding CheckCancelEndsDraws(WatchedPlugin& plugin) {
   if (hasSucceeded) return CheckSlowDraw(plugin, search.size);
   if (endsLate) return NotExamined(kSlow);
   if (late.empty()) return CheckDrawAfterCancel(plugin, search.size);
-  return Failed("A waiting draw has not ended " + InSeconds(3 * plugin.Patience()) +
-                " after Cancel.");
+  return Failed("A waiting draw does not end within " + InSeconds(3 * plugin.Patience()) +
+                " of Cancel.");
 }
 
 // Perhaps only some draws fail, so several are made until one does. The last one has a size that the

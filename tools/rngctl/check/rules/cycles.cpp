@@ -18,9 +18,9 @@ constexpr std::size_t kShortWindow = 100;  // leaked files must not reach the sy
 constexpr std::size_t kLongWindow = 1000;
 constexpr std::size_t kDrawSize = 32;
 
-// Something that a leak makes grow, and by how much it may grow over a window without being one. The
-// slack is an eighth of what a leak of one block, one mapping or one page in every cycle causes. What
-// varies by chance needs a little more room, however short the window is.
+// A size that grows with a leak, and how much it may grow over a window without counting as a leak. The
+// slack is an eighth of the growth from a leak of one block, mapping or page per cycle. Sizes that vary
+// by chance also get a fixed allowance, for short windows.
 struct Measure {
   const char* what;
   const char* unit;
@@ -142,8 +142,8 @@ void RequireNoGrowth(WatchedPlugin& plugin, std::size_t cycles, const Calls& cal
                                        ".");
 }
 
-// As many as three windows of them take three quarters of the time. If those are too few to show a
-// leak, the check ends for want of time.
+// The number of cycles per window with which three windows take three quarters of the time. If that is
+// too few to show a leak, the check ends as not examined.
 std::size_t ChooseWindow(const WatchedPlugin& plugin, std::chrono::nanoseconds cycle) {
   const auto fitting = static_cast<std::size_t>(plugin.Limit() / 4 / cycle);
   return std::clamp(fitting - fitting % kShortWindow, kShortWindow, kLongWindow);
@@ -190,7 +190,7 @@ std::vector<Rule> CycleRules() {
   return {
       {"load-cycles", Severity::kError,
        "The process does not grow, however often the plug-in is used",
-       "In Release, end and free what start, draws and texts have started or allocated. A "
+       "In Release, stop and free what the start, draws and texts started or allocated. A "
        "statically linked libstdc++ "
        "keeps some memory at each load.",
        CheckLoadCycles},

@@ -25,7 +25,7 @@ Finding CheckDrawSucceeds(WatchedPlugin& plugin) {
   return Passed();
 }
 
-// Whether a draw ends only when it is cancelled. One that is slow ends by itself and succeeds.
+// Whether a draw ends only when it is cancelled. A slow draw ends by itself and succeeds.
 bool Waits(WatchedPlugin& plugin) {
   WatchedDraw draw(plugin, 32, 0);
   if (draw.EndsWithin(plugin.Patience())) return false;
@@ -63,7 +63,7 @@ Finding CheckRefusedDevice(WatchedPlugin& plugin) {
   if (plugin.SelectDevice("no-such-device-\x01")) return NotExamined("it accepts any identifier");
   const std::string now = IdOf(plugin);
   Require(now == id, "After a refused SelectDevice, GetHardwareId reports " + Quoted(now) +
-                         "; before it was " + Quoted(id) + ".");
+                         "; before, it was " + Quoted(id) + ".");
   if (!draws) return id.empty() ? NotExamined("it reports no device and does not draw") : Passed();
   RequireDraw(plugin, "After a refused SelectDevice, draws fail.");
   return Passed();
@@ -113,7 +113,7 @@ std::vector<Rule> DrawRules() {
        "Look for the device first, and change the choice only when it is found.",
        CheckRefusedDevice},
       {"draws-after-calls", Severity::kError, "Draws still succeed after other calls",
-       "Leave the source as it was, in that call and in Release: later draws need it.",
+       "Do not change or close the source in that call or in Release: later draws need it.",
        CheckDrawsAfterCalls},
   };
 }

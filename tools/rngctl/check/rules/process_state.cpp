@@ -76,7 +76,7 @@ std::vector<Rule> ProcessStateRules() {
   return {
       {"process-state", Severity::kError,
        "After unloading, the state of the process is what it was before",
-       "Restore in Release what the plug-in has changed, or better change nothing: signals, umask, "
+       "In Release, restore what the plug-in changed, or better, change nothing: signals, umask, "
        "working directory, locale, timers and environment belong to the host.",
        CheckProcessState},
   };

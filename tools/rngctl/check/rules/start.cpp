@@ -22,7 +22,7 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-// Empty where the rule's own is right: something is not defined.
+// Empty if the rule's own fix applies, because something is undefined.
 std::string FixForLoader(const std::string& words, const std::string& path) {
   const LoaderError error = ParseLoaderError(words);
   if (!error.missingFile.empty()) {
@@ -32,15 +32,15 @@ std::string FixForLoader(const std::string& words, const std::string& path) {
   }
   if (!error.undefinedSymbol.empty()) return "";
   if (ReadElfFacts(path).refusesOpening) {
-    return "Link without -z nodlopen: its flag NOOPEN forbids opening the library.";
+    return "Link without -z nodlopen, which sets the flag NOOPEN: dlopen refuses such a library.";
   }
   if (Contains(words, "version `")) {
-    return "Install the version that it was built with, or build it on the oldest system that it "
-           "is to run on.";
+    return "Install the version that it was built with, or build it on the oldest system that "
+           "you support.";
   }
   if (Contains(words, "static TLS"))
     return "Compile without -ftls-model=initial-exec or local-exec.";
-  return "The loader's words name the cause; LD_DEBUG=all shows what it did before.";
+  return "The loader's message names the cause; LD_DEBUG=all shows what led to it.";
 }
 
 Finding FailedToOpen(const std::string& words, const std::string& path) {
@@ -58,8 +58,8 @@ Finding CheckOpens(WatchedPlugin& plugin) {
   if (undeclared.symbol.empty()) return Passed();
   if (undeclared.isOfLibrary) {
     return Failed("It uses " + undeclared.symbol +
-                      " but is not linked with librngaggregator.so, which defines it: a program "
-                      "that opens the library with dlopen does not offer it to plug-ins.",
+                      " but is not linked with librngaggregator.so, which defines it: plug-ins do "
+                      "not find it in a program that opens the library with dlopen.",
                   "Link it with -lrngaggregator.");
   }
   return Failed(

@@ -85,9 +85,9 @@ bool HasBlankEnd(const std::string& text) {
 // Why it cannot be shown, or stored as the default; "" if it can.
 std::string FlawOf(const std::string& text) {
   if (!IsUtf8(text)) return "is not UTF-8";
-  if (HasControlCharacter(text)) return "has a line break or another control character";
+  if (HasControlCharacter(text)) return "contains a line break or another control character";
   if (text.find('=') != std::string::npos)
-    return "has \"=\", so it cannot be stored as the default";
+    return "contains \"=\", so it cannot be stored as the default";
   if (HasBlankEnd(text)) return "begins or ends with a blank, which is lost when it is stored";
   return "";
 }
@@ -160,7 +160,7 @@ Finding CheckHardwareId(WatchedPlugin& plugin) {
   return Passed();
 }
 
-// A file without the function keeps the rule, too. A dependency's function is not the plug-in's.
+// A file without the function passes. A function that only a dependency defines does not count.
 Finding CheckDeviceReport(WatchedPlugin& plugin) {
   if (!HasDeviceReport(plugin.File().path)) return Passed();
   plugin.Open();
@@ -215,7 +215,7 @@ std::vector<Rule> TextRules() {
        "lines",
        "Report lines of \"device<TAB>identifier<TAB>text\" and \"problem<TAB>text\", and write "
        "what "
-       "the call with null has counted; provider.h has the details.",
+       "the call with null announced; provider.h has the details.",
        CheckDeviceReport},
   };
 }

@@ -146,7 +146,7 @@ void RequireDraws(WatchedPlugin& plugin, const std::array<Witness, kThreads>& wi
   if (!wasRefused) return;
   plugin.FailUnlessRunOut(
       DrawsReliably(plugin)
-          ? "Generate returns true when called alone, and false when other threads call."
+          ? "Generate returns true when called alone, and false when other threads call it, too."
           : "After calls from several threads, draws fail, even when called alone.",
       true);
 }

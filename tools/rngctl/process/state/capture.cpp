@@ -43,7 +43,7 @@ std::set<int> BlockedSignals() {
   return blocked;
 }
 
-// The value of a line such as "Umask:  0022". umask() itself cannot ask without setting.
+// The value of a line such as "Umask:  0022". umask() cannot read the mask without setting it.
 std::string Status(const std::string& name) {
   std::ifstream status("/proc/self/status");
   for (std::string word; status >> word;) {

@@ -35,7 +35,7 @@ std::string DescribeAction(int signal, const SignalAction& action) {
   const std::string name = NameOfSignal(signal);
   if (reinterpret_cast<sighandler_t>(action.handler) == SIG_IGN) return "ignores " + name;
   if (!IsHandler(action)) return "resets " + name + " to its default action";
-  return "leaves a handler of " + name + (action.place.empty() ? "" : " in ") +
+  return "leaves a handler for " + name + (action.place.empty() ? "" : " in ") +
          InWords(action.place);
 }
 
@@ -45,7 +45,7 @@ void AddActions(const ProcessSnapshot& before, const ProcessSnapshot& after, Sen
     if (now.handler != then.handler) {
       found.push_back(DescribeAction(signal, now));
     } else if (EffectiveFlags(signal, now) != EffectiveFlags(signal, then)) {
-      found.push_back("changes the flags of the action of " + NameOfSignal(signal));
+      found.push_back("changes the flags of the action for " + NameOfSignal(signal));
     }
   }
 }
@@ -78,7 +78,7 @@ void AddTimers(const ProcessSnapshot& before, const ProcessSnapshot& after, Sent
 std::string DescribeVariable(const std::string& name, const EnvironmentEntry* then,
                              const EnvironmentEntry& now) {
   if (!now.place.empty() && (!then || now.place != then->place)) {
-    return "leaves a part of the environment in " + InWords(now.place) +
+    return "leaves part of the environment in " + InWords(now.place) +
            (now.place == kUnmapped ? "" : ": " + name);
   }
   if (!then) return "sets the environment variable " + name;
@@ -98,7 +98,7 @@ void AddEnvironment(const ProcessSnapshot& before, const ProcessSnapshot& after,
   }
 }
 
-// Buffers in the C or C++ library are those of a stream without a buffer, or the stream's own.
+// A stream without a buffer, or with its built-in one, uses memory of the C or C++ library.
 bool IsRuntime(const Place& place) {
   const std::string name = InWords(place);
   return name.starts_with("libc.so") || name.starts_with("libstdc++.so");
@@ -137,8 +137,8 @@ void AddChildren(const ProcessSnapshot& before, const ProcessSnapshot& after, Se
     const std::string number = std::to_string(child);
     const std::string program = ProgramOf(number);
     found.push_back("leaves a child process: " +
-                    (program == ProgramOf("self") ? "a copy of its own" : program) + " (process " +
-                    number + ")");
+                    (program == ProgramOf("self") ? "a forked copy of the program" : program) +
+                    " (process " + number + ")");
   }
 }
 

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <map>
 
-/// The memory of this process when the object was built: pointers that others have left may lead
-/// nowhere.
+/// The memory of this process when the object was built. It tells whether a pointer that somebody left
+/// behind can still be read.
 class MemoryMap {
  public:
   MemoryMap();
