@@ -1,4 +1,4 @@
-// Plug-ins that are in order alone, and that no host gets because of others.
+// Plug-ins that work alone, but that no host gets because of others.
 
 #include "tests/rngctl/doctor/doctor.h"
 #include "tests/support/aggregator_library.h"
@@ -38,7 +38,7 @@ TEST_F(Doctor, TwoPluginsWithAClassOfTheSameNameAreToldApart) {
   EXPECT_EQ("contradicted", sobol.at("verdict"));
   EXPECT_EQ(false, sobol.at("kept"));
   EXPECT_EQ(
-      "loaded as \"sobol\", but GetRng(\"sobol\") gives nothing: its generator runs the code of " +
+      "loaded as \"sobol\", but GetRng(\"sobol\") returns null: its generator runs the code of " +
           TreePath("lib/librngdsdr.so"),
       sobol.at("summary"));
   EXPECT_THAT(Text(sobol.at("fix")), HasSubstr("-fvisibility=hidden"));
@@ -54,7 +54,7 @@ TEST_F(Doctor, APluginWithTheNameOfAnotherTakesItsPlace) {
   const json sobol = ExamineKind("sobol");
   EXPECT_EQ("contradicted", sobol.at("verdict"));
   EXPECT_EQ(
-      "loaded as \"sobol\", but a start takes " + TreePath("lib/librngdsdr.so") + " in its place",
+      "loaded as \"sobol\", but a start uses " + TreePath("lib/librngdsdr.so") + " in its place",
       sobol.at("summary"));
   EXPECT_THAT(Text(sobol.at("fix")), HasSubstr("SONAME"));
   EXPECT_EQ(TreePath("lib/librngsobol.so"), sobol.at("file"));
@@ -91,7 +91,7 @@ TEST_F(Doctor, ANameOfAnotherKindHidesThatKind) {
   ASSERT_TRUE(HostGets("sobol"));  // but the other one
   const json sobol = ExamineKind("sobol");
   EXPECT_EQ("contradicted", sobol.at("verdict"));
-  EXPECT_EQ("loaded as \"sobol\", but GetRng(\"sobol\") gives the generator of " +
+  EXPECT_EQ("loaded as \"sobol\", but GetRng(\"sobol\") returns the generator of " +
                 TreePath("lib/librngdsdr.so"),
             sobol.at("summary"));
   EXPECT_EQ(true, sobol.at("kept"));
@@ -137,7 +137,7 @@ TEST_F(Doctor, TwoPluginsWithAnOperationOfTheSameNameAreToldApart) {
   InstallPlugin("sobol", "shared_operation");
   ASSERT_FALSE(HostGets("sobol"));
   EXPECT_EQ(
-      "loaded as \"sobol\", but GetRng(\"sobol\") gives nothing: its generator runs the code of " +
+      "loaded as \"sobol\", but GetRng(\"sobol\") returns null: its generator runs the code of " +
           TreePath("lib/librngdsdr.so"),
       ExamineKind("sobol").at("summary"));
 }

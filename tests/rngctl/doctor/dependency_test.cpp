@@ -34,9 +34,9 @@ TEST_F(DoctorOnDependency, NamesTheOneThatIsBroken) {
   EXPECT_EQ("cannot-be-opened", row.at("verdict"));
   EXPECT_EQ("cannot be opened: \"" + Needed() + "\" is broken: " + Needed() + ": file too short",
             row.at("summary"));
-  EXPECT_EQ("Reinstall the plug-in's dependency \"" + Needed() +
-                "\". The plug-in itself may be in order.",
-            row.at("fix"));
+  EXPECT_EQ(
+      "Reinstall the plug-in's dependency \"" + Needed() + "\". The plug-in itself may be fine.",
+      row.at("fix"));
 }
 
 TEST_F(DoctorOnDependency, NamesTheOneOfAnotherMachine) {
@@ -65,8 +65,8 @@ TEST_F(Doctor, TellsAFunctionOfTheLibraryFromOneThatIsMissing) {
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("loaded", row.at("verdict"));
   ASSERT_EQ(1U, row.at("warnings").size());
-  EXPECT_THAT(
-      Text(row.at("warnings")[0]),
-      AllOf(HasSubstr("needs the function \"GetRng\" of librngaggregator.so"),
-            HasSubstr("works in programs that are linked with it"), HasSubstr("-lrngaggregator")));
+  EXPECT_THAT(Text(row.at("warnings")[0]),
+              AllOf(HasSubstr("uses the function \"GetRng\" of librngaggregator.so"),
+                    HasSubstr("works in programs that are linked with the library"),
+                    HasSubstr("-lrngaggregator")));
 }

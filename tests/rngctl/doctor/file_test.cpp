@@ -57,7 +57,7 @@ TEST_F(Doctor, FindsALinkThatLeadsNowhere) {
   const std::string file = TreePath("lib/librngdsdr.so");
   fs::create_symlink(TreePath("lib/gone"), file);
   const json row = ExamineKind("dsdr");
-  EXPECT_EQ("cannot be opened: it is a dangling link: " + kNoSuchFile, row.at("summary"));
+  EXPECT_EQ("cannot be opened: it is a dangling symbolic link: " + kNoSuchFile, row.at("summary"));
   EXPECT_EQ(file, row.at("file"));
   EXPECT_THAT(Text(row.at("fix")), HasSubstr(file));
 }
@@ -72,9 +72,9 @@ TEST_F(Doctor, NamesWhatIsInAPluginsPlaceAndIsNoFile) {
     EXPECT_EQ("Remove " + file + " and install the vendor's plug-in in its place.", row.at("fix"));
     fs::remove(file);
   };
-  const std::string waits = ", and every program that starts the library waits for it";
+  const std::string waits = ", and every program that starts the library hangs on it";
   ASSERT_EQ(0, ::mkfifo(file.c_str(), 0600));
-  examine("no-answer", "it is a named pipe" + waits);
+  examine("no-answer", "it is a FIFO" + waits);
   fs::create_symlink("/dev/tty", file);
   examine("no-answer", "it is a terminal" + waits);
   ASSERT_EQ(0, ::mknod(file.c_str(), S_IFSOCK | 0600, 0));
@@ -152,7 +152,7 @@ TEST_F(Doctor, ShowsFilesThatLookLikePluginsAndAreOfNoKind) {
             Stray("librngmine.so", none,
                   "Remove it, or give it the file name of its kind; provider.h lists them."),
             Stray("librngsobol.so.1", "the library looks for librngsobol.so, without a version",
-                  "Make " + lib + "librngsobol.so a link to it."),
+                  "Make " + lib + "librngsobol.so a symbolic link to it."),
             Stray("rngaccord.so", none + "; did you mean librngaccord.so?",
                   "Rename it to " + lib + "librngaccord.so.")}),
       report.at("strays"));
@@ -165,8 +165,9 @@ TEST_F(Doctor, AFileThatAPluginIsALinkToIsNoStray) {
   WriteFile(TreePath("lib/librngdsdrr.so"), "");
   const json strays = Examine("").at("strays");
   ASSERT_EQ(1U, strays.size());
-  EXPECT_EQ("nobody loads a plug-in with this name; programs load " + TreePath("lib/librngdsdr.so"),
-            strays[0].at("problem"));
+  EXPECT_EQ(
+      "the library does not load a file of this name; it loads " + TreePath("lib/librngdsdr.so"),
+      strays[0].at("problem"));
   EXPECT_THAT(Run("doctor").output,
-              HasSubstr("\nlibrngdsdrr.so: Remove the one of the two that is out of date.\n"));
+              HasSubstr("\nlibrngdsdrr.so: Remove whichever of the two is out of date.\n"));
 }

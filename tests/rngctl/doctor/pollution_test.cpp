@@ -17,7 +17,7 @@ TEST_F(Doctor, WarnsOfAPluginThatPrints) {
   EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
               ElementsAre(StartsWith("It prints on standard output, so its text is mixed with the "
                                      "output of every program: \"driver?[1m 1.0\".")));
-  // Once, where the plug-in itself is examined.
+  // Reported once, where the plug-in itself is examined.
   EXPECT_EQ(json::array(), Examine("").at("start").at("warnings"));
   EXPECT_THAT(Examine("unixdev").at("start").at("warnings"),
               ElementsAre(StartsWith("A start with all plug-ins prints on standard output")));

@@ -62,7 +62,7 @@ TEST_F(Doctor, ExplainsAServiceThatDoesNotAnswer) {
   InstallKnownPath("no_function");
   const json silent = Examine("dsdr").at("settings");
   EXPECT_EQ(json(), silent.at("file"));
-  EXPECT_EQ("the known-path service names no directory", silent.at("problem"));
+  EXPECT_EQ("the known-path service returns no directory", silent.at("problem"));
   InstallKnownPath("crashing");
   const json crashing = Examine("dsdr").at("settings");
   EXPECT_EQ("the known-path service crashed with signal 6 (Aborted)", crashing.at("problem"));
@@ -77,8 +77,7 @@ TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
   const json settings = Examine("dsdr", "", 1).at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
-  EXPECT_EQ("it is a FIFO: programs that ask for the default wait for ever",
-            settings.at("problem"));
+  EXPECT_EQ("it is a FIFO, so programs that ask for the default hang", settings.at("problem"));
 }
 
 TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {

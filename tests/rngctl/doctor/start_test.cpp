@@ -99,7 +99,7 @@ TEST_F(Doctor, AnotherPluginThatMakesTheStartFailIsNamedWithTheKind) {
       "rngctl: \"unixdev\": loaded as \"unixdev\", but a start with all plug-ins crashed with "
       "signal 6 (Aborted) while loading librnggrandmaster.so.\n",
       result.errors);
-  EXPECT_THAT(result.output, HasSubstr("\nstart, warning: The plug-in of \"grandmaster\" makes "
+  EXPECT_THAT(result.output, HasSubstr("\nstart, warning: The plug-in for \"grandmaster\" makes "
                                        "the start fail. Run \"rngctl doctor grandmaster\""));
   const json report = Examine("unixdev");
   EXPECT_EQ("grandmaster", report.at("start").at("culprit"));
@@ -180,14 +180,14 @@ TEST_F(Doctor, APluginThatOnlyStaysInTheProcessIsNotKept) {
   EXPECT_EQ(false, row.at("kept"));
 }
 
-// A pipe is not opened: programs wait for it, and a device may do something.
+// FIFOs and devices are not opened: a FIFO would hang, and opening a device may have an effect.
 TEST_F(Doctor, AStartThatWouldWaitForAPipeIsNotTried) {
   InstallUnixDev();
   ASSERT_EQ(0, ::mkfifo(TreePath("lib/librngdsdr.so").c_str(), 0600));
   const json report = Examine("unixdev");
   EXPECT_EQ(false, report.at("start").at("tried"));
   EXPECT_EQ("dsdr", report.at("start").at("culprit"));
-  EXPECT_EQ("was not tried, because it would wait for " + TreePath("lib/librngdsdr.so"),
+  EXPECT_EQ("was not tried, because it would hang on " + TreePath("lib/librngdsdr.so"),
             report.at("start").at("problem"));
   EXPECT_EQ("loaded", RowOf(report, "unixdev").at("verdict"));
   EXPECT_EQ(1, Run("doctor unixdev").status);

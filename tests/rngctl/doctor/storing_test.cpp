@@ -1,4 +1,4 @@
-// Whether a default can be stored: what the doctor foresees against what storing does.
+// Whether a default can be stored: compares what the doctor says with what storing does.
 
 #include "tests/rngctl/doctor/doctor.h"
 #include "tests/support/permissions.h"
@@ -69,7 +69,7 @@ void Unmark(const std::string& path) { static_cast<void>(Mark(path, 0)); }
 
 void SetMode(const std::string& path, unsigned mode) { fs::permissions(path, fs::perms(mode)); }
 
-// etc/ becomes a directory like /tmp, of another user.
+// Turns etc/ into another user's directory with the permissions of /tmp.
 bool MakeSticky() {
   SetMode(Folder(), 01777);
   return Give(Folder(), kAnother);
@@ -160,7 +160,7 @@ const std::vector<Situation> kSituations = {
 };
 // clang-format on
 
-// The directories belong to whoever stores.
+// The user who stores the default owns the directories.
 void LayOut() {
   for (const std::string& folder : {Folder(), TreePath("place")}) {
     fs::create_directories(folder);

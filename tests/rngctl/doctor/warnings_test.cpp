@@ -46,7 +46,7 @@ TEST_F(Doctor, WarnsOfAFileForThisProcessorThatComesBeforeTheOther) {
   fs::copy(TreePath("lib/librngdsdr.so"), folder);
   const json row = ExamineKind("dsdr");
   EXPECT_EQ(folder + "/librngdsdr.so", row.at("file"));
-  EXPECT_EQ(json({"The loader takes " + folder + "/librngdsdr.so instead of " +
-                  TreePath("lib/librngdsdr.so") + ". Remove the one that is not wanted."}),
+  EXPECT_EQ(json({"The loader opens " + folder + "/librngdsdr.so instead of " +
+                  TreePath("lib/librngdsdr.so") + ". Remove the one that you do not need."}),
             row.at("warnings"));
 }

@@ -30,13 +30,14 @@ std::string NameOf(std::string variant, const std::string& display) {
   return variant + display;
 }
 
-// One leaves processes. One writes to descriptors of the doctor, which a host does not have. One runs on
-// when it is unloaded, and crashes by chance. One lets the host open no file to write to. Other cases cover them.
+// Left out, because other cases cover them: a plug-in that leaves processes, one that writes to the
+// doctor's own descriptors, one whose thread outlives it and crashes by chance, and one that leaves the
+// host without a descriptor to write its answers to.
 const std::set<std::string> kNotHere = {"leaves_process", "breaking/garbles_messages",
                                         "breaking/thread_runs_on",
                                         "disturbing/LowerDescriptorLimit"};
 
-// Why the doctor says something else than this host sees.
+// Why the doctor and this host differ.
 std::string DifferenceOf(const std::string& variant) {
   const std::map<std::string, std::string> differences = {
       {"breaking/calls_at_exit",

@@ -1,5 +1,5 @@
-// A host as people write them: starts the library, asks for every kind and for the default, stops.
-// What it sees goes into the file that its argument names, line by line, because a plug-in may end it.
+// A typical host: starts the library, looks up every kind and the default, and stops. It writes what it
+// sees line by line to the file in its argument, because a plug-in may end the process.
 
 #include "tests/support/kinds.h"
 

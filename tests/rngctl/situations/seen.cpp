@@ -42,7 +42,7 @@ pid_t StartHost(const std::string& environment, const std::string& file) {
   return host;
 }
 
-// Waits for its end, or until it stops, and ends it at last.
+// Waits until the process ends or stops, and kills it if it has not ended.
 std::string WatchHost(pid_t host) {
   int status = 0;
   for (int tick = 0; tick < 100 * kPatience; ++tick) {
@@ -83,10 +83,10 @@ Seen WithoutDetails(const std::string& problem) {
   std::smatch end;
   const std::regex ends(
       "did not answer|crashed with signal [0-9]+|exited with status [0-9]+|threw an exception|"
-      "was stopped by signal [0-9]+|deadlocks|would wait|wait for ever");
+      "was stopped by signal [0-9]+|deadlocks|would hang|default hang");
   const std::string words = std::regex_search(problem, end, ends) ? end.str() : problem;
-  const bool isWaiting = words == "deadlocks" || words.find("wait") != std::string::npos;
-  return isWaiting ? "did not answer" : words;
+  const bool isHanging = words == "deadlocks" || words.find("hang") != std::string::npos;
+  return isHanging ? "did not answer" : words;
 }
 
 std::string DefaultOf(const json& report) {
@@ -100,7 +100,7 @@ std::string DefaultOf(const json& report) {
 Seen ReadReport(const json& report) {
   const json problem = report.at("start").at("problem");
   if (!problem.is_null()) return WithoutDetails(problem);
-  const json unread = report.at("settings").at("problem");  // who asks for the default ends so
+  const json unread = report.at("settings").at("problem");
   if (!unread.is_null() && WithoutDetails(unread) != unread) return WithoutDetails(unread);
   Seen kinds;
   for (const json& row : report.at("generators")) {

@@ -3,9 +3,9 @@
 
 #include <string>
 
-/// What a start of the library comes to, in one line: "dsdr unixdev; default usable" are the kinds for
-/// which a host gets the object of that kind's plug-in, and the configured default, if there is one; or
-/// how the start or the stop ended: "crashed with signal 6".
+/// The result of a start in one line. "dsdr unixdev; default usable" lists the kinds for which a host
+/// gets the object of that kind's plug-in, and the configured default, if there is one. If the start or
+/// the stop fails, the line says how it ended: "crashed with signal 6".
 using Seen = std::string;
 
 /// Runs a host in the tree.

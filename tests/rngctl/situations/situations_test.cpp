@@ -30,7 +30,7 @@ bool NamesPath(const std::string& report, const std::string& path) {
   return false;
 }
 
-// A host that gets no generator, or not the configured one, deserves more than silence.
+// If a host gets no generator, or not the configured one, the doctor must report a problem.
 bool MayBeInOrder(const Seen& seen) {
   for (const char* bad : {"signal", "status", "threw", "did not answer", "nothing", "unusable"}) {
     if (seen.find(bad) != std::string::npos) return false;

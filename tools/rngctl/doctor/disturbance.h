@@ -16,11 +16,11 @@ void PutDisturbance(GeneratorReport& report, DoctorVerdict verdict, const std::s
 /// The verdict on a plug-in whose child ended like this.
 DoctorVerdict VerdictOf(const ChildResult& result);
 
-/// Whether every program fails that comes to this step of the plug-in.
+/// Whether every program that reaches this step of the plug-in fails.
 bool IsDisturbance(const GeneratorReport& row);
 
-/// The rest of a sentence about what a plug-in, or a start, does to every program: it prints this on
-/// standard output; it "changes the umask to 0077".
+/// A sentence without its subject, a plug-in or a start, about what it does to every program: it prints
+/// on standard output, or it "changes the umask to 0077".
 std::string DescribePrinting(const PrintedLines& printed);
 std::string DescribeChange(const std::string& change);
 

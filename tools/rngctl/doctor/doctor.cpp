@@ -48,7 +48,7 @@ void WarnOfBinding(GeneratorReport& report, const std::string& path, Limit limit
   if (!warning.empty()) report.warnings.push_back(warning);
 }
 
-// The file that a start takes. Where the start did not come so far, the one that the loader would take.
+// The file that a start opened. If the start did not get that far, the one that the loader would open.
 std::string FindPath(const ProviderCatalogueEntry& row, const SearchOrder& search,
                      const StartEvidence& start) {
   const StartAnswer* const answer = start.Fullest();
@@ -61,8 +61,8 @@ std::string FindPath(const ProviderCatalogueEntry& row, const SearchOrder& searc
 void WarnOfSecondFile(GeneratorReport& report, const SearchOrder& search) {
   const std::string expected = FindAsLoaderDoes(report.libraryFile, search);
   if (expected.empty() || IsSameFile(expected, report.file)) return;
-  report.warnings.push_back("The loader takes " + report.file + " instead of " + expected +
-                            ". Remove the one that is not wanted.");
+  report.warnings.push_back("The loader opens " + report.file + " instead of " + expected +
+                            ". Remove the one that you do not need.");
 }
 
 GeneratorReport FindGenerator(const ProviderCatalogueEntry& row, const DoctorReport& found,

@@ -22,7 +22,7 @@ Answer Understand(const ChildResult& result, const std::string& subject, std::ch
   return {};
 }
 
-/// What is found out before any plug-in is examined. The X library is other people's code, too, so a
+/// What is found out before any plug-in is examined. The X library is third-party code, too, so a
 /// child asks it. Where a child gives no usable answer, that is added to
 /// `failures` in a sentence, and the rest of the examination goes on.
 SearchOrder FindSearch(std::chrono::seconds limit, std::vector<std::string>& failures);

@@ -149,11 +149,10 @@ std::string BindingWarning(const std::optional<BindingAnswer>& answer) {
     return "Some of its dependencies are missing: " + error.words + ".";
   }
   if (answer->isOfLibrary) {
-    return "It needs the function " + Quoted(answer->undeclared) +
-           " of librngaggregator.so without being linked with that library: it works in programs "
-           "that are linked with it, and fails in programs that open it with dlopen. Ask the "
-           "vendor "
-           "to link the plug-in with -lrngaggregator.";
+    return "It uses the function " + Quoted(answer->undeclared) +
+           " of librngaggregator.so but is not linked with that library. It works in programs that "
+           "are linked with the library, and fails in programs that open it with dlopen. Ask the "
+           "vendor to link the plug-in with -lrngaggregator.";
   }
   const std::string& missing = error.words.empty() ? answer->undeclared : error.undefinedSymbol;
   if (missing.empty()) return "";

@@ -34,9 +34,9 @@ struct Cause {
 // What is wrong with a library that the plug-in needs.
 Cause CauseIn(const LoaderError& error, const GeneratorReport& report) {
   const std::string name = Quoted(error.file);
-  const std::string notThePlugin = " The plug-in itself may be in order.";
+  const std::string notThePlugin = " The plug-in itself may be fine.";
   if (Contains(error.words, "Permission denied")) {
-    return {"may not be read by this user",
+    return {"is not readable by this user",
             "Make the plug-in's dependency " + name + " readable for this user." + notThePlugin};
   }
   if (!error.missingFile.empty()) return {"is missing", FixMissing(report, error.missingFile)};
@@ -45,14 +45,14 @@ Cause CauseIn(const LoaderError& error, const GeneratorReport& report) {
             "Install a build of the dependency " + name + " for this system." + notThePlugin};
   }
   if (Contains(error.words, ": version `") || !error.undefinedSymbol.empty()) {
-    return {"does not fit the plug-in",
+    return {"is not the version that the plug-in needs",
             "Install the version of the dependency " + name +
                 " that the plug-in was built with, or the vendor's plug-in for this system."};
   }
   return {"is broken", "Reinstall the plug-in's dependency " + name + "." + notThePlugin};
 }
 
-// The loader skips some files and reports only its last failure, so its words do not say why.
+// The loader skips some files and reports only its last failure, so its message does not say why.
 void PutPassedOver(GeneratorReport& report, const LoaderError& error) {
   const FileFault fault = FindFileFault(report.file);
   const bool isForeign = fault.reason.empty();
@@ -69,11 +69,12 @@ void PutFailed(GeneratorReport& report, const LoaderError& error) {
   if (!error.undefinedSymbol.empty()) {
     return Put(report, DoctorVerdict::kCannotBeOpened, kSummary + error.words,
                "Install the versions of its dependencies that the plug-in was built with: one of "
-               "them has the function " +
-                   Quoted(error.undefinedSymbol) + ". Or use the vendor's build for this system.");
+               "them must define the function " +
+                   Quoted(error.undefinedSymbol) +
+                   ". Or install the vendor's build for this system.");
   }
   Put(report, DoctorVerdict::kCannotBeOpened, kSummary + reason + error.words,
-      fault.fix.empty() ? "Reinstall the plug-in; use the vendor's build for this system."
+      fault.fix.empty() ? "Reinstall the plug-in, using the vendor's build for this system."
                         : fault.fix);
 }
 
@@ -94,7 +95,7 @@ void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
   if (!uncached.empty()) {
     report.file = uncached;
     return Put(report, DoctorVerdict::kCannotBeOpened,
-               kSummary + ("the loader's cache does not have " + uncached),
+               kSummary + ("the loader's cache does not list " + uncached),
                "Run ldconfig as root: the loader finds a file in that directory only through its "
                "cache.");
   }
@@ -109,7 +110,7 @@ void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
 }
 
 void PutSpecialFile(GeneratorReport& report, const FileFault& fault) {
-  const std::string wait = ", and every program that starts the library waits for it";
+  const std::string wait = ", and every program that starts the library hangs on it";
   Put(report, fault.neverOpens ? DoctorVerdict::kNoAnswer : DoctorVerdict::kCannotBeOpened,
       kSummary + fault.reason + (fault.neverOpens ? wait : ""), fault.fix);
 }

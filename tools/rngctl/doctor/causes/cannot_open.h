@@ -4,14 +4,14 @@
 #include "tools/rngctl/doctor/causes/file_fault.h"
 #include "tools/rngctl/doctor/report.h"
 
-/// The verdicts on a plug-in that the loader does not open. `report.file` is the file that it would
-/// take, or empty.
+/// The verdicts on a plug-in that the loader does not open. `report.file` is the file that the loader
+/// would open, or empty.
 
-/// `words` are the loader's.
+/// `words` is the loader's message.
 void PutCannotBeOpened(GeneratorReport& report, const std::string& words,
                        const SearchOrder& search);
 
-/// On what is not a file, which nobody has tried to open.
+/// For a FIFO, a socket or a device, which the doctor does not open.
 void PutSpecialFile(GeneratorReport& report, const FileFault& fault);
 
 void PutNotInstalled(GeneratorReport& report, const SearchOrder& search);

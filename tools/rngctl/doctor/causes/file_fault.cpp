@@ -20,7 +20,7 @@ bool IsTerminal(const struct stat& file) {
 }
 
 std::string NameOfType(const struct stat& file) {
-  if (S_ISFIFO(file.st_mode)) return "it is a named pipe";
+  if (S_ISFIFO(file.st_mode)) return "it is a FIFO";
   if (S_ISSOCK(file.st_mode)) return "it is a socket";
   if (S_ISDIR(file.st_mode)) return "it is a directory";
   if (IsTerminal(file)) return "it is a terminal";
@@ -44,7 +44,7 @@ FileFault FaultOfPath(const std::string& file, int error) {
   if (!fs::is_symlink(file, unknown)) return {};
   const std::string target = fs::read_symlink(file, unknown);
   return {
-      error == ELOOP ? "it is a link that leads back to itself" : "it is a dangling link",
+      error == ELOOP ? "it is a symbolic link loop" : "it is a dangling symbolic link",
       "Reinstall the plug-in: " + file + " is a link to " + target + ", where there is no file."};
 }
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Any other plug-in is not started once more: it would disturb again, or there is none.
+// Other plug-ins are not started again: they would fail again, or there is none.
 bool CanBeAsked(const GeneratorReport& report) {
   const std::set<DoctorVerdict> orderly = {DoctorVerdict::kLoaded, DoctorVerdict::kNameless,
                                            DoctorVerdict::kWrongName, DoctorVerdict::kNotAvailable,

@@ -6,8 +6,8 @@
 
 #include <chrono>
 
-/// Adds the devices and problems that the plug-in of a judged row reports, if it does. A plug-in knows
-/// better than the doctor why it is not available, so its problems then become the advice.
+/// Adds the devices and problems that the plug-in reports, if any, to a row that has its verdict. A
+/// plug-in knows better than the doctor why it is not available, so its problems become the advice.
 void AddReported(GeneratorReport& report, const ProviderCatalogueEntry& row,
                  std::chrono::seconds limit);
 

@@ -20,7 +20,7 @@ SpecialFiles FindSpecialFiles(const SearchOrder& search, bool hasDisplay) {
 
 StartReport ForeseeBlockedStart(const SpecialFiles& files) {
   StartReport start;
-  start.problem = "was not tried, because it would wait for " + files.file;
+  start.problem = "was not tried, because it would hang on " + files.file;
   start.preventsUse = true;
   start.culprit = files.blocking;
   return start;

@@ -6,15 +6,15 @@
 #include <string>
 #include <vector>
 
-/// The pipes, sockets and devices in the places of plug-ins. The doctor does not open them, so a start
-/// must not, either.
+/// FIFOs, sockets and devices with the names of plug-ins. Neither the doctor nor the start that it
+/// tries may open them.
 struct SpecialFiles {
   std::vector<std::string> kinds = {};  ///< whose plug-in is one
   std::string blocking = {};            ///< the first of them that never opens; "" for none
   std::string file = {};                ///< its path
 };
 
-/// `hasDisplay` says whether the library comes to the kinds that need a display.
+/// `hasDisplay` says whether the library tries the kinds that need a display.
 SpecialFiles FindSpecialFiles(const SearchOrder& search, bool hasDisplay);
 
 /// The report of a start that would wait for the file that never opens.

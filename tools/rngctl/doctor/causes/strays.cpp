@@ -32,7 +32,7 @@ std::string PluginPart(const std::string& library) {
   return rest.substr(3, rest.size() - 3 - (sizeof kSuffix - 1));
 }
 
-// The file name that the plug-in should have: by its factory, else the one that is most alike.
+// The file name that the plug-in should have: the one for its factory, otherwise the most similar one.
 std::string FindRightName(const fs::path& file) {
   if (const std::string own = FileNameByFactory(file); !own.empty()) return own;
   std::vector<std::string> known;
@@ -56,12 +56,12 @@ StrayFile Describe(const fs::path& file) {
   const fs::path place = file.parent_path() / right;
   std::error_code absent;
   if (fs::exists(place, absent)) {
-    return {file, "nobody loads a plug-in with this name; programs load " + place.string(),
-            "Remove the one of the two that is out of date."};
+    return {file, "the library does not load a file of this name; it loads " + place.string(),
+            "Remove whichever of the two is out of date."};
   }
   if (WithoutVersion(file.filename()) == right) {
     return {file, "the library looks for " + right + ", without a version",
-            "Make " + place.string() + " a link to it."};
+            "Make " + place.string() + " a symbolic link to it."};
   }
   return {file, "no kind has a plug-in with this name; did you mean " + right + "?",
           "Rename it to " + place.string() + "."};

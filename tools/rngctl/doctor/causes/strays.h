@@ -5,7 +5,8 @@
 
 #include <vector>
 
-/// Files in the searched directories that are named almost like plug-ins, so that nobody loads them.
+/// Files in the searched directories that are named almost like plug-ins. The library does not load
+/// them.
 std::vector<StrayFile> ListStrays(const SearchOrder& search);
 
 #endif

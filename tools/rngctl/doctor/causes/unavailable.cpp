@@ -21,7 +21,7 @@ std::string FixDataFile(const std::string& file) {
   std::error_code unknown;
   if (!fs::is_regular_file(file, unknown)) return "Replace " + file + ": it is not a data file.";
   if (fs::file_size(file, unknown) == 0) return "Replace its data file " + file + ": it is empty.";
-  return "Check its data file " + file + ": it may be damaged, or all of its data used.";
+  return "Check its data file " + file + ": it may be damaged, or all of its data used up.";
 }
 
 }  // namespace
@@ -29,16 +29,18 @@ std::string FixDataFile(const std::string& file) {
 std::string FixUnavailable(const ProviderCatalogueEntry& row, const std::string& dataFile) {
   if (!dataFile.empty()) return FixDataFile(dataFile);
   if (row.needsDisplay) {
-    return "It asks the user in a window: run it in a graphical session of this user, and make "
+    return "It asks the user in a window: run the program in a graphical session of this user, and "
+           "make "
            "sure that the programs and libraries that draw the window are installed.";
   }
   if (row.name == rngBioKb) {
-    return "It asks the user to type: run it in a terminal, with standard input, and make sure "
+    return "It asks the user to type: run the program in a terminal, with standard input, and make "
+           "sure "
            "that the program that asks is installed.";
   }
   if (row.name == rngUnixDev) {
-    return "It reads the system's own generator: make sure that a sandbox or container does not "
-           "prevent getrandom or the reading of /dev/urandom.";
+    return "It reads the system's own generator: make sure that no sandbox or container blocks "
+           "getrandom or /dev/urandom.";
   }
   return "Connect the device, and make sure that its driver is running, that its licence is valid, "
          "and that this user may use it.";

@@ -12,7 +12,7 @@ namespace {
 
 using Row = ProviderCatalogueEntry;
 
-// Of anything but a file nothing is read: that might never return.
+// Reads only regular files: reading anything else might never return.
 std::vector<std::string> ExportsOf(const std::string& file) {
   std::error_code unknown;
   if (!std::filesystem::is_regular_file(file, unknown)) return {};
@@ -29,7 +29,7 @@ bool Exports(const std::string& file, const Row& row) {
 }
 
 std::string ForAuthors(const GeneratorReport& report) {
-  return " Its author runs \"rngctl check " + report.file + "\".";
+  return " Its author can check it with \"rngctl check " + report.file + "\".";
 }
 
 std::string InstallAs(const Row& row) {

@@ -10,7 +10,7 @@
 
 #include <rngaggregator/provider.h>
 
-/// More of a text tells nobody anything, and it is sent again with each step.
+/// Longer texts are cut: each one is sent again with every step, and no reader needs more.
 constexpr std::size_t kMostText = 4096;
 
 /// Makes the two calls with which the library reads a name.
@@ -19,8 +19,8 @@ ReportedName AskForName(IRngProvider& provider);
 /// The message of the exception that is being handled, "" without one. Its class must still be loaded.
 std::string MessageOfException();
 
-/// Adds what is different in this process, in sentences without subject, unless it is there already. Left
-/// out are its children: the parent sees all that is left running.
+/// Adds what has changed in this process, in sentences without a subject. Changes that are already in the
+/// list are left out. So are child processes, because the parent sees everything that is left running.
 void AddChanges(std::vector<std::string>& changes, ProcessSnapshot before);
 
 #endif

@@ -7,7 +7,7 @@
 
 #include <rngaggregator/provider.h>
 
-/// What can be told about the started library without calling a plug-in.
+/// What the doctor can find out about the started library without calling a plug-in.
 
 /// The generator with the files that hold its operations.
 StartedGenerator Locate(IRngProvider* provider);

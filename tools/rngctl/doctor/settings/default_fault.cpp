@@ -16,16 +16,16 @@ std::vector<std::string> AllKinds() {
   return kinds;
 }
 
-// rng.ini has neither quotes nor comments, so both would be part of the value.
+// The reader of rng.ini knows neither quotes nor comments, so both are part of the value.
 DefaultFault FindFaultOfForm(const std::string& what, const std::string& value) {
   const std::string fix =
       "Correct the line in the settings file, or store the default with \"rngctl "
       "default set\".";
   const bool isQuoted = value.find_first_of("\"'") != std::string::npos;
   if (isQuoted)
-    return {what + " " + Quoted(value) + " has quotes, which count as a part of it", fix};
+    return {what + " " + Quoted(value) + " has quotes, which are part of the value", fix};
   if (value.find_first_of(";#") != std::string::npos) {
-    return {what + " " + Quoted(value) + " has a comment, which counts as a part of it", fix};
+    return {what + " " + Quoted(value) + " has a comment, which is part of the value", fix};
   }
   if (value.size() < kRngNameSize) return {};
   return {what + " " + Quoted(value) + " is longer than 17 bytes", fix};
@@ -58,7 +58,7 @@ DefaultFault ExplainNotFound(const DoctorReport& report, const std::string& type
     return {"its plug-in is not loaded", "Run \"rngctl doctor " + type + "\" to find out why."};
   }
   return {"its plug-in is not usable: " + row->summary,
-          "Follow the advice on " + type +
+          "Follow the advice for " + type +
               ", or store another default with \"rngctl default set "
               "KIND\"."};
 }
@@ -76,7 +76,7 @@ std::string FixDevice(const DoctorReport& report) {
     return "Connect that device, store another one with " + command +
            " DEVICE\", or accept any device with " + command + "\".";
   }
-  return "The devices are " + known + ". Connect the other one, or store one of these with " +
+  return "The devices are " + known + ". Connect the configured one, or store one of these with " +
          command + " DEVICE\".";
 }
 

@@ -16,10 +16,10 @@ void AddProblem(SettingsReport& report, const SettingsAnswer& answer, const Chil
     report.problem = WhatEnded(answer.step) + DescribeEnd(result, limit);
     report.endsHosts = answer.step <= SettingsStep::kDefault;
   } else if (answer.isFifo) {
-    report.problem = "it is a FIFO: programs that ask for the default wait for ever";
+    report.problem = "it is a FIFO, so programs that ask for the default hang";
     report.endsHosts = true;
   } else if (!answer.isKnown) {
-    report.problem = "the known-path service names no directory";
+    report.problem = "the known-path service returns no directory";
   }
   if (report.writingFault.empty() && answer.step == SettingsStep::kDefault) {
     report.writingFault = "it cannot be read";  // which storing does, too

@@ -47,7 +47,7 @@ std::string KindOfFile(const PathFacts& facts) {
     case S_IFSOCK:
       return "a socket";
     case S_IFLNK:
-      return "a link";
+      return "a symbolic link";
     case S_IFREG:
       return "a file";
     default:

@@ -20,19 +20,19 @@ std::string WhyNotAccessible(const std::string& path, int mode) {
 
 std::string WhyNotReachable(const std::string& path, const PathFacts& through) {
   const bool isLink = LookAtEntry(path).IsLink();
-  if (isLink && through.error == ELOOP) return path + " is a link that leads in a circle";
-  if (isLink && through.error == ENOENT) return path + " is a dangling link";
+  if (isLink && through.error == ELOOP) return path + " is a symbolic link loop";
+  if (isLink && through.error == ENOENT) return path + " is a dangling symbolic link";
   return path + " cannot be reached (" + std::strerror(through.error) + ")";
 }
 
-// The system gives a few last blocks to root alone.
+// The last few blocks are reserved for root.
 std::string WhyNoSpace(const std::string& directory, std::uint64_t bytes) {
   struct statvfs disk = {};
   if (::statvfs(directory.c_str(), &disk) != 0 || disk.f_blocks == 0) return "";
   const std::uint64_t blocks = ::geteuid() == 0 ? disk.f_bfree : disk.f_bavail;
   if (blocks < bytes / disk.f_frsize + 1) return "the disk of " + directory + " is full";
   if (disk.f_files != 0 && disk.f_ffree == 0) {
-    return "the disk of " + directory + " has no room for another file";
+    return "the disk of " + directory + " has no free inodes";
   }
   return "";
 }
@@ -45,8 +45,8 @@ std::string WhyNotCreatable(const std::string& directory, std::uint64_t bytes) {
   return refusal.empty() ? WhyNoSpace(directory, bytes) : refusal;
 }
 
-// The kernel may refuse everybody, even root, to open somebody else's file in a sticky directory like
-// /tmp, if the open would also create it.
+// With O_CREAT, the kernel may refuse to open another user's file in a sticky directory such as /tmp,
+// even for root.
 std::string WhyProtected(const std::string& path, const PathFacts& file) {
   const PathFacts place = LookThrough(DirectoryOf(path));
   const bool isShared = (place.mode & S_ISVTX) != 0 && (place.mode & (S_IWOTH | S_IWGRP)) != 0;
@@ -57,7 +57,7 @@ std::string WhyProtected(const std::string& path, const PathFacts& file) {
   return path + " belongs to another user in a sticky directory";
 }
 
-// Where the links lead that the kernel can follow.
+// Where the links of the path lead, as far as the kernel can follow them.
 std::string TargetOf(const std::string& path) {
   const std::vector<std::string> places = FollowLinks(path);
   return places.empty() ? path : places.back();
@@ -69,7 +69,7 @@ bool LeadsTo(const std::string& link, const std::string& entry) {
   return !entries.empty() && std::find(places.begin(), places.end(), entries[0]) != places.end();
 }
 
-// Opening for writing, which cuts the file.
+// Opening for writing, which truncates the file.
 std::string WhyNotOverwritable(const std::string& path, const PathFacts& file,
                                std::uint64_t bytes) {
   if (!file.IsRegular()) return path + " is " + KindOfFile(file);
@@ -120,13 +120,13 @@ std::string WhyNotReplaceable(const std::string& file, std::uint64_t bytes) {
   if (refusal.empty()) refusal = WhyNotWritable(temporary, bytes);
   if (refusal.empty()) refusal = WhyNotRemovable(temporary);
   if (refusal.empty() && LeadsTo(temporary, file)) {
-    refusal = temporary + " is a link to " + file;  // which is removed first
+    refusal = temporary + " is a symbolic link to " + file;  // which is removed first
   }
   return refusal;
 }
 
-// The directory that will exist when the missing ones above the file are created. Stops at what is in
-// the way of creating them.
+// The nearest existing entry above the file: the missing directories are created in it. If it is not
+// a directory, they cannot be.
 std::string NearestDirectory(const std::string& file) {
   std::string directory = DirectoryOf(file);
   while (LookAtEntry(directory).error == ENOENT) directory = DirectoryOf(directory);

@@ -3,8 +3,8 @@
 
 #include <string>
 
-/// Why this user cannot store a default in `file`, "" if that is possible. Foresees what storing does,
-/// and opens and changes nothing:
+/// Why this user cannot store a default in `file`, "" if that is possible. It opens and changes
+/// nothing, and predicts what storing does:
 ///
 /// - It creates missing directories.
 /// - It creates a missing file, through a link if it is one.
@@ -12,7 +12,7 @@
 /// - It copies any other file to `file` + ".tmp", removes it, and puts the copy in its place.
 ///
 /// The kind and the device are stored one after the other, so a new file is replaced at once, too. What
-/// a security module forbids cannot be foreseen.
+/// a security module forbids cannot be predicted.
 std::string WhyNotStorable(const std::string& file);
 
 #endif

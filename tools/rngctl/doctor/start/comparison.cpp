@@ -7,7 +7,7 @@
 
 namespace {
 
-// What the start made of one row.
+// What the start shows about one row.
 struct Fate {
   std::string own;  // the file of its plug-in
   const KindLookup* lookup = nullptr;
@@ -21,7 +21,7 @@ bool IsOwn(const StartedGenerator& generator, const std::string& own, const Star
   return LiesIn(generator, own) || ForeignFileOf(generator, own, answer).empty();
 }
 
-// Nothing that can be seen: programs reach it neither by its name nor by its flags.
+// Nobody notices: programs reach the generator neither by its name nor by its flags.
 bool IsHidden(const GeneratorReport& row) {
   return row.isKept && row.isFlagless && row.verdict != DoctorVerdict::kLoaded;
 }
@@ -35,12 +35,12 @@ Fate FindFate(const GeneratorReport& row, const StartAnswer& answer) {
   fate.isFound = fate.found && IsOwn(*fate.found, fate.own, answer);
   const bool isListed = FindIn(fate.own, answer) && KindOfFile(fate.own, answer) == row.kind;
   fate.isKept = fate.isFound || isListed || (IsHidden(row) && !taken.empty());
-  // A plug-in whose file is gone is not kept, whatever the list was to say.
+  // A plug-in whose file was closed does not count as kept, even if it is listed.
   if (!answer.isListed && !taken.empty()) fate.isKept = row.isKept;
   return fate;
 }
 
-// The plug-in did well in the start, whatever it did alone.
+// The plug-in works in the start, whatever happened to it alone.
 void PutFound(GeneratorReport& row) {
   row.warnings.push_back("Examined alone, it fails: " + row.summary +
                          ". Whether it works depends on the other plug-ins that are loaded.");

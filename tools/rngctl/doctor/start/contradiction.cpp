@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kIsAuthoritative[] =
-    "The real start is authoritative. Check what else is installed, and ask the vendor about "
+    "Programs get the result of the start. Check what else is installed, and ask the vendor about "
     "dependencies and conflicts.";
 
 std::string CallOf(const std::string& kind) { return "GetRng(" + Quoted(kind) + ")"; }
@@ -24,19 +24,19 @@ Contradiction ExplainException(const KindLookup& lookup, const StartAnswer& answ
     return {found.words + " because of " + generator.codeFile,
             "Remove " + generator.codeFile + ", or get a fixed version from its vendor."};
   }
-  found.fix = "Remove the plug-in whose name cannot be asked for, or get a fixed version.";
+  found.fix = "Find the plug-in whose name cannot be read, and remove it or get a fixed version.";
   return found;
 }
 
 Contradiction ExplainForeign(const std::string& kind, const std::string& file) {
-  return {CallOf(kind) + " gives the generator of " + file,
+  return {CallOf(kind) + " returns the generator of " + file,
           "Both plug-ins report this name. Keep one of them, or ask the vendor of " + file +
               " whether it is the plug-in for another kind."};
 }
 
 // The loader knows another library by this name.
 Contradiction ExplainClash(const GeneratorReport& row, const std::string& taken) {
-  return {"a start takes " + taken + " in its place",
+  return {"a start uses " + taken + " in its place",
           "The loader never opens " + row.file + ", because " + taken + " has the SONAME " +
               Quoted(row.libraryFile) + ". If LD_PRELOAD names " + taken +
               ", remove it there; otherwise ask its vendor for a version with its own SONAME."};
@@ -49,17 +49,18 @@ Contradiction ExplainClosed(const std::string& closer) {
 }
 
 Contradiction ExplainShared(const std::string& kind, const std::string& file) {
-  return {CallOf(kind) + " gives nothing: its generator runs the code of " + file,
+  return {CallOf(kind) + " returns null: its generator runs the code of " + file,
           "Both plug-ins define a class of the same name. Ask the vendors to hide everything but "
           "the factory (-fvisibility=hidden), and keep one of the two until then."};
 }
 
 Contradiction ExplainRenamed(const std::string& kind, const StartedGenerator& generator) {
   const std::string name = generator.name ? Quoted(generator.name->text) : "another";
-  return {CallOf(kind) + " gives nothing: its name is " + name + " there", kIsAuthoritative};
+  return {CallOf(kind) + " returns null: in a start with all plug-ins, its name is " + name,
+          kIsAuthoritative};
 }
 
-// Why GetRng gave nothing.
+// Why GetRng returned null.
 Contradiction ExplainNothing(const GeneratorReport& row, const std::string& own,
                              const StartAnswer& answer) {
   const std::string taken = TakenFor(row.kind, answer);
@@ -69,7 +70,7 @@ Contradiction ExplainNothing(const GeneratorReport& row, const std::string& own,
   const StartedGenerator* const generator = FindIn(own, answer);
   if (generator) return ExplainRenamed(row.kind, *generator);
   if (!taken.empty()) {
-    return {CallOf(row.kind) + " gives nothing in a start with all plug-ins", kIsAuthoritative};
+    return {CallOf(row.kind) + " returns null in a start with all plug-ins", kIsAuthoritative};
   }
   return {"a start with all plug-ins does not keep it", kIsAuthoritative};
 }

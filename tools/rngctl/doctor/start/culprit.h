@@ -7,7 +7,7 @@
 /// What stands for the X display where a culprit is named; no kind has this name.
 inline constexpr char kDisplayCulprit[] = "display";
 
-/// The kind whose plug-in made the start fail, `kDisplayCulprit`, or "" if that cannot be told. Between
+/// The kind whose plug-in made the start fail, `kDisplayCulprit`, or "" if it is unknown. Between
 /// the steps that show which plug-in is at work, one that fails in the same way alone is the culprit.
 std::string FindCulprit(const StartEvidence& start, const std::vector<GeneratorReport>& rows);
 

@@ -40,5 +40,5 @@ std::string DescribeSlowness(const StartAnswer& answer) {
     named += (named.empty() ? "" : ", ") + NameOf(part) + " takes " + InSeconds(part.seconds);
   }
   return "Every program that starts the library waits " + InSeconds(*answer.seconds) + ": " +
-         named + ". Remove what is not used, or ask its vendor for a faster version.";
+         named + ". Remove what you do not use, or ask its vendor for a faster version.";
 }

@@ -5,8 +5,8 @@
 
 #include <string>
 
-/// A sentence about a start that takes long, with what it spends the time on. "" if it is fast, or did
-/// not return.
+/// A sentence about a slow start and what it spends its time on. "" if the start is fast or did not
+/// return.
 std::string DescribeSlowness(const StartAnswer& answer);
 
 #endif

@@ -19,8 +19,8 @@ struct StartEvidence {
   /// The answer that says more about the generators; null without any.
   const StartAnswer* Fullest() const;
 
-  /// Whether it shows what GetRng of the kind comes to. A start that fails, or that is not understood,
-  /// leaves nothing to be found out.
+  /// Whether it shows what GetRng of the kind does. If the start itself fails, or its answer is not
+  /// understood, a further start would not show more.
   bool ShowsLookup(const std::string& kind) const;
 
   /// Whether everything went well, up to the end of the process.
@@ -37,7 +37,7 @@ struct StartOrder {
 /// Starts the library in a child.
 StartEvidence TryStart(const StartOrder& order);
 
-/// The same without the second start: for a kind that an earlier one did not come to.
+/// The same without the second start: for a kind that an earlier start did not reach.
 StartEvidence TryLookup(const StartOrder& order);
 
 #endif

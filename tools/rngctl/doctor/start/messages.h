@@ -14,12 +14,12 @@
 enum class StartStep {
   kBegin,
   kDisplay,  ///< the library looks for the X display
-  kTreat,    ///< it treats the plug-in of the kind `subject`
+  kTreat,    ///< it loads or skips the plug-in of the kind `subject`
   kLookUp,   ///< GetRng of the kind `subject`
   kDefault,
   kDevice,  ///< the generator of the kind `subject` is asked to select the configured device
   kList,
-  kName,  ///< the generator that lies in the file `subject` is asked for its name
+  kName,  ///< GetName of the generator whose code is in the file `subject`
   kStop,  ///< `subject` is the file that is being closed, if any
   kEnd
 };
@@ -27,9 +27,9 @@ constexpr StartStep LastOf(StartStep) { return StartStep::kEnd; }
 
 /// A generator of the started library.
 struct StartedGenerator {
-  std::uint64_t object = 0;               ///< tells it from others
-  std::string tableFile = {};             ///< that holds its table of operations, "" for none
-  std::string codeFile = {};              ///< that holds its first operation
+  std::uint64_t object = 0;               ///< its address, to recognise it
+  std::string tableFile = {};             ///< the file with its table of operations, "" for none
+  std::string codeFile = {};              ///< the file with the code of its first operation
   std::optional<ReportedName> name = {};  ///< empty when it was not asked, or has thrown
 };
 RNGCTL_MESSAGE(StartedGenerator, object, tableFile, codeFile, name)
@@ -37,7 +37,7 @@ RNGCTL_MESSAGE(StartedGenerator, object, tableFile, codeFile, name)
 enum class LookupEnd { kNothing, kFound, kThrew };
 constexpr LookupEnd LastOf(LookupEnd) { return LookupEnd::kThrew; }
 
-/// What GetRng of a kind came to.
+/// What GetRng of a kind returned or threw.
 struct KindLookup {
   std::string kind = {};
   LookupEnd end = LookupEnd::kNothing;
@@ -46,7 +46,7 @@ struct KindLookup {
 };
 RNGCTL_MESSAGE(KindLookup, kind, end, object, exception)
 
-/// What the loader takes for the plug-in of a kind, among what is in the process after the start.
+/// The file in the process that the loader finds under the name of a kind's plug-in after the start.
 struct TakenFile {
   std::string kind = {};
   std::string file = {};

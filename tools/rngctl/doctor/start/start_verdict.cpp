@@ -48,7 +48,7 @@ std::string During(StartStep step, const std::string& subject) {
   }
 }
 
-// The child ended because going on makes no sense: in a host this call deadlocks or stops the library.
+// The child gave up: in a host, this call deadlocks or stops the library.
 bool EndedAtCall(const StartAnswer& answer) {
   return answer.called && answer.step == answer.calledIn && answer.step != StartStep::kEnd;
 }
@@ -71,7 +71,7 @@ std::string FindProblem(const StartEvidence& start, Limit limit) {
   return DescribeEnd(start.result, limit) + During(answer.step, answer.subject);
 }
 
-// A slow plug-in would perhaps have answered a host that waits longer: then it is unknown.
+// Unknown after a timeout: a slow plug-in may still answer a host that waits longer.
 std::optional<bool> FindsDefault(const StartEvidence& start) {
   const StartAnswer& answer = *start.answer;
   if (answer.findsDefault) return answer.findsDefault;
@@ -86,7 +86,7 @@ bool IsKnownChange(const std::string& change, const std::vector<GeneratorReport>
   });
 }
 
-// Whether a row says it already. If not, a plug-in that was not examined alone is to blame.
+// Whether a row already says so. If none does, the cause is a plug-in that was not examined alone.
 bool IsKnown(const std::vector<GeneratorReport>& rows, bool GeneratorReport::*fact) {
   return std::any_of(rows.begin(), rows.end(), [fact](const auto& row) { return row.*fact; });
 }
@@ -136,7 +136,7 @@ StartReport JudgeStart(const StartEvidence& start, const std::vector<GeneratorRe
   if (report.problem.empty()) return report;
   report.culprit = FindCulprit(start, rows);
   if (!report.culprit.empty() && !IsExamined(report.culprit, rows)) {
-    report.warnings.push_back("The plug-in of " + Quoted(report.culprit) +
+    report.warnings.push_back("The plug-in for " + Quoted(report.culprit) +
                               " makes the start fail. Run \"rngctl doctor " + report.culprit +
                               "\" to find out more.");
   }

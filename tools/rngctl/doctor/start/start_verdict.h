@@ -4,8 +4,8 @@
 #include "tools/rngctl/doctor/report.h"
 #include "tools/rngctl/doctor/start/evidence.h"
 
-/// Describes the start. What the reports of the rows already say is not said again; they are those of the
-/// kinds that were examined.
+/// Describes the start. `rows` are the reports of the examined kinds; what they already say is not
+/// repeated.
 StartReport JudgeStart(const StartEvidence& start, const std::vector<GeneratorReport>& rows,
                        std::chrono::seconds limit);
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-/// Questions to the answer of a start. Each returns null or "" for nothing.
+/// Lookups in the answer of a start. Each returns null or "" if it finds nothing.
 
 /// The file that the loader takes for the plug-in of the kind.
 std::string TakenFor(const std::string& kind, const StartAnswer& answer);
@@ -32,8 +32,8 @@ std::string ForeignFileOf(const StartedGenerator& generator, const std::string& 
 /// plug-in has a class of the same name.
 std::string FindSharedCode(const std::string& own, const StartAnswer& answer);
 
-/// Where a plug-in closed another one's file, which is gone although the library has not stopped. What
-/// happens when the library calls that generator is a matter of chance.
+/// Where a plug-in closed another one's file, which was unloaded although the library had not stopped.
+/// A later call of that generator is undefined behaviour.
 const ForeignClose* FindForeignClose(const StartAnswer& answer);
 
 #endif
