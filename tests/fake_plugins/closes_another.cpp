@@ -1,4 +1,4 @@
-// Closes the plug-in of another kind, which it has not opened.
+// Closes the plug-in of another kind, which it did not open.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Ends the process when it is asked for its name and another of its making became available before it.
+// Ends the process in GetName if another plug-in built from this source became available before it.
 
 #include "tests/fake_plugins/correct_rng.h"
 

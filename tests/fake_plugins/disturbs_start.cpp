@@ -1,5 +1,5 @@
-// Does something to its process when it is asked whether it is available: the macro DISTURB. Undoes it in
-// Release if there is a macro RESTORE.
+// IsAvailable runs the macro DISTURB, which does something to the process. Release runs the macro RESTORE,
+// if there is one.
 
 #include "tests/fake_plugins/correct_rng.h"
 

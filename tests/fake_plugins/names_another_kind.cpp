@@ -1,4 +1,5 @@
-// Has the file name of one kind and reports the name of another. ALSO is a second factory, or nothing.
+// Has the file name of one kind and reports the name of another. The macro ALSO is a second factory, or
+// empty.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -11,7 +11,7 @@ struct Presence {
 
 }  // namespace
 
-// A parameter makes it another function than the one that provider.h declares.
+// The parameter makes this an overload, so it does not inherit C linkage from provider.h.
 __attribute__((visibility("default"))) IRngProvider* FACTORY(int) {
   RecordCall(KIND, "factory");
   return nullptr;

@@ -1,5 +1,4 @@
-// Prints a line on standard error whenever it is asked whether it is available, in colour, and many
-// different ones when it tests itself.
+// IsAvailable prints a coloured line on standard error. SelfTest prints many different lines.
 
 #include "tests/fake_plugins/correct_rng.h"
 

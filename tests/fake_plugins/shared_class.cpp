@@ -1,5 +1,5 @@
-// Exports its class, or only an operation, under the same name in the plug-in of each kind: the loader gives
-// all of them the first one's. The macros CLASS and OPERATION say which.
+// Exports its class, or only an operation, under the same name in the plug-in of each kind, so the loader
+// binds all of them to the first one. The macros CLASS and OPERATION choose what is exported.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Leaves the process in another state: the macro CHANGE is the function below that says how.
+// Changes the state of the process. The macro CHANGE names the function below that does it.
 
 #include "tests/fake_plugins/correct_rng.h"
 

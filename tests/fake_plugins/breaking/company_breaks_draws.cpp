@@ -1,4 +1,4 @@
-// Once two threads have drawn at the same time, all draws fail.
+// After two threads have drawn at the same time, all draws fail.
 
 #include "tests/fake_plugins/correct_rng.h"
 

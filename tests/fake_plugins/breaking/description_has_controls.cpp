@@ -1,4 +1,4 @@
-// Describes itself with U+009B, by which some terminals are controlled.
+// Its description contains U+009B, which some terminals take as a control sequence.
 
 #include "tests/fake_plugins/correct_rng.h"
 

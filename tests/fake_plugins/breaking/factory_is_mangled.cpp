@@ -1,8 +1,8 @@
-// Its factory has a name of C++.
+// Its factory has a mangled C++ name.
 
 #include "tests/fake_plugins/correct_rng.h"
 
-// A parameter makes it another function than the one that provider.h declares.
+// The parameter makes this an overload, so it does not inherit C linkage from provider.h.
 __attribute__((visibility("default"))) IRngProvider* FACTORY(int) {
   static CorrectRng provider;
   return &provider;

@@ -1,4 +1,4 @@
-// Has a device, and none after it was asked for one that it does not have.
+// Loses its device when SelectDevice is called with an unknown one.
 
 #include "tests/fake_plugins/correct_rng.h"
 

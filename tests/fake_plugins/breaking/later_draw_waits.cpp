@@ -1,4 +1,4 @@
-// Has a few bytes in store. The draws after those wait for ever, and Cancel does not end them.
+// Has a few bytes in store. Later draws never return, and Cancel does not end them.
 
 #include "tests/fake_plugins/waiting_rng.h"
 

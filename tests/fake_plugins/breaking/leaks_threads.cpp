@@ -1,4 +1,5 @@
-// Leaves a thread behind each time. It runs the C library's code alone, which stays in the process.
+// Leaves a thread behind in each use. The thread runs only code of the C library, which stays
+// loaded, so it does not crash.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Reports the text REPORT. The macro DEVICE is the one device that it accepts, AVAILABLE whether it is.
+// Reports the text REPORT. DEVICE is the one device that it accepts; AVAILABLE is what IsAvailable returns.
 
 #include "tests/fake_plugins/correct_rng.h"
 

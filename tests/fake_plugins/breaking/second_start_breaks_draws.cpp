@@ -1,4 +1,4 @@
-// Its draws succeed only after the first start in a process.
+// After a second start in the same process, its draws fail.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Breaks nothing; every seventh draw takes long, but waits for nobody.
+// Breaks nothing; every seventh draw takes long, but waits for nothing.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Closes its device when it is asked for one that it does not have.
+// Closes its device when SelectDevice is called with an unknown one.
 
 #include "tests/fake_plugins/correct_rng.h"
 

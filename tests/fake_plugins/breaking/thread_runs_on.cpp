@@ -1,4 +1,4 @@
-// Its thread runs on when the library is closed.
+// Its thread is still running when the library is closed.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -77,7 +77,7 @@ PluginOutcome Treat(void* library, const ProviderCatalogueEntry& row,
   Begin(PluginStep::kAvailable);
   const bool isAvailable = provider->IsAvailable();
   isAvailable ? AskListed(*provider) : AskForDataFile(row);
-  AddChanges(g_answer.changes, before);  // a host lives with them until the release
+  AddChanges(g_answer.changes, before);  // in a host they last until the release
   Begin(PluginStep::kRelease);
   provider->Release();
   return isAvailable ? PluginOutcome::kKept : PluginOutcome::kNotAvailable;

@@ -218,7 +218,7 @@ void StartAskAndStop(const DoctorQuestion& question, const ProcessSnapshot& befo
   StartLibrary(GetDefaultSettings());
   EndPart();
   g_answer.seconds = SecondsSince(began);
-  AddChanges(g_answer.changes, before);  // a host lives with them until the stop
+  AddChanges(g_answer.changes, before);  // in a host they last until the stop
   Ask(question);
   Begin(StartStep::kStop);
   StopLibrary();
