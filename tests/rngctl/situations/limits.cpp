@@ -20,8 +20,8 @@ Situation Plain(const std::string& name, const std::string& environment) {
 // Below nine the doctor cannot start its processes, and says so.
 std::vector<Situation> DescriptorLimits() {
   std::vector<Situation> situations;
-  for (const char* limit : {"4", "8", "9", "10", "11", "13"}) {
-    const bool isTooLow = std::string(limit) == "4" || std::string(limit) == "8";
+  for (const char* limit : {"8", "9", "10", "11", "13"}) {
+    const bool isTooLow = std::string(limit) == "8";
     situations.push_back({"Descriptors" + std::string(limit),
                           InstallStub,
                           "dsdr",
