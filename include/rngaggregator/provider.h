@@ -186,23 +186,25 @@ extern "C" {
 typedef IRngProvider* (*RngFactory)();
 }
 
-/// The factories, one for each kind. A plug-in defines the one for its own kind and calls none of
-/// the others: hosts and other plug-ins use `GetRng`. The definition inherits C linkage and default
-/// visibility from the declaration here, so its name is not mangled. A linker script can still hide
-/// it.
+#pragma GCC visibility push(default)
+
+// The factories, one for each kind. A plug-in defines the one for its own kind and calls none of
+// the others: hosts and other plug-ins use `GetRng`. The definition inherits C linkage and default
+// visibility from the declaration here, so its name is not mangled. A linker script can still hide
+// it.
 extern "C" {
-__attribute__((visibility("default"))) IRngProvider* GetBioQtRng();
-__attribute__((visibility("default"))) IRngProvider* GetBioX11Rng();
-__attribute__((visibility("default"))) IRngProvider* GetDsdrRng();
-__attribute__((visibility("default"))) IRngProvider* GetAccordRng();
-__attribute__((visibility("default"))) IRngProvider* GetSobolRng();
-__attribute__((visibility("default"))) IRngProvider* GetJacartaGostRng();
-__attribute__((visibility("default"))) IRngProvider* GetRuTokenRng();
-__attribute__((visibility("default"))) IRngProvider* GetEsmartGostRng();
-__attribute__((visibility("default"))) IRngProvider* GetBioKbRng();
-__attribute__((visibility("default"))) IRngProvider* GetUnixDevRng();
-__attribute__((visibility("default"))) IRngProvider* GetGrandmasterRng();
-__attribute__((visibility("default"))) IRngProvider* GetBioCoreRng();
+IRngProvider* GetBioQtRng();        ///< the factory of "bioqt"
+IRngProvider* GetBioX11Rng();       ///< the factory of "unixx11"
+IRngProvider* GetDsdrRng();         ///< the factory of "dsdr"
+IRngProvider* GetAccordRng();       ///< the factory of "accord"
+IRngProvider* GetSobolRng();        ///< the factory of "sobol"
+IRngProvider* GetJacartaGostRng();  ///< the factory of "JacartaGost"
+IRngProvider* GetRuTokenRng();      ///< the factory of "Rutoken"
+IRngProvider* GetEsmartGostRng();   ///< the factory of "EsmartGost"
+IRngProvider* GetBioKbRng();        ///< the factory of "biokbd"
+IRngProvider* GetUnixDevRng();      ///< the factory of "unixdev"
+IRngProvider* GetGrandmasterRng();  ///< the factory of "grandmaster"
+IRngProvider* GetBioCoreRng();      ///< the factory of "biocore"
 }
 
 /// Reports the devices that the plug-in sees, and its problems [after SetSettings, any thread].
@@ -219,9 +221,8 @@ __attribute__((visibility("default"))) IRngProvider* GetBioCoreRng();
 /// or path, and then what to do.
 ///
 /// Result and sizing: two calls, as for the text operations of `IRngProvider`; at most 65536 bytes
-/// with the terminator, 0 when there is nothing to report. The call with a null
-/// buffer looks at the devices. The next call writes what that one saw, even if a device has come or
-/// gone in between.
+/// with the terminator, 0 when there is nothing to report. The call with a null buffer looks at the
+/// devices. The next call writes what that one saw, even if a device has come or gone in between.
 ///
 /// Order: after `SetSettings`, so that the plug-in knows its settings, and before `Release`; the
 /// caller may have called `IsAvailable` before. Also right after a factory that returned null.
@@ -233,6 +234,8 @@ __attribute__((visibility("default"))) IRngProvider* GetBioCoreRng();
 ///
 /// Every plug-in may export this name, so a call by name could reach another plug-in's function.
 /// A plug-in therefore never makes one, and callers look the name up in the library they opened.
-extern "C" __attribute__((visibility("default"))) std::int32_t GetRngReport(char* buffer);
+extern "C" std::int32_t GetRngReport(char* buffer);
+
+#pragma GCC visibility pop
 
 #endif
