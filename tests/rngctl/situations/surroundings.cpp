@@ -72,7 +72,11 @@ std::vector<Situation> SurroundingSituations() {
       {"ASessionOfItsOwn", InstallStub, "dsdr", "setsid -w", {"dsdr"}},
       {"HangUpIgnored", InstallStub, "dsdr", "nohup", {"dsdr"}},
       {"SmallStack", InstallStub, "dsdr", "sh -c 'ulimit -s 256; exec \"$@\"' sh", {"dsdr"}},
-      {"NoFileMayGrow", InstallStub, "dsdr", "sh -c 'trap \"\" XFSZ; exec \"$@\"' sh", {"dsdr"}},
+      {"FileSizeSignalIgnored",
+       InstallStub,
+       "dsdr",
+       "sh -c 'trap \"\" XFSZ; exec \"$@\"' sh",
+       {"dsdr"}},
       {"LoaderTellsWhatItDoes", InstallStub, "dsdr", "LD_DEBUG=libs", {"dsdr"}},
       {"RelativeLibraryPath",
        [] {
