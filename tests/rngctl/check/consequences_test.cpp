@@ -21,9 +21,8 @@ TEST(Check, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
 TEST(Check, ACrashSpoilsOnlyTheChecksThatNeedTheOperation) {
   const json report = Report(Breaking("name_crashes"));
   EXPECT_EQ(
-      "name-length name-in-catalogue plain-texts own-device failed-draw-is-zero concurrent-calls "
-      "no-exceptions "
-      "no-lifecycle-calls no-output",
+      "name-length name-in-catalogue plain-texts device-report own-device failed-draw-is-zero "
+      "concurrent-calls no-exceptions no-lifecycle-calls no-output",
       Names(report, "not-examined"));
   EXPECT_EQ("GetName crashed with signal 11 (Segmentation fault) in the check name",
             Reason(report, "concurrent-calls"));

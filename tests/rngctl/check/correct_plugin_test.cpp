@@ -27,15 +27,15 @@ std::string UnexaminedDespiteTime(const json& report) {
 TEST(Check, FindsNoFaultInTheRealPlugin) {
   const Result result = Check(UNIXDEV_PLUGIN);
   EXPECT_EQ(0, result.status);
-  EXPECT_THAT(result.output, EndsWith(" checks passed, 0 failed, 0 warnings, 2 not examined\n"));
+  EXPECT_THAT(result.output, EndsWith(" checks passed, 0 failed, 0 warnings, 3 not examined\n"));
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
 TEST(Check, FindsNoFaultInCorrectPlugins) {
   for (const auto& [variant, unexamined] :
-       {std::pair("correct", "own-device failed-draw-is-zero"),
-        std::pair("plain_c", "failed-draw-is-zero"),
-        std::pair("takes_all_back", "own-device failed-draw-is-zero")}) {
+       {std::pair("correct", "device-report own-device failed-draw-is-zero"),
+        std::pair("plain_c", "device-report failed-draw-is-zero"),
+        std::pair("takes_all_back", "device-report own-device failed-draw-is-zero")}) {
     const json report = Report(Breaking(variant));
     EXPECT_EQ("", Failed(report)) << variant;
     EXPECT_EQ(unexamined, Names(report, "not-examined")) << variant;
@@ -58,9 +58,8 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   const json user = json::parse(results["waits_for_user"].output);
   EXPECT_EQ("", Failed(user));
   EXPECT_EQ(
-      "own-device draw-succeeds refused-device draws-after-calls draw-fills-buffer drawn-values "
-      "draws-differ "
-      "concurrent-calls",
+      "device-report own-device draw-succeeds refused-device draws-after-calls draw-fills-buffer "
+      "drawn-values draws-differ concurrent-calls",
       UnexaminedDespiteTime(user));
   EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
 

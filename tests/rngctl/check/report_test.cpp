@@ -26,8 +26,8 @@ TEST(Check, TextShowsFaultsWithTheirMendAndCounts) {
                         "              fix: Return at least one kRngCapability bit: without one"));
   EXPECT_THAT(result.output,
               HasSubstr("\nfailed        description           GetDescription follows"));
-  EXPECT_THAT(result.output, HasSubstr("checks passed, 0 failed, 1 warning, 2 not examined\n"));
-  EXPECT_THAT(result.output, HasSubstr("checks passed, 1 failed, 0 warnings, 3 not examined\n"));
+  EXPECT_THAT(result.output, HasSubstr("checks passed, 0 failed, 1 warning, 3 not examined\n"));
+  EXPECT_THAT(result.output, HasSubstr("checks passed, 1 failed, 0 warnings, 4 not examined\n"));
   EXPECT_EQ("rngctl: The plug-in breaks 1 rule.\n", result.errors);
   EXPECT_THAT(result.output, Not(HasSubstr("\033")));
 }
@@ -85,7 +85,7 @@ TEST(Check, APathNeedNotBeUtf8) {
   fs::copy_file(Breaking("correct"), folder + "/librngdsdr.so");
   const json report = Report("'" + folder + "/librngdsdr.so'");
   EXPECT_EQ("", Failed(report));
-  EXPECT_EQ("own-device failed-draw-is-zero", Names(report, "not-examined"));
+  EXPECT_EQ("device-report own-device failed-draw-is-zero", Names(report, "not-examined"));
   EXPECT_THAT(report.at("plugin"), EndsWith("/caf\xEF\xBF\xBD/librngdsdr.so"));
   EXPECT_EQ("there is no factory Get\xEF\xBF\xBD",
             Reason(Report("--factory 'Get\xE9' " + Breaking("correct")), "name"));

@@ -32,9 +32,8 @@ std::string FixFor(Step step, const ChildResult& result) {
     return "No operation may stop the process: find the place with a debugger.";
   }
   if (step == Step::kOpening) {
-    return "Static constructors must not throw or exit: move what may fail to IsAvailable, and "
-           "return "
-           "false there.";
+    return "Static constructors must not throw or exit: move what may fail to IsAvailable, "
+           "and return false there.";
   }
   if (step == Step::kClosing) {
     return "Static destructors must not throw or exit: move what may fail to Release.";

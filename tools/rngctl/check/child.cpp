@@ -17,8 +17,7 @@ std::string WhatIsLacking(const std::system_error& error) {
     return std::string("rngctl itself failed: ") + error.what();
   }
   return "rngctl itself cannot start a thread; allow more processes (ulimit -u) or more "
-         "memory "
-         "(ulimit -v)";
+         "memory (ulimit -v)";
 }
 
 Finding Make(PluginCheck check, WatchedPlugin& plugin, const CheckOrder& order) {

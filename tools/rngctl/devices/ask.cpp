@@ -2,6 +2,7 @@
 
 #include "providers/library_handle.h"
 #include "tools/rngctl/devices/messages.h"
+#include "tools/rngctl/loader/elf_facts.h"
 #include "tools/rngctl/loader/link_map.h"
 #include "tools/rngctl/process/child.h"
 
@@ -29,13 +30,13 @@ std::string FindOpenReporter(const std::string& libraryFile) {
   const LibraryHandle library(::dlopen(libraryFile.c_str(), RTLD_LAZY | RTLD_NOLOAD));
   const link_map* const map = MapOf(library.get());
   const std::string file = map ? map->l_name : "";
-  return !file.empty() && HasDeviceReport(file) ? file : "";
+  return !file.empty() && Exports(file, kReportFunction) ? file : "";
 }
 
 DeviceReport AskForDevices(const std::string& file, const std::string& factory,
                            std::chrono::seconds limit) {
-  const ChildResult result = RunChild({kDevicesChildCommand, Encode(DevicesQuestion{file, factory}),
-                                       limit, LimitOf::kLife, "", true});
+  const ChildResult result = RunChild(
+      {kDevicesChildCommand, Encode(DevicesQuestion{file, factory}), limit, LimitOf::kLife});
   const auto answer = result.Last<DevicesAnswer>();
   if (answer && answer->step == DevicesStep::kEnd) return Understand(*answer);
   const std::string where =

@@ -1,7 +1,5 @@
 #include "tools/rngctl/devices/device_report.h"
 
-#include "tools/rngctl/loader/elf_facts.h"
-#include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
@@ -61,13 +59,4 @@ DeviceReport ParseDeviceReport(const std::string& text) {
     report.fault = "Line " + std::to_string(i + 1) + " of its device report " + fault + ".";
   }
   return report;
-}
-
-bool HasDeviceReport(const std::string& file) {
-  try {
-    const std::vector<std::string> exports = ReadElfFacts(file).exports;
-    return std::find(exports.begin(), exports.end(), kReportFunction) != exports.end();
-  } catch (const Refusal&) {
-    return false;
-  }
 }

@@ -23,8 +23,4 @@ struct DeviceReport {
 
 DeviceReport ParseDeviceReport(const std::string& text);
 
-/// Whether the file itself defines the function. Looking it up in an open library would also find that
-/// of a dependency.
-bool HasDeviceReport(const std::string& file);
-
 #endif

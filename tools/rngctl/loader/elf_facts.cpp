@@ -94,3 +94,14 @@ ElfFacts ReadElfFacts(const std::string& path) {
   if (facts.isProgram) Refuse(Quoted(path) + " is a program, not a shared library.");
   return facts;
 }
+
+bool Exports(const std::string& path, const std::string& symbol) {
+  std::error_code unknown;
+  if (!std::filesystem::is_regular_file(path, unknown)) return false;
+  try {
+    const std::vector<std::string> exports = ReadElfFacts(path).exports;
+    return std::find(exports.begin(), exports.end(), symbol) != exports.end();
+  } catch (const Refusal&) {
+    return false;
+  }
+}

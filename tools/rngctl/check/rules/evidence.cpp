@@ -52,9 +52,9 @@ std::vector<Rule> EvidenceRules() {
        "before they reach the host.",
        CheckNoExceptions},
       {"no-lifecycle-calls", Severity::kError, "It calls neither Initialize nor ShutDown",
-       "Leave starting and stopping to the host: during a start or stop the call never returns, "
-       "and "
-       "from a draw it may unload the calling plug-in, or keep the library from stopping.",
+       "Leave starting and stopping to the host: during a start or stop the call never "
+       "returns, and from a draw it may unload the calling plug-in, or keep the library from "
+       "stopping.",
        CheckNoLifecycleCalls},
       {"no-output", Severity::kWarning, "It prints nothing on standard output",
        "Print on standard error or not at all: standard output belongs to the host.",

@@ -3,7 +3,6 @@
 #include "tools/rngctl/loader/error.h"
 #include "tools/rngctl/loader/undeclared.h"
 
-#include <algorithm>
 #include <dlfcn.h>
 
 namespace {
@@ -68,10 +67,7 @@ Finding CheckOpens(WatchedPlugin& plugin) {
       "programs may not.");
 }
 
-bool IsExported(const PluginFile& file) {
-  const std::vector<std::string> exports = ReadElfFacts(file.path).exports;
-  return std::find(exports.begin(), exports.end(), file.factory) != exports.end();
-}
+bool IsExported(const PluginFile& file) { return Exports(file.path, file.factory); }
 
 // The resolver of an indirect function is code of the plug-in, and runs here.
 bool IsFound(WatchedPlugin& plugin) {

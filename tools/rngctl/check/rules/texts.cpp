@@ -1,6 +1,7 @@
 #include "tools/rngctl/check/plugin/guarded_buffer.h"
 #include "tools/rngctl/check/rules/rules.h"
 #include "tools/rngctl/devices/device_report.h"
+#include "tools/rngctl/loader/elf_facts.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
@@ -160,9 +161,11 @@ Finding CheckHardwareId(WatchedPlugin& plugin) {
   return Passed();
 }
 
-// A file without the function passes. A function that only a dependency defines does not count.
+// A function that only a dependency defines does not count.
 Finding CheckDeviceReport(WatchedPlugin& plugin) {
-  if (!HasDeviceReport(plugin.File().path)) return Passed();
+  if (!Exports(plugin.File().path, kReportFunction)) {
+    return NotExamined("it exports no GetRngReport, which is optional");
+  }
   plugin.Open();
   const bool isAvailable = plugin.Make() && plugin.StartMade();
   const std::string text = ReadByProtocol(plugin, &WatchedPlugin::GetReport).value_or("");
@@ -206,16 +209,14 @@ std::vector<Rule> TextRules() {
        CheckHardwareId},
       {"plain-texts", Severity::kWarning,
        "The name and the identifier of the device can be shown and stored",
-       "Use letters, digits and hyphens: control characters disturb terminals, and the settings "
-       "file "
-       "cannot hold \"=\" or blanks at the ends.",
+       "Use letters, digits and hyphens: control characters disturb terminals, and the "
+       "settings file cannot hold \"=\" or blanks at the ends.",
        CheckPlainTexts},
       {"device-report", Severity::kError,
        "GetRngReport, if there is one, follows the protocol of two calls and the format of its "
        "lines",
-       "Report lines of \"device<TAB>identifier<TAB>text\" and \"problem<TAB>text\", and write "
-       "what "
-       "the call with null announced; provider.h has the details.",
+       "Report lines of \"device<TAB>identifier<TAB>text\" and \"problem<TAB>text\", and "
+       "write what the call with null announced; provider.h has the details.",
        CheckDeviceReport},
   };
 }

@@ -1,6 +1,7 @@
 #include "tools/rngctl/doctor/causes/reported.h"
 
 #include "tools/rngctl/devices/ask.h"
+#include "tools/rngctl/loader/elf_facts.h"
 #include "tools/rngctl/terminal/wait_notice.h"
 
 #include <set>
@@ -12,7 +13,7 @@ bool CanBeAsked(const GeneratorReport& report) {
   const std::set<DoctorVerdict> orderly = {DoctorVerdict::kLoaded, DoctorVerdict::kNameless,
                                            DoctorVerdict::kWrongName, DoctorVerdict::kNotAvailable,
                                            DoctorVerdict::kFactoryGaveNothing};
-  return orderly.contains(report.verdict) && HasDeviceReport(report.file);
+  return orderly.contains(report.verdict) && Exports(report.file, kReportFunction);
 }
 
 bool HasNoGenerator(const GeneratorReport& report) {
