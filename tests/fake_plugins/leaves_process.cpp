@@ -32,3 +32,7 @@ class LeavesProcessRng final : public CorrectRng {
 }  // namespace
 
 EXPORT_RNG(LeavesProcessRng)
+
+#ifdef REPORTS
+std::int32_t GetRngReport(char*) { return 0; }
+#endif

@@ -14,6 +14,7 @@
 #include "tools/rngctl/doctor/start/started_library.h"
 #include "tools/rngctl/doctor/surroundings.h"
 #include "tools/rngctl/doctor/verdict.h"
+#include "tools/rngctl/process/descendants.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/text.h"
@@ -196,6 +197,7 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
 void RunDoctor(const DoctorRequest& request) {
   const Limit limit(request.timeout);
   ChooseRows(request.kind);  // refuses an unknown kind before anything runs
+  const std::set<pid_t> ownChildren = ListChildren();
   DoctorReport report;
   report.search = FindSearch(limit, report.failures);
   report.runPath = RunPathOf(report.search.library);
@@ -204,6 +206,7 @@ void RunDoctor(const DoctorRequest& request) {
   report.display = FindDisplay(limit, report.search, report.failures);
   FindGenerators(report, request.kind, limit);
   report.permissions = FindPermissions(report);
+  report.leftRunning = NameNewChildren(ownChildren);
   request.asJson ? PrintJson(report) : PrintText(report);
   FinishOutput();
   Conclude(report, request.kind);

@@ -106,6 +106,7 @@ void PrintJson(const DoctorReport& report) {
                      {"start", AsJson(report.start)},
                      {"strays", strays},
                      {"permissions", permissions},
+                     {"left_running", report.leftRunning},
                      {"generators", rows}};
   std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }

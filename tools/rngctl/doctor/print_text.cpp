@@ -140,6 +140,9 @@ void PrintAdvice(const DoctorReport& report) {
     Add(advice, finding.path, finding.problem + ". " + finding.fix);
   }
   for (const std::string& warning : report.start.warnings) Add(advice, "start, warning", warning);
+  for (const std::string& process : report.leftRunning) {
+    Add(advice, "still running", process + ". End it if nothing else uses it.");
+  }
   for (const GeneratorReport& row : report.generators) {
     Add(advice, row.kind, row.fix);
     for (const std::string& warning : row.warnings) Add(advice, row.kind + ", warning", warning);

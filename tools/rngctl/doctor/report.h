@@ -124,6 +124,7 @@ struct DoctorReport {
   DefaultFault defaultFault;
   std::vector<std::string> failures;  ///< of the doctor itself, in sentences
   std::vector<StrayFile> strays;
+  std::vector<std::string> leftRunning;  ///< by the examinations: "sleep (process 4711)"
   std::vector<PermissionReport> permissions;
 };
 

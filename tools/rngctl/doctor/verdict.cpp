@@ -115,9 +115,8 @@ GeneratorReport JudgeRow(const ProviderCatalogueEntry& row, const ChildResult& r
   if (report.file.empty()) report.file = FindFirst(row.libraryFile, search);
   if (!answer && result.isSilent && !result.HasExited(kDone)) {
     Put(report, VerdictOf(result), DescribeEnd(result, limit) + " before it was opened",
-        "Check what LD_PRELOAD and LD_LIBRARY_PATH bring into every program, or allow more time "
-        "with "
-        "--timeout.");
+        "Check what LD_PRELOAD and LD_LIBRARY_PATH bring into every program, or allow more "
+        "time with --timeout.");
     return report;
   }
   if (!answer) {

@@ -29,14 +29,12 @@ std::string FixDataFile(const std::string& file) {
 std::string FixUnavailable(const ProviderCatalogueEntry& row, const std::string& dataFile) {
   if (!dataFile.empty()) return FixDataFile(dataFile);
   if (row.needsDisplay) {
-    return "It asks the user in a window: run the program in a graphical session of this user, and "
-           "make "
-           "sure that the programs and libraries that draw the window are installed.";
+    return "It asks the user in a window: run the program in a graphical session of this user, "
+           "and make sure that the programs and libraries that draw the window are installed.";
   }
   if (row.name == rngBioKb) {
-    return "It asks the user to type: run the program in a terminal, with standard input, and make "
-           "sure "
-           "that the program that asks is installed.";
+    return "It asks the user to type: run the program in a terminal, with standard input, and "
+           "make sure that the program that asks is installed.";
   }
   if (row.name == rngUnixDev) {
     return "It reads the system's own generator: make sure that no sandbox or container blocks "

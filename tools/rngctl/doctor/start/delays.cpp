@@ -1,6 +1,6 @@
 #include "tools/rngctl/doctor/start/delays.h"
 
-#include "providers/catalogue.h"
+#include "tools/rngctl/doctor/start/started_library.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -20,10 +20,7 @@ std::string InSeconds(double seconds) {
 }
 
 std::string NameOf(const StartPart& part) {
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
-    if (row.name == part.kind) return row.libraryFile;
-  }
-  return "the search for the X display";
+  return part.kind.empty() ? "the search for the X display" : LibraryFileOf(part.kind);
 }
 
 }  // namespace

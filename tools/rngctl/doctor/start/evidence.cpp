@@ -54,10 +54,7 @@ StartEvidence TryLookup(const StartOrder& order) {
 StartEvidence TryStart(const StartOrder& order) {
   StartEvidence start = TryLookup(order);
   if (start.answer && EndedInFirstQuestions(*start.answer, order.kind)) {
-    const ChildResult second = AskStart(order, false);
-    start.second = second.Last<StartAnswer>();
-    auto& left = start.result.leftRunning;
-    left.insert(left.end(), second.leftRunning.begin(), second.leftRunning.end());
+    start.second = AskStart(order, false).Last<StartAnswer>();
   }
   return start;
 }

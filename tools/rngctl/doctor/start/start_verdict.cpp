@@ -1,6 +1,5 @@
 #include "tools/rngctl/doctor/start/start_verdict.h"
 
-#include "providers/catalogue.h"
 #include "tools/rngctl/doctor/disturbance.h"
 #include "tools/rngctl/doctor/start/culprit.h"
 #include "tools/rngctl/doctor/start/delays.h"
@@ -14,13 +13,6 @@
 namespace {
 
 using Limit = std::chrono::seconds;
-
-std::string LibraryFileOf(const std::string& kind) {
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
-    if (row.name == kind) return row.libraryFile;
-  }
-  return kind;
-}
 
 std::string During(StartStep step, const std::string& subject) {
   switch (step) {
@@ -99,9 +91,6 @@ std::vector<std::string> FindWarnings(const StartEvidence& start,
   if (!slowness.empty()) warnings.push_back(slowness);
   if (!start.result.output.Lines().empty() && !IsKnown(rows, &GeneratorReport::prints)) {
     warnings.push_back(subject + DescribePrinting(start.result.output));
-  }
-  for (const std::string& process : start.result.leftRunning) {
-    warnings.push_back(subject + "leaves a process running: " + process + ".");
   }
   for (const std::string& change : start.answer->changes) {
     if (!IsKnownChange(change, rows)) warnings.push_back(subject + DescribeChange(change));

@@ -1,5 +1,7 @@
 #include "tools/rngctl/doctor/start/started_library.h"
 
+#include "providers/catalogue.h"
+
 #include <algorithm>
 #include <filesystem>
 
@@ -12,6 +14,13 @@ auto* FindFirst(const List& list, Fits fits) {
 }
 
 }  // namespace
+
+std::string LibraryFileOf(const std::string& kind) {
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
+    if (row.name == kind) return row.libraryFile;
+  }
+  return "";
+}
 
 bool IsSameFile(const std::string& one, const std::string& other) {
   if (one.empty() || other.empty()) return false;

@@ -5,6 +5,9 @@
 
 #include <string>
 
+/// The file name of the kind's plug-in, "" for none of the kinds.
+std::string LibraryFileOf(const std::string& kind);
+
 /// Lookups in the answer of a start. Each returns null or "" if it finds nothing.
 
 /// The file that the loader takes for the plug-in of the kind.
