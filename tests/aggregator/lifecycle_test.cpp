@@ -320,6 +320,18 @@ TEST(ShutDown, LeavesNothingInTheListForTheNextStart) {
   EXPECT_EQ(Fake("accord").provider, library.GetRng(""));
 }
 
+TEST(ShutDown, HidesAReleasedProviderFromItsOwnStaticDestructors) {
+  InstallPlugins({"dsdr", "accord"});
+  const AggregatorLibrary library;
+  library.Start(nullptr, 2);
+  ClearCallLog();
+  std::int32_t listed = -1;
+  Fake("dsdr").hooks["closed"] = [&] { listed = library.GetAvailableRng(nullptr, kAllBits); };
+  library.ShutDown();
+  EXPECT_EQ(1, listed);
+  EXPECT_EQ("Release closed", CallLog("dsdr"));
+}
+
 TEST(ShutDown, LeavesALibraryToItsOtherHolder) {
   InstallPlugin("dsdr");
   void* const holder = ::dlopen(TreePath("lib/librngdsdr.so").c_str(), RTLD_LAZY);
