@@ -5,16 +5,18 @@
 
 #include <rngaggregator/provider.h>
 
-/// One loaded provider. A plain record that owns nothing; the list that contains it does.
+/// One loaded provider. A plain record that owns nothing; the list that contains it does. Both are null
+/// once the provider is released and closed, which shows only if a later `Release` throws.
 struct RngInfoEx {
   void* handle;            ///< the plug-in's library, closed with `dlclose`
   IRngProvider* provider;  ///< ended by `Release`
 };
 
-/// The owning list of loaded providers, in catalogue order.
+/// The owning list of loaded providers, in catalogue order. What a stop has left behind because a
+/// `Release` threw stands before what the next start adds.
 ///
-/// The destructor closes the libraries that are still open, first to last, without releasing their
-/// providers: if a host unloads the aggregator while started, no provider is called any more.
+/// The destructor closes the libraries that are still open, first to last, and calls no provider, not
+/// even `Release`.
 ///
 /// Derives publicly, because it is a vector in every respect but its end. The destructor is virtual, so
 /// that a pointer to the class ends it properly.

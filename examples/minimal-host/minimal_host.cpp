@@ -69,6 +69,7 @@ int Stop() {
 
 int main() {
   const int status = Guarded(StartAndPrint);
-  const int stopStatus = Guarded(Stop);  // also after a start in which a plug-in threw
+  // A start in which a plug-in threw is stopped, too. One that could not take the lock never began.
+  const int stopStatus = IsInitialized() ? Guarded(Stop) : 0;
   return status != 0 ? status : stopStatus;
 }

@@ -99,7 +99,8 @@ bool IsInitialized();
 std::int32_t GetAvailableRng(IRngProvider** providers, std::uint32_t mask);
 
 /// Returns the first loaded provider that currently reports exactly the name `name`
-/// (NUL-terminated, not null, case-sensitive).
+/// (NUL-terminated, not null, case-sensitive). The empty name finds the first provider that reports
+/// none.
 ///
 /// Ownership: the pointer is borrowed, valid until the final `ShutDown`. Never call Release on it.
 /// Threads:   any, unlocked; not during the starting `Initialize` or the final `ShutDown`.
@@ -124,11 +125,11 @@ std::int32_t IsInteractiveRng(const char* name);
 ///            final `ShutDown`.
 /// Failure:   0, also for a null `info`. The record is untouched when the aggregator is not
 ///            started. It is all zero when nothing is configured or acceptable, or when a text is
-///            longer than 17 characters.
+///            longer than 17 bytes.
 std::int32_t GetDefaultRng(DefaultRngInfo* info, std::uint32_t mask);
 
 /// Stores the default through the settings of the last start, which must still exist: first `type`,
-/// then `hardwareId`. Both are NUL-terminated, at most 17 characters, and read only during the
+/// then `hardwareId`. Both are NUL-terminated, at most 17 bytes, and read only during the
 /// call. A null `hardwareId` stores none. `type` need not be loaded or known. The function also
 /// works after the stop. Returns true when the settings object accepted both.
 ///

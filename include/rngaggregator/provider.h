@@ -53,13 +53,14 @@
 ///
 /// Exceptions. The aggregator catches nothing: whatever a plug-in throws reaches the host, possibly
 /// after the aggregator has closed the plug-in's library. So throw nothing, or at most the standard
-/// library's own types: a class defined in the plug-in is gone once its library is closed.
+/// library's own types: a class defined in the plug-in is gone once its library is closed. That
+/// includes all classes of a C++ library which is linked statically into the plug-in.
 
 #include <cstddef>
 #include <cstdint>
 
 /// The largest size in bytes, including the terminator, of a provider name or hardware identifier
-/// that can be stored or reported as the default: at most 17 characters. `GetName` may report a
+/// that can be stored or reported as the default: at most 17 bytes. `GetName` may report a
 /// longer name, and `GetRng` finds it, but it can never be the default.
 constexpr std::size_t kRngNameSize = 18;
 
@@ -132,7 +133,7 @@ class IRngProvider {
   /// Slot 1 [any thread]. A description for people: UTF-8, one line, without line breaks.
   virtual std::int32_t GetDescription(char* buffer) = 0;
 
-  /// Slot 2 [any thread]. The identifier of the device in use, at most 17 characters. Returns 0
+  /// Slot 2 [any thread]. The identifier of the device in use, at most 17 bytes. Returns 0
   /// when the kind has no devices or none is in use.
   virtual std::int32_t GetHardwareId(char* buffer) = 0;
 
@@ -217,7 +218,7 @@ IRngProvider* GetBioCoreRng();      ///< the factory of "biocore"
 ///     device<TAB>identifier<TAB>text   what `SelectDevice` accepts, and a description for people
 ///     problem<TAB>text                 why there is no device, or what else prevents a draw
 ///
-/// Identifiers have 1 to 17 characters and are unique. A problem says what is wrong, with the name
+/// Identifiers have 1 to 17 bytes and are unique. A problem says what is wrong, with the name
 /// or path, and then what to do.
 ///
 /// Result and sizing: two calls, as for the text operations of `IRngProvider`; at most 65536 bytes

@@ -179,6 +179,11 @@ case $case in
     "$P/bin/rngctl" default set "" >/dev/null
     rm "$P"/lib/librngunixdev.so
     host_says 'No generator is usable.'
+    # Neither started nor stopped without the lock.
+    LD_PRELOAD=$build/tests/fake_libs/refuses_lock.so
+    export LD_PRELOAD
+    host_says 'refused
+A plug-in failed: boost: mutex lock failed in pthread_mutex_lock: Invalid argument'
     ;;
   EveryKindGetsItsFileAndFactory)
     begin_project CXX

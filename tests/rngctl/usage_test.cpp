@@ -36,6 +36,12 @@ TEST_F(RngctlTest, AMisspeltCommandIsNamed) {
   EXPECT_THAT(Run("list more").errors, HasSubstr("more"));
 }
 
+TEST_F(RngctlTest, AStartThatCannotTakeTheLockIsNotStopped) {
+  const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/refuses_lock.so " + Rngctl() + " list");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, StartsWith("refused\nrngctl: A plug-in or the system failed: boost: "));
+}
+
 TEST_F(RngctlTest, HelpAndVersionAreResults) {
   const Result help = Run("--help");
   EXPECT_EQ(0, help.status);

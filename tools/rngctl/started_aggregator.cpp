@@ -57,7 +57,8 @@ Failure Start() {
 void WithStartedAggregator(const std::function<void()>& work) {
   const Failure startFailure = Start();
   const Failure failure = startFailure ? startFailure : Try(work);
-  const Failure stopFailure = Try(ShutDown);  // also after a failed start, which raises the count
+  // A failed start has raised the count, too, unless it could not take the lock.
+  const Failure stopFailure = IsInitialized() ? Try(ShutDown) : std::nullopt;
   if (failure) throw Refusal(*failure);
   if (stopFailure) throw Refusal(*stopFailure);
 }
