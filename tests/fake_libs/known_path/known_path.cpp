@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <stdexcept>
 #include <unistd.h>
 
 #if HAS_FUNCTION
@@ -14,6 +15,9 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
                                                                            std::uint64_t fourth) {
 #ifdef CRASHES
   std::abort();
+#endif
+#ifdef THROWS
+  throw std::runtime_error("no directories today");
 #endif
 #ifdef EXITS
   std::_Exit(0);

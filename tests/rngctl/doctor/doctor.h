@@ -51,14 +51,18 @@ class Doctor : public InstalledTool {
   }
 
   /// The same for a user to whom permission bits apply, even if the tests run as root.
-  static json ExamineKindAsUser(const std::string& kind, const std::string& environment = "") {
-    const std::string command = environment + " exec " + Rngctl() + " doctor --json " + kind;
+  static json ExamineAsUser(const std::string& arguments, const std::string& environment = "") {
+    const std::string command = environment + " exec " + Rngctl() + " doctor --json " + arguments;
     const Result result = RunForked([&command] {
       const Unprivileged user;
       ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
       return 127;
     });
-    return json::parse(result.output, nullptr, false).at("generators").at(0);
+    return json::parse(result.output, nullptr, false);
+  }
+
+  static json ExamineKindAsUser(const std::string& kind, const std::string& environment = "") {
+    return ExamineAsUser(kind, environment).at("generators").at(0);
   }
 
  private:

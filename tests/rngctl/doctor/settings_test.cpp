@@ -72,6 +72,31 @@ TEST_F(Doctor, ExplainsAServiceThatDoesNotAnswer) {
               StartsWith("the known-path service exited with status 0"));
 }
 
+TEST_F(Doctor, SaysWhatAFailingServiceMeans) {
+  InstallUnixDev();
+  const std::string file = TreePath("lib/libcrypt_known_path.so");
+  InstallKnownPath("no_function");
+  const Result silent = Run("doctor");
+  EXPECT_EQ(1, silent.status);
+  EXPECT_EQ(
+      "rngctl: The settings file cannot be read: the known-path service returns no directory.\n",
+      silent.errors);
+  EXPECT_THAT(silent.output,
+              HasSubstr("\nSettings file: Reinstall or update the known-path service, " + file +
+                        "; until then the library reads no configured default and stores none.\n"));
+  InstallKnownPath("throwing");
+  const Result throwing = Run("doctor");
+  EXPECT_EQ(1, throwing.status);
+  EXPECT_EQ(
+      "rngctl: The default cannot be read: the known-path service threw an exception: no "
+      "directories today.\n",
+      throwing.errors);
+  EXPECT_THAT(throwing.output,
+              HasSubstr(file + "; until then every program that asks for the default fails the "
+                               "same way.\n"));
+  EXPECT_EQ(0, Run("doctor unixdev").status);
+}
+
 TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   fs::create_directory(TreePath("etc"));
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
@@ -81,7 +106,7 @@ TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
 }
 
 TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
-  WriteFile(TreePath(kSettingsFile), "[Device]\nRandomNumberGeneratorType=dsdr\n");
+  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=\n");
   EXPECT_THAT(Run("doctor").output,
               HasSubstr("\nDefault          none: the file sets no "
                         "RandomNumberGeneratorType in a section [Devices]\n"));
@@ -90,4 +115,63 @@ TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
   EXPECT_THAT(Run("doctor").output, AllOf(HasSubstr("not readable (it is a directory)"),
                                           HasSubstr("\nDefault          none: the settings file "
                                                     "cannot be read\n")));
+}
+
+TEST_F(Doctor, SaysWhichLineTheLibraryIgnores) {
+  InstallUnixDev();
+  WriteFile(TreePath(kSettingsFile), "[Device]\nRandomNumberGeneratorType=unixdev\n");
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(
+      "rngctl: The library ignores a line of the settings file: line 1 has [Device] instead of "
+      "[Devices].\n",
+      result.errors);
+  EXPECT_THAT(
+      result.output,
+      AllOf(HasSubstr("\nDefault          none: line 1 has [Device] instead of [Devices]\n"),
+            HasSubstr("\nDefault: Edit " + TreePath(kSettingsFile) +
+                      ": line 1 must begin with [Devices].\n")));
+  const json report = Examine("");
+  EXPECT_EQ(json(), report.at("default"));
+  EXPECT_EQ("line 1 has [Device] instead of [Devices]",
+            report.at("settings").at("ignored_default").at("problem"));
+  EXPECT_EQ(0, MatchSchema("doctor.schema.json", report.dump()).status);
+  EXPECT_EQ(0, Run("doctor unixdev").status);
+}
+
+TEST_F(Doctor, SaysThatTheLineOfTheDeviceIsIgnored) {
+  InstallPlugin("dsdr", "has_devices");
+  WriteFile(TreePath(kSettingsFile),
+            "[Devices]\nRandomNumberGeneratorType=dsdr\n RandomNumberGeneratorHardwareID=A1\n");
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output, HasSubstr("\nDefault          dsdr, usable, but with any device: line "
+                                       "3 has blanks before RandomNumberGeneratorHardwareID\n"));
+}
+
+TEST_F(Doctor, SaysHowToMakeTheSettingsReadable) {
+  InstallUnixDev();
+  WriteFile(TreePath(kSettingsFile), "[Devices]\n");
+  fs::permissions(TreePath(kSettingsFile), fs::perms(0));
+  EXPECT_EQ("Make it readable for the users of the library: chmod a+r " + TreePath(kSettingsFile),
+            ExamineAsUser("").at("settings").at("fix"));
+  fs::permissions(TreePath("etc"), fs::perms(0));
+  EXPECT_EQ("Make " + TreePath("etc") + " searchable for the users of the library: chmod a+x " +
+                TreePath("etc"),
+            ExamineAsUser("").at("settings").at("fix"));
+  fs::permissions(TreePath("etc"), fs::perms(0755));
+}
+
+TEST_F(Doctor, SettingsThatCannotBeReadAreANegativeAnswer) {
+  InstallUnixDev();
+  fs::create_directories(TreePath(kSettingsFile));
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: The settings file cannot be read: it is a directory.\n", result.errors);
+  EXPECT_EQ(
+      "Move the directory " + TreePath(kSettingsFile) + " away: the library expects a file there.",
+      Examine("").at("settings").at("fix"));
+  fs::remove(TreePath(kSettingsFile));
+  fs::create_symlink("/dev/null", TreePath(kSettingsFile));
+  EXPECT_EQ(json(), Examine("").at("settings").at("fix"));
 }

@@ -144,6 +144,16 @@ std::string DescribeUnusableDefault(const DoctorReport& report) {
          end;
 }
 
+// "" when programs get what the settings file is meant to configure.
+std::string DescribeUnreadSettings(const SettingsReport& settings) {
+  const std::string unread = "The settings file cannot be read: ";
+  if (!settings.problem.empty()) return unread + Printable(settings.problem) + ".";
+  if (!settings.fix.empty()) return unread + Printable(settings.readingFault) + ".";
+  if (settings.ignored.problem.empty()) return "";
+  return "The library ignores a line of the settings file: " + Printable(settings.ignored.problem) +
+         ".";
+}
+
 // "" when all that root's processes load or write is safe.
 std::string DescribeOpenPaths(const std::vector<PermissionReport>& permissions) {
   std::set<std::string> paths;
@@ -188,6 +198,7 @@ void Conclude(const DoctorReport& report, const std::string& kind) {
   } else if (!report.defaultFault.problem.empty()) {
     AddSentence(problems, DescribeUnusableDefault(report));
   }
+  AddSentence(problems, DescribeUnreadSettings(report.settings));
   AddSentence(problems, DescribeOpenPaths(report.permissions));
   if (!problems.empty()) throw Refusal(kNegativeAnswer, problems);
 }

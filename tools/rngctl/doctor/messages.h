@@ -2,6 +2,7 @@
 #define TOOLS_RNGCTL_DOCTOR_MESSAGES_H
 
 #include "tools/rngctl/channel/messages.h"
+#include "tools/rngctl/doctor/settings/ignored_default.h"
 #include "tools/rngctl/process/lifecycle_calls.h"
 
 #include <optional>
@@ -37,19 +38,22 @@ constexpr SettingsStep LastOf(SettingsStep) { return SettingsStep::kEnd; }
 /// The other fields are those of `SettingsReport`.
 struct SettingsAnswer {
   SettingsStep step = SettingsStep::kFile;
-  bool isKnown = false;  ///< the directory of the settings was found
+  bool isKnown = false;                       ///< the directory of the settings was found
+  std::optional<std::string> exception = {};  ///< the service threw it; its message, if it has one
   std::string service = {};
   std::string file = {};
   bool exists = false;
   bool isFifo = false;  ///< nothing was read: that would hang
   std::string readingFault = {};
+  std::string readingFix = {};
   std::string writingFault = {};
   std::string type = {};
   std::string hardwareId = {};
+  IgnoredDefault ignored = {};
   std::string dataFile = {};
 };
-RNGCTL_MESSAGE(SettingsAnswer, step, isKnown, service, file, exists, isFifo, readingFault,
-               writingFault, type, hardwareId, dataFile)
+RNGCTL_MESSAGE(SettingsAnswer, step, isKnown, exception, service, file, exists, isFifo,
+               readingFault, readingFix, writingFault, type, hardwareId, ignored, dataFile)
 
 /// The fields are those of `DisplayReport`.
 struct DisplayAnswer {

@@ -30,6 +30,11 @@ const std::map<DoctorVerdict, const char*> kIdentifiers = {
 // Null for an empty text.
 Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
 
+Json AsJson(const IgnoredDefault& ignored) {
+  if (ignored.problem.empty()) return nullptr;
+  return {{"problem", ignored.problem}, {"fix", ignored.fix}};
+}
+
 Json AsJson(const SettingsReport& settings) {
   return {{"file", OrNull(settings.file)},
           {"exists", settings.exists},
@@ -38,7 +43,9 @@ Json AsJson(const SettingsReport& settings) {
           {"writing_fault", OrNull(settings.writingFault)},
           {"known_path_service", OrNull(settings.service)},
           {"data_file", OrNull(settings.dataFile)},
-          {"problem", OrNull(settings.problem)}};
+          {"problem", OrNull(settings.problem)},
+          {"fix", OrNull(settings.fix)},
+          {"ignored_default", AsJson(settings.ignored)}};
 }
 
 Json AsJson(const DisplayReport& display) {

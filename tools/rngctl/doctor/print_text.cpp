@@ -54,9 +54,12 @@ std::string DescribeDefault(const DoctorReport& report) {
   const std::string configured = (settings.type.empty() ? "none" : settings.type) + device;
   const std::string& problem = report.defaultFault.problem;
   if (!problem.empty()) return configured + ", unusable: " + problem;
+  const std::string& ignored = settings.ignored.problem;
   if (!settings.type.empty()) {
-    return configured + (report.start.findsDefault ? ", usable" : ", not examined");
+    return configured + (report.start.findsDefault ? ", usable" : ", not examined") +
+           (ignored.empty() ? "" : ", but with any device: " + ignored);
   }
+  if (!ignored.empty()) return configured + ": " + ignored;
   if (!settings.problem.empty()) return "unknown";
   if (!settings.exists) return configured + " configured";
   return configured + (settings.readingFault.empty()
@@ -132,6 +135,8 @@ void Add(std::vector<Advice>& advice, const std::string& subject, const std::str
 void PrintAdvice(const DoctorReport& report) {
   std::vector<Advice> advice;
   if (report.display.endsProcesses) Add(advice, "X display", report.display.fix);
+  Add(advice, "Settings file", report.settings.fix);
+  Add(advice, "Default", report.settings.ignored.fix);
   Add(advice, "Default", report.defaultFault.fix);
   for (const StrayFile& stray : report.strays) {
     Add(advice, fs::path(stray.path).filename(), stray.fix);

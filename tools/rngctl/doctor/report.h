@@ -2,6 +2,7 @@
 #define TOOLS_RNGCTL_DOCTOR_REPORT_H
 
 #include "tools/rngctl/devices/device_report.h"
+#include "tools/rngctl/doctor/settings/ignored_default.h"
 #include "tools/rngctl/loader/search_order.h"
 
 #include <optional>
@@ -72,10 +73,12 @@ struct SettingsReport {
   std::string writingFault = {};  ///< why no default can be stored
   std::string service = {};       ///< the file of the known-path service that is in use
   std::string problem = {};       ///< why it is unknown what is configured
+  std::string fix = {};           ///< of that, or of what keeps programs from reading the file
   bool endsHosts = false;         ///< who asks for the default never gets an answer
   std::string type = {};          ///< the configured default
   std::string hardwareId = {};
-  std::string dataFile = {};  ///< what plug-ins get as its path
+  IgnoredDefault ignored = {};  ///< a line that was meant to configure the kind or the device
+  std::string dataFile = {};    ///< what plug-ins get as its path
 
   bool IsWritable() const { return !file.empty() && writingFault.empty(); }
 };

@@ -1,5 +1,7 @@
 #include "providers/library_handle.h"
 #include "settings/known_path.h"
+#include "tools/rngctl/doctor/causes/file_fault.h"
+#include "tools/rngctl/doctor/examine/answers.h"
 #include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/doctor/settings/path_facts.h"
@@ -9,12 +11,16 @@
 
 #include <cerrno>
 #include <cstring>
+#include <cxxabi.h>
 #include <dlfcn.h>
+#include <fstream>
 #include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
 
 namespace {
+
+constexpr std::size_t kMostExamined = 1U << 20;  // no settings file of any use is longer
 
 // The file of the service that the lookup has just used, which remains loaded afterwards.
 std::string FindService(const std::optional<std::string>& directory) {
@@ -27,6 +33,38 @@ std::string WhyNotReadable(const std::string& file) {
   if (!MayAccess(file, R_OK)) return std::strerror(errno);
   const PathFacts facts = LookThrough(file);
   return facts.IsRegular() ? "" : "it is " + KindOfFile(facts);
+}
+
+// "" where nothing is wrong: somebody may link the file to a device, or to one that is still to come.
+std::string FixReading(const std::string& file) {
+  const PathFacts facts = LookThrough(file);
+  if (facts.error == 0 && facts.IsDirectory()) {
+    return "Move the directory " + file + " away: the library expects a file there.";
+  }
+  if (const std::string closed = FindUnsearchable(file); !closed.empty()) {
+    return "Make " + closed + " searchable for the users of the library: chmod a+x " + closed;
+  }
+  if (facts.error != 0 || MayAccess(file, R_OK)) return "";
+  return "Make it readable for the users of the library: chmod a+r " + file;
+}
+
+std::string BeginningOf(const std::string& file) {
+  std::string text(kMostExamined, '\0');
+  std::ifstream stream(file, std::ios::binary);
+  stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(stream.gcount()));
+  return text;
+}
+
+// A missing device matters only to a kind.
+IgnoredDefault FindIgnored(const SettingsAnswer& answer) {
+  if (!LookThrough(answer.file).IsRegular()) return {};
+  const std::string text = BeginningOf(answer.file);
+  if (answer.type.empty()) {
+    return FindIgnoredDefault(text, "RandomNumberGeneratorType", answer.file);
+  }
+  if (!answer.hardwareId.empty()) return {};
+  return FindIgnoredDefault(text, "RandomNumberGeneratorHardwareID", answer.file);
 }
 
 // True also when this user may not look whether it exists, and for a dangling link.
@@ -46,18 +84,16 @@ void ExamineFile(SettingsAnswer& answer) {
   answer.exists = MayExist(answer.file);
   answer.isFifo = LookThrough(answer.file).IsFifo();
   answer.readingFault = WhyNotReadable(answer.file);
+  answer.readingFix = FixReading(answer.file);
   answer.writingFault = WhyNotStorable(answer.file);
   if (answer.isFifo) return;
   Begin(SettingsStep::kDefault, answer);
   answer.type = Text(GetDefaultSettings()->GetType());
   answer.hardwareId = Text(GetDefaultSettings()->GetHardwareId());
+  answer.ignored = FindIgnored(answer);
 }
 
-}  // namespace
-
-void ExamineSettings() {
-  SettingsAnswer answer;
-  Send(answer);
+void AskService(SettingsAnswer& answer) {
   const std::optional<std::string> directory = FindSettingsDirectory();
   answer.isKnown = directory.has_value();
   answer.service = FindService(directory);
@@ -67,5 +103,20 @@ void ExamineSettings() {
   }
   Begin(SettingsStep::kDataFile, answer);
   answer.dataFile = GetDefaultSettings()->GetDsdrFilePath();
+}
+
+}  // namespace
+
+void ExamineSettings() {
+  SettingsAnswer answer;
+  Send(answer);
+  try {
+    AskService(answer);
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    answer.exception = MessageOfException();
+    return Send(answer);
+  }
   Begin(SettingsStep::kEnd, answer);
 }
