@@ -22,6 +22,15 @@
 
 namespace {
 
+// Every message of this program on standard error. The sentence may contain text from outside.
+std::string Message(const std::string& sentence, const std::string& advice = "") {
+  return "rngctl: " + Printable(sentence) + '\n' + (advice.empty() ? "" : advice + '\n');
+}
+
+void PrintMessage(const std::string& sentence, const std::string& advice = "") {
+  std::cerr << Message(sentence, advice);
+}
+
 // CLI11 alone would read -1 as the largest number and 010 as eight.
 std::string CheckDecimal(const std::string& text) {
   std::uint64_t value = 0;
@@ -168,8 +177,8 @@ int Run(int count, char** arguments) {
   app.failure_message([](const CLI::App* asked, const CLI::Error& error) {
     const std::vector<std::string> rest = asked->remaining();
     const bool isUnknown = !rest.empty() && asked->get_subcommands().empty();
-    return "rngctl: " + (isUnknown ? "There is no command " + Quoted(rest[0]) : error.what()) +
-           "\nRun with --help for more information.\n";
+    return Message(isUnknown ? "There is no command " + Quoted(rest[0]) : error.what(),
+                   "Run with --help for more information.");
   });
   app.footer(
       "Exit status: 0 success, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator.");
@@ -203,20 +212,20 @@ int main(int count, char** arguments) {
     return Run(count, arguments);
   } catch (const Interrupted& interrupted) {
     for (const std::string& process : interrupted.leftRunning) {
-      std::cerr << "rngctl: Still running: " << Printable(process) << '\n';
+      PrintMessage("Still running: " + process);
     }
     EndBySignal(interrupted.signal);
   } catch (const Refusal& refusal) {
-    std::cerr << "rngctl: " << refusal.what() << '\n';
+    PrintMessage(refusal.what(), refusal.advice);
     return refusal.status;
   } catch (const std::exception& error) {
-    std::cerr << "rngctl: A plug-in or the system failed: " << Printable(error.what())
-              << "\nRun \"rngctl doctor\" to find out which.\n";
+    PrintMessage(std::string("A plug-in or the system failed: ") + error.what(),
+                 "Run \"rngctl doctor\" to find out which.");
     return kNegativeAnswer;
   } catch (const abi::__forced_unwind&) {
     throw;  // a plug-in called pthread_exit: stopping it here would abort the process
   } catch (...) {
-    std::cerr << "rngctl: A plug-in failed without an error message.\n";
+    PrintMessage("A plug-in failed without an error message.");
     return kNegativeAnswer;
   }
 }

@@ -1,7 +1,6 @@
 #include "tools/rngctl/started_aggregator.h"
 
 #include "tools/rngctl/refusal.h"
-#include "tools/rngctl/terminal/text.h"
 
 #include <cxxabi.h>
 #include <dlfcn.h>
@@ -16,9 +15,9 @@ using Failure = std::optional<Refusal>;
 
 Failure PluginFailed(const char* message) {
   const std::string reason =
-      message && *message ? std::string(": ") + Printable(message) : " without an error message.";
-  return Refusal(kNegativeAnswer, "A plug-in or the system failed" + reason +
-                                      "\nRun \"rngctl doctor\" to find out which.");
+      message && *message ? std::string(": ") + message : " without an error message.";
+  return Refusal(kNegativeAnswer, "A plug-in or the system failed" + reason,
+                 "Run \"rngctl doctor\" to find out which.");
 }
 
 // What `call` throws, looked at and destroyed while all plug-ins are open.

@@ -17,6 +17,32 @@ TEST(TerminalText, BytesThatAreNotUtf8AreReplaced) {
   EXPECT_EQ("\xE2\x82\xAC \xF0\x9F\x8E\xB2", Printable("\xE2\x82\xAC \xF0\x9F\x8E\xB2"));
 }
 
+TEST(TerminalText, NoSurrogateAndNothingBeyondTheLastCharacterIsUtf8) {
+  for (const char* text :
+       {"\xED\xA0\x80", "\xE0\x80\xAF", "\xF4\x90\x80\x80", "\xF0\x80\x80\xAF"}) {
+    EXPECT_FALSE(IsPlain(text));
+    EXPECT_EQ(std::string::npos, Printable(text).find(text));
+  }
+  EXPECT_EQ("\xED\x9F\xBF \xF4\x8F\xBF\xBF", Printable("\xED\x9F\xBF \xF4\x8F\xBF\xBF"));
+}
+
+TEST(TerminalText, CharactersThatAreInvisibleOrChangeTheDirectionAreReplaced) {
+  EXPECT_EQ("a?b?", Printable("a\xE2\x80\xAE"  // U+202E, right-to-left override
+                              "b\xE2\x81\xA6"));
+  EXPECT_EQ("????", Printable("\xE2\x80\x8B\xE2\x80\xA8\xEF\xBB\xBF\xF3\xA0\x81\x81"));
+  // The Hebrew letter alef, and the joiner that emoji need.
+  EXPECT_EQ("\xD7\x90 \xE2\x80\x8D", Printable("\xD7\x90 \xE2\x80\x8D"));
+  EXPECT_TRUE(IsPlain("\xE2\x80\xAE"));
+}
+
+TEST(TerminalText, LinesStayLines) { EXPECT_EQ("a?b\nc\n", PrintableLines("a\033b\n\nc")); }
+
+TEST(TerminalText, JsonKeepsItsMeaningInEscapes) {
+  EXPECT_EQ("{\n\"\\u007f\\u009b\\u202e\xC3\xA4\"}",
+            EscapedJson("{\n\"\x7F\xC2\x9B\xE2\x80\xAE\xC3\xA4\"}"));
+  EXPECT_EQ("\\udb40\\udc41 \xF0\x9F\x8E\xB2", EscapedJson("\xF3\xA0\x81\x81 \xF0\x9F\x8E\xB2"));
+}
+
 TEST(TerminalText, ColumnsAreCharacters) {
   EXPECT_EQ(2U, CountColumns("\xC3\xA4x"));
   EXPECT_EQ("\xC3\xA4 |", Padded("\xC3\xA4", 2) + "|");

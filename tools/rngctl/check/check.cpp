@@ -33,7 +33,7 @@ CheckSubject FindSubject(const CheckRequest& request) {
   std::vector<std::string> known;
   for (const Rule& rule : AllRules()) known.emplace_back(rule.name);
   const std::string meant = FindLikeness(name, known);
-  throw Refusal(kWrongUsage, "There is no check " + Quoted(Printable(name)) + "." +
+  throw Refusal(kWrongUsage, "There is no check " + Quoted(name) + "." +
                                  (meant.empty() ? " \"rngctl check PLUGIN\" shows all checks."
                                                 : " Did you mean " + Quoted(meant) + "?"));
 }

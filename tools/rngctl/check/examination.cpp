@@ -6,7 +6,6 @@
 #include "tools/rngctl/terminal/wait_notice.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace {
 
@@ -17,15 +16,6 @@ Finding InternalError() {
              "does, report this as a bug of rngctl.");
   finding.severity = Severity::kError;
   return finding;
-}
-
-std::string PrintableLines(const std::string& text) {
-  std::string lines;
-  std::istringstream rest(text);
-  for (std::string line; std::getline(rest, line);) {
-    if (!line.empty()) lines += Printable(line) + '\n';
-  }
-  return lines;
 }
 
 }  // namespace
@@ -68,9 +58,7 @@ CheckOrder Examination::OrderFor(const Rule& rule) const {
 ChildResult Examination::Run(const CheckOrder& request) {
   WaitNotice notice("Checking " + request.rule + " ...");
   ChildOrder order{kCheckChildCommand, Encode(request), limit, LimitOf::kSilence, "", true};
-  order.whileItWaits = [&notice](const std::string& text) {
-    notice.PrintAbove(PrintableLines(text));
-  };
+  order.whileItWaits = [&notice](const std::string& text) { notice.PrintAbove(text); };
   ChildResult result = RunChild(order);
   RememberOutput(result, request.rule);
   return result;

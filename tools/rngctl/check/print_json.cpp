@@ -1,4 +1,5 @@
 #include "tools/rngctl/check/report.h"
+#include "tools/rngctl/terminal/text.h"
 
 #include <iostream>
 #include <map>
@@ -49,5 +50,5 @@ void PrintJson(const CheckReport& report) {
                     {"warnings", report.CountFailed(Severity::kWarning)},
                     {"notes", report.CountFailed(Severity::kNote)},
                     {"not_examined", report.Count(Outcome::kNotExamined)}};
-  std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+  std::cout << EscapedJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) << '\n';
 }

@@ -42,7 +42,7 @@ void PrintDefault(std::uint32_t mask) {
   IRngSettings& settings = *GetDefaultSettings();
   const std::string type = Text(settings.GetType());
   const std::string hardwareId = Text(settings.GetHardwareId());
-  std::cout << "configured  " << Describe(type, hardwareId) << '\n';
+  std::cout << "configured  " << Printable(Describe(type, hardwareId)) << '\n';
 
   DefaultRngInfo info;
   if (!GetDefaultRng(&info, mask)) {
@@ -54,7 +54,7 @@ void PrintDefault(std::uint32_t mask) {
                   "There is no default: none is configured, and no kind in the mask is usable.");
   }
   std::cout << (type.empty() ? "fallback    " : "default     ")
-            << Describe(info.type, info.hardwareId) << '\n'
+            << Printable(Describe(info.type, info.hardwareId)) << '\n'
             << "loaded      " << (GetRng(info.type) ? "yes" : "no") << '\n';
 }
 
@@ -74,9 +74,9 @@ void StoreDefault(const std::string& name, const std::string& hardwareId) {
                                        "in it comes first.");
   }
   std::cout << (name.empty() ? "No default is configured now.\n"
-                             : "The default is now " + stored + ".\n");
+                             : "The default is now " + Printable(stored) + ".\n");
   if (!name.empty() && !GetRng(name.c_str())) {
-    std::cerr << "Warning: there is no usable generator " << Quoted(name)
+    std::cerr << "Warning: there is no usable generator " << Quoted(Printable(name))
               << " now (case matters; see \"rngctl list\"). The default was stored anyway.\n";
   }
 }

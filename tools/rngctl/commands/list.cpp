@@ -116,15 +116,15 @@ void PrintDevices(const std::vector<Reporter>& reporters) {
   for (const Reporter& reporter : reporters) {
     const DeviceReport report = AskForDevices(reporter.file, reporter.factory, kLimit);
     for (const Device& device : report.devices) {
-      std::cout << std::exchange(separator, "") << reporter.name << ", device " << device.identifier
-                << ": " << device.text << '\n';
+      std::cout << std::exchange(separator, "") << reporter.name << ", device "
+                << Printable(device.identifier) << ": " << Printable(device.text) << '\n';
     }
     for (const std::string& problem : report.problems) {
-      std::cout << std::exchange(separator, "") << reporter.name << ", problem: " << problem
-                << '\n';
+      std::cout << std::exchange(separator, "") << reporter.name
+                << ", problem: " << Printable(problem) << '\n';
     }
     if (report.fault.empty()) continue;
-    std::cerr << "rngctl: " << Quoted(reporter.name) << ": " << report.fault << '\n';
+    std::cerr << "rngctl: " << Quoted(reporter.name) << ": " << Printable(report.fault) << '\n';
   }
 }
 

@@ -34,7 +34,7 @@ std::string FaultOfDevice(const DeviceReport& report, const std::string& identif
 std::string AddLine(const std::string& line, DeviceReport& report) {
   const Parts parts = SplitAt('\t', line);
   for (const std::string& part : parts) {
-    if (Printable(part) != part) return "has a control character, or is not UTF-8";
+    if (!IsPlain(part)) return "has a control character, or is not UTF-8";
   }
   if (parts.size() == 2 && parts[0] == "problem") {
     report.problems.push_back(parts[1]);

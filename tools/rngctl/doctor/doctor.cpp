@@ -130,7 +130,7 @@ void ConcludeKind(const DoctorReport& report) {
   if (isLoaded && !report.start.preventsUse) return;
   const std::string obstacle =
       isLoaded ? ", but a start with all plug-ins " + report.start.problem : "";
-  throw Refusal(kNegativeAnswer, Quoted(row.kind) + ": " + Printable(row.summary + obstacle) + ".");
+  throw Refusal(kNegativeAnswer, Quoted(row.kind) + ": " + row.summary + obstacle + ".");
 }
 
 std::string DescribeFailedStart(const StartReport& start) {
@@ -140,8 +140,7 @@ std::string DescribeFailedStart(const StartReport& start) {
 std::string DescribeUnusableDefault(const DoctorReport& report) {
   const std::string& problem = report.defaultFault.problem;
   const std::string end = problem.ends_with('?') ? "" : ".";  // it may ask "did you mean ...?"
-  return "The default " + Quoted(report.settings.type) + " cannot be used: " + Printable(problem) +
-         end;
+  return "The default " + Quoted(report.settings.type) + " cannot be used: " + problem + end;
 }
 
 // "" when programs get what the settings file is meant to configure.

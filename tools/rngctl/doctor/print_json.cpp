@@ -1,4 +1,5 @@
 #include "tools/rngctl/doctor/report.h"
+#include "tools/rngctl/terminal/text.h"
 
 #include <iostream>
 #include <map>
@@ -115,5 +116,5 @@ void PrintJson(const DoctorReport& report) {
                      {"permissions", permissions},
                      {"left_running", report.leftRunning},
                      {"generators", rows}};
-  std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+  std::cout << EscapedJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) << '\n';
 }

@@ -162,11 +162,12 @@ void PrintAdvice(const DoctorReport& report) {
 void PrintDevices(const std::vector<GeneratorReport>& rows) {
   for (const GeneratorReport& row : rows) {
     for (const Device& device : row.devices) {
-      std::cout << row.kind << ", device " << device.identifier << ": " << device.text << '\n';
+      std::cout << row.kind << ", device " << Printable(device.identifier) << ": "
+                << Printable(device.text) << '\n';
     }
     for (const std::string& problem : row.problems) {
       if (row.fix.find(problem) != std::string::npos) continue;
-      std::cout << row.kind << ", problem: " << problem << '\n';
+      std::cout << row.kind << ", problem: " << Printable(problem) << '\n';
     }
   }
 }

@@ -4,8 +4,19 @@
 #include <cstddef>
 #include <string>
 
-/// Replaces control characters, so that text from outside cannot control the terminal.
+/// The text as it may be shown on a terminal. Everything that this program did not write itself passes
+/// through here: names, arguments, paths, error messages. Control characters, and those that are
+/// invisible or change the direction of writing, become "?". Bytes that are not UTF-8 become U+FFFD.
 std::string Printable(const std::string& text);
+
+/// `Printable` for each line; the line breaks stay, empty lines go.
+std::string PrintableLines(const std::string& text);
+
+/// JSON in which the characters that `Printable` replaces are written as \u escapes. It means the same.
+std::string EscapedJson(const std::string& json);
+
+/// Whether the text is UTF-8 without control characters.
+bool IsPlain(const std::string& text);
 
 std::string Quoted(const std::string& text);
 

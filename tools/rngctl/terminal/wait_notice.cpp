@@ -1,5 +1,7 @@
 #include "tools/rngctl/terminal/wait_notice.h"
 
+#include "tools/rngctl/terminal/text.h"
+
 #include <chrono>
 #include <cstdio>
 #include <unistd.h>
@@ -10,7 +12,7 @@ constexpr char kErase[] = "\r\033[K";
 
 }  // namespace
 
-WaitNotice::WaitNotice(const std::string& waitedFor) : text(waitedFor) {
+WaitNotice::WaitNotice(const std::string& waitedFor) : text(Printable(waitedFor)) {
   if (::isatty(STDERR_FILENO) != 1) return;
   thread = std::jthread([this](const std::stop_token& end) { ShowUntil(end); });
 }
@@ -29,6 +31,6 @@ void WaitNotice::ShowUntil(const std::stop_token& end) {
 void WaitNotice::PrintAbove(const std::string& lines) {
   const std::lock_guard guard(lock);
   const bool wasShown = isShown;
-  std::fprintf(stderr, "%s%s%s", wasShown ? kErase : "", lines.c_str(),
+  std::fprintf(stderr, "%s%s%s", wasShown ? kErase : "", PrintableLines(lines).c_str(),
                wasShown ? text.c_str() : "");
 }

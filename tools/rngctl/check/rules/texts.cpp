@@ -75,7 +75,7 @@ bool IsUtf8(const std::string& text) {
   }
 }
 
-bool HasControlCharacter(const std::string& text) { return Printable(text) != text; }
+bool HasControlCharacter(const std::string& text) { return !IsPlain(text); }
 
 bool HasBlankEnd(const std::string& text) {
   const std::string blanks = " \t";
