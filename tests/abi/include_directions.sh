@@ -93,7 +93,9 @@ see "${tool}loader/" "${tool}(loader|terminal)/|$common|^providers/library_handl
 see "${tool}devices/" \
   "${tool}(devices|channel|process|loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
 started="${tool}started_aggregator[.]h\$"
-see "${tool}commands/" "${tool}(commands|devices|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
+see "${tool}commands/[^/]*\$" "${tool}(commands|devices|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
+see "${tool}commands/read/" \
+  "${tool}commands/(read/|provider_text[.]h$)|${tool}(channel|process|terminal)/|$common|$started|^rngaggregator/"
 see "${tool}doctor/" \
   "${tool}(doctor|devices|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
 # What judges files needs no answer of a child.

@@ -64,6 +64,7 @@ tools/rngctl/main.cpp #include "settings/profile_file.h"
 tools/rngctl/main.cpp #include "../../aggregator/process_state.h"
 tools/rngctl/main.cpp #include <dlfcn.h>
 tools/rngctl/commands/list.cpp #include <dlfcn.h>
+tools/rngctl/commands/read/read.cpp #include "tools/rngctl/commands/list.h"
 tools/rngctl/commands/list.cpp #include "tools/rngctl/process/child.h"
 tools/rngctl/commands/list.cpp #include "tools/rngctl/doctor/doctor.h"
 tools/rngctl/commands/list.cpp #include "providers/dll_loader.h"

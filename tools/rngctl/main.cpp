@@ -4,7 +4,7 @@
 #include "tools/rngctl/check/child.h"
 #include "tools/rngctl/commands/default.h"
 #include "tools/rngctl/commands/list.h"
-#include "tools/rngctl/commands/read.h"
+#include "tools/rngctl/commands/read/read.h"
 #include "tools/rngctl/devices/ask.h"
 #include "tools/rngctl/doctor/doctor.h"
 #include "tools/rngctl/doctor/examine/child.h"
@@ -46,6 +46,11 @@ std::string CheckMask(const std::string& text) {
                  : "";
 }
 
+// An empty name is usually an unset variable of a script, so the bytes must not go somewhere else.
+std::string CheckFileName(const std::string& text) {
+  return text.empty() ? "the name of the file is empty" : "";
+}
+
 void AddList(CLI::App& app) {
   app.add_subcommand("list", "Show the usable generators")->callback(RunList);
 }
@@ -71,7 +76,10 @@ void AddRead(CLI::App& app, ReadRequest& request) {
   read->add_option("-o", request.file,
                    "Write to FILE instead of standard output; only its owner can read it, and it "
                    "appears once all bytes are drawn")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(CheckFileName);
+  read->add_flag("--force", request.replacesOthers,
+                 "With -o, replace a file that belongs to another user");
   read->callback([&request] { RunRead(request); });
 }
 
@@ -209,6 +217,7 @@ int Run(int count, char** arguments) {
 
 int main(int count, char** arguments) {
   try {
+    OpenStandardDescriptors();
     return Run(count, arguments);
   } catch (const Interrupted& interrupted) {
     for (const std::string& process : interrupted.leftRunning) {

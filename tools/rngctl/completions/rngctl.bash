@@ -29,7 +29,7 @@ _rngctl() {
   case $command in
     "") words="list read default doctor check --help --version" ;;
     list) words="--help" ;;
-    read) words="$kinds -n --raw --hex --base64 -o --help" ;;
+    read) words="$kinds -n --raw --hex --base64 -o --force --help" ;;
     default) words="set --mask --help" ;;
     "default set") words="$kinds --help" ;;
     doctor) words="$kinds --json --timeout --help" ;;

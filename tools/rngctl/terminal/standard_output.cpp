@@ -2,8 +2,22 @@
 
 #include "tools/rngctl/refusal.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <iostream>
+#include <unistd.h>
 
 void FinishOutput() {
   if (!std::cout.flush()) throw Refusal(kNegativeAnswer, "Cannot write to standard output.");
+}
+
+// The system gives the lowest free number, and those below are open.
+void OpenStandardDescriptors() {
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(number, F_GETFD) >= 0 || errno != EBADF) continue;
+    if (::open("/dev/null", O_RDONLY) != number) {
+      throw Refusal(kNegativeAnswer,
+                    "A standard descriptor is closed, and /dev/null cannot be opened.");
+    }
+  }
 }

@@ -5,4 +5,8 @@
 /// a message on standard error.
 void FinishOutput();
 
+/// Opens those of the three standard descriptors that are closed, so that no other file gets their
+/// numbers. Writing to such a one fails as before. Call it first.
+void OpenStandardDescriptors();
+
 #endif

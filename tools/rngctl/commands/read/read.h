@@ -1,7 +1,7 @@
-#ifndef TOOLS_RNGCTL_COMMANDS_READ_H
-#define TOOLS_RNGCTL_COMMANDS_READ_H
+#ifndef TOOLS_RNGCTL_COMMANDS_READ_READ_H
+#define TOOLS_RNGCTL_COMMANDS_READ_READ_H
 
-#include "tools/rngctl/commands/encoding.h"
+#include "tools/rngctl/commands/read/encoding.h"
 
 #include <cstdint>
 #include <string>
@@ -11,6 +11,7 @@ struct ReadRequest {
   std::uint64_t size = 0;
   Encoding encoding = Encoding::kHex;
   std::string file;  ///< empty: standard output
+  bool replacesOthers = false;
 };
 
 /// Draws random bytes and writes them.

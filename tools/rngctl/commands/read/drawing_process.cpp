@@ -1,0 +1,159 @@
+#include "tools/rngctl/commands/read/drawing_process.h"
+
+#include "tools/rngctl/commands/read/draw.h"
+#include "tools/rngctl/refusal.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// The first byte of a message. An end has the exit status, the sentence, a zero and the advice.
+constexpr char kPiece = 'p';
+constexpr char kEnd = 'e';
+
+// Milliseconds between two looks at the process. It usually ends right after its messages.
+constexpr int kTick = 20;
+constexpr int kShortTick = 1;
+constexpr int kGraceTicks = 50;
+constexpr std::size_t kLargestMessage = kLargestPiece + 1;
+constexpr std::size_t kLongestText = 4096;
+
+// The bytes go to the system directly: no copy stays.
+void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
+  iovec parts[] = {{&kind, 1}, {const_cast<char*>(bytes), size}};
+  msghdr message = {};
+  message.msg_iov = parts;
+  message.msg_iovlen = 2;
+  while (::sendmsg(socket, &message, MSG_NOSIGNAL) < 0) {
+    if (errno != EINTR) throw Refusal(kNegativeAnswer, "A process of rngctl is gone.");
+  }
+}
+
+[[noreturn]] void End(int socket, ExitStatus status, const std::string& text) {
+  const std::string message = static_cast<char>(status) + text;
+  try {
+    SendTo(socket, kEnd, message.data(), message.size());
+  } catch (const Refusal&) {  // nobody is there to be told
+    std::exit(kNegativeAnswer);
+  }
+  std::exit(status);
+}
+
+// Nothing is unwound beyond this function: what is below it on the stack belongs to the parent.
+[[noreturn]] void RunChild(pid_t parent, int socket, const DrawingProcess::Draw& draw) noexcept {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (::getppid() != parent) std::_Exit(kNegativeAnswer);
+  ::dup2(STDERR_FILENO, STDOUT_FILENO);
+  try {
+    draw(
+        [socket](const SecretBytes& piece) { SendTo(socket, kPiece, piece.data(), piece.size()); });
+  } catch (const Refusal& refusal) {
+    End(socket, refusal.status,
+        std::string(refusal.what()).substr(0, kLongestText) + '\0' + refusal.advice);
+  }
+  End(socket, kDone, "");
+}
+
+[[noreturn]] void RefuseStart() {
+  throw Refusal(kNegativeAnswer,
+                std::string("Cannot start a process: ") + std::strerror(errno) + ".");
+}
+
+}  // namespace
+
+DrawingProcess::DrawingProcess(const Draw& draw) {
+  std::signal(SIGCHLD, SIG_DFL);  // a caller that ignores it would have the process disappear
+  int ends[2];
+  if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) RefuseStart();
+  messages = Descriptor(ends[0]);
+  const Descriptor theirs(ends[1]);
+  const pid_t parent = ::getpid();
+  process = ::fork();
+  if (process < 0) RefuseStart();
+  if (process > 0) return;
+  messages.Close();
+  RunChild(parent, theirs.Get(), draw);
+}
+
+DrawingProcess::~DrawingProcess() {
+  messages.Close();
+  for (int i = 0; i < kGraceTicks && !HasEnded(); ++i) ::poll(nullptr, 0, kTick);
+  if (process > 0) ::kill(process, SIGKILL);
+  WaitForEnd();
+}
+
+bool DrawingProcess::HasEnded() {
+  if (process > 0 && ::waitpid(process, &status, WNOHANG) == process) process = -1;
+  return process < 0;
+}
+
+void DrawingProcess::WaitForEnd() {
+  while (process > 0) {
+    if (::waitpid(process, &status, 0) == process) process = -1;
+  }
+}
+
+// False when the process has ended without another one. A process that it has left running may keep
+// the other end open, so the end of the messages does not show that.
+bool DrawingProcess::WaitForMessage() {
+  for (;;) {
+    if (InterruptionWatch::Signal() != 0) {
+      if (process > 0) ::kill(process, InterruptionWatch::Signal());
+      throw Interrupted{InterruptionWatch::Signal(), {}};
+    }
+    const bool isLast = HasEnded();  // before looking: what it has sent is then there
+    pollfd place = {messages.Get(), POLLIN, 0};
+    const int tick = messages.Get() < 0 ? kShortTick : kTick;
+    if (::poll(&place, 1, isLast ? 0 : tick) > 0) return true;
+    if (isLast) return false;
+  }
+}
+
+// Empty when the other end is closed.
+SecretBytes DrawingProcess::ReceiveMessage() {
+  SecretBytes message(kLargestMessage);
+  const ssize_t size = ::recv(messages.Get(), message.data(), message.size(), 0);
+  message.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+  if (message.empty()) messages.Close();
+  return message;
+}
+
+void DrawingProcess::ForEachPiece(const TakePiece& take) {
+  while (WaitForMessage()) {
+    const SecretBytes message = ReceiveMessage();
+    if (message.size() < 2) continue;
+    if (message[0] == kEnd) return Conclude(message);
+    take(SecretBytes(message.begin() + 1, message.end()));
+  }
+  RefuseBadEnd();
+}
+
+void DrawingProcess::Conclude(const SecretBytes& message) {
+  const std::string text(message.begin() + 2, message.end());
+  const std::size_t end = std::min(text.find('\0'), text.size());
+  if (message[1] != kDone) {
+    throw Refusal(static_cast<ExitStatus>(message[1]), text.substr(0, end),
+                  text.substr(std::min(end + 1, text.size())));
+  }
+  while (!HasEnded()) {
+    if (WaitForMessage()) ReceiveMessage();
+  }
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) RefuseBadEnd();
+}
+
+void DrawingProcess::RefuseBadEnd() const {
+  const std::string end =
+      WIFSIGNALED(status) ? "crashed with signal " + std::to_string(WTERMSIG(status)) + " (" +
+                                ::strsignal(WTERMSIG(status)) + ")"
+                          : "ended its process with status " + std::to_string(WEXITSTATUS(status));
+  throw Refusal(kNegativeAnswer, "A plug-in " + end + ".",
+                "Run \"rngctl doctor\" to find out which.");
+}

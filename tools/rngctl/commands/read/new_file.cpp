@@ -1,0 +1,150 @@
+#include "tools/rngctl/commands/read/new_file.h"
+
+#include "tools/rngctl/channel/signal_block.h"
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <system_error>
+
+namespace {
+
+constexpr std::size_t kSuffixSize = 7;  // ".XXXXXX"
+
+// What a signal handler removes.
+struct Unfinished {
+  int directory = -1;  // -1: there is none
+  char name[NAME_MAX + 1] = {};
+};
+Unfinished g_unfinished;
+
+[[noreturn]] void Fail(int error = errno) {
+  throw std::system_error(error, std::generic_category());
+}
+
+void RemoveUnfinished(int signal) {
+  if (g_unfinished.directory >= 0) ::unlinkat(g_unfinished.directory, g_unfinished.name, 0);
+  ::raise(signal);  // with the default action, which SA_RESETHAND has restored
+}
+
+bool EndsProcessByDefault(int signal) {
+  switch (signal) {
+    case SIGKILL:  // cannot be caught
+    case SIGSTOP:
+    case SIGTSTP:
+    case SIGTTIN:
+    case SIGTTOU:
+    case SIGCHLD:
+    case SIGCONT:
+    case SIGURG:
+    case SIGWINCH:
+      return false;
+    default:
+      return true;
+  }
+}
+
+// Where the action is `from`, makes it `to`. Ignored signals stay ignored.
+void ReplaceHandlers(void (*from)(int), void (*to)(int)) {
+  for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+    struct sigaction action = {};
+    if (!EndsProcessByDefault(signal) || ::sigaction(signal, nullptr, &action) != 0) continue;
+    if (action.sa_handler != from) continue;
+    action = {};
+    action.sa_handler = to;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    ::sigaction(signal, &action, nullptr);
+  }
+}
+
+void RemoveWhenSignalled(int directory, const std::string& name) {
+  g_unfinished = {};
+  name.copy(g_unfinished.name, sizeof g_unfinished.name - 1);
+  g_unfinished.directory = directory;
+  ReplaceHandlers(SIG_DFL, RemoveUnfinished);
+}
+
+std::string RandomSuffix() {
+  constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz234567";
+  unsigned char bytes[kSuffixSize - 1];
+  if (::getrandom(bytes, sizeof bytes, 0) != sizeof bytes) Fail();
+  std::string suffix = ".";
+  for (const unsigned char byte : bytes) suffix += kLetters[byte % 32];
+  return suffix;
+}
+
+Descriptor OpenDirectory(const std::string& path) {
+  Descriptor directory(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  // One that may be written but not listed is enough.
+  if (directory.Get() < 0 && errno == EACCES) {
+    directory = Descriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  }
+  if (directory.Get() < 0) Fail();
+  return directory;
+}
+
+}  // namespace
+
+Place OpenPlace(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  const std::string name = path.substr(slash == std::string::npos ? 0 : slash + 1);
+  if (name.empty() || name == "." || name == "..") Fail(EISDIR);
+  if (name.size() > NAME_MAX) Fail(ENAMETOOLONG);
+  return {OpenDirectory(slash == std::string::npos ? "." : path.substr(0, slash + 1)), name};
+}
+
+NewFile::NewFile(Place where) : place(std::move(where)) { Create(); }
+
+void NewFile::Create() {
+  constexpr int kAttempts = 100;
+  for (int i = 0; i < kAttempts; ++i) {
+    temporary = place.name.substr(0, NAME_MAX - kSuffixSize) + RandomSuffix();
+    if (TryToCreate()) return;
+    if (errno != EEXIST) Fail();
+  }
+  Fail(EEXIST);
+}
+
+// No signal may come between the creation and the moment when its handler knows the file.
+bool NewFile::TryToCreate() {
+  const SignalBlock block;
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  file = Descriptor(::openat(place.directory.Get(), temporary.c_str(), kFlags, S_IRUSR | S_IWUSR));
+  if (file.Get() < 0) return false;
+  RemoveWhenSignalled(place.directory.Get(), temporary);
+  return true;
+}
+
+NewFile::~NewFile() {
+  const SignalBlock block;
+  if (!temporary.empty()) ::unlinkat(place.directory.Get(), temporary.c_str(), 0);
+  g_unfinished.directory = -1;
+}
+
+void NewFile::Commit() {
+  if (::fchmod(file.Get(), S_IRUSR | S_IWUSR) != 0) Fail();  // the umask may have taken even that
+  if (::fsync(file.Get()) != 0 && errno != EINVAL) Fail();
+  const int directory = place.directory.Get();
+  if (::renameat(directory, temporary.c_str(), directory, place.name.c_str()) != 0) Fail();
+  temporary.clear();
+  g_unfinished.directory = -1;
+  SyncDirectory();
+}
+
+void NewFile::SyncDirectory() const {
+  if (::fsync(place.directory.Get()) == 0 || errno == EINVAL) return;
+  // A directory that may not be listed cannot be synchronised alone.
+  if (errno != EBADF || ::syncfs(file.Get()) != 0) Fail();
+}
+
+void NewFile::LeaveToParent() {
+  g_unfinished.directory = -1;
+  ReplaceHandlers(RemoveUnfinished, SIG_DFL);
+  temporary.clear();
+  file.Close();
+  place.directory.Close();
+}

@@ -1,0 +1,142 @@
+#include "tools/rngctl/commands/read/output.h"
+
+#include "tools/rngctl/process/interruption.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <cerrno>
+#include <charconv>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace {
+
+// A descriptor that a path of the system stands for.
+std::optional<int> DescriptorOf(const std::string& path) {
+  if (path == "/dev/stdout") return STDOUT_FILENO;
+  if (path == "/dev/stderr") return STDERR_FILENO;
+  for (const std::string folder : {"/dev/fd/", "/proc/self/fd/"}) {
+    if (!path.starts_with(folder)) continue;
+    int number = -1;
+    const char* const end = path.data() + path.size();
+    const auto result = std::from_chars(path.data() + folder.size(), end, number);
+    if (result.ec == std::errc() && result.ptr == end && number >= 0) return number;
+  }
+  return std::nullopt;
+}
+
+bool IsWritable(int descriptor) {
+  const int flags = ::fcntl(descriptor, F_GETFL);
+  return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY && (flags & O_PATH) == 0;
+}
+
+// Nobody else can read from these, and everybody may write to them.
+bool IsNullOrFull(const struct stat& file) {
+  return S_ISCHR(file.st_mode) &&
+         (file.st_rdev == ::makedev(1, 3) || file.st_rdev == ::makedev(1, 7));
+}
+
+std::string TargetOf(const Place& place) {
+  char target[PATH_MAX];
+  const ssize_t size =
+      ::readlinkat(place.directory.Get(), place.name.c_str(), target, sizeof target);
+  return {target, size < 0 ? 0 : static_cast<std::size_t>(size)};
+}
+
+bool IsSame(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+}  // namespace
+
+Output::Output(const std::string& place, bool replacesOthers)
+    : path(place), descriptor(STDOUT_FILENO) {
+  if (path.empty()) return;
+  try {
+    Open(replacesOthers);
+  } catch (const std::system_error& error) {
+    RefuseWith(error.code().value());
+  }
+}
+
+void Output::Open(bool replacesOthers) {
+  if (const std::optional<int> number = DescriptorOf(path)) {
+    if (!IsWritable(*number)) RefuseWith(EBADF);
+    descriptor = *number;
+    return;
+  }
+  Place place = OpenPlace(path);
+  struct stat found = {};
+  const bool exists =
+      ::fstatat(place.directory.Get(), place.name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!exists && errno != ENOENT) RefuseWith(errno);
+  if (S_ISLNK(found.st_mode)) {
+    Refuse("it is a link to " + Quoted(TargetOf(place)) + "; name the file itself");
+  }
+  if (S_ISDIR(found.st_mode)) RefuseWith(EISDIR);
+  if (exists && !S_ISREG(found.st_mode)) return OpenSpecialFile(place, found);
+  if (exists && found.st_uid != ::geteuid() && !replacesOthers) {
+    Refuse("it belongs to another user, number " + std::to_string(found.st_uid) +
+           "; --force replaces it");
+  }
+  descriptor = file.emplace(std::move(place)).Get();
+}
+
+void Output::OpenSpecialFile(const Place& place, const struct stat& found) {
+  if (found.st_uid != ::geteuid() && !IsNullOrFull(found)) {
+    Refuse("it is not a regular file and belongs to another user, number " +
+           std::to_string(found.st_uid) + ", who could read the bytes");
+  }
+  special = Descriptor(::openat(place.directory.Get(), place.name.c_str(),
+                                O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW));
+  struct stat opened = {};
+  if (special.Get() < 0 || ::fstat(special.Get(), &opened) != 0) RefuseWith(errno);
+  if (!IsSame(found, opened)) Refuse("it was replaced in this moment");
+  descriptor = special.Get();
+}
+
+bool Output::IsTerminal() const { return ::isatty(descriptor) == 1; }
+
+bool Output::MayBeShown() const {
+  struct stat status = {};
+  const bool isKnown = ::fstat(descriptor, &status) == 0;
+  return !isKnown || S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || IsTerminal();
+}
+
+void Output::Write(const SecretBytes& bytes) {
+  for (std::size_t done = 0; done < bytes.size();) {
+    const ssize_t count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
+    if (count >= 0) {
+      done += static_cast<std::size_t>(count);
+    } else if (errno != EINTR) {
+      RefuseWith(errno);
+    } else if (InterruptionWatch::Signal() != 0) {
+      throw Interrupted{InterruptionWatch::Signal(), {}};
+    }
+  }
+}
+
+void Output::Commit() {
+  try {
+    if (file) file->Commit();
+  } catch (const std::system_error& error) {
+    RefuseWith(error.code().value());
+  }
+}
+
+void Output::LeaveToParent() {
+  if (file) file->LeaveToParent();
+  special.Close();
+}
+
+void Output::Refuse(const std::string& reason) const {
+  const std::string where = path.empty() ? "standard output" : Quoted(path);
+  throw Refusal(kNegativeAnswer, "Cannot write to " + where + ": " + reason + ".");
+}
+
+void Output::RefuseWith(int error) const { Refuse(std::strerror(error)); }

@@ -1,0 +1,40 @@
+#ifndef TOOLS_RNGCTL_COMMANDS_READ_OUTPUT_H
+#define TOOLS_RNGCTL_COMMANDS_READ_OUTPUT_H
+
+#include "tools/rngctl/commands/read/new_file.h"
+#include "tools/rngctl/commands/read/secret_bytes.h"
+
+#include <optional>
+#include <string>
+
+/// Where the bytes go: standard output, another descriptor, a device or FIFO, or a file. Only a file is
+/// replaced as a whole, see `NewFile`. Refuses a link, and what belongs to somebody else: they could
+/// choose where the bytes go, or read them. Throws a `Refusal` with the reason.
+class Output {
+ public:
+  /// An empty path is standard output. `replacesOthers`: also replaces a file of another user.
+  Output(const std::string& path, bool replacesOthers);
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  bool IsTerminal() const;
+  bool MayBeShown() const;  ///< a terminal, or a pipe, which may lead to one
+  void Write(const SecretBytes& bytes);
+  void Commit();  ///< everything is written: the file appears
+
+  /// In a forked process: gives up the file and the device.
+  void LeaveToParent();
+
+ private:
+  void Open(bool replacesOthers);
+  void OpenSpecialFile(const Place& place, const struct stat& found);
+  [[noreturn]] void Refuse(const std::string& reason) const;
+  [[noreturn]] void RefuseWith(int error) const;
+
+  const std::string path;
+  std::optional<NewFile> file;
+  Descriptor special;
+  int descriptor;
+};
+
+#endif

@@ -1,0 +1,30 @@
+#ifndef TOOLS_RNGCTL_COMMANDS_READ_PROGRESS_H
+#define TOOLS_RNGCTL_COMMANDS_READ_PROGRESS_H
+
+#include <chrono>
+#include <cstdint>
+
+/// A bar on standard error, when that is a terminal and the work takes longer than a second. It never
+/// stands when all is done: the line may be needed.
+class Progress {
+ public:
+  /// `isWanted`: false where the output may stand on the same terminal.
+  Progress(std::uint64_t bytes, bool isWanted);
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  ~Progress() { Erase(); }
+
+  void Show(std::uint64_t done);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void Erase();
+
+  const std::uint64_t total;
+  const bool isPossible;
+  Clock::time_point next = Clock::now() + std::chrono::seconds(1);
+  bool isShown = false;
+};
+
+#endif

@@ -1,0 +1,31 @@
+#include "tools/rngctl/commands/read/read.h"
+
+#include "tools/rngctl/commands/read/draw.h"
+#include "tools/rngctl/commands/read/drawing_process.h"
+#include "tools/rngctl/commands/read/output.h"
+#include "tools/rngctl/commands/read/progress.h"
+#include "tools/rngctl/refusal.h"
+
+void RunRead(const ReadRequest& request) {
+  Output output(request.file, request.replacesOthers);
+  if (request.encoding == Encoding::kRaw && output.IsTerminal()) {
+    throw Refusal(kWrongUsage,
+                  "Raw bytes are not written to a terminal: choose --hex, --base64 or a file.");
+  }
+  DrawingProcess process([&](const TakePiece& pass) {
+    output.LeaveToParent();
+    Draw(request.name, request.size, pass);
+  });
+  const InterruptionWatch interruption;
+  const NoCore noCore;
+  Progress progress(request.size, !output.MayBeShown());
+  std::uint64_t done = 0;
+  process.ForEachPiece([&](const SecretBytes& piece) {
+    output.Write(Encode(piece, request.encoding));
+    done += piece.size();
+    progress.Show(done);
+  });
+  if (done != request.size) throw Refusal(kNegativeAnswer, "A plug-in disturbed the draw.");
+  if (request.encoding != Encoding::kRaw) output.Write({'\n'});
+  output.Commit();
+}

@@ -1,0 +1,46 @@
+#ifndef TOOLS_RNGCTL_COMMANDS_READ_SECRET_BYTES_H
+#define TOOLS_RNGCTL_COMMANDS_READ_SECRET_BYTES_H
+
+#include <cstring>
+#include <memory>
+#include <sys/prctl.h>
+#include <vector>
+
+/// Wipes memory before giving it back, also when a container grows.
+template <typename Value>
+struct WipingAllocator {
+  using value_type = Value;  // NOLINT(readability-identifier-naming): the standard's name
+
+  WipingAllocator() = default;
+  template <typename Other>
+  explicit WipingAllocator(const WipingAllocator<Other>&) {}
+
+  // NOLINTNEXTLINE(readability-identifier-naming)
+  Value* allocate(std::size_t count) { return std::allocator<Value>().allocate(count); }
+  // NOLINTNEXTLINE(readability-identifier-naming)
+  void deallocate(Value* place, std::size_t count) {
+    ::explicit_bzero(place, count * sizeof(Value));
+    std::allocator<Value>().deallocate(place, count);
+  }
+  bool operator==(const WipingAllocator&) const { return true; }
+};
+
+/// Drawn bytes, as they are or encoded. Not a string: short strings are kept outside the allocator.
+using SecretBytes = std::vector<char, WipingAllocator<char>>;
+
+/// While it lives, this process leaves no core. A limit of its size would not apply where the kernel
+/// pipes cores to a program. Create it before the bytes that it protects.
+class NoCore {
+ public:
+  NoCore() : before(::prctl(PR_GET_DUMPABLE)) { ::prctl(PR_SET_DUMPABLE, 0); }
+  NoCore(const NoCore&) = delete;
+  NoCore& operator=(const NoCore&) = delete;
+  ~NoCore() {
+    if (before == 1) ::prctl(PR_SET_DUMPABLE, 1);  // it may already have been forbidden
+  }
+
+ private:
+  const int before;
+};
+
+#endif
