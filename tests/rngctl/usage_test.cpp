@@ -25,7 +25,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values("", "nosuch", "list more", "read unixdev", "read unixdev -n",
                     "read unixdev -n x", "read unixdev -n -1", "read unixdev -n 010",
                     "read unixdev -n 18446744073709551616", "read unixdev -n 1 --raw --hex",
-                    "read unixdev -n 1 --hex --base64", "default nosuch", "default --mask x",
+                    "read unixdev -n 1 --hex --base64", "read unixdev -n 1 -o ''",
+                    "read unixdev -n 1 --raw -o ''", "default nosuch", "default --mask x",
                     "default --mask -1", "default --mask 010", "default --mask 4 set a",
                     "default set", "default set a b c", "default set a=b", "default set ' a'",
                     "default set a 'x '", "default set 123456789012345678",
@@ -37,9 +38,11 @@ TEST_F(RngctlTest, AMisspeltCommandIsNamed) {
 }
 
 TEST_F(RngctlTest, AStartThatCannotTakeTheLockIsNotStopped) {
-  const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/refuses_lock.so " + Rngctl() + " list");
+  const Result result =
+      RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/refuses_lock.so " + Rngctl() + " list");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("refused\nrngctl: A plug-in or the system failed: boost: "));
+  EXPECT_THAT(result.errors,
+              StartsWith("refused\nrngctl: A plug-in or the system failed: boost: "));
 }
 
 TEST_F(RngctlTest, HelpAndVersionAreResults) {

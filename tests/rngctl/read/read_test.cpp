@@ -1,17 +1,11 @@
 #include "tests/rngctl/installed_tool.h"
-#include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 
-#include <filesystem>
 #include <gmock/gmock.h>
 
-using testing::AllOf;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::StartsWith;
-
-namespace fs = std::filesystem;
 
 TEST_F(RngctlTest, ReadsFromANamedGeneratorAsHexadecimal) {
   const Result first = Run("read unixdev -n 32");
@@ -74,54 +68,6 @@ TEST_F(RngctlTest, SelectsTheConfiguredDevice) {
   EXPECT_EQ("rngctl: The default generator \"dsdr\" has no device \"X2\".\n", unknown.errors);
   ASSERT_EQ(0, Run("default set dsdr X1").status);
   EXPECT_THAT(Run("read -n 2").errors, HasSubstr("failed after 0 bytes"));
-}
-
-TEST_F(RngctlTest, AFailedDrawLeavesTheOldFileAndNothingElse) {
-  InstallPlugin("dsdr", "failing_device");
-  WriteFile(TreePath("keys/key"), "old");
-  const Result result = Run("read dsdr -n 8 -o " + TreePath("keys/key"));
-  EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: The generator \"dsdr\" failed after 0 bytes.\n", result.errors);
-  EXPECT_EQ("old", ReadFile(TreePath("keys/key")));
-  EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
-}
-
-TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
-  fs::create_directory(TreePath("keys"));
-  const std::string draw = Rngctl() + " read unixdev -n 99999999999 -o " + TreePath("keys/key");
-  for (const char* signal : {"TERM", "HUP"}) {
-    const Result result =
-        RunShell(draw + " & until ls " + TreePath("keys/key.*") +
-                 "; do sleep 0.01; done >/dev/null 2>&1; kill -" + signal + " $!; wait $!");
-    EXPECT_LT(128, result.status);
-    EXPECT_TRUE(fs::is_empty(TreePath("keys")));
-  }
-}
-
-TEST_F(RngctlTest, WritesAFileThatOnlyItsOwnerReads) {
-  InstallPlugin("sobol");
-  WriteFile(TreePath("keys/key"), "old");
-  const Result result = Run("read sobol -n 2 --raw -o " + TreePath("keys/key"));
-  EXPECT_EQ(0, result.status);
-  EXPECT_THAT(result.output, IsEmpty());
-  EXPECT_EQ("\xA5\xA5", ReadFile(TreePath("keys/key")));
-  EXPECT_EQ(0600U, ModeOf(TreePath("keys/key")));
-  EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
-}
-
-TEST_F(RngctlTest, WritesThroughADeviceAndNoticesThatItIsFull) {
-  EXPECT_EQ(0, Run("read unixdev -n 2 -o /dev/null").status);
-  EXPECT_TRUE(fs::is_character_file("/dev/null"));
-  const Result result = Run("read unixdev -n 2 -o /dev/full");
-  EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: Cannot write to \"/dev/full\": No space left on device.\n", result.errors);
-}
-
-TEST_F(RngctlTest, AnUnwritableFileIsASentence) {
-  const Result result = Run("read unixdev -n 2 -o " + TreePath("missing/key"));
-  EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors,
-              AllOf(StartsWith("rngctl: Cannot write to"), HasSubstr("No such file")));
 }
 
 TEST_F(RngctlTest, RawBytesNeverGoToATerminal) {

@@ -1,0 +1,57 @@
+// Does something else in its second draw, which the macro DO names. The others fill the buffer with A5.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+#include <csignal>
+#include <cstdio>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace {
+
+[[maybe_unused]] void Exit() { std::exit(0); }
+
+[[maybe_unused]] void ExitAtOnce() { ::_exit(0); }
+
+[[maybe_unused]] void Crash() { std::raise(SIGSEGV); }
+
+[[maybe_unused]] void KillItself() { std::raise(SIGKILL); }
+
+[[maybe_unused]] void EndThread() { ::pthread_exit(nullptr); }
+
+[[maybe_unused]] void Wait() { ::pause(); }
+
+[[maybe_unused]] void CloseAll() {
+  for (int number = 0; number < 64; ++number) ::close(number);
+}
+
+[[maybe_unused]] void ExitWithChild() {
+  if (::fork() == 0) {
+    ::sleep(2);  // with all that it has inherited
+    ::_exit(0);
+  }
+  std::exit(0);
+}
+
+[[maybe_unused]] void Print() {
+  std::puts("a message");
+  std::fflush(stdout);
+}
+
+[[maybe_unused]] void BeSlow() { ::usleep(1'200'000); }
+
+class InDrawRng final : public CorrectRng {
+ public:
+  bool Generate(void* buffer, std::size_t size) override {
+    if (++draws == 2) DO();
+    std::memset(buffer, 0xA5, size);
+    return true;
+  }
+
+ private:
+  int draws = 0;
+};
+
+}  // namespace
+
+EXPORT_RNG(InDrawRng)

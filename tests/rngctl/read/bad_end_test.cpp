@@ -1,0 +1,127 @@
+// Draws of "rngctl read" that end badly. None leaves half a result that looks whole, or half a file.
+
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kAdvice[] = "\nRun \"rngctl doctor\" to find out which.\n";
+
+}  // namespace
+
+TEST_F(RngctlTest, AFailedDrawLeavesTheOldFileAndNothingElse) {
+  InstallPlugin("dsdr", "failing_device");
+  WriteFile(TreePath("keys/key"), "old");
+  const Result result = Run("read dsdr -n 8 -o " + TreePath("keys/key"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: The generator \"dsdr\" failed after 0 bytes.\n", result.errors);
+  EXPECT_EQ("old", ReadFile(TreePath("keys/key")));
+  EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
+}
+
+using BadEnd = std::pair<std::string, std::string>;  // what the plug-in does, and the message
+
+class RngctlBadEnd : public RngctlTest, public testing::WithParamInterface<BadEnd> {};
+
+TEST_P(RngctlBadEnd, IsAFailureAndLeavesTheOldFile) {
+  const auto [action, message] = GetParam();
+  InstallPlugin("dsdr", "drawing/" + action);
+  WriteFile(TreePath("keys/key"), "old");
+  const Result toFile = Run("read dsdr -n 5000 --raw -o " + TreePath("keys/key"));
+  const Result toOutput = Run("read dsdr -n 5000 --raw");
+  for (const Result& result : {toFile, toOutput}) {
+    EXPECT_EQ(1, result.status);
+    EXPECT_THAT(result.errors, HasSubstr("rngctl: A plug-in " + message + "." + kAdvice));
+  }
+  EXPECT_EQ(768U, toOutput.output.size());
+  EXPECT_EQ("old", ReadFile(TreePath("keys/key")));
+  EXPECT_EQ(1, std::distance(fs::directory_iterator(TreePath("keys")), {}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, RngctlBadEnd,
+                         testing::Values(BadEnd("Exit", "ended its process with status 0"),
+                                         BadEnd("ExitAtOnce", "ended its process with status 0"),
+                                         BadEnd("ExitWithChild", "ended its process with status 0"),
+                                         BadEnd("Crash",
+                                                "crashed with signal 11 (Segmentation fault)"),
+                                         BadEnd("KillItself", "crashed with signal 9 (Killed)"),
+                                         BadEnd("EndThread", "crashed with signal 6 (Aborted)"),
+                                         BadEnd("CloseAll", "ended its process with status 1")));
+
+TEST_F(RngctlTest, AFailedStopLeavesNoFile) {
+  InstallPlugin("dsdr", "throwing_release");
+  fs::create_directory(TreePath("keys"));
+  EXPECT_EQ(1, Run("read unixdev -n 2 -o " + TreePath("keys/key")).status);
+  EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+}
+
+TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
+  InstallPlugin("dsdr", "drawing/Wait");
+  fs::create_directory(TreePath("keys"));
+  const std::string draw =
+      "env --default-signal " + Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key");
+  for (const char* signal :
+       {"TERM", "HUP", "INT", "QUIT", "PIPE", "XFSZ", "ALRM", "USR1", "RTMIN"}) {
+    const Result result =
+        RunShell(draw + " & until ls " + TreePath("keys/key.*") +
+                 "; do sleep 0.01; done >/dev/null 2>&1; kill -" + signal + " $!; wait $!");
+    EXPECT_LT(128, result.status) << signal;
+    EXPECT_TRUE(fs::is_empty(TreePath("keys"))) << signal;
+    while (CountProcessesOf(Rngctl()) != 0) ::usleep(1000);
+  }
+}
+
+TEST_F(RngctlTest, ADrawWithoutEndCanBeInterrupted) {
+  fs::create_directory(TreePath("keys"));
+  const std::string draw = Rngctl() + " read unixdev -n 99999999999 -o " + TreePath("keys/key");
+  const Result result = RunShell(draw + " & until ls " + TreePath("keys/key.*") +
+                                 "; do sleep 0.01; done >/dev/null 2>&1; kill $!; wait $!");
+  EXPECT_LT(128, result.status);
+  EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+}
+
+TEST_F(RngctlTest, AFileThatBecomesTooLargeLeavesNothing) {
+  fs::create_directory(TreePath("keys"));
+  const Result result = RunShell("ulimit -f 8; exec " + Rngctl() + " read unixdev -n 99999 -o " +
+                                 TreePath("keys/key"));
+  EXPECT_EQ(SIGXFSZ, result.signal);
+  EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+}
+
+TEST_F(RngctlTest, AnIgnoredSignalStaysIgnored) {
+  fs::create_directory(TreePath("keys"));
+  const Result result = RunShell("trap '' XFSZ; ulimit -f 8; exec " + Rngctl() +
+                                 " read unixdev -n 99999 -o " + TreePath("keys/key"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("File too large"));
+  EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+}
+
+TEST_F(RngctlTest, WhatAPluginPrintsIsNotAmongTheBytes) {
+  InstallPlugin("dsdr", "drawing/Print");
+  const Result result = Run("read dsdr -n 5000 --raw");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ(std::string(5000, '\xA5'), result.output);
+  EXPECT_EQ("a message\n", result.errors);
+}
+
+TEST_F(RngctlTest, NoCoreIsWrittenWhileBytesAreDrawn) {
+  InstallPlugin("dsdr", "drawing/watches_memory");
+  EXPECT_EQ("0000\n", Run("read dsdr -n 2").output);
+}
+
+TEST_F(RngctlTest, DrawnBytesAreWiped) {
+  InstallPlugin("dsdr", "drawing/watches_memory");
+  const Result result = RunShell("RNG_LOOK_FOR_BYTES=1 " + Rngctl() + " read dsdr -n 700");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("", result.errors);
+}

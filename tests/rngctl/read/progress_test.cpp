@@ -1,0 +1,53 @@
+// The bar of "rngctl read" on a terminal. The second draw of the plug-in takes longer than a second.
+
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/tree.h"
+
+#include <gmock/gmock.h>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+namespace {
+
+constexpr char kErase[] = "\r\033[K";
+
+// script(1) runs its command on a terminal.
+Result RunOnTerminal(const std::string& command) {
+  return RunShell("script -qec '" + command + "' " + TreePath("typescript"));
+}
+
+}  // namespace
+
+class ReadProgress : public RngctlTest {
+ protected:
+  void SetUp() override {
+    RngctlTest::SetUp();
+    InstallPlugin("dsdr", "drawing/BeSlow");
+  }
+};
+
+TEST_F(ReadProgress, ABarIsShownWhileAFileIsWritten) {
+  const Result result = RunOnTerminal(Rngctl() + " read dsdr -n 5000 -o " + TreePath("key"));
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output, HasSubstr("\r[##########"));
+  EXPECT_THAT(result.output, EndsWith(kErase));
+}
+
+TEST_F(ReadProgress, NoBarIsShownAfterTheLastByte) {
+  const Result result = RunOnTerminal(Rngctl() + " read dsdr -n 2000 -o " + TreePath("key"));
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("", result.output);
+}
+
+TEST_F(ReadProgress, NoBarStandsOnALineWithTheAnswer) {
+  for (const std::string& command :
+       {Rngctl() + " read dsdr -n 5000", Rngctl() + " read dsdr -n 5000 -o /dev/stdout",
+        Rngctl() + " read dsdr -n 5000 | cat"}) {
+    const Result result = RunOnTerminal(command);
+    EXPECT_EQ(0, result.status);
+    EXPECT_THAT(result.output, MatchesRegex("(a5)+\r\n")) << command;
+    EXPECT_EQ(10002U, result.output.size());
+  }
+}
