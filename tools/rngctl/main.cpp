@@ -51,8 +51,10 @@ std::string CheckFileName(const std::string& text) {
   return text.empty() ? "the name of the file is empty" : "";
 }
 
-void AddList(CLI::App& app) {
-  app.add_subcommand("list", "Show the usable generators")->callback(RunList);
+void AddList(CLI::App& app, bool& asJson) {
+  CLI::App* const list = app.add_subcommand("list", "Show the usable generators");
+  list->add_flag("--json", asJson, "Print the list as JSON");
+  list->callback([&asJson] { RunList(asJson); });
 }
 
 void AddRead(CLI::App& app, ReadRequest& request) {
@@ -195,7 +197,8 @@ int Run(int count, char** arguments) {
       kDefaultFallbackBio | kDefaultFallbackBioQt | kDefaultFallbackBioX11 | kDefaultFallbackBioKb;
   std::string name;
   std::string hardwareId;
-  AddList(app);
+  bool listsAsJson = false;
+  AddList(app, listsAsJson);
   AddRead(app, request);
   AddDefault(app, mask, name, hardwareId);
   DoctorRequest doctorRequest;

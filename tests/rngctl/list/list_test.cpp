@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -106,5 +107,65 @@ TEST_F(RngctlTest, AnExceptionOfThePluginsOwnClassIsASentence) {
         "rngctl: A plug-in or the system failed without an error message.\n"
         "Run \"rngctl doctor\" to find out which.\n",
         result.errors);
+  }
+}
+
+class ListAsJson : public RngctlTest {
+ protected:
+  // Lists, and checks that the schema holds.
+  static nlohmann::json List(int status = 0) {
+    const Result result = Run("list --json");
+    EXPECT_EQ(status, result.status);
+    const Result schema = MatchSchema("list.schema.json", result.output);
+    EXPECT_EQ(0, schema.status) << schema.errors;
+    return nlohmann::json::parse(result.output).at("generators");
+  }
+};
+
+TEST_F(ListAsJson, HasWhatTheGeneratorsReport) {
+  InstallPlugin("dsdr", "reports_devices");
+  InstallPlugin("biokbd");
+  const nlohmann::json generators = List();
+  ASSERT_EQ(3U, generators.size());
+  EXPECT_EQ(nlohmann::json::parse(R"({
+      "name": "dsdr", "interactive": false, "flags": ["hardware"], "description": "A simple source",
+      "devices": [{"identifier": "R1", "text": "Reader 1"}],
+      "problems": ["Reader 2 is off. Switch it on."], "report_fault": null})"),
+            generators[0]);
+  EXPECT_EQ("biokbd", generators[1]["name"]);
+  EXPECT_EQ(true, generators[1]["interactive"]);
+  EXPECT_EQ(nullptr, generators[1]["description"]);
+  EXPECT_EQ("operating-system", generators[2]["flags"][0]);
+}
+
+TEST_F(ListAsJson, HasFlagsWithoutNamesAndTextsWithControls) {
+  InstallPlugin("dsdr", "failing_device");
+  InstallPlugin("sobol", "flagless");
+  const nlohmann::json generators = List();
+  EXPECT_EQ("bit-2147483648", generators[0]["flags"][1]);
+  EXPECT_EQ("A quiet\033source", generators[2]["description"]);
+  EXPECT_TRUE(generators[2]["flags"].empty());
+}
+
+TEST_F(ListAsJson, SaysWhatIsWrongWithAReport) {
+  fs::copy(FakePlugin("dsdr", "breaking/report_crashes"), TreePath("lib"));
+  EXPECT_EQ("Its device report crashed with signal 6 (Aborted).", List()[0]["report_fault"]);
+}
+
+TEST_F(ListAsJson, IsAnEmptyListWhenNothingIsUsable) {
+  fs::remove(TreePath("lib/librngunixdev.so"));
+  EXPECT_TRUE(List(1).empty());
+}
+
+TEST_F(ListAsJson, TheSchemaRefusesWhatItDoesNotName) {
+  EXPECT_NE(0, MatchSchema("list.schema.json", R"({"generators": [], "more": 1})").status);
+  EXPECT_NE(0, MatchSchema("list.schema.json", R"({"generators": [{"name": "dsdr"}]})").status);
+}
+
+TEST_F(RngctlTest, TheSchemasAreInstalled) {
+  for (const std::string command : {"list", "doctor", "check"}) {
+    const std::string schema = command + ".schema.json";
+    EXPECT_EQ(ReadFile(SCHEMA_DIR "/" + schema),
+              ReadFile(TreePath("share/rngaggregator/schema/" + schema)));
   }
 }

@@ -58,6 +58,13 @@ TEST_F(OutsideText, ListAndItsMessagesAreHarmless) {
   EXPECT_THAT(RunHarmless("list").output, HasSubstr("A ?[2Jb??\xC3\xA4?c\n"));
 }
 
+TEST_F(OutsideText, TheJsonOfTheListLosesNothing) {
+  InstallPlugin("dsdr", "deceptive_texts");
+  const auto json = nlohmann::json::parse(RunHarmless("list --json").output);
+  EXPECT_EQ("A \033[2Jb\xC2\x9B\xE2\x80\xAE\xC3\xA4\nc",
+            json["generators"][0]["description"].get<std::string>());
+}
+
 TEST_F(OutsideText, AnExceptionInADrawIsHarmless) {
   InstallPlugin("dsdr", "deceptive_texts");
   EXPECT_EQ(

@@ -1,7 +1,7 @@
 #include "tools/rngctl/commands/list.h"
 
 #include "providers/catalogue.h"
-#include "tools/rngctl/commands/provider_text.h"
+#include "tools/rngctl/commands/generators.h"
 #include "tools/rngctl/devices/ask.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/started_aggregator.h"
@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
@@ -17,7 +18,7 @@
 
 namespace {
 
-constexpr std::uint32_t kAnyCapability = 0xFFFFFFFF;
+using Json = nlohmann::ordered_json;
 
 struct Row {
   std::string name;
@@ -26,53 +27,10 @@ struct Row {
   std::string description;
 };
 
-std::string FlagNames(std::uint32_t flags) {
-  constexpr struct {
-    std::uint32_t bit;
-    const char* name;
-  } kNames[] = {{kRngCapabilityHardware, "hardware"},
-                {kRngCapabilityNeedsUser, "needs-user"},
-                {kRngCapabilityOperatingSystem, "operating-system"},
-                {kRngCapabilityPrerecorded, "prerecorded"},
-                {kRngCapabilityMayBlock, "may-block"}};
+std::string Joined(const std::vector<std::string>& flags) {
   std::string text;
-  const auto add = [&text](const std::string& name) { text += (text.empty() ? "" : ",") + name; };
-  for (const auto& [bit, name] : kNames) {
-    if (flags & bit) add(name);
-    flags &= ~bit;
-  }
-  for (std::uint32_t bit = 1; flags != 0; bit <<= 1) {
-    if (flags & bit) add("bit-" + std::to_string(bit));
-    flags &= ~bit;
-  }
+  for (const std::string& flag : flags) text += (text.empty() ? "" : ",") + flag;
   return text.empty() ? "-" : text;
-}
-
-// First the providers with a capability, then those without one that have a known name: the library
-// does not list these, but finds them by name.
-std::vector<IRngProvider*> LoadedProviders() {
-  std::vector<IRngProvider*> providers(
-      static_cast<std::size_t>(GetAvailableRng(nullptr, kAnyCapability)));
-  GetAvailableRng(providers.data(), kAnyCapability);
-  std::vector<std::string> names;
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) names.push_back(row.name);
-  names.emplace_back(rngBioWin);  // in no catalogue row
-  for (const std::string& name : names) {
-    IRngProvider* const provider = GetRng(name.c_str());
-    if (provider && provider->GetFlags() == 0) providers.push_back(provider);
-  }
-  return providers;
-}
-
-std::vector<Row> LoadedRows() {
-  std::vector<Row> rows;
-  for (IRngProvider* const provider : LoadedProviders()) {
-    const std::string name = ReadText(*provider, &IRngProvider::GetName);
-    rows.push_back({Printable(name), IsInteractiveRng(name.c_str()) ? "yes" : "no",
-                    FlagNames(provider->GetFlags()),
-                    Printable(ReadText(*provider, &IRngProvider::GetDescription))});
-  }
-  return rows;
 }
 
 // The width of the widest text, plus two blanks.
@@ -82,16 +40,20 @@ std::size_t Width(const std::vector<Row>& rows, std::string Row::*column) {
   return width + 2;
 }
 
-void PrintList() {
-  std::vector<Row> rows = LoadedRows();
-  if (rows.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
-  rows.insert(rows.begin(), {"NAME", "INTERACTIVE", "FLAGS", "DESCRIPTION"});
+void PrintTable(const std::vector<Generator>& generators) {
+  if (generators.empty()) return;
+  std::vector<Row> rows = {{"NAME", "INTERACTIVE", "FLAGS", "DESCRIPTION"}};
+  for (const Generator& generator : generators) {
+    rows.push_back({Printable(generator.name), generator.isInteractive ? "yes" : "no",
+                    Joined(generator.flags), Printable(generator.description)});
+  }
   for (const Row& row : rows) {
     for (const auto column : {&Row::name, &Row::interactive, &Row::flags}) {
       std::cout << Padded(row.*column, Width(rows, column));
     }
     std::cout << row.description << '\n';
   }
+  std::cout << std::flush;  // asking for the devices may take long
 }
 
 struct Reporter {
@@ -110,32 +72,67 @@ std::vector<Reporter> FindReporters() {
   return reporters;
 }
 
-void PrintDevices(const std::vector<Reporter>& reporters) {
+void AddReports(const std::vector<Reporter>& reporters, std::vector<Generator>& generators) {
   constexpr std::chrono::seconds kLimit(10);
-  const char* separator = "\n";
   for (const Reporter& reporter : reporters) {
-    const DeviceReport report = AskForDevices(reporter.file, reporter.factory, kLimit);
+    const auto place = std::find_if(
+        generators.begin(), generators.end(),
+        [&reporter](const Generator& generator) { return generator.name == reporter.name; });
+    if (place == generators.end()) continue;
+    place->report = AskForDevices(reporter.file, reporter.factory, kLimit);
+  }
+}
+
+void PrintReports(const std::vector<Generator>& generators) {
+  const char* separator = "\n";
+  for (const auto& [name, isInteractive, flags, description, report] : generators) {
     for (const Device& device : report.devices) {
-      std::cout << std::exchange(separator, "") << reporter.name << ", device "
+      std::cout << std::exchange(separator, "") << name << ", device "
                 << Printable(device.identifier) << ": " << Printable(device.text) << '\n';
     }
     for (const std::string& problem : report.problems) {
-      std::cout << std::exchange(separator, "") << reporter.name
-                << ", problem: " << Printable(problem) << '\n';
+      std::cout << std::exchange(separator, "") << name << ", problem: " << Printable(problem)
+                << '\n';
     }
     if (report.fault.empty()) continue;
-    std::cerr << "rngctl: " << Quoted(reporter.name) << ": " << Printable(report.fault) << '\n';
+    std::cerr << "rngctl: " << Quoted(name) << ": " << Printable(report.fault) << '\n';
   }
+}
+
+Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
+
+Json AsJson(const Generator& generator) {
+  Json devices = Json::array();
+  for (const Device& device : generator.report.devices) {
+    devices.push_back({{"identifier", device.identifier}, {"text", device.text}});
+  }
+  return {{"name", OrNull(generator.name)},
+          {"interactive", generator.isInteractive},
+          {"flags", generator.flags},
+          {"description", OrNull(generator.description)},
+          {"devices", devices},
+          {"problems", generator.report.problems},
+          {"report_fault", OrNull(generator.report.fault)}};
+}
+
+void PrintJson(const std::vector<Generator>& generators) {
+  Json json = {{"generators", Json::array()}};
+  for (const Generator& generator : generators) json["generators"].push_back(AsJson(generator));
+  std::cout << EscapedJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) << '\n';
 }
 
 }  // namespace
 
 // The children run after the stop: while this process uses a device, they may not see it.
-void RunList() {
+void RunList(bool asJson) {
+  std::vector<Generator> generators;
   std::vector<Reporter> reporters;
-  WithStartedAggregator([&reporters] {
-    PrintList();
+  WithStartedAggregator([&] {
+    generators = LoadedGenerators();
+    if (!asJson) PrintTable(generators);
     reporters = FindReporters();
   });
-  PrintDevices(reporters);
+  AddReports(reporters, generators);
+  asJson ? PrintJson(generators) : PrintReports(generators);
+  if (generators.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
 }

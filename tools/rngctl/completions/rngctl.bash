@@ -28,7 +28,7 @@ _rngctl() {
   ((COMP_CWORD == 1)) && command=
   case $command in
     "") words="list read default doctor check --help --version" ;;
-    list) words="--help" ;;
+    list) words="--json --help" ;;
     read) words="$kinds -n --raw --hex --base64 -o --force --help" ;;
     default) words="set --mask --help" ;;
     "default set") words="$kinds --help" ;;
