@@ -81,8 +81,8 @@ see '^plugins/' '^(plugins|rngaggregator)/'
 see '^examples/' '^(examples|rngaggregator)/'
 keep_in '^(include|plugins)/' '^dlfcn[.]h$' '^$'
 
-# --- The tool. Two families of commands, doctor and check, stand beside each other on five rooms that
-# know neither.
+# --- The tool. Two families of commands, doctor and check, stand beside each other on rooms that know
+# neither.
 see '^tools/' '^(tools|providers|rngaggregator)/|^settings/known_path[.]h$'
 tool='^tools/rngctl/'
 common="${tool}refusal[.]h\$"
@@ -92,15 +92,18 @@ see "${tool}process/" "${tool}(channel|process)/|$common|^rngaggregator/"
 see "${tool}loader/" "${tool}(loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
 see "${tool}devices/" \
   "${tool}(devices|channel|process|loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
+see "${tool}files/" "${tool}(files|terminal)/|$common"
+see "${tool}settings/" \
+  "${tool}(settings|files|channel|terminal)/|$common|^settings/known_path[.]h$|^providers/catalogue[.]h$|^rngaggregator/"
 started="${tool}started_aggregator[.]h\$"
-see "${tool}commands/[^/]*\$" "${tool}(commands|devices|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
+see "${tool}commands/[^/]*\$" "${tool}(commands|devices|settings|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}commands/read/" \
-  "${tool}commands/(read/|provider_text[.]h$)|${tool}(channel|process|terminal)/|$common|$started|^rngaggregator/"
+  "${tool}commands/(read/|provider_text[.]h$)|${tool}(channel|process|settings|terminal)/|$common|$started|^rngaggregator/"
 see "${tool}doctor/" \
-  "${tool}(doctor|devices|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
+  "${tool}(doctor|devices|files|settings|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
 # What judges files needs no answer of a child.
 see "${tool}doctor/permissions/" \
-  "${tool}(doctor/permissions/|doctor/report[.]h|loader/|terminal/)|^providers/catalogue[.]h$"
+  "${tool}(doctor/permissions/|doctor/report[.]h|files/|loader/|terminal/)|^providers/catalogue[.]h$"
 see "${tool}check/" \
   "${tool}(check|devices|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}check/plugin/" \

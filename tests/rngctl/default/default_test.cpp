@@ -3,7 +3,9 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <vector>
 
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -42,7 +44,10 @@ TEST_F(RngctlTest, StoresADeviceAndAGeneratorThatMayComeLater) {
   const Result set = Run("default set 12345678901234567 'X 1'");
   EXPECT_EQ(0, set.status);
   EXPECT_EQ("The default is now 12345678901234567, device X 1.\n", set.output);
-  EXPECT_THAT(set.errors, StartsWith("Warning: there is no usable generator"));
+  EXPECT_EQ(
+      "Warning: there is no kind \"12345678901234567\"; \"rngctl list\" shows the usable "
+      "generators. The default was stored anyway.\n",
+      set.errors);
   EXPECT_EQ(
       "configured  12345678901234567, device X 1\n"
       "default     12345678901234567, device X 1\n"
@@ -70,13 +75,67 @@ TEST_F(RngctlTest, UnwritableSettingsAreASentenceWithTheReason) {
   WriteFile(TreePath("etc"), "a file in the way");
   const Result result = Run("default set unixdev");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: The default could not be stored: Not a directory.\n", result.errors);
+  EXPECT_EQ("rngctl: The default could not be stored in " + TreePath(kSettingsFile) + ": " +
+                TreePath(kSettingsFile) +
+                " cannot be reached (Not a directory). Correct that, and try again. Nothing was "
+                "changed.\n",
+            result.errors);
   EXPECT_EQ("a file in the way", ReadFile(TreePath("etc")));
 }
 
 TEST_F(RngctlTest, AStoreThatTheLibraryDoesNotSeeFailIsNoticed) {
-  fs::create_directories(TreePath(kSettingsFile));  // a directory: the rewrite cannot replace it
+  const std::string lines = "[DEVICES]\nRandomNumberGeneratorType=sobol\n";  // which it reads first
+  WriteFile(TreePath(kSettingsFile), lines);
   const Result result = Run("default set unixdev");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("rngctl: The default was stored but reads back as"));
+  EXPECT_EQ(
+      "rngctl: The default could not be stored in " + TreePath(kSettingsFile) +
+          ": it reads back as \"sobol\". Look whether the file could be replaced, and whether "
+          "another section or key in it comes first.\n",
+      result.errors);
+}
+
+TEST_F(RngctlTest, WarnsOfADefaultThatCannotBeUsed) {
+  InstallPlugin("dsdr", "has_devices");
+  EXPECT_THAT(Run("default set dsdr B2").errors, IsEmpty());
+  EXPECT_EQ(
+      "Warning: the generator \"dsdr\" refuses the device \"C3\" now. \"rngctl list\" shows the "
+      "devices of generators that report them. The default was stored anyway.\n",
+      Run("default set dsdr C3").errors);
+  EXPECT_EQ(
+      "Warning: there is no kind \"unixdve\"; did you mean \"unixdev\"? The default was stored "
+      "anyway.\n",
+      Run("default set unixdve").errors);
+  EXPECT_EQ(
+      "Warning: there is no usable generator \"sobol\" now. Run \"rngctl doctor sobol\" to find "
+      "out "
+      "why. The default was stored anyway.\n",
+      Run("default set sobol").errors);
+}
+
+TEST_F(RngctlTest, PluginsThatFailDoNotPreventStoring) {
+  InstallPlugin("dsdr", "throwing_start");
+  const Result throwing = Run("default set unixdev");
+  EXPECT_EQ(0, throwing.status);
+  EXPECT_THAT(throwing.errors,
+              StartsWith("Warning: it is unknown whether the default can be used."));
+  InstallPlugin("grandmaster", "crashing");
+  EXPECT_EQ("The default is now sobol.\n", Run("default set sobol").output);
+  EXPECT_THAT(ReadFile(TreePath(kSettingsFile)), HasSubstr("Type=sobol\n"));
+}
+
+TEST_F(RngctlTest, ControlCharactersAreRefused) {
+  std::vector<std::string> controls = {"\x7F", "\xC2\x80", "\xC2\x9F"};
+  for (char c = 1; c < 0x20; ++c) controls.emplace_back(1, c);
+  for (const std::string& control : controls) {
+    WriteFile(TreePath("control"), "a" + control + "b");
+    for (const std::string arguments : {"", "unixdev "}) {
+      const Result result =
+          Run("default set " + arguments + "\"$(cat " + TreePath("control") + ")\"");
+      EXPECT_EQ(2, result.status) << testing::PrintToString(control);
+      EXPECT_THAT(result.errors,
+                  HasSubstr(" \"a?b\" cannot be stored: it must be one line of UTF-8 without"));
+    }
+  }
+  EXPECT_FALSE(fs::exists(TreePath(kSettingsFile)));
 }

@@ -1,8 +1,11 @@
-// Whether a default can be stored: compares what the doctor says with what storing does.
+// Whether a default can be stored: compares what the doctor says with what storing does in a host, and what
+// "rngctl default set" does with both.
 
 #include "tests/rngctl/doctor/doctor.h"
 #include "tests/support/permissions.h"
 
+#include <algorithm>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
@@ -13,6 +16,8 @@
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+
+#include <rngaggregator/aggregator.h>
 
 using testing::HasSubstr;
 
@@ -201,6 +206,38 @@ Result RunAs(User user, const std::string& command) {
   });
 }
 
+// Stores as a host does, which takes no precautions. Ends by a signal if the library hangs.
+Result StoreInHost(User user) {
+  return RunForked([user] {
+    std::optional<Unprivileged> unprivileged;
+    if (user == User::kOwner) unprivileged.emplace();
+    ::alarm(3);
+    void* const library = ::dlopen(TreePath("lib/librngaggregator.so").c_str(), RTLD_NOW);
+    if (!library) return 127;
+    const auto find = [library](auto* function, const char* name) {
+      return reinterpret_cast<decltype(function)>(::dlsym(library, name));
+    };
+    find(&::Initialize, "Initialize")(find(&::GetDefaultSettings, "GetDefaultSettings")());
+    return find(&::SetDefaultRng, "SetDefaultRng")("dsdr", nullptr) ? 0 : 1;
+  });
+}
+
+// Even where the library stores.
+const std::vector<std::string> kRefusedByTheTool = {
+    "a dangling link",
+    "a link into a read-only directory",
+    "a link to the empty device",
+    "a temporary link to a file",
+    "a temporary dangling link",
+    "a temporary second name of the file",
+    "another's temporary file in a sticky directory",
+    "another's temporary link in a sticky directory",
+};
+
+bool IsOneOf(const std::string& name, const std::vector<std::string>& names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 using State = std::map<std::string, std::string>;
 
 State ListTree() {
@@ -221,12 +258,12 @@ class Storing : public Doctor {
  protected:
   static void TearDownTestSuite() { ClearAway(); }
 
-  static void CompareAll(User user) {
+  static void CompareAll(User user, void (*compare)(const Situation& situation, User user)) {
     std::string impossible;
     for (const Situation& situation : kSituations) {
       LayOut();
       if (situation.arrange()) {
-        Compare(situation, user);
+        compare(situation, user);
       } else {
         impossible += std::string("\n  ") + situation.name;
       }
@@ -235,22 +272,54 @@ class Storing : public Doctor {
     if (!impossible.empty()) std::cout << "Cannot be arranged here:" << impossible << '\n';
   }
 
- private:
-  static void Compare(const Situation& situation, User user) {
+  static void CompareDoctorWithHost(const Situation& situation, User user) {
     const State before = ListTree();
     const Result result = RunAs(user, Rngctl() + " doctor dsdr --json --timeout 5");
     const json report = json::parse(result.output, nullptr, false);
     EXPECT_EQ(before, ListTree()) << situation.name;
     ASSERT_TRUE(report.is_object()) << situation.name << ": " << result.errors;
     const json settings = report.at("settings");
-    const Result stored = RunAs(user, "exec timeout -s KILL 3 " + Rngctl() + " default set dsdr");
+    const Result stored = StoreInHost(user);
     // A device that cannot be stored after its kind is a failure, too.
     EXPECT_EQ(IsStored() && stored.status == 0, settings.at("writable"))
-        << situation.name << ": " << settings.dump(2);
+        << situation.name << ": " << settings.dump(2) << stored.errors;
     EXPECT_EQ(settings.at("writable"), settings.at("writing_fault").is_null()) << situation.name;
+  }
+
+  // The tool also refuses what the library would do, but an administrator does not want.
+  static void CompareToolWithDoctor(const Situation& situation, User user) {
+    const bool mayCreateDirectory = !fs::exists(fs::symlink_status(Folder()));
+    const State before = ListTree();
+    const Result doctor = RunAs(user, Rngctl() + " doctor dsdr --json --timeout 5");
+    const json settings = json::parse(doctor.output, nullptr, false).at("settings");
+    const Result stored = RunAs(user, "exec timeout -s KILL 10 " + Rngctl() + " default set dsdr");
+    if (stored.status == 0) {
+      EXPECT_TRUE(settings.at("writable")) << situation.name;
+      EXPECT_TRUE(IsStored()) << situation.name;
+      return;
+    }
+    EXPECT_EQ(1, stored.status) << situation.name << ": " << stored.errors;
+    EXPECT_THAT(stored.errors, HasSubstr("Nothing was changed.\n")) << situation.name;
+    if (!mayCreateDirectory) {
+      EXPECT_EQ(before, ListTree()) << situation.name;
+    }
+    if (!settings.at("writable")) return;
+    EXPECT_TRUE(IsOneOf(situation.name, kRefusedByTheTool)) << situation.name << stored.errors;
   }
 };
 
-TEST_F(Storing, TheDoctorForeseesWhatTheOwnerOfTheDirectoryAchieves) { CompareAll(User::kOwner); }
+TEST_F(Storing, TheDoctorForeseesWhatTheOwnerOfTheDirectoryAchieves) {
+  CompareAll(User::kOwner, CompareDoctorWithHost);
+}
 
-TEST_F(Storing, TheDoctorForeseesWhatTheTestsUserAchieves) { CompareAll(User::kTest); }
+TEST_F(Storing, TheDoctorForeseesWhatTheTestsUserAchieves) {
+  CompareAll(User::kTest, CompareDoctorWithHost);
+}
+
+TEST_F(Storing, TheToolStoresOrLeavesEverythingToTheOwnerOfTheDirectory) {
+  CompareAll(User::kOwner, CompareToolWithDoctor);
+}
+
+TEST_F(Storing, TheToolStoresOrLeavesEverythingToTheTestsUser) {
+  CompareAll(User::kTest, CompareToolWithDoctor);
+}

@@ -1,11 +1,12 @@
 #include "tools/rngctl/commands/default.h"
 
 #include "tools/rngctl/refusal.h"
+#include "tools/rngctl/settings/kinds.h"
+#include "tools/rngctl/settings/settings_file.h"
+#include "tools/rngctl/settings/store_default.h"
 #include "tools/rngctl/started_aggregator.h"
 #include "tools/rngctl/terminal/text.h"
 
-#include <cerrno>
-#include <cstring>
 #include <iostream>
 
 #include <rngaggregator/aggregator.h>
@@ -14,81 +15,101 @@ namespace {
 
 constexpr std::size_t kLongest = kRngNameSize - 1;
 
-std::string Text(const char* text) { return text ? text : ""; }
-
-std::string Describe(const std::string& type, const std::string& hardwareId) {
-  return (type.empty() ? "none" : type) + (hardwareId.empty() ? "" : ", device " + hardwareId);
-}
-
-// Refuses, before anything is written, what the library would store but could not return.
-void CheckStorable(const std::string& what, const std::string& text) {
+// Refuses, before anything is written, what the library would store but could not return, and what
+// would control the terminal of those who look at it.
+void CheckText(const std::string& what, const std::string& text) {
+  const std::string named = what + " " + Quoted(text);
   if (text.size() > kLongest) {
-    throw Refusal(kWrongUsage, what + " " + Quoted(text) + " has " + std::to_string(text.size()) +
+    throw Refusal(kWrongUsage, named + " has " + std::to_string(text.size()) +
                                    " characters; at most " + std::to_string(kLongest) +
                                    " can be stored. Nothing was changed.");
   }
-  const std::string blanks = " \t\n\v\f\r";
-  const bool hasBlankEnd = !text.empty() && (blanks.find(text.front()) != std::string::npos ||
-                                             blanks.find(text.back()) != std::string::npos);
-  if (hasBlankEnd || text.find_first_of("=\n\r") != std::string::npos) {
-    throw Refusal(kWrongUsage,
-                  what + " " + Quoted(text) +
-                      " cannot be stored: it must be one line without \"=\" and without "
-                      "leading or trailing blanks. Nothing was changed.");
+  const bool hasBlankEnd = text.starts_with(' ') || text.ends_with(' ');
+  if (hasBlankEnd || text.find('=') != std::string::npos || !IsPlain(text)) {
+    throw Refusal(kWrongUsage, named +
+                                   " cannot be stored: it must be one line of UTF-8 without "
+                                   "\"=\", without control characters, and without leading or "
+                                   "trailing blanks. Nothing was changed.");
   }
 }
 
-void PrintDefault(std::uint32_t mask) {
-  IRngSettings& settings = *GetDefaultSettings();
-  const std::string type = Text(settings.GetType());
-  const std::string hardwareId = Text(settings.GetHardwareId());
-  std::cout << "configured  " << Printable(Describe(type, hardwareId)) << '\n';
+struct Answer {
+  Default configured;
+  DefaultRngInfo found;
+  bool isFound;
+};
 
-  DefaultRngInfo info;
-  if (!GetDefaultRng(&info, mask)) {
-    if (type.size() > kLongest || hardwareId.size() > kLongest) {
+Answer AskForDefault(std::uint32_t mask) {
+  const DirectoryLock lock = LockForReading();
+  Answer answer{ReadConfiguredDefault(), {}, false};
+  answer.isFound = GetDefaultRng(&answer.found, mask) == 1;
+  return answer;
+}
+
+void PrintDefault(std::uint32_t mask) {
+  const Answer answer = AskForDefault(mask);
+  const Default& configured = answer.configured;
+  const DefaultRngInfo& info = answer.found;
+  std::cout << "configured  " << Printable(Describe(configured)) << '\n';
+  if (!answer.isFound) {
+    if (configured.kind.size() > kLongest || configured.device.size() > kLongest) {
       throw Refusal(kNegativeAnswer, "There is no default: the configured one is longer than " +
                                          std::to_string(kLongest) + " characters.");
     }
     throw Refusal(kNegativeAnswer,
                   "There is no default: none is configured, and no kind in the mask is usable.");
   }
-  std::cout << (type.empty() ? "fallback    " : "default     ")
-            << Printable(Describe(info.type, info.hardwareId)) << '\n'
+  std::cout << (configured.kind.empty() ? "fallback    " : "default     ")
+            << Printable(Describe({info.type, info.hardwareId})) << '\n'
             << "loaded      " << (GetRng(info.type) ? "yes" : "no") << '\n';
 }
 
-void StoreDefault(const std::string& name, const std::string& hardwareId) {
-  errno = 0;
-  if (!SetDefaultRng(name.c_str(), hardwareId.empty() ? nullptr : hardwareId.c_str())) {
-    const std::string reason =
-        errno ? std::strerror(errno) : "the settings directory is unknown or not an absolute path";
-    throw Refusal(kNegativeAnswer, "The default could not be stored: " + reason + ".");
+std::string WhyNotFound(const std::string& kind) {
+  if (IsKind(kind)) {
+    return "there is no usable generator " + Quoted(kind) + " now. Run \"rngctl doctor " + kind +
+           "\" to find out why.";
   }
-  // The store does not notice every failure to write; reading back does.
-  IRngSettings& settings = *GetDefaultSettings();
-  const std::string stored = Describe(Text(settings.GetType()), Text(settings.GetHardwareId()));
-  if (stored != Describe(name, hardwareId)) {
-    throw Refusal(kNegativeAnswer, "The default was stored but reads back as " + Quoted(stored) +
-                                       ": rng.ini could not be replaced, or another section or key "
-                                       "in it comes first.");
+  const std::string meant = FindMeantKind(kind);
+  return "there is no kind " + Quoted(kind) +
+         (meant.empty() ? "; \"rngctl list\" shows the usable generators."
+                        : "; did you mean " + Quoted(meant) + "?");
+}
+
+// Why programs that use the default will not get it, "" if they will.
+std::string WhyNotUsable(const Default& chosen) {
+  IRngProvider* const rng = GetRng(chosen.kind.c_str());
+  if (!rng) return WhyNotFound(chosen.kind);
+  if (chosen.device.empty() || rng->SelectDevice(chosen.device.c_str())) return "";
+  return "the generator " + Quoted(chosen.kind) + " refuses the device " + Quoted(chosen.device) +
+         " now. \"rngctl list\" shows the devices of generators that report them.";
+}
+
+// The default is stored, so nothing that the plug-ins do is a failure of the command.
+void WarnUnlessUsable(const Default& chosen) {
+  std::string why;
+  try {
+    WithStartedAggregator([&] { why = WhyNotUsable(chosen); });
+  } catch (const Refusal& refusal) {
+    why = std::string("it is unknown whether the default can be used. ") + refusal.what();
   }
-  std::cout << (name.empty() ? "No default is configured now.\n"
-                             : "The default is now " + Printable(stored) + ".\n");
-  if (!name.empty() && !GetRng(name.c_str())) {
-    std::cerr << "Warning: there is no usable generator " << Quoted(Printable(name))
-              << " now (case matters; see \"rngctl list\"). The default was stored anyway.\n";
-  }
+  if (why.empty()) return;
+  std::cerr << "Warning: " << Printable(why) << " The default was stored anyway.\n";
 }
 
 }  // namespace
 
 void RunDefault(std::uint32_t mask) {
+  RefuseUnreadableSettings();  // before plug-ins read them
   WithStartedAggregator([mask] { PrintDefault(mask); });
 }
 
 void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
-  CheckStorable("The name", name);
-  CheckStorable("The hardware identifier", hardwareId);
-  WithStartedAggregator([&] { StoreDefault(name, hardwareId); });
+  CheckText("The name", name);
+  CheckText("The hardware identifier", hardwareId);
+  const Default chosen{name, hardwareId};
+  StoreDefault(chosen);
+  std::cout << (name.empty() ? "No default is configured now.\n"
+                             : "The default is now " + Printable(Describe(chosen)) + ".\n")
+            << std::flush;  // a plug-in may end the process
+  if (!name.empty()) WarnUnlessUsable(chosen);
 }

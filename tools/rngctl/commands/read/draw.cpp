@@ -2,6 +2,7 @@
 
 #include "tools/rngctl/commands/provider_text.h"
 #include "tools/rngctl/refusal.h"
+#include "tools/rngctl/settings/settings_file.h"
 #include "tools/rngctl/started_aggregator.h"
 #include "tools/rngctl/terminal/text.h"
 
@@ -25,9 +26,14 @@ IRngProvider& FindRng(const std::string& name) {
                                      "; \"rngctl list\" lists the usable ones.");
 }
 
+bool FindDefault(DefaultRngInfo& info) {
+  const DirectoryLock lock = LockForReading();
+  return GetDefaultRng(&info, 0) == 1;
+}
+
 IRngProvider& FindDefaultRng() {
   DefaultRngInfo info;
-  if (!GetDefaultRng(&info, 0)) {
+  if (!FindDefault(info)) {
     throw Refusal(
         kNegativeAnswer,
         "No usable default generator is configured. Name a generator, or store a default with "
@@ -66,5 +72,6 @@ void DrawStarted(const std::string& name, std::uint64_t size, const TakePiece& p
 }  // namespace
 
 void Draw(const std::string& name, std::uint64_t size, const TakePiece& pass) {
+  if (name.empty()) RefuseUnreadableSettings();  // before plug-ins read them
   WithStartedAggregator([&] { DrawStarted(name, size, pass); });
 }

@@ -1,5 +1,6 @@
 #include "tools/rngctl/doctor/causes/cannot_open.h"
 
+#include "tools/rngctl/files/path_facts.h"
 #include "tools/rngctl/loader/configured.h"
 #include "tools/rngctl/loader/error.h"
 #include "tools/rngctl/terminal/text.h"

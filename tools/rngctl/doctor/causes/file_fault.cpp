@@ -1,5 +1,7 @@
 #include "tools/rngctl/doctor/causes/file_fault.h"
 
+#include "tools/rngctl/files/path_facts.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
@@ -56,21 +58,4 @@ FileFault FindFileFault(const std::string& file) {
   const FileFault fault = FaultOfType(file, status);
   if (!fault.reason.empty() || ::access(file.c_str(), R_OK) == 0) return fault;
   return {"this user may not read it", "Make it readable: chmod a+r " + file};
-}
-
-std::string FindUnsearchable(const std::string& file) {
-  constexpr int kMostLinks = 40;  // as many as the system follows
-  fs::path path = fs::absolute(file);
-  for (int i = 0; i < kMostLinks; ++i) {
-    fs::path directory;
-    for (const fs::path& part : path.parent_path()) {
-      directory /= part;
-      if (::access(directory.c_str(), X_OK) != 0 && errno == EACCES) return directory;
-    }
-    std::error_code noLink;
-    const fs::path target = fs::read_symlink(path, noLink);
-    if (noLink) return "";
-    path = path.parent_path() / target;
-  }
-  return "";
 }

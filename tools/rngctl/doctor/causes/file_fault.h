@@ -14,7 +14,4 @@ struct FileFault {
 /// Looks only at the file system: the file is not opened.
 FileFault FindFileFault(const std::string& file);
 
-/// The directory on the way to `file` that this user may not search, links included; "" for none.
-std::string FindUnsearchable(const std::string& file);
-
 #endif

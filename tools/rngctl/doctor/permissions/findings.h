@@ -1,8 +1,8 @@
 #ifndef TOOLS_RNGCTL_DOCTOR_PERMISSIONS_FINDINGS_H
 #define TOOLS_RNGCTL_DOCTOR_PERMISSIONS_FINDINGS_H
 
-#include "tools/rngctl/doctor/permissions/users.h"
 #include "tools/rngctl/doctor/report.h"
+#include "tools/rngctl/files/users.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 #ifndef TOOLS_RNGCTL_DOCTOR_PERMISSIONS_RIGHTS_H
 #define TOOLS_RNGCTL_DOCTOR_PERMISSIONS_RIGHTS_H
 
-#include "tools/rngctl/doctor/permissions/users.h"
+#include "tools/rngctl/files/users.h"
 
 #include <cstdint>
 #include <string>

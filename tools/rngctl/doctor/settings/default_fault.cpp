@@ -1,20 +1,11 @@
 #include "tools/rngctl/doctor/settings/default_fault.h"
 
-#include "providers/catalogue.h"
-#include "tools/rngctl/terminal/likeness.h"
+#include "tools/rngctl/settings/kinds.h"
 #include "tools/rngctl/terminal/text.h"
-
-#include <algorithm>
 
 #include <rngaggregator/provider.h>
 
 namespace {
-
-std::vector<std::string> AllKinds() {
-  std::vector<std::string> kinds;
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) kinds.push_back(row.name);
-  return kinds;
-}
 
 // The reader of rng.ini knows neither quotes nor comments, so both are part of the value.
 DefaultFault FindFaultOfForm(const std::string& what, const std::string& value) {
@@ -32,9 +23,8 @@ DefaultFault FindFaultOfForm(const std::string& what, const std::string& value) 
 }
 
 DefaultFault FindFaultOfName(const std::string& type) {
-  const std::vector<std::string> kinds = AllKinds();
-  if (std::find(kinds.begin(), kinds.end(), type) != kinds.end()) return {};
-  const std::string meant = FindLikeness(type, kinds);
+  if (IsKind(type)) return {};
+  const std::string meant = FindMeantKind(type);
   const std::string guess = meant.empty() ? "" : "; did you mean " + Quoted(meant) + "?";
   const std::string fix = meant.empty()
                               ? "Store another default with \"rngctl default set KIND\"."

@@ -1,20 +1,18 @@
 #include "providers/library_handle.h"
 #include "settings/known_path.h"
-#include "tools/rngctl/doctor/causes/file_fault.h"
 #include "tools/rngctl/doctor/examine/answers.h"
 #include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
-#include "tools/rngctl/doctor/settings/path_facts.h"
-#include "tools/rngctl/doctor/settings/storing.h"
+#include "tools/rngctl/files/path_facts.h"
 #include "tools/rngctl/loader/link_map.h"
 #include "tools/rngctl/process/child.h"
+#include "tools/rngctl/settings/settings_file.h"
+#include "tools/rngctl/settings/storing.h"
 
 #include <cerrno>
-#include <cstring>
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <fstream>
-#include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
 
@@ -29,23 +27,12 @@ std::string FindService(const std::optional<std::string>& directory) {
   return directory == RNG_SETTINGS_DIR ? "" : "a library that was already in the process";
 }
 
-std::string WhyNotReadable(const std::string& file) {
-  if (!MayAccess(file, R_OK)) return std::strerror(errno);
-  const PathFacts facts = LookThrough(file);
-  return facts.IsRegular() ? "" : "it is " + KindOfFile(facts);
-}
-
 // "" where nothing is wrong: somebody may link the file to a device, or to one that is still to come.
-std::string FixReading(const std::string& file) {
+std::string FixReading(const std::string& file, const ReadingFault& fault) {
   const PathFacts facts = LookThrough(file);
-  if (facts.error == 0 && facts.IsDirectory()) {
-    return "Move the directory " + file + " away: the library expects a file there.";
-  }
-  if (const std::string closed = FindUnsearchable(file); !closed.empty()) {
-    return "Make " + closed + " searchable for the users of the library: chmod a+x " + closed;
-  }
-  if (facts.error != 0 || MayAccess(file, R_OK)) return "";
-  return "Make it readable for the users of the library: chmod a+r " + file;
+  const bool isToCome = facts.error != 0 && facts.error != EACCES;
+  const bool isOther = facts.Exists() && !facts.IsDirectory() && MayAccess(file, R_OK);
+  return isToCome || isOther ? "" : fault.fix;
 }
 
 std::string BeginningOf(const std::string& file) {
@@ -67,12 +54,6 @@ IgnoredDefault FindIgnored(const SettingsAnswer& answer) {
   return FindIgnoredDefault(text, "RandomNumberGeneratorHardwareID", answer.file);
 }
 
-// True also when this user may not look whether it exists, and for a dangling link.
-bool MayExist(const std::string& file) {
-  const int error = LookAtEntry(file).error;
-  return error != ENOENT && error != ENOTDIR;
-}
-
 std::string Text(const char* text) { return text ? text : ""; }
 
 void Begin(SettingsStep step, SettingsAnswer& answer) {
@@ -83,8 +64,9 @@ void Begin(SettingsStep step, SettingsAnswer& answer) {
 void ExamineFile(SettingsAnswer& answer) {
   answer.exists = MayExist(answer.file);
   answer.isFifo = LookThrough(answer.file).IsFifo();
-  answer.readingFault = WhyNotReadable(answer.file);
-  answer.readingFix = FixReading(answer.file);
+  const ReadingFault fault = FindReadingFault(answer.file);
+  answer.readingFault = fault.problem;
+  answer.readingFix = FixReading(answer.file, fault);
   answer.writingFault = WhyNotStorable(answer.file);
   if (answer.isFifo) return;
   Begin(SettingsStep::kDefault, answer);

@@ -1,5 +1,5 @@
-#ifndef TOOLS_RNGCTL_DOCTOR_SETTINGS_PATH_FACTS_H
-#define TOOLS_RNGCTL_DOCTOR_SETTINGS_PATH_FACTS_H
+#ifndef TOOLS_RNGCTL_FILES_PATH_FACTS_H
+#define TOOLS_RNGCTL_FILES_PATH_FACTS_H
 
 #include <cstdint>
 #include <string>
@@ -12,6 +12,7 @@ struct PathFacts {
   mode_t mode = 0;
   uid_t owner = 0;
   ino_t node = 0;
+  std::uint32_t names = 0;  ///< hard links
   std::uint64_t size = 0;
   std::uint64_t blocks = 0;
   bool isImmutable = false;
@@ -35,6 +36,9 @@ std::string KindOfFile(const PathFacts& facts);
 
 /// Whether the effective user may do that (R_OK, W_OK, X_OK); if not, errno says why.
 bool MayAccess(const std::string& path, int mode);
+
+/// The directory on the way to `file` that this user may not search, links included; "" for none.
+std::string FindUnsearchable(const std::string& file);
 
 /// The path without its last component.
 std::string DirectoryOf(const std::string& path);

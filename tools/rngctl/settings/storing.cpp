@@ -1,6 +1,6 @@
-#include "tools/rngctl/doctor/settings/storing.h"
+#include "tools/rngctl/settings/storing.h"
 
-#include "tools/rngctl/doctor/settings/path_facts.h"
+#include "tools/rngctl/files/path_facts.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -23,18 +23,6 @@ std::string WhyNotReachable(const std::string& path, const PathFacts& through) {
   if (isLink && through.error == ELOOP) return path + " is a symbolic link loop";
   if (isLink && through.error == ENOENT) return path + " is a dangling symbolic link";
   return path + " cannot be reached (" + std::strerror(through.error) + ")";
-}
-
-// The last few blocks are reserved for root.
-std::string WhyNoSpace(const std::string& directory, std::uint64_t bytes) {
-  struct statvfs disk = {};
-  if (::statvfs(directory.c_str(), &disk) != 0 || disk.f_blocks == 0) return "";
-  const std::uint64_t blocks = ::geteuid() == 0 ? disk.f_bfree : disk.f_bavail;
-  if (blocks < bytes / disk.f_frsize + 1) return "the disk of " + directory + " is full";
-  if (disk.f_files != 0 && disk.f_ffree == 0) {
-    return "the disk of " + directory + " has no free inodes";
-  }
-  return "";
 }
 
 std::string WhyNotCreatable(const std::string& directory, std::uint64_t bytes) {
@@ -155,4 +143,16 @@ std::string WhyNotStorable(const std::string& file) {
   if (nearest != DirectoryOf(file)) return WhyNotCreatable(nearest, twoBlocks);
   const std::string refusal = WhyNotWritable(file, twoBlocks);
   return refusal.empty() ? WhyNotReplaceable(file, twoBlocks) : refusal;
+}
+
+// The last few blocks are reserved for root.
+std::string WhyNoSpace(const std::string& directory, std::uint64_t bytes) {
+  struct statvfs disk = {};
+  if (::statvfs(directory.c_str(), &disk) != 0 || disk.f_blocks == 0) return "";
+  const std::uint64_t blocks = ::geteuid() == 0 ? disk.f_bfree : disk.f_bavail;
+  if (blocks < bytes / disk.f_frsize + 1) return "the disk of " + directory + " is full";
+  if (disk.f_files != 0 && disk.f_ffree == 0) {
+    return "the disk of " + directory + " has no free inodes";
+  }
+  return "";
 }

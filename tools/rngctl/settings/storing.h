@@ -1,6 +1,7 @@
-#ifndef TOOLS_RNGCTL_DOCTOR_SETTINGS_STORING_H
-#define TOOLS_RNGCTL_DOCTOR_SETTINGS_STORING_H
+#ifndef TOOLS_RNGCTL_SETTINGS_STORING_H
+#define TOOLS_RNGCTL_SETTINGS_STORING_H
 
+#include <cstdint>
 #include <string>
 
 /// Why this user cannot store a default in `file`, "" if that is possible. It opens and changes
@@ -14,5 +15,8 @@
 /// The kind and the device are stored one after the other, so a new file is replaced at once, too. What
 /// a security module forbids cannot be predicted.
 std::string WhyNotStorable(const std::string& file);
+
+/// Why the directory's file system cannot take that many bytes, "" if it can.
+std::string WhyNoSpace(const std::string& directory, std::uint64_t bytes);
 
 #endif

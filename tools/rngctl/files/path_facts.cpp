@@ -1,4 +1,4 @@
-#include "tools/rngctl/doctor/settings/path_facts.h"
+#include "tools/rngctl/files/path_facts.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -23,6 +23,7 @@ PathFacts Look(const std::string& path, int flags) {
   facts.mode = found.stx_mode;
   facts.owner = found.stx_uid;
   facts.node = found.stx_ino;
+  facts.names = found.stx_nlink;
   facts.size = found.stx_size;
   facts.blocks = found.stx_blocks;
   const auto attributes = found.stx_attributes & found.stx_attributes_mask;
@@ -57,6 +58,22 @@ std::string KindOfFile(const PathFacts& facts) {
 
 bool MayAccess(const std::string& path, int mode) {
   return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+}
+
+std::string FindUnsearchable(const std::string& file) {
+  fs::path path = fs::absolute(file);
+  for (std::size_t i = 0; i < kMostLinks; ++i) {
+    fs::path directory;
+    for (const fs::path& part : path.parent_path()) {
+      directory /= part;
+      if (!MayAccess(directory, X_OK) && errno == EACCES) return directory;
+    }
+    std::error_code noLink;
+    const fs::path target = fs::read_symlink(path, noLink);
+    if (noLink) return "";
+    path = path.parent_path() / target;
+  }
+  return "";
 }
 
 std::string DirectoryOf(const std::string& path) { return fs::path(path).parent_path(); }

@@ -1,4 +1,4 @@
-#include "tools/rngctl/doctor/permissions/users.h"
+#include "tools/rngctl/files/users.h"
 
 #include "tools/rngctl/terminal/text.h"
 

@@ -1,0 +1,105 @@
+// What "default" and "read" say about a settings file that exists and cannot be read.
+
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/permissions.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Ini() { return TreePath(kSettingsFile); }
+
+void ExpectUnreadable(const Result& result, const std::string& why) {
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output, IsEmpty());
+  EXPECT_THAT(result.errors,
+              AllOf(StartsWith("rngctl: It is unknown which default is configured: "),
+                    HasSubstr(Ini() + " cannot be read (" + why)));
+}
+
+}  // namespace
+
+class UnreadableSettings : public RngctlTest {
+ protected:
+  void SetUp() override {
+    RngctlTest::SetUp();
+    fs::create_directory(TreePath("etc"));
+  }
+
+  static void ExpectRefusals(const std::string& why) {
+    ExpectUnreadable(Run("default"), why);
+    ExpectUnreadable(Run("read -n 2"), why);
+    EXPECT_EQ(0, Run("read unixdev -n 2").status);
+    const Result set = Run("default set unixdev");
+    EXPECT_EQ(1, set.status);
+    EXPECT_THAT(set.errors, StartsWith("rngctl: The default could not be stored in " + Ini()));
+  }
+
+  static Result RunAsUser(const std::string& arguments) {
+    return RunForked([&arguments] {
+      const Unprivileged user;
+      const std::string command = "exec " + Rngctl() + " " + arguments;
+      ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+      return 127;
+    });
+  }
+};
+
+TEST_F(UnreadableSettings, AFifoIsNotOpened) {
+  ASSERT_EQ(0, ::mkfifo(Ini().c_str(), 0666));
+  ExpectRefusals("it is a FIFO). Replace it with a regular file, or remove it.");
+}
+
+TEST_F(UnreadableSettings, ADeviceIsNotOpened) {
+  fs::create_symlink("/dev/zero", Ini());
+  ExpectRefusals("it is a device). ");
+}
+
+TEST_F(UnreadableSettings, ADirectoryIsNotAnEmptyFile) {
+  fs::create_directory(Ini());
+  ExpectRefusals("it is a directory). ");
+}
+
+TEST_F(UnreadableSettings, AFileWithoutEndIsNotReadToIt) {
+  WriteFile(Ini(), "[Devices]\n");
+  fs::resize_file(Ini(), std::uintmax_t{1} << 40U);
+  ExpectRefusals("it does not end within 16 MiB). ");
+}
+
+TEST_F(UnreadableSettings, ALargeFileIsRead) {
+  WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=unixdev\n" + std::string(1U << 20U, '\n'));
+  EXPECT_EQ(0, Run("default").status);
+}
+
+TEST_F(UnreadableSettings, ADanglingLinkIsNotAnAbsentFile) {
+  fs::create_symlink(TreePath("gone"), Ini());
+  ExpectRefusals("it is a dangling symbolic link). ");
+  EXPECT_FALSE(fs::exists(TreePath("gone")));
+}
+
+TEST_F(UnreadableSettings, TheModeOfTheFileAndItsOwnerAreNamed) {
+  WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
+  fs::permissions(Ini(), fs::perms(0));
+  const Result result = RunAsUser("default");
+  ExpectUnreadable(result, "Permission denied: " + Ini() + " is 0000 and belongs to the user ");
+  EXPECT_THAT(result.errors, HasSubstr(": chmod a+r " + Ini() + "\n"));
+  ExpectUnreadable(RunAsUser("read -n 2"), "Permission denied: ");
+}
+
+TEST_F(UnreadableSettings, TheDirectoryThatCannotBeSearchedIsNamed) {
+  WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
+  fs::permissions(TreePath("etc"), fs::perms(0600));
+  const Result result = RunAsUser("default");
+  fs::permissions(TreePath("etc"), fs::perms(0700));
+  ExpectUnreadable(result, "Permission denied: " + TreePath("etc") + " is 0600 and belongs to ");
+  EXPECT_THAT(result.errors, HasSubstr(": chmod a+x " + TreePath("etc") + "\n"));
+}

@@ -1,0 +1,157 @@
+#include "tools/rngctl/settings/precautions.h"
+
+#include "tools/rngctl/files/path_facts.h"
+#include "tools/rngctl/files/users.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/settings/settings_file.h"
+#include "tools/rngctl/settings/storing.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kLongestLine = 511;  // that the library copies
+
+std::string NearestPlace(const std::string& file) {
+  std::string place = DirectoryOf(file);
+  while (place != "/" && !LookThrough(place).Exists()) place = DirectoryOf(place);
+  return place;
+}
+
+// What this user may not write or read, "" if permissions do not prevent it.
+std::string FindDenial(const std::string& file) {
+  const std::string place = NearestPlace(file);
+  const bool isDirectory = LookThrough(place).IsDirectory();
+  if (isDirectory && !MayAccess(place, W_OK | X_OK) && errno == EACCES) return place;
+  return LookThrough(file).Exists() && !MayAccess(file, R_OK) ? file : "";
+}
+
+// A sentence.
+std::string WhatToDo(const std::string& file) {
+  const std::string denial = FindDenial(file);
+  if (!denial.empty()) {
+    const uid_t owner = LookThrough(denial).owner;
+    if (owner == 0) return denial + " belongs to the administrator; try with sudo.";
+    if (owner == ::geteuid()) return "Fix: chmod u+rwX " + denial;
+    return denial + " belongs to " + FindUsers().NameOfUser(owner) +
+           "; try as that user or with sudo.";
+  }
+  const bool isFull = !WhyNoSpace(NearestPlace(file), LookThrough(file).size).empty();
+  return isFull ? "Make room on that disk, and try again." : "Correct that, and try again.";
+}
+
+std::string TargetOf(const std::string& link) {
+  std::error_code unknown;
+  return fs::read_symlink(link, unknown);
+}
+
+// Why it is not a file that an earlier process of this user left, "" if it is.
+std::string WhyForeign(const std::string& path, const PathFacts& entry) {
+  if (entry.IsLink()) return "is a symbolic link to " + TargetOf(path);
+  if (!entry.IsRegular()) return "is " + KindOfFile(entry);
+  if (entry.owner != ::geteuid()) return "belongs to " + FindUsers().NameOfUser(entry.owner);
+  return entry.names == 1 ? "" : "has " + Counted(entry.names, "name") + " (hard links)";
+}
+
+struct LongLine {
+  std::size_t number = 0;  ///< 0: there is none
+  std::size_t size = 0;
+};
+
+// The first line that is too long, counted as the library does: without carriage returns.
+LongLine FindLongLine(const std::string& file) {
+  std::ifstream content(file, std::ios::binary);
+  LongLine line{1, 0};
+  for (char c = 0; content.get(c);) {
+    if (c == '\n') {
+      if (line.size > kLongestLine) return line;
+      line = {line.number + 1, 0};
+    } else if (c != '\r') {
+      ++line.size;
+    }
+  }
+  return line.size > kLongestLine ? line : LongLine{};
+}
+
+}  // namespace
+
+void RefuseToStore(const std::string& file, const std::string& why, const std::string& fix) {
+  throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + ": " + why + ". " +
+                                     fix + " Nothing was changed.");
+}
+
+void RefuseAfterStoring(const std::string& file, const std::string& found,
+                        const std::string& error) {
+  const std::string reason = error.empty() ? "" : " (" + error + ")";
+  const std::string noSpace = WhyNoSpace(NearestPlace(file), 0);
+  const std::string advice = noSpace.empty() ? "Look whether the file could be replaced, and "
+                                               "whether another section or key in it comes "
+                                               "first."
+                                             : noSpace + ". Make room on it, and try again.";
+  throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + reason +
+                                     ": it reads back as " + Quoted(found) + ". " + advice);
+}
+
+void RefuseForeignRights() {
+  if (::getuid() == ::geteuid() && ::getgid() == ::getegid()) return;
+  throw Refusal(kNegativeAnswer,
+                "The default is not stored with the rights of another user. Remove the set-user-ID "
+                "and set-group-ID bits of rngctl, and use sudo.");
+}
+
+void FinishInterruptedStore(const std::string& file) {
+  const std::string temporary = file + ".tmp";
+  const PathFacts entry = LookAtEntry(temporary);
+  if (LookAtEntry(file).error != ENOENT || !entry.Exists() || entry.size == 0) return;
+  if (!WhyForeign(temporary, entry).empty()) return;
+  if (std::rename(temporary.c_str(), file.c_str()) != 0) return;
+  std::cerr << Printable("Warning: " + file + " was missing. Its contents were in " + temporary +
+                         ", which an interrupted process had left, and were put back.")
+            << '\n';
+}
+
+void CheckLinks(const std::string& file) {
+  if (LookAtEntry(file).IsLink() && LookThrough(file).error == ENOENT) {
+    RefuseToStore(file, "it is a symbolic link to " + TargetOf(file) + ", where there is no file",
+                  "Put a file there, or remove the link: rm " + file + ".");
+  }
+  const std::string temporary = file + ".tmp";
+  const PathFacts entry = LookAtEntry(temporary);
+  if (!entry.Exists()) return;
+  const std::string why = WhyForeign(temporary, entry);
+  if (why.empty()) return;
+  RefuseToStore(file, temporary + " " + why + ", and storing would write to it",
+                "Remove it: rm " + temporary + ".");
+}
+
+void CheckStorable(const std::string& file) {
+  const std::string why = WhyNotStorable(file);
+  if (!why.empty()) RefuseToStore(file, why, WhatToDo(file));
+  const ReadingFault fault = MayExist(file) ? FindReadingFault(file) : ReadingFault{};
+  if (fault.problem.empty()) return;
+  RefuseToStore(file, "it cannot be read (" + fault.problem + ")", fault.fix);
+}
+
+void WarnOfLosses(const std::string& file) {
+  if (LookAtEntry(file).IsLink()) {
+    std::cerr << Printable("Warning: " + file + " is a symbolic link to " + TargetOf(file) +
+                           ". A file of its own replaces it; that one does not change.")
+              << '\n';
+  }
+  const LongLine line = FindLongLine(file);
+  if (line.number == 0) return;
+  std::cerr << Printable("Warning: line " + std::to_string(line.number) + " of " + file + " has " +
+                         std::to_string(line.size) +
+                         " characters. Storing removes it and all lines "
+                         "after it, because it has more than " +
+                         std::to_string(kLongestLine) + ".")
+            << '\n';
+}

@@ -1,0 +1,103 @@
+#include "tools/rngctl/settings/settings_file.h"
+
+#include "settings/known_path.h"
+#include "tools/rngctl/files/path_facts.h"
+#include "tools/rngctl/files/users.h"
+#include "tools/rngctl/refusal.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kMostMebibytes = 16;
+
+std::string Octal(mode_t mode) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%04o", mode & 07777U);
+  return text;
+}
+
+ReadingFault ExplainDenial(const std::string& file) {
+  const std::string closed = FindUnsearchable(file);
+  const PathFacts facts = LookThrough(closed.empty() ? file : closed);
+  const std::string what = (closed.empty() ? file : closed) + " is " + Octal(facts.mode) +
+                           " and belongs to " + FindUsers().NameOfUser(facts.owner);
+  const std::string fix =
+      closed.empty()
+          ? "Make it readable for the users of the library: chmod a+r " + file
+          : "Make " + closed + " searchable for the users of the library: chmod a+x " + closed;
+  return {std::string(std::strerror(EACCES)) + (facts.Exists() ? ": " + what : ""), fix};
+}
+
+ReadingFault ExplainError(const std::string& file, int error) {
+  if (error == EACCES) return ExplainDenial(file);
+  if (error == ENOENT && LookAtEntry(file).IsLink()) {
+    return {"it is a dangling symbolic link",
+            "Put a file where it leads, or remove it: rm " + file};
+  }
+  return {std::strerror(error), "Replace it with a regular file, or remove it."};
+}
+
+// The errno; EFBIG when the end does not come.
+int ReadToEnd(const std::string& file) {
+  const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) return errno;
+  std::vector<char> mebibyte(1U << 20U);
+  ssize_t count = 1;
+  std::size_t total = 0;
+  while (count > 0 && total <= kMostMebibytes * mebibyte.size()) {
+    count = ::read(descriptor, mebibyte.data(), mebibyte.size());
+    if (count > 0) total += static_cast<std::size_t>(count);
+  }
+  const int error = errno;
+  ::close(descriptor);
+  if (count > 0) return EFBIG;
+  return count < 0 ? error : 0;
+}
+
+}  // namespace
+
+std::string FindSettingsFile() {
+  const std::optional<std::string> directory = FindSettingsDirectory();
+  return directory ? *directory + "/rng.ini" : "";
+}
+
+bool MayExist(const std::string& file) {
+  const int error = LookAtEntry(file).error;
+  return error != ENOENT && error != ENOTDIR;
+}
+
+ReadingFault FindReadingFault(const std::string& file) {
+  if (!MayAccess(file, R_OK)) return ExplainError(file, errno);
+  const PathFacts facts = LookThrough(file);
+  if (facts.IsDirectory()) {
+    return {"it is a directory",
+            "Move the directory " + file + " away: the library expects a file there."};
+  }
+  if (!facts.IsRegular()) {
+    return {"it is " + KindOfFile(facts), "Replace it with a regular file, or remove it."};
+  }
+  const int error = ReadToEnd(file);
+  if (error == EFBIG || error == EAGAIN) {
+    return {"it does not end within " + std::to_string(kMostMebibytes) + " MiB",
+            "Replace it with a settings file, or remove it."};
+  }
+  return error == 0 ? ReadingFault{} : ExplainError(file, error);
+}
+
+void RefuseUnreadableSettings() {
+  const std::string file = FindSettingsFile();
+  if (file.empty() || !MayExist(file)) return;
+  const ReadingFault fault = FindReadingFault(file);
+  if (fault.problem.empty()) return;
+  throw Refusal(kNegativeAnswer, "It is unknown which default is configured: " + file +
+                                     " cannot be read (" + fault.problem + "). " + fault.fix);
+}
+
+DirectoryLock LockForReading() {
+  return {DirectoryOf(FindSettingsFile()), DirectoryLock::Kind::kShared};
+}

@@ -1,0 +1,113 @@
+#include "tools/rngctl/settings/store_default.h"
+
+#include "tools/rngctl/channel/signal_block.h"
+#include "tools/rngctl/files/path_facts.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/settings/directory_lock.h"
+#include "tools/rngctl/settings/precautions.h"
+#include "tools/rngctl/settings/settings_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <unistd.h>
+
+#include <rngaggregator/aggregator.h>
+
+namespace {
+
+constexpr char kRetry[] = "Correct that, and try again.";
+
+class Umask {
+ public:
+  explicit Umask(mode_t mask) : before(::umask(mask)) {}
+  Umask(const Umask&) = delete;
+  Umask& operator=(const Umask&) = delete;
+  ~Umask() { ::umask(before); }
+
+ private:
+  const mode_t before;
+};
+
+std::string Text(const char* text) { return text ? text : ""; }
+
+// The umask that gives the new file the mode of the old one, without bits that a settings file should
+// not have. Its owner must be able to read it back.
+mode_t MaskFor(const std::string& file) {
+  constexpr mode_t kOthersMayNotWrite = 022;
+  const PathFacts old = LookThrough(file);
+  return kOthersMayNotWrite | (old.IsRegular() ? ~old.mode & 0266U : 0U);
+}
+
+void CreateDirectory(const std::string& file) {
+  const std::string directory = DirectoryOf(file);
+  if (LookThrough(directory).IsDirectory() && file.starts_with('/')) return;
+  CheckStorable(file);
+  std::error_code failure;
+  std::filesystem::create_directories(directory, failure);
+  if (!failure) return;
+  RefuseToStore(file, directory + " cannot be created (" + failure.message() + ")", kRetry);
+}
+
+void CheckLock(const DirectoryLock& lock, const std::string& file) {
+  if (lock.Error() == 0) return;
+  const std::string directory = DirectoryOf(file);
+  if (lock.Error() == EWOULDBLOCK) {
+    RefuseToStore(file, "another process has kept " + directory + " locked for five seconds",
+                  "Try again when it has finished.");
+  }
+  RefuseToStore(file, directory + " cannot be locked (" + std::strerror(lock.Error()) + ")",
+                kRetry);
+}
+
+bool LetLibraryStore(const Default& chosen) {
+  IRngSettings& settings = *GetDefaultSettings();
+  const char* const device = chosen.device.empty() ? nullptr : chosen.device.c_str();
+  // For a moment, the library has removed the old file and not yet renamed the new one. The signal of
+  // the limit on file sizes comes earlier, and must end the process then.
+  const SignalBlock block{SIGXFSZ};
+  return settings.SetType(chosen.kind.c_str()) && settings.SetHardwareId(device);
+}
+
+// The library does not notice every failure to write; reading back does.
+void StoreAndReadBack(const std::string& file, const Default& chosen) {
+  errno = 0;
+  const bool isStored = LetLibraryStore(chosen);
+  const std::string error = isStored || errno == 0 ? "" : std::strerror(errno);
+  const Default found = ReadConfiguredDefault();
+  if (isStored && found == chosen) return;
+  RefuseAfterStoring(file, Describe(found), error);
+}
+
+}  // namespace
+
+std::string Describe(const Default& chosen) {
+  return (chosen.kind.empty() ? "none" : chosen.kind) +
+         (chosen.device.empty() ? "" : ", device " + chosen.device);
+}
+
+Default ReadConfiguredDefault() {
+  IRngSettings& settings = *GetDefaultSettings();
+  const std::string kind = Text(settings.GetType());
+  return {kind, Text(settings.GetHardwareId())};
+}
+
+void StoreDefault(const Default& chosen) {
+  RefuseForeignRights();
+  const std::string file = FindSettingsFile();
+  if (file.empty()) {
+    throw Refusal(kNegativeAnswer,
+                  "The default could not be stored: the known-path service returns no directory.");
+  }
+  const Umask umaskOfDirectories(022);
+  CreateDirectory(file);
+  const DirectoryLock lock(DirectoryOf(file), DirectoryLock::Kind::kExclusive);
+  CheckLock(lock, file);
+  FinishInterruptedStore(file);
+  CheckLinks(file);
+  CheckStorable(file);
+  WarnOfLosses(file);
+  const Umask umaskOfFile(MaskFor(file));
+  StoreAndReadBack(file, chosen);
+}

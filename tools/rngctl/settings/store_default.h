@@ -1,0 +1,29 @@
+#ifndef TOOLS_RNGCTL_SETTINGS_STORE_DEFAULT_H
+#define TOOLS_RNGCTL_SETTINGS_STORE_DEFAULT_H
+
+#include <string>
+
+struct Default {
+  std::string kind;
+  std::string device;
+  bool operator==(const Default&) const = default;
+};
+
+/// "Rutoken, device 1234", "none".
+std::string Describe(const Default& chosen);
+
+Default ReadConfiguredDefault();
+
+/// Lets the library store the default, one process of rngctl at a time, and reads it back. No plug-in
+/// need be loaded. Throws a `Refusal` that names the file and says what to do.
+///
+/// - The file and missing directories are created readable for everybody and writable for their owner
+///   alone, whatever the umask. A file that fewer could read or write keeps these limits.
+/// - What storing would spoil without a report from the library is refused before anything is changed:
+///   a full disk, a file that this user cannot read, a dangling link. So is a left-over rng.ini.tmp that
+///   this user has not created, because the library would write into what it is.
+/// - Signals wait until the file is complete.
+/// - Losses that the file format implies are printed as warnings.
+void StoreDefault(const Default& chosen);
+
+#endif
