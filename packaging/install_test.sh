@@ -90,6 +90,14 @@ says 'librngaggregator\.so\.1 \(libc6,x86-64\) => /lib/librngaggregator\.so\.1'
 passes dpkg --verify
 [ ! -s "$room/log" ] || fail "changed files: $(cat "$room/log")"
 
+# Only root may write the settings, before and after they are stored, whatever the umask.
+passes stat -c '%a %u %g' /etc/rngaggregator
+says '^755 0 0$'
+passes sh -c 'umask 0; rngctl default set dsdr'
+passes stat -c %a /etc/rngaggregator /etc/rngaggregator/rng.ini
+[ "$(cat "$room/log")" = "755
+644" ] || fail "modes of the settings: $(cat "$room/log")"
+
 # The tool, as in the demonstration.
 passes rngctl list
 says '^unixdev +no '

@@ -123,10 +123,12 @@ TEST_F(Store, RefusesTheLeftOverFileOfAnotherUser) {
   EXPECT_EQ("left over", ReadFile(Temporary()));
 }
 
-TEST_F(Store, OverwritesTheFileThatAnEarlierProcessLeft) {
+TEST_F(Store, ReplacesTheFileThatAnEarlierProcessLeft) {
   WriteFile(Ini(), kOld);
   WriteFile(Temporary(), "[Devi");
+  fs::permissions(Temporary(), fs::perms(0666));
   Set();
+  EXPECT_EQ(0644U, ModeOf(Ini()));
   EXPECT_THAT(ReadFile(Ini()), EndsWith("\n\n[Other]\nkey=value\n"));
 }
 

@@ -108,6 +108,7 @@ void StoreDefault(const Default& chosen) {
   CheckLinks(file);
   CheckStorable(file);
   WarnOfLosses(file);
+  ::unlink((file + ".tmp").c_str());  // an own one, but its mode would become that of the new file
   const Umask umaskOfFile(MaskFor(file));
   StoreAndReadBack(file, chosen);
 }
