@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <pthread.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
@@ -20,6 +21,15 @@ namespace {
 [[maybe_unused]] void EndThread() { ::pthread_exit(nullptr); }
 
 [[maybe_unused]] void Wait() { ::pause(); }
+
+[[maybe_unused]] void HideTyping() {
+  termios settings = {};
+  ::tcgetattr(STDIN_FILENO, &settings);
+  settings.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+  ::tcsetattr(STDIN_FILENO, TCSANOW, &settings);
+  std::fputs("hidden\n", stderr);
+  ::pause();
+}
 
 [[maybe_unused]] void CloseAll() {
   for (int number = 0; number < 64; ++number) ::close(number);

@@ -1,4 +1,4 @@
-// The bar of "rngctl read" on a terminal. The second draw of the plug-in takes longer than a second.
+// "rngctl read" on a terminal.
 
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/tree.h"
@@ -20,6 +20,22 @@ Result RunOnTerminal(const std::string& command) {
 
 }  // namespace
 
+// A shell script takes the place of the terminal's user.
+TEST_F(RngctlTest, AnInterruptedDrawLeavesTheTerminalAsItWas) {
+  InstallPlugin("dsdr", "drawing/HideTyping");
+  const std::string log = TreePath("log");
+  WriteFile(TreePath("script"),
+            Rngctl() + " read dsdr -n 5000 -o " + TreePath("key") + " <&1 2>" + log +
+                " & until grep hidden " + log +
+                "; do sleep 0.01; done >/dev/null 2>&1; stty -a; kill $!; wait $!\n"
+                "stty -a");
+  const std::string output = RunOnTerminal("sh " + TreePath("script")).output;
+  const std::size_t hidden = output.find(" -echo ");
+  ASSERT_NE(std::string::npos, hidden);
+  EXPECT_NE(std::string::npos, output.find(" echo ", hidden));
+}
+
+// The second draw of the plug-in takes longer than a second.
 class ReadProgress : public RngctlTest {
  protected:
   void SetUp() override {
