@@ -75,13 +75,16 @@ void AddRead(CLI::App& app, ReadRequest& request) {
   CLI::Option* const base64 = addEncoding("--base64", Encoding::kBase64, "Write base64");
   raw->excludes(hex)->excludes(base64);
   hex->excludes(base64);
-  read->add_option("-o", request.file,
-                   "Write to FILE instead of standard output; only its owner can read it, and it "
-                   "appears once all bytes are drawn")
-      ->type_name("FILE")
-      ->check(CheckFileName);
+  CLI::Option* const file =
+      read->add_option(
+              "-o", request.file,
+              "Write to FILE instead of standard output; only its owner can read it, and it "
+              "appears once all bytes are drawn")
+          ->type_name("FILE")
+          ->check(CheckFileName);
   read->add_flag("--force", request.replacesOthers,
-                 "With -o, replace a file that belongs to another user");
+                 "With -o, replace a file that belongs to another user")
+      ->needs(file);
   read->callback([&request] { RunRead(request); });
 }
 

@@ -58,6 +58,9 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
   } catch (const Refusal& refusal) {
     End(socket, refusal.status,
         std::string(refusal.what()).substr(0, kLongestText) + '\0' + refusal.advice);
+  } catch (const std::exception& error) {
+    const std::string text = std::string("The draw failed: ") + error.what() + ".";
+    End(socket, kNegativeAnswer, text.substr(0, kLongestText));
   }
   End(socket, kDone, "");
 }

@@ -54,9 +54,9 @@ bool IsSame(const struct stat& one, const struct stat& other) {
 
 }  // namespace
 
-Output::Output(const std::string& place, bool replacesOthers)
-    : path(place), descriptor(STDOUT_FILENO) {
-  if (path.empty()) return;
+Output::Output(const std::string& path, bool replacesOthers)
+    : name(path), descriptor(STDOUT_FILENO) {
+  if (name.empty()) return;
   try {
     Open(replacesOthers);
   } catch (const std::system_error& error) {
@@ -65,12 +65,12 @@ Output::Output(const std::string& place, bool replacesOthers)
 }
 
 void Output::Open(bool replacesOthers) {
-  if (const std::optional<int> number = DescriptorOf(path)) {
+  if (const std::optional<int> number = DescriptorOf(name)) {
     if (!IsWritable(*number)) RefuseWith(EBADF);
     descriptor = *number;
     return;
   }
-  Place place = OpenPlace(path);
+  Place place = OpenPlace(name);
   struct stat found = {};
   const bool exists =
       ::fstatat(place.directory.Get(), place.name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0;
@@ -135,7 +135,7 @@ void Output::LeaveToParent() {
 }
 
 void Output::Refuse(const std::string& reason) const {
-  const std::string where = path.empty() ? "standard output" : Quoted(path);
+  const std::string where = name.empty() ? "standard output" : Quoted(name);
   throw Refusal(kNegativeAnswer, "Cannot write to " + where + ": " + reason + ".");
 }
 

@@ -31,7 +31,7 @@ class Output {
   [[noreturn]] void Refuse(const std::string& reason) const;
   [[noreturn]] void RefuseWith(int error) const;
 
-  const std::string path;
+  const std::string name;  // the path
   std::optional<NewFile> file;
   Descriptor special;
   int descriptor;
