@@ -87,6 +87,24 @@ TEST_F(Store, KeepsAModeThatIsNarrower) {
   }
 }
 
+TEST_F(Store, SaysWhoMayNoLongerReadTheFile) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  WriteFile(Ini(), kOld);
+  ASSERT_EQ(0, ::chown(Ini().c_str(), 0, kAnother));
+  EXPECT_THAT(Run("default set unixdev").errors, IsEmpty());  // everybody may read it
+  fs::permissions(Ini(), fs::perms(0640));
+  ASSERT_EQ(0, ::chown(Ini().c_str(), 0, kAnother));
+  const Result result = Run("default set unixdev");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ(
+      "Warning: " + Ini() +
+          " belongs to the user \"root\" and the group \"root\" now, and not to the user \"root\" "
+          "and the group 4711, who may no longer be able to read it. Fix: chown 0:4711 " +
+          Ini() + "\n",
+      result.errors);
+  EXPECT_EQ(0640U, ModeOf(Ini()));
+}
+
 TEST_F(Store, KeepsOtherSections) {
   WriteFile(Ini(), kOld);
   Set();

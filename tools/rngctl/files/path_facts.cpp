@@ -22,6 +22,7 @@ PathFacts Look(const std::string& path, int flags) {
   }
   facts.mode = found.stx_mode;
   facts.owner = found.stx_uid;
+  facts.group = found.stx_gid;
   facts.node = found.stx_ino;
   facts.names = found.stx_nlink;
   facts.size = found.stx_size;

@@ -11,6 +11,7 @@ struct PathFacts {
   int error = 0;  ///< of looking: 0, or the errno
   mode_t mode = 0;
   uid_t owner = 0;
+  gid_t group = 0;
   ino_t node = 0;
   std::uint32_t names = 0;  ///< hard links
   std::uint64_t size = 0;

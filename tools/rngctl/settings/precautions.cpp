@@ -1,6 +1,5 @@
 #include "tools/rngctl/settings/precautions.h"
 
-#include "tools/rngctl/files/path_facts.h"
 #include "tools/rngctl/files/users.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/settings/settings_file.h"
@@ -81,6 +80,11 @@ LongLine FindLongLine(const std::string& file) {
   return line.size > kLongestLine ? line : LongLine{};
 }
 
+std::string NameOwners(const PathFacts& file) {
+  const Users users = FindUsers();
+  return users.NameOfUser(file.owner) + " and " + users.NameOfGroup(file.group);
+}
+
 }  // namespace
 
 void RefuseToStore(const std::string& file, const std::string& why, const std::string& fix) {
@@ -98,13 +102,6 @@ void RefuseAfterStoring(const std::string& file, const std::string& found,
                                              : noSpace + ". Make room on it, and try again.";
   throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + reason +
                                      ": it reads back as " + Quoted(found) + ". " + advice);
-}
-
-void RefuseForeignRights() {
-  if (::getuid() == ::geteuid() && ::getgid() == ::getegid()) return;
-  throw Refusal(kNegativeAnswer,
-                "The default is not stored with the rights of another user. Remove the set-user-ID "
-                "and set-group-ID bits of rngctl, and use sudo.");
 }
 
 void FinishInterruptedStore(const std::string& file) {
@@ -153,5 +150,17 @@ void WarnOfLosses(const std::string& file) {
                          " characters. Storing removes it and all lines "
                          "after it, because it has more than " +
                          std::to_string(kLongestLine) + ".")
+            << '\n';
+}
+
+void WarnOfNewOwner(const std::string& file, const PathFacts& before) {
+  const PathFacts now = LookAtEntry(file);
+  const bool isSame = before.owner == now.owner && before.group == now.group;
+  const bool isForEverybody = (now.mode & S_IROTH) != 0;
+  if (!before.IsRegular() || isSame || isForEverybody) return;
+  std::cerr << Printable(
+                   "Warning: " + file + " belongs to " + NameOwners(now) + " now, and not to " +
+                   NameOwners(before) + ", who may no longer be able to read it. Fix: chown " +
+                   std::to_string(before.owner) + ":" + std::to_string(before.group) + " " + file)
             << '\n';
 }

@@ -1,6 +1,8 @@
 #ifndef TOOLS_RNGCTL_SETTINGS_PRECAUTIONS_H
 #define TOOLS_RNGCTL_SETTINGS_PRECAUTIONS_H
 
+#include "tools/rngctl/files/path_facts.h"
+
 #include <string>
 
 /// \file
@@ -16,9 +18,6 @@
 [[noreturn]] void RefuseAfterStoring(const std::string& file, const std::string& found,
                                      const std::string& error);
 
-/// A set-user-ID or set-group-ID tool would let every user write with its owner's rights.
-void RefuseForeignRights();
-
 /// If a process was killed after it had removed the file and before it had renamed the complete new one,
 /// puts the new one in its place.
 void FinishInterruptedStore(const std::string& file);
@@ -32,5 +31,9 @@ void CheckStorable(const std::string& file);
 
 /// Prints what storing will remove, apart from the old default.
 void WarnOfLosses(const std::string& file);
+
+/// The file is stored. Prints that it has another owner or group than before, if its mode keeps those from
+/// reading it.
+void WarnOfNewOwner(const std::string& file, const PathFacts& before);
 
 #endif

@@ -4,6 +4,7 @@
 #include "tools/rngctl/files/path_facts.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/settings/directory_lock.h"
+#include "tools/rngctl/settings/foreign_rights.h"
 #include "tools/rngctl/settings/precautions.h"
 #include "tools/rngctl/settings/settings_file.h"
 
@@ -34,9 +35,8 @@ std::string Text(const char* text) { return text ? text : ""; }
 
 // The umask that gives the new file the mode of the old one, without bits that a settings file should
 // not have. Its owner must be able to read it back.
-mode_t MaskFor(const std::string& file) {
+mode_t MaskFor(const PathFacts& old) {
   constexpr mode_t kOthersMayNotWrite = 022;
-  const PathFacts old = LookThrough(file);
   return kOthersMayNotWrite | (old.IsRegular() ? ~old.mode & 0266U : 0U);
 }
 
@@ -109,6 +109,8 @@ void StoreDefault(const Default& chosen) {
   CheckStorable(file);
   WarnOfLosses(file);
   ::unlink((file + ".tmp").c_str());  // an own one, but its mode would become that of the new file
-  const Umask umaskOfFile(MaskFor(file));
+  const PathFacts old = LookThrough(file);
+  const Umask umaskOfFile(MaskFor(old));
   StoreAndReadBack(file, chosen);
+  WarnOfNewOwner(file, old);
 }
