@@ -304,6 +304,16 @@ TEST_F(Store, AFullDiskIsNamedBeforeTheFileIsLost) {
   ::umount2(disk.c_str(), MNT_DETACH);
 }
 
+TEST_F(Store, ARelativeDirectoryIsRefused) {
+  const Result result =
+      RunShell("cd / && RNG_TEST_TREE=gone/place " + Rngctl() + " default set unixdev");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(
+      "rngctl: The default could not be stored in gone/place/etc/rng.ini: its directory is not an "
+      "absolute path. Correct that, and try again. Nothing was changed.\n",
+      result.errors);
+}
+
 TEST_F(Store, AnUnknownDirectoryIsNamed) {
   InstallKnownPath("no_function");
   EXPECT_EQ(

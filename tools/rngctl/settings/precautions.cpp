@@ -19,9 +19,10 @@ namespace {
 
 constexpr std::size_t kLongestLine = 511;  // that the library copies
 
+// Empty for a relative path of which nothing exists.
 std::string NearestPlace(const std::string& file) {
   std::string place = DirectoryOf(file);
-  while (place != "/" && !LookThrough(place).Exists()) place = DirectoryOf(place);
+  while (!LookThrough(place).Exists() && place != DirectoryOf(place)) place = DirectoryOf(place);
   return place;
 }
 
@@ -99,7 +100,8 @@ void RefuseAfterStoring(const std::string& file, const std::string& found,
   const std::string advice = noSpace.empty() ? "Look whether the file could be replaced, and "
                                                "whether another section or key in it comes "
                                                "first."
-                                             : noSpace + ". Make room on it, and try again.";
+                                             : "The reason is probably that " + noSpace +
+                                                   ". Make room on it, and try again.";
   throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + reason +
                                      ": it reads back as " + Quoted(found) + ". " + advice);
 }
