@@ -86,6 +86,17 @@ TEST_F(UnreadableSettings, ADanglingLinkIsNotAnAbsentFile) {
   EXPECT_FALSE(fs::exists(TreePath("gone")));
 }
 
+TEST_F(UnreadableSettings, AServiceThatThrowsIsNamed) {
+  InstallKnownPath("throwing");
+  for (const std::string command : {"default", "read -n 2", "default set unixdev"}) {
+    const Result result = Run(command);
+    EXPECT_EQ(1, result.status) << command;
+    EXPECT_THAT(result.errors,
+                StartsWith("rngctl: The known-path service failed: no directories today.\n"))
+        << command;
+  }
+}
+
 TEST_F(UnreadableSettings, TheModeOfTheFileAndItsOwnerAreNamed) {
   WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
   fs::permissions(Ini(), fs::perms(0));

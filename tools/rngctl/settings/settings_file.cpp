@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <unistd.h>
 #include <vector>
@@ -14,6 +15,11 @@
 namespace {
 
 constexpr std::size_t kMostMebibytes = 16;
+
+[[noreturn]] void ServiceFailed(const std::string& how) {
+  throw Refusal(kNegativeAnswer, "The known-path service failed" + how + ".",
+                "Run \"rngctl doctor\" to find out which file it is.");
+}
 
 std::string Octal(mode_t mode) {
   char text[8];
@@ -62,8 +68,16 @@ int ReadToEnd(const std::string& file) {
 }  // namespace
 
 std::string FindSettingsFile() {
-  const std::optional<std::string> directory = FindSettingsDirectory();
-  return directory ? *directory + "/rng.ini" : "";
+  try {
+    const std::optional<std::string> directory = FindSettingsDirectory();
+    return directory ? *directory + "/rng.ini" : "";
+  } catch (const std::exception& error) {
+    ServiceFailed(std::string(": ") + error.what());
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the service called pthread_exit
+  } catch (...) {
+    ServiceFailed(" without an error message");
+  }
 }
 
 bool MayExist(const std::string& file) {

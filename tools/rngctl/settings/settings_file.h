@@ -6,6 +6,7 @@
 #include <string>
 
 /// The file in which the library stores the default, "" if the known-path service returns no directory.
+/// Throws a `Refusal` if the service throws.
 std::string FindSettingsFile();
 
 /// True also when this user may not look whether it exists, and for a dangling link.
