@@ -101,8 +101,9 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"self_test_fails", "self-test", "returns false"},
         Breach{"wants_a_device", "any-device", "false for null"},
         Breach{"takes_every_device", "unknown-device", "no device has"},
-        Breach{"refuses_own_device", "own-device",
-               "false for \"X1\", which GetHardwareId reports"}),
+        Breach{"refuses_own_device", "own-device", "false for \"X1\", which GetHardwareId reports"},
+        Breach{"renames_own_device", "own-device",
+               "false for \"r1\", which GetHardwareId reports"}),
     NameOf);
 
 INSTANTIATE_TEST_SUITE_P(

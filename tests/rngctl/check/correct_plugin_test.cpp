@@ -2,6 +2,7 @@
 #include "tests/support/tree.h"
 
 #include <algorithm>
+#include <fstream>
 #include <gmock/gmock.h>
 
 using testing::EndsWith;
@@ -46,6 +47,21 @@ TEST(Check, AReportOfDevicesIsAllowed) {
   const json report = Report(FakePlugin("dsdr", "reports_devices"));
   EXPECT_EQ("", Failed(report));
   EXPECT_EQ("own-device failed-draw-is-zero", Names(report, "not-examined"));
+}
+
+// The device that the report names and that the plug-in accepts is selected first.
+TEST(Check, SaysThatTheReportedDeviceWasSelectedInVain) {
+  const json report = Report(FakePlugin("dsdr", "reports_devices"));
+  EXPECT_EQ("GetHardwareId reports no device, even after \"R1\" is selected",
+            Reason(report, "own-device"));
+}
+
+// The C library never ends its own thread for the timer.
+TEST(Check, ATimerThatNotifiesAThreadIsNoFault) {
+  if (!std::ifstream("/proc/self/syscall")) {
+    GTEST_SKIP() << "this system does not show what threads wait for";
+  }
+  EXPECT_EQ("", Failed(Report(Breaking("has_a_timer"))));
 }
 
 TEST(Check, ADescriptionMayChange) {

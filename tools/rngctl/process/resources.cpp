@@ -1,24 +1,54 @@
 #include "tools/rngctl/process/resources.h"
 
+#include "tools/rngctl/process/descriptor.h"
+
 #include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstring>
 #include <exception>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <malloc.h>
 #include <new>
+#include <optional>
+#include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// The value at an address that may no longer be mapped.
+std::optional<std::uint64_t> ReadMemory(std::uint64_t address) {
+  const Descriptor memory(::open("/proc/self/mem", O_RDONLY | O_CLOEXEC));
+  std::uint64_t value = 0;
+  const auto place = static_cast<off_t>(address);
+  if (::pread(memory.Get(), &value, sizeof value, place) != sizeof value) return std::nullopt;
+  return value;
+}
+
+// The thread that the C library starts for timers with SIGEV_THREAD waits for its internal signal alone,
+// which no other code can do: sigaddset refuses that signal.
+bool IsTimerThread(const std::string& thread) {
+  constexpr std::uint64_t kOnlyInternalSignal = std::uint64_t{1} << 31;  // signal 32
+  std::ifstream state("/proc/self/task/" + thread + "/syscall");
+  int call = 0;
+  std::uint64_t signals = 0;
+  const bool isWaiting = state >> call >> std::hex >> signals && call == SYS_rt_sigtimedwait;
+  return isWaiting && ReadMemory(signals) == kOnlyInternalSignal;
+}
+
+}  // namespace
+
 std::set<std::string> ThreadsOfThisProcess() {
   std::set<std::string> threads;
   for (const auto& entry : fs::directory_iterator("/proc/self/task")) {
-    threads.insert(entry.path().filename());
+    const std::string thread = entry.path().filename();
+    if (!IsTimerThread(thread)) threads.insert(thread);
   }
   return threads;
 }

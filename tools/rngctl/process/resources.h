@@ -8,6 +8,8 @@
 
 /// The resources that this process holds, as the system reports them.
 
+/// Leaves out the thread that the C library starts for timers with SIGEV_THREAD and never ends, unless
+/// the system does not show what threads wait for.
 std::set<std::string> ThreadsOfThisProcess();
 
 /// Whether only these threads are left. Waits for a while, because a thread that was joined remains

@@ -5,7 +5,7 @@
 
 #include <string>
 
-using TextOperation = std::int32_t (IRngProvider::*)(char* buffer);
+using TextOperation = std::int32_t (WatchedPlugin::*)(char* buffer);
 
 /// The text that an operation reports, "" for none. For checks of something else: other checks examine
 /// whether the operation stays within its buffer.

@@ -1,5 +1,7 @@
 #include "tools/rngctl/check/plugin/guarded_text.h"
 #include "tools/rngctl/check/rules/rules.h"
+#include "tools/rngctl/devices/device_report.h"
+#include "tools/rngctl/loader/elf_facts.h"
 #include "tools/rngctl/terminal/text.h"
 
 namespace {
@@ -39,10 +41,26 @@ Finding CheckUnknownDevice(WatchedPlugin& plugin) {
   return Failed("SelectDevice returns true for an identifier that no device has.");
 }
 
+// Selects the first device of its report that it accepts: it may use one only from then on.
+std::string SelectReported(WatchedPlugin& plugin) {
+  if (!Exports(plugin.File().path, kReportFunction)) return "";
+  const std::string report = ReadGuarded(plugin, &WatchedPlugin::GetReport);
+  for (const Device& device : ParseDeviceReport(report).devices) {
+    if (plugin.SelectDevice(device.identifier.c_str())) return device.identifier;
+  }
+  return "";
+}
+
 Finding CheckOwnDevice(WatchedPlugin& plugin) {
   plugin.StartAvailable();
-  const std::string id = ReadGuarded(plugin, &IRngProvider::GetHardwareId);
-  if (id.empty()) return NotExamined("GetHardwareId reports no device");
+  std::string id = ReadGuarded(plugin, &IRngProvider::GetHardwareId);
+  const std::string selected = id.empty() ? SelectReported(plugin) : "";
+  if (!selected.empty()) id = ReadGuarded(plugin, &IRngProvider::GetHardwareId);
+  if (id.empty()) {
+    return NotExamined(
+        "GetHardwareId reports no device" +
+        (selected.empty() ? "" : ", even after " + Quoted(selected) + " is selected"));
+  }
   if (id.size() >= kRngNameSize) return NotExamined("the identifier of the device is too long");
   if (plugin.SelectDevice(id.c_str())) return Passed();
   return Failed("SelectDevice returns false for " + Quoted(id) + ", which GetHardwareId reports.");
