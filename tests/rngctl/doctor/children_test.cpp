@@ -145,3 +145,16 @@ TEST_F(Doctor, SaysWhatToDoWithTooFewDescriptors) {
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.errors, testing::HasSubstr("Fix: allow more with ulimit -n"));
 }
+
+// Without /proc the loader does not find the library by its run path, which begins with $ORIGIN.
+TEST_F(Doctor, SaysThatItNeedsProc) {
+  const std::string emptyProc =
+      "unshare --map-root-user --mount sh -c 'mount -t tmpfs none /proc && ";
+  if (RunShell(emptyProc + "true'").status != 0) {
+    GTEST_SKIP() << "this machine allows no mount namespace with an empty /proc";
+  }
+  const Result result =
+      RunShell(emptyProc + "LD_LIBRARY_PATH=" + TreePath("lib") + " exec " + Rngctl() + " doctor'");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: rngctl needs /proc to start a process. Fix: mount /proc.\n", result.errors);
+}

@@ -23,6 +23,10 @@ void PrintTo(const Default& instance, std::ostream* out) { *out << instance.name
 
 class DoctorDefault : public Doctor, public testing::WithParamInterface<Default> {};
 
+std::string Quoted(const std::string& text) {
+  return text.starts_with('"') ? text : '"' + text + '"';
+}
+
 void Configure(const std::string& type, const std::string& device) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=" + type +
                                          "\nRandomNumberGeneratorHardwareID=" + device + "\n");
@@ -43,8 +47,8 @@ TEST_P(DoctorDefault, TellsWhyItCannotBeUsed) {
   EXPECT_EQ(1, result.status);
   const std::string problem = expected.problem;
   EXPECT_THAT(result.errors,
-              HasSubstr("The default \"" + std::string(expected.type) +
-                        "\" cannot be used: " + problem + (problem.ends_with('?') ? "" : ".")));
+              HasSubstr("The default " + Quoted(expected.type) + " cannot be used: " + problem +
+                        (problem.ends_with('?') ? "" : ".")));
   EXPECT_THAT(result.errors, Not(HasSubstr("?.")));
   EXPECT_THAT(result.output, HasSubstr(std::string(", unusable: ") + expected.problem));
   EXPECT_EQ(0, Run("doctor dsdr").status);  // which is about that kind alone
@@ -62,6 +66,11 @@ INSTANTIATE_TEST_SUITE_P(
                 "\"rngctl default set KIND\""},
         Default{"Quotes", "'dsdr'", "",
                 "the kind \"'dsdr'\" has quotes, which are part of the value", "Correct the line"},
+        Default{"DoubleQuotes", "\"dsdr\"", "",
+                "the kind \"dsdr\" has quotes, which are part of the value", "Correct the line"},
+        Default{"TheNameOfAFile", "biox11", "",
+                "there is no kind \"biox11\"; did you mean \"unixx11\"?",
+                "\"rngctl default set unixx11\""},
         Default{"AComment", "dsdr ; ours", "",
                 "the kind \"dsdr ; ours\" has a comment, which is part of the value",
                 "Correct the line"},

@@ -69,12 +69,12 @@ TEST_F(Doctor, NamesWhatIsInAPluginsPlaceAndIsNoFile) {
     const json row = ExamineKind("dsdr");
     EXPECT_EQ(verdict, row.at("verdict")) << summary;
     EXPECT_EQ("cannot be opened: " + summary, row.at("summary"));
-    EXPECT_EQ("Remove " + file + " and install the vendor's plug-in in its place.", row.at("fix"));
+    EXPECT_EQ("Remove " + file + " and install the plug-in in its place.", row.at("fix"));
     fs::remove(file);
   };
   const std::string waits = ", and every program that starts the library hangs on it";
   ASSERT_EQ(0, ::mkfifo(file.c_str(), 0600));
-  examine("no-answer", "it is a FIFO" + waits);
+  examine("no-answer", "it is a named pipe (FIFO)" + waits);
   fs::create_symlink("/dev/tty", file);
   examine("no-answer", "it is a terminal" + waits);
   ASSERT_EQ(0, ::mknod(file.c_str(), S_IFSOCK | 0600, 0));
@@ -84,6 +84,16 @@ TEST_F(Doctor, NamesWhatIsInAPluginsPlaceAndIsNoFile) {
   fs::create_directory(file);
   examine("cannot-be-opened",
           "it is a directory: " + file + ": cannot read file data: Is a directory");
+}
+
+TEST_F(Doctor, NamesALinkThatLeadsBackToItself) {
+  const std::string file = TreePath("lib/librngdsdr.so");
+  fs::create_symlink("librngdsdr.so", file);
+  const json row = ExamineKind("dsdr");
+  EXPECT_THAT(Text(row.at("summary")),
+              HasSubstr("it is a symbolic link that leads back to itself"));
+  EXPECT_EQ("Remove the link " + file + " to librngdsdr.so, and install the plug-in in its place.",
+            row.at("fix"));
 }
 
 TEST_F(Doctor, NamesTheDirectoryThatThisUserMayNotSearch) {

@@ -29,6 +29,38 @@ TEST_F(Doctor, TellsTheSystemsDirectoriesFromThoseOfTheEnvironment) {
   }
 }
 
+TEST_F(Doctor, WarnsOfAnotherLibraryThatProgramsMayLoad) {
+  const std::string own = Examine("dsdr").at("library").at("file");
+  const std::string name = fs::path(own).filename();
+  const auto warning = [](const std::string& other, const std::string& used) {
+    return "There is also " + other +
+           ". Which of the two a program loads depends on its run path and on LD_LIBRARY_PATH; "
+           "rngctl uses " +
+           used + ". Remove the one that you do not need.";
+  };
+  fs::create_directory(TreePath("other"));
+  const std::string other = TreePath("other/") + name;
+  fs::copy_file(own, other);
+  const std::string environment = "LD_LIBRARY_PATH=" + TreePath("other");
+  const json warned = Examine("dsdr", environment);
+  const std::string used = warned.at("library").at("file");
+  EXPECT_EQ(warning(used == own ? other : own, used), warned.at("library").at("warning"));
+  EXPECT_EQ(0, MatchSchema("doctor.schema.json", warned.dump()).status);
+
+  fs::copy_file(own, TreePath("bin/") + name);
+  EXPECT_THAT(Run("doctor").output,
+              HasSubstr("\nLibrary, warning: " + warning(TreePath("bin/") + name, own) + "\n"));
+}
+
+TEST_F(Doctor, ALinkToTheLibraryIsNoOtherLibrary) {
+  const std::string own = Examine("dsdr").at("library").at("file");
+  fs::create_directory(TreePath("other"));
+  fs::create_symlink(own, TreePath("other/") + fs::path(own).filename().string());
+  WriteFile(TreePath("other/librngaggregator.so.0"), "");
+  const json library = Examine("dsdr", "LD_LIBRARY_PATH=" + TreePath("other")).at("library");
+  EXPECT_EQ(json(), library.at("warning"));
+}
+
 // An empty entry is the present folder, and the loader then names the library without a folder.
 TEST_F(Doctor, FindsALibraryInThePresentFolder) {
   InstallPlugin("dsdr", "stub");

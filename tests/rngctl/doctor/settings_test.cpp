@@ -102,7 +102,8 @@ TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
   const json settings = Examine("dsdr", "", 1).at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
-  EXPECT_EQ("it is a FIFO, so programs that ask for the default hang", settings.at("problem"));
+  EXPECT_EQ("it is a named pipe (FIFO), so programs that ask for the default hang",
+            settings.at("problem"));
 }
 
 TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {

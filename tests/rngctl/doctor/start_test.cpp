@@ -180,6 +180,32 @@ TEST_F(Doctor, APluginThatOnlyStaysInTheProcessIsNotKept) {
   EXPECT_EQ(false, row.at("kept"));
 }
 
+// GetRng does not ask for the flags.
+TEST_F(Doctor, APluginThatFailsInItsFlagsIsFoundByItsName) {
+  InstallUnixDev();
+  for (const auto& [way, failure] :
+       {std::pair("Crash", "crashed with signal 6 (Aborted)"),
+        std::pair("Throw", "threw an exception"), std::pair("Exit", "exited with status 0"),
+        std::pair("Hang", "did not answer within 1 s")}) {
+    InstallPlugin("dsdr", std::string("disturbing/Flags_") + way);
+    const Result named = Run("doctor --json --timeout 1 dsdr");
+    EXPECT_EQ(0, named.status) << way << named.errors;
+    const json row = RowOf(json::parse(named.output), "dsdr");
+    EXPECT_EQ("loaded", row.at("verdict")) << way;
+    EXPECT_EQ("loaded as \"dsdr\"", row.at("summary"));
+    EXPECT_THAT(row.at("warnings").dump(),
+                HasSubstr("When asked for its capability flags, it " + std::string(failure)));
+    const Result all = Run("doctor --json --timeout 1");
+    EXPECT_EQ(1, all.status) << way;
+    const json report = json::parse(all.output);
+    EXPECT_EQ("loaded", RowOf(report, "dsdr").at("verdict")) << way;
+    EXPECT_EQ("loaded", RowOf(report, "unixdev").at("verdict")) << way;
+    EXPECT_EQ("dsdr", report.at("start").at("culprit")) << way;
+    EXPECT_THAT(Text(report.at("start").at("problem")), HasSubstr("while listing the generators"));
+    fs::remove(TreePath("lib/librngdsdr.so"));
+  }
+}
+
 // FIFOs and devices are not opened: a FIFO would hang, and opening a device may have an effect.
 TEST_F(Doctor, AStartThatWouldWaitForAPipeIsNotTried) {
   InstallUnixDev();

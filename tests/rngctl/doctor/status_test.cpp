@@ -66,9 +66,17 @@ TEST_F(Doctor, AnUnknownKindIsWrongUsage) {
   EXPECT_EQ(2, result.status);
   EXPECT_THAT(result.output, IsEmpty());
   EXPECT_EQ(
-      "rngctl: There is no kind \"Dsdr\"; the kinds are bioqt, unixx11, dsdr, accord, sobol, "
+      "rngctl: There is no kind \"Dsdr\"; did you mean \"dsdr\"? The kinds are bioqt, unixx11, "
+      "dsdr, accord, sobol, "
       "JacartaGost, Rutoken, EsmartGost, biokbd, unixdev, grandmaster, biocore.\n",
       result.errors);
+}
+
+TEST_F(Doctor, GuessesWhichKindIsMeant) {
+  EXPECT_THAT(Run("doctor grandmastr").errors,
+              HasSubstr("; did you mean \"grandmaster\"? The kinds"));
+  EXPECT_THAT(Run("doctor biox11").errors, HasSubstr("; did you mean \"unixx11\"? The kinds"));
+  EXPECT_THAT(Run("doctor thermal").errors, HasSubstr("no kind \"thermal\"; the kinds are"));
 }
 
 TEST_F(Doctor, HelpTellsTheExitStatusAndKeepsTheChildToItself) {

@@ -94,6 +94,16 @@ INSTANTIATE_TEST_SUITE_P(
              "did not answer within 1 s when asked whether it is available", "--timeout"}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
+// It comes with the library, so there is no vendor to ask.
+TEST_F(Doctor, SaysWhereToGetThePluginOfTheProject) {
+  EXPECT_EQ(
+      "To use this generator, install the package rng-plugin-unixdev, or reinstall the library: "
+      "its "
+      "plug-in librngunixdev.so belongs in " +
+          TreePath("lib") + ".",
+      ExamineKind("unixdev").at("fix"));
+}
+
 TEST_F(Doctor, SeesThatNothingIsInstalled) {
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("not-installed", row.at("verdict"));

@@ -27,6 +27,12 @@ std::vector<Situation> DisturbedSituations() {
        {"LowerMemoryLimit", "EndThread", "UnloadItself", "WriteToLowDescriptors"}) {
     situations.push_back(TwoOf(name, ""));
   }
+  // This host does not ask for flags, and the whole report is about hosts that do.
+  for (const char* name : {"Flags_Crash", "Flags_Exit", "Flags_Hang"}) {
+    Situation situation = TwoOf(name, "dsdr unixdev");
+    situation.difference = "the doctor lists by capability, which this host does not";
+    situations.push_back(situation);
+  }
   situations.push_back({"LosesThePlaceOfARelativePath",
                         [] {
                           fs::create_directory(TreePath("other"));

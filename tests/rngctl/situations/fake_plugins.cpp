@@ -39,12 +39,17 @@ const std::set<std::string> kNotHere = {
 
 // Why the doctor and this host differ.
 std::string DifferenceOf(const std::string& variant) {
+  constexpr char kListsByFlags[] = "the doctor lists by capability, which this host does not";
   const std::map<std::string, std::string> differences = {
       {"breaking/calls_at_exit",
        "no host is safe from a plug-in that starts the library at the end"},
       {"breaking/name_changes", "whether a kind is found depends on how often it was looked for"},
       {"disturbing/CloseDescriptors",
        "it also closes the channel on which the doctor's child answers"},
+      {"disturbing/Flags_Crash", kListsByFlags},
+      {"disturbing/Flags_Exit", kListsByFlags},
+      {"disturbing/Flags_Hang", kListsByFlags},
+      {"disturbing/Flags_Throw", kListsByFlags},
       {"nameless",
        "a lookup that throws ends this host; the doctor goes on and blames the plug-in"}};
   const auto known = differences.find(variant);

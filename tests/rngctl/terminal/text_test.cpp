@@ -7,6 +7,14 @@ TEST(TerminalText, ControlCharactersAreReplaced) {
   EXPECT_EQ("?\xC2\xA0", Printable("\xC2\x9B\xC2\xA0"));  // of U+009B and U+00A0
 }
 
+TEST(TerminalText, QuotesAreNotDoubled) {
+  EXPECT_EQ("\"a\"", Quoted("a"));
+  EXPECT_EQ("\"a\"", Quoted("\"a\""));
+  EXPECT_EQ("\"\"", Quoted(""));
+  EXPECT_EQ("\"\"\"", Quoted("\""));
+  EXPECT_EQ("\"\"a\"", Quoted("\"a"));
+}
+
 TEST(TerminalText, BytesThatAreNotUtf8AreReplaced) {
   const std::string replaced = "\xEF\xBF\xBD";
   EXPECT_EQ("a" + replaced + "31m" + replaced, Printable("a\x9B"

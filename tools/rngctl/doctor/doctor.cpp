@@ -5,6 +5,7 @@
 #include "tools/rngctl/doctor/causes/reported.h"
 #include "tools/rngctl/doctor/causes/special_files.h"
 #include "tools/rngctl/doctor/causes/strays.h"
+#include "tools/rngctl/doctor/other_library.h"
 #include "tools/rngctl/doctor/permissions/permissions.h"
 #include "tools/rngctl/doctor/settings/default_fault.h"
 #include "tools/rngctl/doctor/settings/find_settings.h"
@@ -16,6 +17,7 @@
 #include "tools/rngctl/doctor/verdict.h"
 #include "tools/rngctl/process/descendants.h"
 #include "tools/rngctl/refusal.h"
+#include "tools/rngctl/settings/kinds.h"
 #include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/text.h"
 
@@ -36,8 +38,10 @@ Rows ChooseRows(const std::string& kind) {
     kinds += (kinds.empty() ? "" : ", ") + row.name;
   }
   if (rows.empty()) {
+    const std::string meant = FindMeantKind(kind);
+    const std::string guess = meant.empty() ? "; the" : "; did you mean " + Quoted(meant) + "? The";
     throw Refusal(kWrongUsage,
-                  "There is no kind " + Quoted(kind) + "; the kinds are " + kinds + ".");
+                  "There is no kind " + Quoted(kind) + guess + " kinds are " + kinds + ".");
   }
   return rows;
 }
@@ -103,7 +107,7 @@ void FindGenerators(DoctorReport& report, const std::string& kind, Limit limit) 
     report.generators.push_back(found);
   }
   report.start =
-      isBlocked ? ForeseeBlockedStart(special) : JudgeStart(start, report.generators, limit);
+      isBlocked ? ReportBlockedStart(special) : JudgeStart(start, report.generators, limit);
   if (!order.asksForDefault) report.start.findsDefault.reset();
   report.defaultFault = FindDefaultFault(report);
 }
@@ -119,7 +123,7 @@ bool IsNotUnderstood(const GeneratorReport& row) {
 bool HasProblem(const GeneratorReport& row) {
   const std::set<DoctorVerdict> inOrder = {DoctorVerdict::kLoaded, DoctorVerdict::kNotInstalled,
                                            DoctorVerdict::kNoDisplay};
-  return !inOrder.contains(row.verdict);
+  return row.failsInFlags || !inOrder.contains(row.verdict);
 }
 
 // A host gets a generator that is loaded unless the library cannot even be started. An answer that was
@@ -211,6 +215,7 @@ void RunDoctor(const DoctorRequest& request) {
   DoctorReport report;
   report.search = FindSearch(limit, report.failures);
   report.runPath = RunPathOf(report.search.library);
+  report.libraryWarning = WarnOfOtherLibrary(report.search);
   report.strays = ListStrays(report.search);
   report.settings = FindSettings(limit, report.search, report.failures);
   report.display = FindDisplay(limit, report.search, report.failures);

@@ -135,6 +135,7 @@ void Add(std::vector<Advice>& advice, const std::string& subject, const std::str
 void PrintAdvice(const DoctorReport& report) {
   std::vector<Advice> advice;
   if (report.display.endsProcesses) Add(advice, "X display", report.display.fix);
+  Add(advice, "Library, warning", report.libraryWarning);
   Add(advice, "Settings file", report.settings.fix);
   Add(advice, "Default", report.settings.ignored.fix);
   Add(advice, "Default", report.defaultFault.fix);

@@ -44,6 +44,7 @@ struct GeneratorReport {
   std::string fix = {};      ///< what to do about it, in a sentence
   std::vector<std::string> warnings = {};
   bool isFlagless = false;                 ///< it reports no capability bits
+  bool failsInFlags = false;               ///< asking for them does not return; GetRng does not ask
   bool prints = false;                     ///< on standard output
   std::vector<std::string> changes = {};   ///< what it leaves different in the process
   double seconds = 0;                      ///< that its examination took, from opening to closing
@@ -120,6 +121,7 @@ struct PermissionReport {
 struct DoctorReport {
   SearchOrder search;
   std::string runPath;
+  std::string libraryWarning;  ///< other programs may load another library
   SettingsReport settings;
   DisplayReport display;
   std::vector<GeneratorReport> generators;

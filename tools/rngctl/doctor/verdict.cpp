@@ -85,9 +85,32 @@ void AddWarnings(GeneratorReport& report, const PluginAnswer& answer, const Chil
   }
 }
 
+// How asking for the flags ended, if it did not return; "" otherwise.
+std::string DescribeFailureInFlags(const PluginAnswer& answer, const ChildResult& result,
+                                   std::chrono::seconds limit) {
+  const bool hasEnded = answer.step == PluginStep::kEnd && result.HasExited(kDone);
+  if (answer.called) return "";
+  if (!hasEnded) return answer.step == PluginStep::kFlags ? DescribeEnd(result, limit) : "";
+  if (answer.threwIn != PluginStep::kFlags) return "";
+  return "threw an exception" + (answer.exception.empty() ? "" : ": " + answer.exception);
+}
+
+// Programs that look the generator up get it all the same.
+void PutFailureInFlags(GeneratorReport& report, const PluginAnswer& answer,
+                       const std::string& failure) {
+  report.failsInFlags = true;
+  report.warnings.push_back("When asked for its capability flags, it " + failure +
+                            ". Programs that list generators by capability fail the same way; "
+                            "programs that ask for it by "
+                            "name get it. Report this to the vendor.");
+  answer.name ? PutKept(report, *answer.name) : PutInternalError(report);
+}
+
 void PutAnswer(GeneratorReport& report, const PluginAnswer& answer, const ChildResult& result,
                std::chrono::seconds limit, const ProviderCatalogueEntry& row,
                const SearchOrder& search) {
+  const std::string flags = DescribeFailureInFlags(answer, result, limit);
+  if (!flags.empty()) return PutFailureInFlags(report, answer, flags);
   if (answer.called) {
     return PutDisturbance(
         report, DoctorVerdict::kCallsBack,

@@ -45,7 +45,7 @@ std::string KindOfFile(const PathFacts& facts) {
     case S_IFDIR:
       return "a directory";
     case S_IFIFO:
-      return "a FIFO";
+      return "a named pipe (FIFO)";
     case S_IFSOCK:
       return "a socket";
     case S_IFLNK:

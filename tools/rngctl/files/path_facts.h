@@ -32,7 +32,7 @@ struct PathFacts {
 PathFacts LookAtEntry(const std::string& path);
 PathFacts LookThrough(const std::string& path);
 
-/// Words for what it is: "a FIFO", "a directory".
+/// Words for what it is: "a named pipe (FIFO)", "a directory".
 std::string KindOfFile(const PathFacts& facts);
 
 /// Whether the effective user may do that (R_OK, W_OK, X_OK); if not, errno says why.

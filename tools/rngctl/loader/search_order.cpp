@@ -5,6 +5,7 @@
 #include "tools/rngctl/refusal.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <filesystem>
@@ -152,6 +153,19 @@ std::string AsLibraryPath(const SearchOrder& order) {
   for (const std::string& directory : order.directories)
     text += (text.empty() ? "" : ":") + directory;
   return text;
+}
+
+std::vector<std::string> ListLibraryPath() {
+  const char* const variable = std::getenv("LD_LIBRARY_PATH");
+  std::string rest = variable ? variable : "";
+  std::vector<std::string> directories;
+  while (!rest.empty()) {
+    const std::size_t end = rest.find_first_of(":;");
+    const std::string directory = rest.substr(0, end);
+    directories.push_back(directory.empty() ? "." : directory);
+    rest = end == std::string::npos ? "" : rest.substr(end + 1);
+  }
+  return directories;
 }
 
 std::string RunPathOf(const std::string& library) {

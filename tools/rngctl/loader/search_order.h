@@ -37,6 +37,9 @@ std::string WithoutDotDot(const std::string& path);
 /// The run path in the file of a library that is in the process, "" without one.
 std::string RunPathOf(const std::string& library);
 
+/// The directories in LD_LIBRARY_PATH as the user wrote them, links and all.
+std::vector<std::string> ListLibraryPath();
+
 /// The directories before the system's, as a value of LD_LIBRARY_PATH.
 std::string AsLibraryPath(const SearchOrder& order);
 

@@ -4,21 +4,35 @@
 #include "tools/rngctl/terminal/likeness.h"
 
 #include <algorithm>
+#include <map>
 #include <vector>
 
 namespace {
 
-std::vector<std::string> AllKinds() {
-  std::vector<std::string> kinds;
-  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) kinds.push_back(row.name);
-  return kinds;
+// "biox11" of "librngbiox11.so"
+std::string NameInFile(const std::string& libraryFile) {
+  constexpr std::size_t kPrefix = sizeof "librng" - 1;
+  constexpr std::size_t kSuffix = sizeof ".so" - 1;
+  return libraryFile.substr(kPrefix, libraryFile.size() - kPrefix - kSuffix);
 }
 
 }  // namespace
 
 bool IsKind(const std::string& name) {
-  const std::vector<std::string> kinds = AllKinds();
-  return std::find(kinds.begin(), kinds.end(), name) != kinds.end();
+  const ProviderCatalogue rows = BuildProviderCatalogue();
+  return std::any_of(rows.begin(), rows.end(),
+                     [&name](const ProviderCatalogueEntry& row) { return row.name == name; });
 }
 
-std::string FindMeantKind(const std::string& name) { return FindLikeness(name, AllKinds()); }
+std::string FindMeantKind(const std::string& name) {
+  std::vector<std::string> known;
+  std::map<std::string, std::string> kinds;
+  for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
+    for (const std::string& each : {row.name, NameInFile(row.libraryFile)}) {
+      known.push_back(each);
+      kinds.emplace(each, row.name);
+    }
+  }
+  const std::string alike = FindLikeness(name, known);
+  return alike.empty() ? "" : kinds.at(alike);
+}

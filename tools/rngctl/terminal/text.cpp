@@ -122,7 +122,10 @@ bool IsPlain(const std::string& text) {
   return true;
 }
 
-std::string Quoted(const std::string& text) { return '"' + text + '"'; }
+std::string Quoted(const std::string& text) {
+  const bool isQuoted = text.size() > 1 && text.starts_with('"') && text.ends_with('"');
+  return isQuoted ? text : '"' + text + '"';
+}
 
 std::string Counted(std::size_t count, const std::string& thing) {
   return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");

@@ -18,6 +18,7 @@ std::string EscapedJson(const std::string& json);
 /// Whether the text is UTF-8 without control characters.
 bool IsPlain(const std::string& text);
 
+/// In quotes. A text that has its own is not quoted again.
 std::string Quoted(const std::string& text);
 
 /// "1 check", "2 checks".

@@ -7,6 +7,8 @@
 
 #include <filesystem>
 
+#include <rngaggregator/aggregator.h>
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -60,7 +62,7 @@ void PutPassedOver(GeneratorReport& report, const LoaderError& error) {
   Put(report, DoctorVerdict::kCannotBeOpened,
       kSummary + (isForeign ? "it is built for another machine" : fault.reason) + ": " +
           error.words,
-      isForeign ? "Replace " + report.file + " with the vendor's build for this machine (x86-64)."
+      isForeign ? "Replace " + report.file + " with a build for this machine (x86-64)."
                 : fault.fix);
 }
 
@@ -88,6 +90,14 @@ std::string FirstUnsearchable(const SearchOrder& search) {
   return "";
 }
 
+std::string FixNotInstalled(const GeneratorReport& report, const SearchOrder& search) {
+  const std::string place = search.directories.empty() ? "the search order" : search.directories[0];
+  const std::string aim = "To use this generator, ";
+  if (report.kind != rngUnixDev) return aim + "install the vendor's plug-in in " + place + ".";
+  return aim + "install the package rng-plugin-unixdev, or reinstall the library: its plug-in " +
+         report.libraryFile + " belongs in " + place + ".";
+}
+
 }  // namespace
 
 void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
@@ -105,9 +115,8 @@ void PutNotInstalled(GeneratorReport& report, const SearchOrder& search) {
                "not found: this user may not search the directory " + closed,
                "Make it searchable: chmod a+x " + closed);
   }
-  const std::string place = search.directories.empty() ? "the search order" : search.directories[0];
   Put(report, DoctorVerdict::kNotInstalled, "not installed: there is no " + report.libraryFile,
-      "To use this generator, install the vendor's plug-in in " + place + ".");
+      FixNotInstalled(report, search));
 }
 
 void PutSpecialFile(GeneratorReport& report, const FileFault& fault) {

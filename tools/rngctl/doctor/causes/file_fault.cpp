@@ -22,7 +22,7 @@ bool IsTerminal(const struct stat& file) {
 }
 
 std::string NameOfType(const struct stat& file) {
-  if (S_ISFIFO(file.st_mode)) return "it is a FIFO";
+  if (S_ISFIFO(file.st_mode)) return "it is a named pipe (FIFO)";
   if (S_ISSOCK(file.st_mode)) return "it is a socket";
   if (S_ISDIR(file.st_mode)) return "it is a directory";
   if (IsTerminal(file)) return "it is a terminal";
@@ -32,7 +32,7 @@ std::string NameOfType(const struct stat& file) {
 FileFault FaultOfType(const std::string& file, const struct stat& status) {
   const std::string reason = NameOfType(status);
   if (reason.empty()) return {};
-  return {reason, "Remove " + file + " and install the vendor's plug-in in its place.",
+  return {reason, "Remove " + file + " and install the plug-in in its place.",
           !S_ISDIR(status.st_mode), S_ISFIFO(status.st_mode) || IsTerminal(status)};
 }
 
@@ -45,9 +45,13 @@ FileFault FaultOfPath(const std::string& file, int error) {
   std::error_code unknown;
   if (!fs::is_symlink(file, unknown)) return {};
   const std::string target = fs::read_symlink(file, unknown);
-  return {
-      error == ELOOP ? "it is a symbolic link loop" : "it is a dangling symbolic link",
-      "Reinstall the plug-in: " + file + " is a link to " + target + ", where there is no file."};
+  if (error == ELOOP) {
+    return {
+        "it is a symbolic link that leads back to itself",
+        "Remove the link " + file + " to " + target + ", and install the plug-in in its place."};
+  }
+  return {"it is a dangling symbolic link", "Reinstall the plug-in: " + file + " is a link to " +
+                                                target + ", where there is no file."};
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 /// Why a file with a plug-in's name cannot be a plug-in.
 struct FileFault {
-  std::string reason = {};  ///< "it is a FIFO"; "" when the file system shows no fault
+  std::string reason = {};  ///< "it is a named pipe (FIFO)"; "" when the file system shows no fault
   std::string fix = {};
   bool isSpecial = false;   ///< a FIFO, a socket or a device: opening it may have an effect
   bool neverOpens = false;  ///< whoever opens or reads it waits

@@ -18,7 +18,7 @@ SpecialFiles FindSpecialFiles(const SearchOrder& search, bool hasDisplay) {
   return found;
 }
 
-StartReport ForeseeBlockedStart(const SpecialFiles& files) {
+StartReport ReportBlockedStart(const SpecialFiles& files) {
   StartReport start;
   start.problem = "was not tried, because it would hang on " + files.file;
   start.preventsUse = true;

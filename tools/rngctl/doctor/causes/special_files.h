@@ -17,7 +17,7 @@ struct SpecialFiles {
 /// `hasDisplay` says whether the library tries the kinds that need a display.
 SpecialFiles FindSpecialFiles(const SearchOrder& search, bool hasDisplay);
 
-/// The report of a start that would wait for the file that never opens.
-StartReport ForeseeBlockedStart(const SpecialFiles& files);
+/// The report of a start that was not tried because it would wait for the file that never opens.
+StartReport ReportBlockedStart(const SpecialFiles& files);
 
 #endif

@@ -6,7 +6,6 @@
 #include "tools/rngctl/loader/configured.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <unistd.h>
 
@@ -16,20 +15,6 @@ namespace {
 
 using Sort = Subject::Sort;
 using Paths = std::vector<std::string>;
-
-// As the user wrote them: links and all.
-Paths ListLibraryPath() {
-  const char* const variable = std::getenv("LD_LIBRARY_PATH");
-  std::string rest = variable ? variable : "";
-  Paths directories;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find_first_of(":;");
-    const std::string directory = rest.substr(0, end);
-    directories.push_back(directory.empty() ? "." : directory);
-    rest = end == std::string::npos ? "" : rest.substr(end + 1);
-  }
-  return directories;
-}
 
 class Subjects {
  public:

@@ -39,7 +39,7 @@ void AddProblem(SettingsReport& report, const SettingsAnswer& answer, const Chil
     report.problem = WhatEnded(answer.step) + DescribeEnd(result, limit);
     report.endsHosts = answer.step <= SettingsStep::kDefault;
   } else if (answer.isFifo) {
-    PutEnd(report, "it is a FIFO, so programs that ask for the default hang");
+    PutEnd(report, "it is a named pipe (FIFO), so programs that ask for the default hang");
   } else if (!answer.isKnown) {
     report.problem = "the known-path service returns no directory";
   }
@@ -51,7 +51,7 @@ void AddProblem(SettingsReport& report, const SettingsAnswer& answer, const Chil
 std::string FindFix(const SettingsReport& report, const SettingsAnswer& answer,
                     const SearchOrder& search) {
   if (answer.isFifo) {
-    return "Remove the FIFO " + report.file + ": the library expects a file there.";
+    return "Remove the named pipe " + report.file + ": the library expects a file there.";
   }
   if (report.problem.empty()) return answer.readingFix;
   if (answer.step != SettingsStep::kDefault) return FixService(report, search);

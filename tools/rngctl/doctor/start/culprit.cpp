@@ -51,7 +51,7 @@ std::string FindFromAnswer(const StartAnswer& answer) {
 std::string FindFromRows(const std::vector<GeneratorReport>& rows) {
   std::string culprit;
   for (const GeneratorReport& row : rows) {
-    if (!row.isKept || !IsDisturbance(row)) continue;
+    if (!row.isKept || (!IsDisturbance(row) && !row.failsInFlags)) continue;
     if (!culprit.empty()) return "";
     culprit = row.kind;
   }
