@@ -60,6 +60,9 @@ sigjmp_buf g_place;
 [[maybe_unused]] void ExitQuickly() { std::quick_exit(3); }
 
 [[maybe_unused]] void Terminate() { std::terminate(); }
+[[maybe_unused]] void ThrowInAThread() {
+  std::thread([] { throw std::runtime_error("no device"); }).join();
+}
 
 [[maybe_unused]] void ExitInAThread() {
   std::thread([] { std::exit(5); }).join();

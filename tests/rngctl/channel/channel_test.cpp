@@ -43,6 +43,15 @@ TEST(Channel, NothingCountsAmongOtherText) {
   EXPECT_EQ(std::nullopt, FindLastMessage("some other text" + Sent({"one"})));
 }
 
+TEST(Channel, LastWordsAreNoMessage) {
+  std::string words = Sent({"words"});
+  ++words[0];  // another mark
+  const std::string sent = Sent({"one"}) + words;
+  EXPECT_EQ("one", FindLastMessage(sent));
+  EXPECT_EQ("words", FindLastWords(sent));
+  EXPECT_EQ("", FindLastWords(Sent({"one"})));
+}
+
 TEST(Channel, AFileIsNotWrittenTo) {
   const std::string file = TreePath("file");
   const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT, 0600);

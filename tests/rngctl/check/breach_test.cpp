@@ -151,7 +151,8 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"exit_handler_stays", "clean-exit", "in the exit of the process"},
         Breach{"thread_key_stays", "clean-exit", "in the exit of a thread that used it"},
         Breach{"static_thread", "exit-without-release",
-               "signal 6 (Aborted) in the exit of the process without Release"},
+               "signal 6 (Aborted; it called std::terminate) in the exit of the process without "
+               "Release"},
         Breach{"stays_mapped", "unmapped", "flag NODELETE"},
         Breach{"thread_object_stays", "unmapped", "thread_local objects with destructors"},
         Breach{"leaks_pages", "load-cycles", "address space"},

@@ -146,6 +146,21 @@ TEST_F(Doctor, SaysWhatToDoWithTooFewDescriptors) {
   EXPECT_THAT(result.errors, testing::HasSubstr("Fix: allow more with ulimit -n"));
 }
 
+TEST_F(Doctor, SaysWhichExceptionEndsAProcess) {
+  InstallPlugin("dsdr", "breaking/opening_throws");
+  const json thrown = ExamineKind("dsdr");
+  EXPECT_EQ("threw", thrown.at("verdict"));
+  EXPECT_EQ("threw an exception while being opened: no device", thrown.at("summary"));
+  fs::remove(TreePath("lib/librngdsdr.so"));
+  InstallPlugin("dsdr", "disturbing/ThrowInAThread");
+  EXPECT_THAT(Text(ExamineKind("dsdr").at("summary")),
+              StartsWith("crashed with signal 6 (Aborted; uncaught exception: no device)"));
+  fs::remove(TreePath("lib/librngdsdr.so"));
+  InstallPlugin("dsdr", "disturbing/Terminate");
+  EXPECT_THAT(Text(ExamineKind("dsdr").at("summary")),
+              StartsWith("crashed with signal 6 (Aborted; it called std::terminate)"));
+}
+
 // Without /proc the loader does not find the library by its run path, which begins with $ORIGIN.
 TEST_F(Doctor, SaysThatItNeedsProc) {
   const std::string emptyProc =

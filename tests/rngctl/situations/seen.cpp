@@ -80,6 +80,8 @@ Seen ReadLines(const std::string& lines) {
 
 // The doctor's words for a failed start, without what only it says.
 Seen WithoutDetails(const std::string& problem) {
+  // What this host says, too, if an exception is not caught.
+  if (problem.find("uncaught exception") != std::string::npos) return "threw an exception";
   std::smatch end;
   const std::regex ends(
       "did not answer|crashed with signal [0-9]+|exited with status [0-9]+|threw an exception|"

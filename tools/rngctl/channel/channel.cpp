@@ -17,6 +17,7 @@ struct Header {
   std::uint32_t size;
 };
 constexpr std::uint32_t kMark = 0x52C3D1E9;
+constexpr std::uint32_t kMarkOfLastWords = 0x52C3D1EA;
 
 constexpr std::uint32_t kLargestRequest = 1U << 24;
 
@@ -39,26 +40,45 @@ bool ReadAll(int descriptor, void* bytes, std::size_t size) {
   return ::recv(descriptor, bytes, size, MSG_WAITALL) == static_cast<ssize_t>(size);
 }
 
-}  // namespace
-
-bool WriteMessage(int descriptor, const std::string& bytes) {
-  const Header header = {kMark, static_cast<std::uint32_t>(bytes.size())};
+bool WriteFrame(int descriptor, std::uint32_t mark, const std::string& bytes) {
+  const Header header = {mark, static_cast<std::uint32_t>(bytes.size())};
   std::string frame(reinterpret_cast<const char*>(&header), sizeof header);
   frame += bytes;  // in one piece: a plug-in may have forked, and both processes send
   return WriteAll(descriptor, frame.data(), frame.size());
 }
 
-std::optional<std::string> FindLastMessage(const std::string& sent) {
+// The content of the last complete frame with that mark.
+std::optional<std::string> FindLast(const std::string& sent, std::uint32_t mark) {
   std::optional<std::string> last;
   Header header;
   for (std::size_t place = 0; sent.size() - place >= sizeof header; place += header.size) {
     std::memcpy(&header, sent.data() + place, sizeof header);
     place += sizeof header;
-    if (header.mark != kMark) return std::nullopt;
+    if (header.mark != kMark && header.mark != kMarkOfLastWords) return std::nullopt;
     if (header.size > sent.size() - place) break;
-    last = sent.substr(place, header.size);
+    if (header.mark == mark) last = sent.substr(place, header.size);
   }
   return last;
+}
+
+void SendFrame(std::uint32_t mark, const std::string& bytes) {
+  const SignalBlock block;  // a handler may call Initialize, which sends, too
+  const std::lock_guard guard(g_sending);
+  WriteFrame(g_channel, mark, bytes);  // a failure does not matter: then nobody reads
+}
+
+}  // namespace
+
+bool WriteMessage(int descriptor, const std::string& bytes) {
+  return WriteFrame(descriptor, kMark, bytes);
+}
+
+std::optional<std::string> FindLastMessage(const std::string& sent) {
+  return FindLast(sent, kMark);
+}
+
+std::string FindLastWords(const std::string& sent) {
+  return FindLast(sent, kMarkOfLastWords).value_or("");
 }
 
 std::optional<std::string> OpenChannel(int descriptor) {
@@ -74,8 +94,6 @@ std::optional<std::string> OpenChannel(int descriptor) {
   return request;
 }
 
-void SendMessage(const std::string& bytes) {
-  const SignalBlock block;  // a handler may call Initialize, which sends, too
-  const std::lock_guard guard(g_sending);
-  WriteMessage(g_channel, bytes);  // a failure does not matter: then nobody reads
-}
+void SendMessage(const std::string& bytes) { SendFrame(kMark, bytes); }
+
+void SendLastWords(const std::string& words) { SendFrame(kMarkOfLastWords, words); }

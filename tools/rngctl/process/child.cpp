@@ -1,5 +1,6 @@
 #include "tools/rngctl/process/child.h"
 
+#include "tools/rngctl/channel/last_words.h"
 #include "tools/rngctl/process/descendants.h"
 #include "tools/rngctl/process/interruption.h"
 #include "tools/rngctl/process/spawn.h"
@@ -173,6 +174,10 @@ int EndChild(pid_t child, ChildEnd end) {
   return end == ChildEnd::kSignalled ? WTERMSIG(status) : WEXITSTATUS(status);
 }
 
+std::string WhyAborted(const ChildResult& result) {
+  return result.code != SIGABRT || result.lastWords.empty() ? "" : "; " + result.lastWords;
+}
+
 }  // namespace
 
 ChildResult RunChild(const ChildOrder& order) {
@@ -193,7 +198,8 @@ ChildResult RunChild(const ChildOrder& order) {
                      listener.output,
                      listener.errors,
                      NameNewChildren(known),
-                     listener.messages.empty()};
+                     listener.messages.empty(),
+                     FindLastWords(listener.messages)};
   if (order.endsDescendants) EndNewChildren(known);
   if (InterruptionWatch::Signal() != 0)
     throw Interrupted{InterruptionWatch::Signal(), result.leftRunning};
@@ -206,7 +212,7 @@ std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit) {
       return "did not answer within " + std::to_string(limit.count()) + " s";
     case ChildEnd::kSignalled:
       return "crashed with signal " + std::to_string(result.code) + " (" +
-             ::strsignal(result.code) + ")";
+             ::strsignal(result.code) + WhyAborted(result) + ")";
     case ChildEnd::kStopped:
       return "was stopped by signal " + std::to_string(result.code) + " (" +
              ::strsignal(result.code) + ")";
@@ -221,6 +227,9 @@ std::string ReceiveRequest(int channel) {
   const rlimit none = {0, 0};
   ::setrlimit(RLIMIT_CORE, &none);
   std::setvbuf(stdout, nullptr, _IONBF, 0);
-  if (const std::optional<std::string> request = OpenChannel(channel)) return *request;
+  if (const std::optional<std::string> request = OpenChannel(channel)) {
+    WatchTermination();
+    return *request;
+  }
   throw Refusal(kWrongUsage, "This command is for rngctl itself.");
 }

@@ -40,6 +40,7 @@ struct ChildResult {
   PrintedLines errors;                   ///< on standard error, if that is collected
   std::vector<std::string> leftRunning;  ///< processes that outlive it: "sleep (process 4711)"
   bool isSilent;                         ///< it sent nothing at all
+  std::string lastWords = {};            ///< why std::terminate ended it, "" otherwise
 
   bool HasExited(int status) const { return end == ChildEnd::kExited && code == status; }
 
@@ -56,7 +57,8 @@ struct ChildResult {
 /// cannot be started, `Interrupted` when this process is to end.
 ChildResult RunChild(const ChildOrder& order);
 
-/// How a child ended that did not finish: "crashed with signal 11 (Segmentation fault)".
+/// How a child ended that did not finish: "crashed with signal 11 (Segmentation fault)", or "crashed with
+/// signal 6 (Aborted; uncaught exception: no device)".
 std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit);
 
 /// In a child, first of all: it ends with its parent, a crash leaves no core file, and what is printed

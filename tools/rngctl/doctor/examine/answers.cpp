@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <exception>
 #include <memory>
 
 ReportedName AskForName(IRngProvider& provider) {
@@ -14,17 +13,6 @@ ReportedName AskForName(IRngProvider& provider) {
   name.sizeAgain = provider.GetName(buffer.get());
   name.text.assign(buffer.get(), ::strnlen(buffer.get(), std::min(length, kMostText)));
   return name;
-}
-
-std::string MessageOfException() {
-  try {
-    throw;
-  } catch (const std::exception& error) {
-    const char* const what = error.what();
-    return what ? std::string(what, ::strnlen(what, kMostText)) : "";
-  } catch (...) {
-    return "";
-  }
 }
 
 void AddChanges(std::vector<std::string>& changes, ProcessSnapshot before) {

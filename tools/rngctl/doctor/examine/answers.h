@@ -16,9 +16,6 @@ constexpr std::size_t kMostText = 4096;
 /// Makes the two calls with which the library reads a name.
 ReportedName AskForName(IRngProvider& provider);
 
-/// The message of the exception that is being handled, "" without one. Its class must still be loaded.
-std::string MessageOfException();
-
 /// Adds what has changed in this process, in sentences without a subject. Changes that are already in the
 /// list are left out. So are child processes, because the parent sees everything that is left running.
 void AddChanges(std::vector<std::string>& changes, ProcessSnapshot before);

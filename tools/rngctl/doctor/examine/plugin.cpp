@@ -1,6 +1,7 @@
 #include "providers/dll_loader.h"
 #include "providers/library_handle.h"
 #include "tools/rngctl/channel/immortal.h"
+#include "tools/rngctl/channel/last_words.h"
 #include "tools/rngctl/doctor/examine/answers.h"
 #include "tools/rngctl/doctor/examine/dependencies.h"
 #include "tools/rngctl/doctor/examine/examine.h"
@@ -13,6 +14,7 @@
 
 #include <chrono>
 #include <cxxabi.h>
+#include <optional>
 #include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
@@ -95,6 +97,20 @@ void TreatCaught(void* library, const ProviderCatalogueEntry& row, const Process
   }
 }
 
+// A static constructor may throw, out of the loader, which is in no usable state afterwards.
+void Open(std::optional<DllLoader>& library, const std::string& path) {
+  try {
+    library.emplace(path.c_str());
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    g_answer.threwIn = g_answer.step;
+    g_answer.exception = MessageOfException();
+    Begin(PluginStep::kEnd);
+    ::_exit(0);
+  }
+}
+
 }  // namespace
 
 void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
@@ -103,18 +119,19 @@ void ExaminePlugin(const ProviderCatalogueEntry& row, const std::string& path) {
   g_began = Clock::now();
   const LoadedFiles loaded = ListLoadedFiles();
   Begin(PluginStep::kOpen);
-  DllLoader library(path.c_str());
-  if (!library.GetHandle()) {
+  std::optional<DllLoader> library;
+  Open(library, path);
+  if (!library->GetHandle()) {
     g_answer.openError = ::dlerror();
     g_answer.outcome = PluginOutcome::kNotOpened;
     return Begin(PluginStep::kEnd);
   }
-  g_answer.file = FileOf(library.GetHandle());
+  g_answer.file = FileOf(library->GetHandle());
   g_answer.dependencies = ListLoadedSince(loaded, g_answer.file);
-  TreatCaught(library.GetHandle(), row, before);
+  TreatCaught(library->GetHandle(), row, before);
   g_answer.dependencies = ListLoadedSince(loaded, g_answer.file);  // it may have opened more
   Begin(PluginStep::kClose);
-  library.Unload();
+  library->Unload();
   Begin(PluginStep::kEnd);
   g_answer.staysLoaded = IsLoaded(g_answer.file);
   AddChanges(g_answer.changes, before);

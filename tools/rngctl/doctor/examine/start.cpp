@@ -1,5 +1,6 @@
 #include "providers/catalogue.h"
 #include "tools/rngctl/channel/immortal.h"
+#include "tools/rngctl/channel/last_words.h"
 #include "tools/rngctl/doctor/examine/answers.h"
 #include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/examine/started_generators.h"

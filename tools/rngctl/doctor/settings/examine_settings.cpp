@@ -1,6 +1,6 @@
 #include "providers/library_handle.h"
 #include "settings/known_path.h"
-#include "tools/rngctl/doctor/examine/answers.h"
+#include "tools/rngctl/channel/last_words.h"
 #include "tools/rngctl/doctor/examine/examine.h"
 #include "tools/rngctl/doctor/messages.h"
 #include "tools/rngctl/files/path_facts.h"
