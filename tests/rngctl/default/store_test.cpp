@@ -4,6 +4,7 @@
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
@@ -182,11 +183,14 @@ TEST_F(Store, TheLimitOnFileSizesLeavesTheOldFile) {
 TEST_F(Store, WaitsForAnotherProcessThatStores) {
   WriteFile(Ini(), kOld);
   auto lock = std::make_unique<FolderLock>();
-  std::jthread release([&lock] {
+  std::atomic<bool> isReleased = false;
+  std::jthread release([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    isReleased = true;
     lock.reset();
   });
   Set();
+  EXPECT_TRUE(isReleased);
 }
 
 TEST_F(Store, GivesUpWhenTheLockIsKept) {
