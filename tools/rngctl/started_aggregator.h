@@ -11,4 +11,14 @@
 /// destroyed.
 void WithStartedAggregator(const std::function<void()>& work);
 
+/// While it lives, the program fails, with a message, if a plug-in ends it by exit(0): its result is not
+/// complete. One at a time.
+class NoEarlyExit {
+ public:
+  NoEarlyExit();
+  NoEarlyExit(const NoEarlyExit&) = delete;
+  NoEarlyExit& operator=(const NoEarlyExit&) = delete;
+  ~NoEarlyExit();
+};
+
 #endif

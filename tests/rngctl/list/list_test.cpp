@@ -110,6 +110,20 @@ TEST_F(RngctlTest, AnExceptionOfThePluginsOwnClassIsASentence) {
   }
 }
 
+TEST_F(RngctlTest, APluginThatEndsTheProgramIsAFailure) {
+  for (const char* place : {"Opening_Quit", "Release_Quit"}) {
+    InstallPlugin("dsdr", std::string("disturbing/") + place);
+    for (const char* command : {"list", "list --json", "default"}) {
+      const Result result = Run(command);
+      EXPECT_EQ(1, result.status) << command;
+      EXPECT_EQ(
+          "rngctl: A plug-in ended the program.\n"
+          "Run \"rngctl doctor\" to find out which.\n",
+          result.errors);
+    }
+  }
+}
+
 class ListAsJson : public RngctlTest {
  protected:
   // Lists, and checks that the schema holds.

@@ -100,6 +100,7 @@ void WarnUnlessUsable(const Default& chosen) {
 
 void RunDefault(std::uint32_t mask) {
   RefuseUnreadableSettings();  // before plug-ins read them
+  const NoEarlyExit guard;
   WithStartedAggregator([mask] { PrintDefault(mask); });
 }
 

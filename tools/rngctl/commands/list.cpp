@@ -125,6 +125,7 @@ void PrintJson(const std::vector<Generator>& generators) {
 
 // The children run after the stop: while this process uses a device, they may not see it.
 void RunList(bool asJson) {
+  const NoEarlyExit guard;
   std::vector<Generator> generators;
   std::vector<Reporter> reporters;
   WithStartedAggregator([&] {

@@ -9,15 +9,13 @@
 /// Wipes memory before giving it back, also when a container grows.
 template <typename Value>
 struct WipingAllocator {
-  using value_type = Value;  // NOLINT(readability-identifier-naming): the standard's name
+  using value_type = Value;
 
   WipingAllocator() = default;
   template <typename Other>
   explicit WipingAllocator(const WipingAllocator<Other>&) {}
 
-  // NOLINTNEXTLINE(readability-identifier-naming)
   Value* allocate(std::size_t count) { return std::allocator<Value>().allocate(count); }
-  // NOLINTNEXTLINE(readability-identifier-naming)
   void deallocate(Value* place, std::size_t count) {
     ::explicit_bzero(place, count * sizeof(Value));
     std::allocator<Value>().deallocate(place, count);
