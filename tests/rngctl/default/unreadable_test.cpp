@@ -56,7 +56,7 @@ class UnreadableSettings : public RngctlTest {
 
 TEST_F(UnreadableSettings, AFifoIsNotOpened) {
   ASSERT_EQ(0, ::mkfifo(Ini().c_str(), 0666));
-  ExpectRefusals("it is a FIFO). Replace it with a regular file, or remove it.");
+  ExpectRefusals("it is a named pipe (FIFO)). Replace it with a regular file, or remove it.");
 }
 
 TEST_F(UnreadableSettings, ADeviceIsNotOpened) {
