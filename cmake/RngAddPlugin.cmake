@@ -33,6 +33,12 @@ function(rng_add_plugin kind)
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     LINK_DEPENDS ${exports})
+  if(TARGET rngaggregator)  # the library is a part of this project: beside it, where it searches
+    get_target_property(folder rngaggregator LIBRARY_OUTPUT_DIRECTORY)
+    if(folder)
+      set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${folder})
+    endif()
+  endif()
   add_custom_command(TARGET ${target} POST_BUILD VERBATIM
     COMMAND ${CMAKE_COMMAND} -D NM=${CMAKE_NM} -D FILE=$<TARGET_FILE:${target}> -D FACTORY=${factory}
       -P ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/RngCheckFactory.cmake)

@@ -78,6 +78,18 @@ int __wrap_fprintf(std::FILE* file, const char* format, ...) {
   return written;
 }
 
+// What fprintf becomes with _FORTIFY_SOURCE.
+int __wrap___fprintf_chk(std::FILE* file, int flag, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+int __wrap___fprintf_chk(std::FILE* file, int /*flag*/, const char* format, ...) {
+  if (Fails("write", ENOSPC)) return -1;
+  std::va_list arguments;
+  va_start(arguments, format);
+  const int written = std::vfprintf(file, format, arguments);
+  va_end(arguments);
+  return written;
+}
+
 int __real_fputc(int c, std::FILE* file);
 int __wrap_fputc(int c, std::FILE* file) {
   return Fails("write", ENOSPC) ? EOF : __real_fputc(c, file);

@@ -149,6 +149,25 @@ case $case in
     (cd "$P" && find . ! -type d | sed 's,^\./,,' | sort) | diff "$source/tests/kit/installed_files.txt" - ||
       fail "see above"
     ;;
+  InstalledFilesAreHardened)
+    for file in bin/rngctl lib/librngaggregator.so.1 lib/librngunixdev.so; do
+      for hardening in binds_at_load protects_relocations stack_is_data checks_its_stack; do
+        "$fact" $hardening "$P/$file"
+      done
+      "$fact" is_type "$P/$file" DYN
+    done
+    "$fact" checks_buffers "$P/bin/rngctl"
+    "$fact" checks_buffers "$P/lib/librngaggregator.so.1"
+    # What the files do not show.
+    "$source/tests/kit/compile_flags.py" "$source" "$build" -fstack-protector-strong \
+      -fstack-clash-protection -fcf-protection -D_FORTIFY_SOURCE=2
+    ;;
+  FlagsOfTheEnvironmentAreKept)
+    cd "$source"
+    CXXFLAGS='-D_FORTIFY_SOURCE=3 -DFROM_THE_ENVIRONMENT' cmake --preset package -B "$room/build" >/dev/null
+    "$source/tests/kit/compile_flags.py" "$source" "$room/build" -DFROM_THE_ENVIRONMENT \
+      -D_FORTIFY_SOURCE=3 '!-D_FORTIFY_SOURCE=2'
+    ;;
   PkgConfigFollowsTheMove)
     export PKG_CONFIG_PATH="$P/lib/pkgconfig"
     for variable in plugindir libdir; do
@@ -184,6 +203,37 @@ case $case in
     export LD_PRELOAD
     host_says 'refused
 A plug-in failed: boost: mutex lock failed in pthread_mutex_lock: Invalid argument'
+    ;;
+  ServesAsPartOfAnotherProject) # whose own tests are on
+    mkdir "$room/project"
+    cd "$room/project"
+    cp "$source/examples/minimal-host/minimal_host.cpp" "$source/examples/minimal-plugin/grandmaster_rng.cpp" .
+    cat >CMakeLists.txt <<PROJECT
+cmake_minimum_required(VERSION 3.25)
+project(stranger LANGUAGES CXX)
+include(CTest)
+include(FetchContent)
+FetchContent_Declare(RngAggregator SOURCE_DIR "$source")
+FetchContent_MakeAvailable(RngAggregator)
+rng_add_plugin(grandmaster SOURCES grandmaster_rng.cpp)
+add_executable(host minimal_host.cpp)
+target_link_libraries(host PRIVATE RngAggregator::rngaggregator)
+PROJECT
+    { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
+    find build -name 'rngctl*' | grep . && fail "the tool was built"
+    [ "$(find build -name 'librng*' -printf '%h\n' | sort -u | wc -l)" = 1 ] || fail "not in one folder"
+    [ -f build/_deps/rngaggregator-build/lib/librnggrandmaster.so ] || fail "no plug-in"
+    build/host | grep -qE '^[0-9a-f]{64}$' || fail "the host found no generator"
+    (cd build && ctest -N) | grep -q '^Total Tests: 0$' || fail "it has our tests"
+    ;;
+  UninstallRemovesWhatWasInstalled)
+    cmake -S "$source" -B "$room/build" -D BUILD_TESTING=OFF -D CMAKE_INSTALL_PREFIX="$room/tree" >/dev/null
+    cmake --install "$build" --prefix "$room/tree" >/dev/null
+    find "$room/tree" ! -type d >"$room/build/install_manifest.txt"
+    echo mine >"$room/tree/lib/mine"
+    cmake --build "$room/build" --target uninstall >/dev/null
+    [ "$(find "$room/tree" ! -type d)" = "$room/tree/lib/mine" ] || fail "left: $(find "$room/tree" ! -type d)"
+    [ -z "$(find "$room/tree" -iname '*rngaggregator*' ! -path '*/etc/*')" ] || fail "folders are left"
     ;;
   EveryKindGetsItsFileAndFactory)
     begin_project CXX

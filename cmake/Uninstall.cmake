@@ -1,0 +1,14 @@
+# Run in a build folder: removes the files that "cmake --install" has put into an installation, and the
+# folders of the project's own that are then empty. The settings stay.
+file(STRINGS install_manifest.txt files)
+foreach(file IN LISTS files)
+  set(file $ENV{DESTDIR}${file})
+  message(STATUS "Removing ${file}")
+  file(REMOVE ${file})
+  cmake_path(GET file PARENT_PATH folder)
+  set(status 0)
+  while(status EQUAL 0 AND folder MATCHES "/[Rr]ng[Aa]ggregator(/|$)")
+    execute_process(COMMAND rmdir ${folder} RESULT_VARIABLE status ERROR_QUIET)
+    cmake_path(GET folder PARENT_PATH folder)
+  endwhile()
+endforeach()
