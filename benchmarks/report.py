@@ -37,6 +37,8 @@ def load(path):
 def print_table(results):
     row = "  {:<28}{:>9}{:>9}{:>9}{:>14}{:>14}"
     for group, title in TITLES.items():
+        if not results[group]:
+            continue
         print(f"\n{title}")
         print(row.format("", "ratio", "1/4", "3/4", "measured, us", "bare, us"))
         for name, figures in results[group]:
@@ -64,31 +66,29 @@ def print_restarts(results):
 
 
 def draw_ratios(axes, group, rows):
-    rows = [(name, figures) for name, figures in rows if "ratio" in figures][::-1]
+    rows = rows[::-1]
     middle = [figures["ratio"] for _, figures in rows]
     low = [figures["ratio"] - figures["ratio_q1"] for _, figures in rows]
     high = [figures["ratio_q3"] - figures["ratio"] for _, figures in rows]
     axes.errorbar(middle, range(len(rows)), xerr=[low, high], fmt="o", markersize=3, capsize=2)
     axes.set_yticks(range(len(rows)), [name for name, _ in rows], fontsize=7)
     axes.axvline(1, color="gray", linewidth=0.5)
-    if max(middle, default=1) > 5:
+    if max(middle) > 5:
         axes.set_xscale("log")
-    axes.set_title(TITLES[group], fontsize=8)
+    label(axes, TITLES[group], "ratio of processor times: median and quartiles", None)
 
 
-def draw_growth(axes, results, operation, label, is_log):
-    points = sorted((int(name.split("/")[1]), figures)
-                    for name, figures in results["growth"] if name.startswith(operation + "/"))
+def draw_growth(axes, points, operation, unit):
     sizes = [size for size, _ in points]
     for key, side in (("measured_ns", "library"), ("bare_ns", "bare loop")):
         axes.plot(sizes, [figures[key] / 1000 for _, figures in points],
                   marker=".", linewidth=0.8, label=side)
-    if is_log:
+    if sizes[-1] > 100:
         axes.set_xscale("log")
         axes.set_yscale("log")
     else:
         axes.set_ylim(bottom=0)
-    axes.set_title(f"{operation}, microseconds by {label}", fontsize=8)
+    label(axes, f"{operation}: processor time", unit, "microseconds")
     axes.legend(fontsize=7)
 
 
@@ -97,18 +97,40 @@ def draw_restarts(axes, results):
     axes.plot(counts, sizes, marker=".", linewidth=0.8)
     axes.set_xscale("log")
     axes.set_ylim(0, 1.2 * max(sizes))
-    axes.set_title("Resident memory, KiB by restarts", fontsize=8)
+    label(axes, "Resident memory after restarts with twelve plug-ins", "restarts", "KiB")
 
 
-def draw(results, path):
-    figure, axes = plt.subplots(3, 3, figsize=(15, 12), layout="constrained")
-    places = axes.flat
+def label(axes, title, x, y):
+    axes.set_title(title, fontsize=7)
+    axes.set_xlabel(x, fontsize=7)
+    axes.set_ylabel(y, fontsize=7)
+
+
+def panels(results):
+    """A function for each panel that has something to show."""
     for group in ("library", "plain", "read", "write", "modules"):
-        draw_ratios(next(places), group, results[group])
-    draw_growth(next(places), results, "StartAndStop", "plug-ins", False)
-    draw_growth(next(places), results, "GetType", "lines of the file", True)
-    draw_growth(next(places), results, "SetType", "lines of the file", True)
-    draw_restarts(next(places), results)
+        rows = [row for row in results[group] if "ratio" in row[1]]
+        if rows:
+            yield lambda axes, group=group, rows=rows: draw_ratios(axes, group, rows)
+    for operation, unit in (("StartAndStop", "plug-ins"),
+                            ("GetType", "lines of the file"), ("SetType", "lines of the file")):
+        points = sorted((int(name.split("/")[1]), figures)
+                        for name, figures in results["growth"] if name.startswith(operation + "/"))
+        if points:
+            yield lambda axes, points=points, operation=operation, unit=unit: draw_growth(
+                axes, points, operation, unit)
+    yield lambda axes: draw_restarts(axes, results)
+
+
+def draw(results, missing, path):
+    drawings = list(panels(results))
+    rows = -(-len(drawings) // 3)
+    figure, axes = plt.subplots(rows, 3, figsize=(15, 4 * rows), layout="constrained", squeeze=False)
+    for place, drawing in zip(axes.flat, drawings):
+        drawing(place)
+    for place in axes.flat[len(drawings):]:
+        place.remove()
+    figure.suptitle(missing, fontsize=8)
     figure.savefig(path)
 
 
@@ -120,9 +142,10 @@ def main():
     print_table(results)
     print_restarts(results)
     with open(missing_path, encoding="utf-8") as file:
-        missing = file.read().split()
-    print(f"\nNot measured, because these packages are not installed: {', '.join(missing) or 'none'}")
-    draw(results, picture_path)
+        packages = file.read().split()
+    missing = f"Not measured, because these packages are not installed: {', '.join(packages) or 'none'}"
+    print(f"\n{missing}")
+    draw(results, missing, picture_path)
     print(f"Picture: {picture_path}")
 
 
