@@ -21,6 +21,14 @@ foreach(package IN LISTS packages)
     file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
   endif()
 
+  set(pkgconfig ${CPACK_TEMPORARY_DIRECTORY}/${package}${CPACK_PACKAGING_INSTALL_PREFIX}/lib/pkgconfig/rngaggregator.pc)
+  if(EXISTS ${pkgconfig})  # a package is never moved, and packagers write $DESTDIR before the folder for plug-ins
+    file(READ ${pkgconfig} text)
+    string(REPLACE "\${pcfiledir}/../.." ${CPACK_PACKAGING_INSTALL_PREFIX} text "${text}")
+    string(REGEX REPLACE "^#[^\n]*\n" "" text "${text}")
+    file(WRITE ${pkgconfig} "${text}")
+  endif()
+
   configure_file(${debian}/copyright ${documents}/copyright COPYONLY)
   configure_file(${debian}/changelog ${documents}/changelog.Debian COPYONLY)
   configure_file(${debian}/../../CHANGELOG.md ${documents}/changelog COPYONLY)

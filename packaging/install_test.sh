@@ -6,12 +6,16 @@
 # compiler, no Boost, no X library. Its own dpkg installs our packages, with dependencies and triggers. It
 # runs in a user namespace with one user, root, so the test does not show what other users may do. It tests
 # only with the package versions of this machine.
+#
+# Exits with 3 if this system does not allow such a namespace, so nothing could be tested.
 set -eu
 LC_ALL=C
-export LC_ALL
+PATH=$PATH:/usr/sbin:/sbin # ldconfig, chroot and dpkg's tools; an ordinary user's PATH may lack them
+export LC_ALL PATH
 unset LD_LIBRARY_PATH DISPLAY
 
 if [ "$1" != inside ]; then
+  unshare --map-root-user --mount --net --pid --fork true || exit 3
   room=$(mktemp -d)
   trap 'rm -rf "$room"' EXIT
   unshare --map-root-user --mount --net --pid --fork "$0" inside "$(cd "$1" && pwd)" "$room"
@@ -87,7 +91,9 @@ passes sh -c 'dpkg -i /tmp/*.deb'
 says '^Processing triggers for libc-bin'
 passes ldconfig -p
 says 'librngaggregator\.so\.1 \(libc6,x86-64\) => /lib/librngaggregator\.so\.1'
-passes dpkg --verify
+# Of ours alone: folders that an ordinary user cannot read, such as /root, are not part of the small system.
+# shellcheck disable=SC2046 # words
+passes dpkg --verify $(for deb in "$build"/*.deb; do dpkg-deb -f "$deb" Package; done)
 [ ! -s "$room/log" ] || fail "changed files: $(cat "$room/log")"
 
 # Only root may write the settings, before and after they are stored, whatever the umask.
@@ -113,6 +119,10 @@ says '^[0-9a-f]{64}$'
 examples=$root/usr/share/doc/librngaggregator-dev/examples
 PKG_CONFIG_PATH=$root/usr/lib/pkgconfig
 export PKG_CONFIG_PATH
+plugins=$(pkg-config --variable=plugindir rngaggregator)
+[ "$plugins" = /usr/lib ] || fail "the folder for plug-ins is $plugins"
+PKG_CONFIG_SYSROOT_DIR=$root
+export PKG_CONFIG_SYSROOT_DIR
 # shellcheck disable=SC2046 # words
 g++ "$examples/minimal-host/minimal_host.cpp" -o "$root/tmp/host" $(pkg-config --cflags --libs rngaggregator)
 passes /tmp/host
@@ -124,6 +134,16 @@ for binary in librngaggregator.so.1 librngunixdev.so; do
   readelf -SW "$root/usr/lib/debug/.build-id/$(echo "$identity" | sed 's,^..,&/,').debug" | grep -qF .debug_info ||
     fail "no debug symbols for $binary"
 done
+
+# The library can be upgraded alone: rngctl accepts a later one.
+dpkg-deb -R "$build"/librngaggregator1_*.deb "$room/later"
+sed -i 's/^Version: .*/Version: 1.99.0-1/' "$room/later/DEBIAN/control"
+dpkg-deb -b "$room/later" "$root/tmp/later.deb" >"$room/log"
+passes dpkg -i /tmp/later.deb
+passes sh -c 'dpkg -i /tmp/rngctl_*.deb'
+passes rngctl default
+says unixdev
+passes sh -c 'dpkg -i /tmp/librng*.deb'
 
 # The plug-in can be removed alone. After a purge only the user's choice is left.
 passes dpkg -r rng-plugin-unixdev rng-plugin-unixdev-dbgsym
