@@ -189,6 +189,7 @@ case $case in
     sed -i 's/RngAggregator 1/RngAggregator 0.9/' CMakeLists.txt
     configuring_says 'compatible with requested version "0.9"'
     ;;
+  LinksOfTheGuidesLead) "$source/tests/documents/relative_links.sh" "$P/share/doc/rngaggregator" ;;
   ExamplesBuildWithCMake) examples_work 1 ;;
   ExamplesBuildWithPkgConfig) examples_work 2 ;;
   HostSaysWhatItLacks)

@@ -46,8 +46,8 @@ std::string FixFor(Step step, const ChildResult& result) {
     return "Compare the settings, and what they return, with null before using them. If that is "
            "not the cause, find the place with a debugger.";
   }
-  return "No operation may end the process: find the place with a debugger, for example gdb --args "
-         "rngctl read NAME -n 32.";
+  return "No operation may end the process: find the place with a debugger, for example gdb -ex "
+         "\"set follow-fork-mode child\" --args rngctl read NAME -n 32.";
 }
 
 }  // namespace

@@ -1,0 +1,69 @@
+#!/bin/sh
+# guide_code.sh SOURCE BUILD: what docs/host-guide.md and docs/plugin-guide.md tell readers to copy works with an
+# installation of BUILD. Prints what is wrong and fails.
+set -eu
+unset DISPLAY LD_LIBRARY_PATH DESTDIR CXXFLAGS LDFLAGS
+source=$1
+build=$2
+
+room=$(mktemp -d)
+trap 'rm -rf "$room"' EXIT
+P=$room/P
+export P
+cmake --install "$build" --prefix "$P" >/dev/null
+cp "$build/tests/fake_libs/known_path/whole/libcrypt_known_path.so" "$P/lib"
+export RNG_TEST_TREE="$P" PATH="$P/bin:$PATH"
+cd "$room"
+
+fail() {
+  echo "$*"
+  cat log
+  exit 1
+}
+
+# block GUIDE LANGUAGE PATTERN: the piece of code that contains a line with PATTERN.
+block() {
+  awk -v language="$2" -v pattern="$3" '
+    /^```/ { if (found) printf "%s", code; code = ""; found = 0; inside = $0 == "```" language; next }
+    inside { code = code $0 "\n"; if (index($0, pattern)) found = 1 }' "$source/docs/$1.md"
+}
+
+run_block() { # PATTERN: of the guide for plug-ins
+  commands=$(block plugin-guide sh "$1")
+  [ -n "$commands" ] || fail "no commands with $1"
+  sh -euc "$commands" >log 2>&1
+}
+
+# A draw that waits for a user who is not there ends at its limit.
+{
+  printf '%s\n' '#include <rngaggregator/aggregator.h>'
+  block host-guide cpp GenerateWithin
+  cat <<'HOST'
+int main() {
+  Initialize(nullptr);
+  unsigned char bytes[8];
+  IRngProvider* const rng = GetRng("dsdr");
+  const bool isCancelled = rng && !GenerateWithin(rng, bytes, sizeof bytes, std::chrono::seconds(1));
+  const bool isDrawn = GenerateWithin(GetRng("unixdev"), bytes, sizeof bytes, std::chrono::seconds(60));
+  ShutDown();
+  return isCancelled && isDrawn ? 0 : 1;
+}
+HOST
+} >host.cpp
+cp "$build/tests/fake_plugins/breaking/waits_for_user/librngdsdr.so" "$P/lib"
+g++ -std=c++11 -Wall -Wextra -Werror -pthread host.cpp -o host -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
+timeout 300 ./host >log 2>&1 || fail "the limit of a draw: $?"
+
+# A plug-in is found, debugged and examined in the folder of its build.
+cp -r "$source/examples/minimal-plugin/." .
+cmake -S . -B build -DCMAKE_PREFIX_PATH="$P" >log && cmake --build build >log
+run_block 'rngctl read grandmaster' || fail "LD_LIBRARY_PATH"
+grep -q '^grandmaster ' log && grep -qE '^[0-9a-f]{64}$' log || fail "LD_LIBRARY_PATH"
+run_block jq || fail "check --json"
+grep -q '^not-examined: device-report$' log || fail "check --json"
+
+# The sanitizer's finding fails a check.
+run_block LD_PRELOAD || [ "$(grep '^failed ' log | cut -c 1-26)" = 'failed        load-cycles ' ] || fail "sanitizer"
+sed -i 's/bool Generate(.*{/&\n    delete[] (new char[1] + size \/ 32);/' grandmaster_rng.cpp
+if run_block LD_PRELOAD; then fail "the sanitizer found nothing"; fi
+grep -q 'ERROR: AddressSanitizer' log || fail "not by the sanitizer"
