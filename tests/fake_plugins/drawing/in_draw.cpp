@@ -4,7 +4,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
 #include <pthread.h>
+#include <string>
 #include <termios.h>
 #include <unistd.h>
 
@@ -49,6 +51,24 @@ namespace {
 }
 
 [[maybe_unused]] void BeSlow() { ::usleep(1'200'000); }
+
+// Names in the folder of the output, which the case gives it.
+[[maybe_unused]] std::string InFolder(const char* name) {
+  return std::string(std::getenv("RNG_TEST_FOLDER")) + '/' + name;
+}
+
+[[maybe_unused]] void PlaceLink() { ::symlink("elsewhere", InFolder("key").c_str()); }
+
+[[maybe_unused]] void GiveAway() {
+  std::fclose(std::fopen(InFolder("key").c_str(), "w"));
+  ::chown(InFolder("key").c_str(), 4711, 4711);
+}
+
+[[maybe_unused]] void MoveAndExit() {
+  const std::filesystem::directory_iterator files(InFolder(""));
+  std::filesystem::rename(files->path(), InFolder("moved"));
+  std::exit(0);
+}
 
 class InDrawRng final : public CorrectRng {
  public:

@@ -169,3 +169,32 @@ TEST_F(RngctlTest, AClosedStandardDescriptorIsNotTheFile) {
   EXPECT_EQ("rngctl: Cannot write to standard output: Bad file descriptor.\n", result.errors);
   EXPECT_EQ(1, RunShell(Rngctl() + " list >&-").status);
 }
+
+TEST_F(RngctlTest, WhatAppearsDuringTheDrawIsNotReplaced) {
+  fs::create_directory(TreePath("keys"));
+  const std::string draw = "RNG_TEST_FOLDER=" + TreePath("keys") + " " + Rngctl() +
+                           " read dsdr -n 5000 -o " + TreePath("keys/key");
+  InstallPlugin("dsdr", "drawing/PlaceLink");
+  const Result linked = RunShell(draw);
+  EXPECT_EQ(1, linked.status);
+  EXPECT_THAT(linked.errors, HasSubstr("it is a link to \"elsewhere\"; name the file itself."));
+  EXPECT_TRUE(fs::is_symlink(TreePath("keys/key")));
+  EXPECT_EQ(1U, CountFiles("keys"));
+  if (!IsRoot()) GTEST_SKIP() << "only root can give files away";
+  fs::remove(TreePath("keys/key"));
+  InstallPlugin("dsdr", "drawing/GiveAway");
+  EXPECT_THAT(RunShell(draw).errors, HasSubstr("it belongs to another user, number 4711"));
+  EXPECT_EQ("", ReadFile(TreePath("keys/key")));
+  EXPECT_EQ(0, RunShell(draw + " --force").status);
+  EXPECT_EQ(10001U, ReadFile(TreePath("keys/key")).size());
+}
+
+TEST_F(RngctlTest, AnUnfinishedFileThatWasMovedIsEmpty) {
+  fs::create_directory(TreePath("keys"));
+  InstallPlugin("dsdr", "drawing/MoveAndExit");
+  EXPECT_EQ(1, RunShell("RNG_TEST_FOLDER=" + TreePath("keys") + " " + Rngctl() +
+                        " read dsdr -n 5000 -o " + TreePath("keys/key"))
+                   .status);
+  EXPECT_TRUE(fs::exists(TreePath("keys/moved")));
+  EXPECT_EQ("", ReadFile(TreePath("keys/moved")));
+}

@@ -18,6 +18,7 @@ constexpr std::size_t kSuffixSize = 7;  // ".XXXXXX"
 // What a signal handler removes.
 struct Unfinished {
   int directory = -1;  // -1: there is none
+  int file = -1;
   char name[NAME_MAX + 1] = {};
 };
 Unfinished g_unfinished;
@@ -26,8 +27,17 @@ Unfinished g_unfinished;
   throw std::system_error(error, std::generic_category());
 }
 
+// The bytes go even where the name stays: in a directory that only takes new files, or if somebody has
+// moved or linked the file.
+void Discard(int directory, const char* name, int file) {
+  [[maybe_unused]] const int result = ::ftruncate(file, 0);
+  ::unlinkat(directory, name, 0);
+}
+
 void RemoveUnfinished(int signal) {
-  if (g_unfinished.directory >= 0) ::unlinkat(g_unfinished.directory, g_unfinished.name, 0);
+  if (g_unfinished.directory >= 0) {
+    Discard(g_unfinished.directory, g_unfinished.name, g_unfinished.file);
+  }
   ::raise(signal);  // with the default action, which SA_RESETHAND has restored
 }
 
@@ -61,8 +71,9 @@ void ReplaceHandlers(void (*from)(int), void (*to)(int)) {
   }
 }
 
-void RemoveWhenSignalled(int directory, const std::string& name) {
+void RemoveWhenSignalled(int directory, const std::string& name, int file) {
   g_unfinished = {};
+  g_unfinished.file = file;
   name.copy(g_unfinished.name, sizeof g_unfinished.name - 1);
   g_unfinished.directory = directory;
   ReplaceHandlers(SIG_DFL, RemoveUnfinished);
@@ -115,13 +126,13 @@ bool NewFile::TryToCreate() {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   file = Descriptor(::openat(place.directory.Get(), temporary.c_str(), kFlags, S_IRUSR | S_IWUSR));
   if (file.Get() < 0) return false;
-  RemoveWhenSignalled(place.directory.Get(), temporary);
+  RemoveWhenSignalled(place.directory.Get(), temporary, file.Get());
   return true;
 }
 
 NewFile::~NewFile() {
   const SignalBlock block;
-  if (!temporary.empty()) ::unlinkat(place.directory.Get(), temporary.c_str(), 0);
+  if (!temporary.empty()) Discard(place.directory.Get(), temporary.c_str(), file.Get());
   g_unfinished.directory = -1;
 }
 

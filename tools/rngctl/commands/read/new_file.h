@@ -17,7 +17,7 @@ struct Place {
 Place OpenPlace(const std::string& path);
 
 /// A file that appears when it is complete. Until then it has another name in the same directory, and
-/// whatever ends this process removes it, except SIGKILL. Only its owner can read it. There is at most
+/// whatever ends this process empties and removes it, except SIGKILL. Only its owner can read it. There is at most
 /// one. Failures are thrown as `std::system_error`.
 class NewFile {
  public:
@@ -27,6 +27,7 @@ class NewFile {
   ~NewFile();
 
   int Get() const { return file.Get(); }
+  const Place& Where() const { return place; }
 
   /// Replaces what has the name now. The file is then on the disk, also after a power failure.
   void Commit();

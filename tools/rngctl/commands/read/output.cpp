@@ -54,37 +54,46 @@ bool IsSame(const struct stat& one, const struct stat& other) {
 
 }  // namespace
 
-Output::Output(const std::string& path, bool replacesOthers)
-    : name(path), descriptor(STDOUT_FILENO) {
+Output::Output(const std::string& path, bool mayReplaceOthers)
+    : name(path), replacesOthers(mayReplaceOthers), descriptor(STDOUT_FILENO) {
   if (name.empty()) return;
   try {
-    Open(replacesOthers);
+    Open();
   } catch (const std::system_error& error) {
     RefuseWith(error.code().value());
   }
 }
 
-void Output::Open(bool replacesOthers) {
+void Output::Open() {
   if (const std::optional<int> number = DescriptorOf(name)) {
     if (!IsWritable(*number)) RefuseWith(EBADF);
     descriptor = *number;
     return;
   }
   Place place = OpenPlace(name);
+  const struct stat found = Look(place);
+  if (found.st_mode != 0 && !S_ISREG(found.st_mode)) return OpenSpecialFile(place, found);
+  CheckOwner(found);
+  descriptor = file.emplace(std::move(place)).Get();
+}
+
+// What has the name now; all zero if nothing has it.
+struct stat Output::Look(const Place& place) const {
   struct stat found = {};
-  const bool exists =
-      ::fstatat(place.directory.Get(), place.name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0;
-  if (!exists && errno != ENOENT) RefuseWith(errno);
+  const int result =
+      ::fstatat(place.directory.Get(), place.name.c_str(), &found, AT_SYMLINK_NOFOLLOW);
+  if (result != 0 && errno != ENOENT) RefuseWith(errno);
   if (S_ISLNK(found.st_mode)) {
     Refuse("it is a link to " + Quoted(TargetOf(place)) + "; name the file itself");
   }
   if (S_ISDIR(found.st_mode)) RefuseWith(EISDIR);
-  if (exists && !S_ISREG(found.st_mode)) return OpenSpecialFile(place, found);
-  if (exists && found.st_uid != ::geteuid() && !replacesOthers) {
-    Refuse("it belongs to another user, number " + std::to_string(found.st_uid) +
-           "; --force replaces it");
-  }
-  descriptor = file.emplace(std::move(place)).Get();
+  return found;
+}
+
+void Output::CheckOwner(const struct stat& found) const {
+  if (found.st_mode == 0 || found.st_uid == ::geteuid() || replacesOthers) return;
+  Refuse("it belongs to another user, number " + std::to_string(found.st_uid) +
+         "; --force replaces it");
 }
 
 void Output::OpenSpecialFile(const Place& place, const struct stat& found) {
@@ -123,7 +132,9 @@ void Output::Write(const SecretBytes& bytes) {
 
 void Output::Commit() {
   try {
-    if (file) file->Commit();
+    if (!file) return;
+    CheckOwner(Look(file->Where()));  // somebody may have put it there during the draw
+    file->Commit();
   } catch (const std::system_error& error) {
     RefuseWith(error.code().value());
   }

@@ -12,8 +12,8 @@
 /// choose where the bytes go, or read them. Throws a `Refusal` with the reason.
 class Output {
  public:
-  /// An empty path is standard output. `replacesOthers`: also replaces a file of another user.
-  Output(const std::string& path, bool replacesOthers);
+  /// An empty path is standard output. `mayReplaceOthers`: also replaces a file of another user.
+  Output(const std::string& path, bool mayReplaceOthers);
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
@@ -26,12 +26,15 @@ class Output {
   void LeaveToParent();
 
  private:
-  void Open(bool replacesOthers);
+  void Open();
+  struct stat Look(const Place& place) const;
+  void CheckOwner(const struct stat& found) const;
   void OpenSpecialFile(const Place& place, const struct stat& found);
   [[noreturn]] void Refuse(const std::string& reason) const;
   [[noreturn]] void RefuseWith(int error) const;
 
   const std::string name;  // the path
+  const bool replacesOthers;
   std::optional<NewFile> file;
   Descriptor special;
   int descriptor;
