@@ -58,7 +58,7 @@ pid_t g_guarded = 0;  // a process that a plug-in forks may exit
 
 void FailWhenExitingEarly(int status, void*) {
   if (g_guarded != ::getpid() || status != 0) return;
-  std::cerr << "rngctl: A plug-in ended the program.\n"
+  std::cerr << "rngctl: A plug-in or the known-path service ended the program.\n"
                "Run \"rngctl doctor\" to find out which.\n";
   std::_Exit(kNegativeAnswer);
 }

@@ -22,6 +22,9 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
 #ifdef EXITS
   std::_Exit(0);
 #endif
+#ifdef QUITS
+  std::exit(0);
+#endif
 #ifdef HANGS
   ::pause();
 #endif

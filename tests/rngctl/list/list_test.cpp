@@ -117,7 +117,7 @@ TEST_F(RngctlTest, APluginThatEndsTheProgramIsAFailure) {
       const Result result = Run(command);
       EXPECT_EQ(1, result.status) << command;
       EXPECT_EQ(
-          "rngctl: A plug-in ended the program.\n"
+          "rngctl: A plug-in or the known-path service ended the program.\n"
           "Run \"rngctl doctor\" to find out which.\n",
           result.errors);
     }

@@ -99,8 +99,8 @@ void WarnUnlessUsable(const Default& chosen) {
 }  // namespace
 
 void RunDefault(std::uint32_t mask) {
-  RefuseUnreadableSettings();  // before plug-ins read them
   const NoEarlyExit guard;
+  RefuseUnreadableSettings();  // before plug-ins read them
   WithStartedAggregator([mask] { PrintDefault(mask); });
 }
 
@@ -108,7 +108,10 @@ void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
   CheckText("The name", name);
   CheckText("The hardware identifier", hardwareId);
   const Default chosen{name, hardwareId};
-  StoreDefault(chosen);
+  {
+    const NoEarlyExit guard;  // the known-path service may end the program, too
+    StoreDefault(chosen);
+  }
   std::cout << (name.empty() ? "No default is configured now.\n"
                              : "The default is now " + Printable(Describe(chosen)) + ".\n")
             << std::flush;  // a plug-in may end the process
