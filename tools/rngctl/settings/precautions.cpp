@@ -44,7 +44,7 @@ std::string WhatToDo(const std::string& file) {
     return denial + " belongs to " + FindUsers().NameOfUser(owner) +
            "; try as that user or with sudo.";
   }
-  const bool isFull = !WhyNoSpace(NearestPlace(file), LookThrough(file).size).empty();
+  const bool isFull = !WhyNoSpace(NearestPlace(file), LookThrough(file).size + kMostAdded).empty();
   return isFull ? "Make room on that disk, and try again." : "Correct that, and try again.";
 }
 
@@ -61,24 +61,40 @@ std::string WhyForeign(const std::string& path, const PathFacts& entry) {
   return entry.names == 1 ? "" : "has " + Counted(entry.names, "name") + " (hard links)";
 }
 
-struct LongLine {
-  std::size_t number = 0;  ///< 0: there is none
-  std::size_t size = 0;
-};
+// Storing replaces it anyway.
+bool IsEntry(const std::string& line) {
+  return line.starts_with("RandomNumberGeneratorType") ||
+         line.starts_with("RandomNumberGeneratorHardwareID");
+}
 
-// The first line that is too long, counted as the library does: without carriage returns.
-LongLine FindLongLine(const std::string& file) {
-  std::ifstream content(file, std::ios::binary);
-  LongLine line{1, 0};
-  for (char c = 0; content.get(c);) {
-    if (c == '\n') {
-      if (line.size > kLongestLine) return line;
-      line = {line.number + 1, 0};
-    } else if (c != '\r') {
-      ++line.size;
-    }
+std::string DescribeLongLine(std::size_t size) {
+  return "has " + std::to_string(size) +
+         " characters. Storing removes it and all lines after it, because it has more than " +
+         std::to_string(kLongestLine) + ".";
+}
+
+// What the library does not copy of a line; "" if it copies all. `line` has no carriage returns: it does
+// not count them.
+std::string DescribeLoss(const std::string& line, bool isEnded) {
+  if (line.size() > kLongestLine) return DescribeLongLine(line.size());
+  if (!isEnded && !line.empty() && !IsEntry(line)) {
+    return "is the last one and does not end with a line feed. Storing removes it.";
   }
-  return line.size > kLongestLine ? line : LongLine{};
+  if (line.find('\0') == std::string::npos) return "";
+  return "contains a zero byte. Storing removes the rest of the line from there.";
+}
+
+void WarnOfLostLines(const std::string& file) {
+  std::ifstream content(file, std::ios::binary);
+  std::string line;
+  for (std::size_t number = 1; std::getline(content, line); ++number) {
+    std::erase(line, '\r');
+    const std::string loss = DescribeLoss(line, !content.eof());
+    if (loss.empty()) continue;
+    std::cerr << Printable("Warning: line " + std::to_string(number) + " of " + file + " " + loss)
+              << '\n';
+    if (line.size() > kLongestLine) return;
+  }
 }
 
 std::string NameOwners(const PathFacts& file) {
@@ -145,14 +161,7 @@ void WarnOfLosses(const std::string& file) {
                            ". A file of its own replaces it; that one does not change.")
               << '\n';
   }
-  const LongLine line = FindLongLine(file);
-  if (line.number == 0) return;
-  std::cerr << Printable("Warning: line " + std::to_string(line.number) + " of " + file + " has " +
-                         std::to_string(line.size) +
-                         " characters. Storing removes it and all lines "
-                         "after it, because it has more than " +
-                         std::to_string(kLongestLine) + ".")
-            << '\n';
+  WarnOfLostLines(file);
 }
 
 void WarnOfNewOwner(const std::string& file, const PathFacts& before) {

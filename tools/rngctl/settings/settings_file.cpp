@@ -45,6 +45,9 @@ ReadingFault ExplainError(const std::string& file, int error) {
     return {"it is a dangling symbolic link",
             "Put a file where it leads, or remove it: rm " + file};
   }
+  if (error == EMFILE || error == ENFILE) {
+    return {std::strerror(error), "Allow more with ulimit -n; 16 are enough."};
+  }
   return {std::strerror(error), "Replace it with a regular file, or remove it."};
 }
 

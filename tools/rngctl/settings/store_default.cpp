@@ -7,11 +7,14 @@
 #include "tools/rngctl/settings/foreign_rights.h"
 #include "tools/rngctl/settings/precautions.h"
 #include "tools/rngctl/settings/settings_file.h"
+#include "tools/rngctl/terminal/text.h"
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <iostream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
@@ -38,6 +41,18 @@ std::string Text(const char* text) { return text ? text : ""; }
 mode_t MaskFor(const PathFacts& old) {
   constexpr mode_t kOthersMayNotWrite = 022;
   return kOthersMayNotWrite | (old.IsRegular() ? ~old.mode & 0266U : 0U);
+}
+
+// A default access control list of the directory takes the place of the umask.
+void RemoveRights(const std::string& file, mode_t rights) {
+  const mode_t mode = LookAtEntry(file).mode & 0777U;
+  if ((mode & rights) == 0) return;
+  if (::fchmodat(AT_FDCWD, file.c_str(), mode & ~rights, AT_SYMLINK_NOFOLLOW) == 0) return;
+  std::cerr << Printable("Warning: the mode of " + file +
+                         " is wider than intended, and cannot be "
+                         "changed (" +
+                         std::strerror(errno) + ").")
+            << '\n';
 }
 
 void CreateDirectory(const std::string& file) {
@@ -110,7 +125,9 @@ void StoreDefault(const Default& chosen) {
   WarnOfLosses(file);
   ::unlink((file + ".tmp").c_str());  // an own one, but its mode would become that of the new file
   const PathFacts old = LookThrough(file);
-  const Umask umaskOfFile(MaskFor(old));
+  const mode_t mask = MaskFor(old);
+  const Umask umaskOfFile(mask);
   StoreAndReadBack(file, chosen);
+  RemoveRights(file, mask);
   WarnOfNewOwner(file, old);
 }

@@ -20,8 +20,8 @@ Default ReadConfiguredDefault();
 /// - The file and missing directories are created readable for everybody and writable for their owner
 ///   alone, whatever the umask. A file that fewer could read or write keeps these limits.
 /// - What storing would spoil without a report from the library is refused before anything is changed:
-///   a full disk, a file that this user cannot read, a dangling link. So is a left-over rng.ini.tmp that
-///   this user has not created, because the library would write into what it is.
+///   a full disk, a limit on file sizes, a file that this user cannot read, a dangling link. So is a
+///   left-over rng.ini.tmp that this user has not created, because the library would write into what it is.
 /// - Signals wait until the file is complete.
 /// - Losses that the file format implies are printed as warnings.
 void StoreDefault(const Default& chosen);

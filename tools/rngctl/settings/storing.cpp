@@ -6,12 +6,15 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <sys/resource.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 // Each function returns why something fails, "" if it succeeds.
 
 namespace {
+
+constexpr std::uint64_t kBlockSize = 512;  // of those that statx counts, on any file system
 
 std::string WhyNotAccessible(const std::string& path, int mode) {
   if (MayAccess(path, mode)) return "";
@@ -68,7 +71,8 @@ std::string WhyNotOverwritable(const std::string& path, const PathFacts& file,
   const std::string target = TargetOf(path);
   const std::string protection = WhyProtected(target, file);
   if (!protection.empty()) return protection;
-  return file.blocks > 0 ? "" : WhyNoSpace(DirectoryOf(target), bytes);
+  const std::uint64_t freed = file.blocks * kBlockSize;
+  return freed >= bytes ? "" : WhyNoSpace(DirectoryOf(target), bytes - freed);
 }
 
 // Opening for writing, which creates the file, or what a link to it leads to.
@@ -126,13 +130,25 @@ bool CanBeRead(const std::string& file, const PathFacts& through) {
   return through.Exists() && !through.IsSocket() && MayAccess(file, R_OK);
 }
 
+// The signal of the limit ends the process before it has removed the old file. But if the signal is
+// ignored, the copy is cut, and replaces the file all the same.
+std::string WhyTooLarge(std::uint64_t bytes) {
+  rlimit limit = {};
+  if (::getrlimit(RLIMIT_FSIZE, &limit) != 0 || bytes <= limit.rlim_cur) return "";
+  return "this process may write no file of more than " + std::to_string(limit.rlim_cur) +
+         " bytes (ulimit -f)";
+}
+
 }  // namespace
 
 std::string WhyNotStorable(const std::string& file) {
   if (!file.starts_with('/')) return "its directory is not an absolute path";
   const PathFacts through = LookThrough(file);
   if (through.IsFifo()) return file + " is a FIFO";
-  if (CanBeRead(file, through)) return WhyNotReplaceable(file, through.size);
+  const std::uint64_t bytes = through.size + kMostAdded;
+  const std::string limit = WhyTooLarge(bytes);
+  if (!limit.empty()) return limit;
+  if (CanBeRead(file, through)) return WhyNotReplaceable(file, bytes);
   if (through.IsSocket()) return file + " is a socket";
   // Storing overwrites it, first with the kind and then with the device alone.
   if (through.Exists()) return file + " cannot be read by this user";

@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <string>
 
+/// What storing adds to a file at most, in bytes: a section, two keys, and their longest values.
+constexpr std::uint64_t kMostAdded = 128;
+
 /// Why this user cannot store a default in `file`, "" if that is possible. It opens and changes
 /// nothing, and predicts what storing does:
 ///

@@ -1,0 +1,184 @@
+// What "default set" does so that nothing of the settings file is lost, or says what is lost.
+
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/permissions.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <sys/mount.h>
+#include <sys/xattr.h>
+#include <vector>
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kBlock = 4096;
+constexpr char kBegin[] = "[Devices]\nRandomNumberGeneratorType=a\n\n[Other]\n";
+constexpr char kEnd[] = "last=1\n";
+
+std::string Ini() { return TreePath(kSettingsFile); }
+
+// Settings of that many bytes.
+std::string Settings(std::size_t size) {
+  std::string text = kBegin;
+  while (text.size() + 100 < size) text += std::string(79, 'x') + '\n';
+  return text + std::string(size - text.size() - sizeof kEnd, 'x') + '\n' + kEnd;
+}
+
+// A disk of 64 blocks in place of the settings directory, with that many free once it is filled.
+class SmallDisk {
+ public:
+  SmallDisk() : place(TreePath("etc")) {
+    fs::create_directory(place);
+    isMounted = ::mount("none", place.c_str(), "tmpfs", 0, "size=256k,mode=755") == 0;
+  }
+  SmallDisk(const SmallDisk&) = delete;
+  SmallDisk& operator=(const SmallDisk&) = delete;
+  ~SmallDisk() {
+    if (isMounted) ::umount2(place.c_str(), MNT_DETACH);
+  }
+  bool IsMounted() const { return isMounted; }
+  void Fill(std::size_t freeBlocks) const {
+    const std::string filler = place + "/filler";
+    RunShell("cat /dev/zero >" + filler + " 2>/dev/null");
+    fs::resize_file(filler, fs::file_size(filler) - freeBlocks * kBlock);
+  }
+
+ private:
+  const std::string place;
+  bool isMounted;
+};
+
+// A default access control list that lets everybody and the user 4711 write.
+bool OpenToEverybody(const std::string& directory) {
+  constexpr std::uint32_t kNoId = 0xFFFFFFFF;
+  const struct {
+    std::uint32_t version = 2;
+    struct {
+      std::uint16_t tag, rights;
+      std::uint32_t id;
+    } entries[5] = {{1, 7, kNoId}, {2, 7, 4711}, {4, 7, kNoId}, {16, 7, kNoId}, {32, 7, kNoId}};
+  } list;
+  return ::setxattr(directory.c_str(), "system.posix_acl_default", &list, sizeof list, 0) == 0;
+}
+
+class Losses : public RngctlTest {
+ protected:
+  static std::string SetAndWarn() {
+    const Result result = Run("default set unixdev 12345678901234567 2>&1 | grep -v refuses");
+    return result.output;
+  }
+};
+
+}  // namespace
+
+TEST_F(Losses, ADiskWithoutRoomForTheNewEntryIsFull) {
+  const SmallDisk disk;
+  if (!disk.IsMounted()) GTEST_SKIP() << "this user cannot mount a small disk";
+  const std::string old = Settings(kBlock - 20);
+  WriteFile(Ini(), old);
+  disk.Fill(1);
+  const Result result = Run("default set unixdev 12345678901234567");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors,
+              HasSubstr("is full. Make room on that disk, and try again. Nothing was changed."));
+  EXPECT_EQ(old, ReadFile(Ini()));
+  disk.Fill(2);
+  EXPECT_EQ(0, Run("default set unixdev 12345678901234567").status);
+  EXPECT_THAT(ReadFile(Ini()), AllOf(HasSubstr("ID=12345678901234567\n"), EndsWith(kEnd)));
+}
+
+TEST_F(Losses, ALeftOverFileIsNoRoomForALargerOne) {
+  const SmallDisk disk;
+  if (!disk.IsMounted()) GTEST_SKIP() << "this user cannot mount a small disk";
+  const std::string old = Settings(3 * kBlock - 200);
+  WriteFile(Ini(), old);
+  WriteFile(Ini() + ".tmp", "left over");
+  disk.Fill(0);
+  EXPECT_EQ(1, Run("default set unixdev").status);
+  EXPECT_EQ(old, ReadFile(Ini()));
+  WriteFile(Ini() + ".tmp", "");
+  fs::resize_file(TreePath("etc/filler"), fs::file_size(TreePath("etc/filler")) - 2 * kBlock);
+  WriteFile(Ini() + ".tmp", std::string(3 * kBlock, 'x'));
+  EXPECT_EQ(0, Run("default set unixdev").status);
+  EXPECT_THAT(ReadFile(Ini()), AllOf(HasSubstr("Type=unixdev\n"), EndsWith(kEnd)));
+}
+
+TEST_F(Losses, ALimitOnFileSizesIsNamedEvenIfItsSignalIsIgnored) {
+  const std::string old = Settings(1500);
+  WriteFile(Ini(), old);
+  for (const std::string signal : {"-", "''"}) {
+    const Result result = RunShell("trap " + signal + " XFSZ; ulimit -f 1; exec " + Rngctl() +
+                                   " default set unixdev");
+    EXPECT_EQ(1, result.status);
+    EXPECT_THAT(result.errors,
+                AllOf(HasSubstr("this process may write no file of more than "),
+                      HasSubstr(" bytes (ulimit -f). Correct that, and try again. Nothing was")));
+    EXPECT_EQ(old, ReadFile(Ini()));
+  }
+  EXPECT_EQ(0, RunShell("ulimit -f 8; exec " + Rngctl() + " default set unixdev").status);
+}
+
+TEST_F(Losses, ALastLineWithoutAnEndIsNamed) {
+  WriteFile(Ini(), std::string(kBegin) + "last=1");
+  EXPECT_EQ("Warning: line 5 of " + Ini() +
+                " is the last one and does not end with a line feed. Storing removes it.\n"
+                "The default is now unixdev, device 12345678901234567.\n",
+            SetAndWarn());
+  WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=a");
+  EXPECT_EQ("The default is now unixdev, device 12345678901234567.\n", SetAndWarn());
+}
+
+TEST_F(Losses, AZeroByteIsNamed) {
+  WriteFile(Ini(), std::string(kBegin) + std::string("a\0b\n", 4) + kEnd);
+  EXPECT_EQ("Warning: line 5 of " + Ini() +
+                " contains a zero byte. Storing removes the rest of the line from there.\n"
+                "The default is now unixdev, device 12345678901234567.\n",
+            SetAndWarn());
+  EXPECT_THAT(ReadFile(Ini()), EndsWith("\na\nlast=1\n"));
+}
+
+TEST_F(Losses, AnAccessControlListDoesNotDecideWhoWrites) {
+  fs::create_directory(TreePath("etc"));
+  if (!OpenToEverybody(TreePath("etc"))) GTEST_SKIP() << "there are no access control lists here";
+  EXPECT_EQ(0, Run("default set unixdev").status);
+  EXPECT_EQ(0644U, ModeOf(Ini()));
+  fs::permissions(Ini(), fs::perms(0600));
+  EXPECT_EQ(0, Run("default set unixdev").status);
+  EXPECT_EQ(0600U, ModeOf(Ini()));
+}
+
+TEST_F(Losses, AServiceThatEndsTheProgramIsAFailure) {
+  InstallKnownPath("quitting");
+  for (const char* command : {"default", "default set unixdev"}) {
+    const Result result = Run(command);
+    EXPECT_EQ(1, result.status) << command;
+    EXPECT_THAT(result.output, IsEmpty());
+    EXPECT_EQ(
+        "rngctl: A plug-in or the known-path service ended the program.\n"
+        "Run \"rngctl doctor\" to find out which.\n",
+        result.errors);
+  }
+}
+
+TEST_F(Losses, TooFewDescriptorsAreNoFaultOfTheFile) {
+  WriteFile(Ini(), Settings(200));
+  bool isSeen = false;
+  for (int limit = 3; limit < 8; ++limit) {
+    const Result result = RunShell("ulimit -n " + std::to_string(limit) + "; exec " + Rngctl() +
+                                   " default set unixdev");
+    const bool isReading = result.errors.find("cannot be read (Too many") != std::string::npos;
+    const bool isNamed = result.errors.find("Allow more with ulimit -n") != std::string::npos;
+    EXPECT_EQ(isReading, isNamed) << result.errors;
+    isSeen = isSeen || isReading;
+    EXPECT_THAT(ReadFile(Ini()), EndsWith(kEnd));
+  }
+  EXPECT_TRUE(isSeen);
+}
