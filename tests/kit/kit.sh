@@ -235,6 +235,10 @@ PROJECT
     cmake --build "$room/build" --target uninstall >/dev/null
     [ "$(find "$room/tree" ! -type d)" = "$room/tree/lib/mine" ] || fail "left: $(find "$room/tree" ! -type d)"
     [ -z "$(find "$room/tree" -iname '*rngaggregator*' ! -path '*/etc/*')" ] || fail "folders are left"
+    mkdir "$room/tree/lib/stuck"
+    echo "$room/tree/lib/stuck" >"$room/build/install_manifest.txt"
+    cmake --build "$room/build" --target uninstall >"$room/log" 2>&1 && fail "a file that stays is no failure"
+    tr -s " \n" " " <"$room/log" | grep -q "/stuck cannot be removed" || fail "the file that stays is not named"
     ;;
   EveryKindGetsItsFileAndFactory)
     begin_project CXX
