@@ -161,6 +161,12 @@ TEST_F(ListAsJson, HasFlagsWithoutNamesAndTextsWithControls) {
   EXPECT_TRUE(generators[2]["flags"].empty());
 }
 
+TEST_F(ListAsJson, HasNothingThatPluginsPrint) {
+  InstallPlugin("dsdr", "prints_start");
+  EXPECT_EQ("dsdr", List()[0]["name"]);
+  EXPECT_THAT(Run("list --json").errors, HasSubstr("driver"));
+}
+
 TEST_F(ListAsJson, SaysWhatIsWrongWithAReport) {
   fs::copy(FakePlugin("dsdr", "breaking/report_crashes"), TreePath("lib"));
   EXPECT_EQ("Its device report crashed with signal 6 (Aborted).", List()[0]["report_fault"]);

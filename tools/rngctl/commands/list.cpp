@@ -5,12 +5,14 @@
 #include "tools/rngctl/devices/ask.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/started_aggregator.h"
+#include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -128,11 +130,15 @@ void RunList(bool asJson) {
   const NoEarlyExit guard;
   std::vector<Generator> generators;
   std::vector<Reporter> reporters;
-  WithStartedAggregator([&] {
-    generators = LoadedGenerators();
-    if (!asJson) PrintTable(generators);
-    reporters = FindReporters();
-  });
+  {
+    std::optional<OutputToErrors> redirection;
+    if (asJson) redirection.emplace();  // what a plug-in prints would spoil the JSON
+    WithStartedAggregator([&] {
+      generators = LoadedGenerators();
+      if (!asJson) PrintTable(generators);
+      reporters = FindReporters();
+    });
+  }
   AddReports(reporters, generators);
   asJson ? PrintJson(generators) : PrintReports(generators);
   if (generators.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");

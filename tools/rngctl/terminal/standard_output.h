@@ -9,4 +9,17 @@ void FinishOutput();
 /// numbers. Writing to such a one fails as before. Call it first.
 void OpenStandardDescriptors();
 
+/// While it lives, standard output is standard error for all of the process, also for what plug-ins have
+/// in the buffer of `stdout`.
+class OutputToErrors {
+ public:
+  OutputToErrors();
+  OutputToErrors(const OutputToErrors&) = delete;
+  OutputToErrors& operator=(const OutputToErrors&) = delete;
+  ~OutputToErrors();
+
+ private:
+  const int output;
+};
+
 #endif
