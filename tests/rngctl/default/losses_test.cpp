@@ -182,3 +182,35 @@ TEST_F(Losses, TooFewDescriptorsAreNoFaultOfTheFile) {
   }
   EXPECT_TRUE(isSeen);
 }
+
+TEST_F(Losses, ALinkToTheTemporaryFileKeepsItsTarget) {
+  WriteFile(Ini() + ".tmp", kBegin);
+  fs::create_symlink("rng.ini.tmp", Ini());
+  const Result result = Run("default set unixdev");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: The default could not be stored in " + Ini() + ": it leads to " + Ini() +
+                ".tmp, which storing removes. Put the file in its place: mv " + Ini() + ".tmp " +
+                Ini() + ". Nothing was changed.\n",
+            result.errors);
+  EXPECT_EQ(kBegin, ReadFile(Ini()));
+}
+
+TEST_F(Losses, ADirectoryThatItsOwnerMayNotUseIsMended) {
+  WriteFile(Ini(), kBegin);
+  const auto setWithMode = [](unsigned mode) {
+    fs::permissions(TreePath("etc"), fs::perms(mode));
+    return RunForked([] {
+      if (::geteuid() == 0 && ::chown(TreePath("etc").c_str(), 65534, 65534) != 0) return 126;
+      const Unprivileged user;
+      ::execl(Rngctl().c_str(), "rngctl", "default", "set", "unixdev", nullptr);
+      return 127;
+    });
+  };
+  EXPECT_THAT(setWithMode(0555).errors,
+              EndsWith("Fix: chmod u+rwX " + TreePath("etc") + ". Nothing was changed.\n"));
+  EXPECT_THAT(setWithMode(0311).errors,
+              EndsWith("cannot be locked (Permission denied). Fix: chmod u+r " + TreePath("etc") +
+                       ". Nothing was changed.\n"));
+  fs::permissions(TreePath("etc"), fs::perms(0755));
+  EXPECT_EQ(kBegin, ReadFile(Ini()));
+}

@@ -106,7 +106,8 @@ std::string NameOwners(const PathFacts& file) {
 
 void RefuseToStore(const std::string& file, const std::string& why, const std::string& fix) {
   throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + ": " + why + ". " +
-                                     fix + " Nothing was changed.");
+                                     fix + (fix.ends_with('.') ? "" : ".") +
+                                     " Nothing was changed.");
 }
 
 void RefuseAfterStoring(const std::string& file, const std::string& found,
@@ -142,9 +143,13 @@ void CheckLinks(const std::string& file) {
   const PathFacts entry = LookAtEntry(temporary);
   if (!entry.Exists()) return;
   const std::string why = WhyForeign(temporary, entry);
-  if (why.empty()) return;
-  RefuseToStore(file, temporary + " " + why + ", and storing would write to it",
-                "Remove it: rm " + temporary + ".");
+  if (!why.empty()) {
+    RefuseToStore(file, temporary + " " + why + ", and storing would write to it",
+                  "Remove it: " + std::string(entry.IsDirectory() ? "rmdir " : "rm ") + temporary);
+  }
+  if (LookThrough(file).node != entry.node) return;
+  RefuseToStore(file, "it leads to " + temporary + ", which storing removes",
+                "Put the file in its place: mv " + temporary + " " + file);
 }
 
 void CheckStorable(const std::string& file) {

@@ -72,8 +72,8 @@ void CheckLock(const DirectoryLock& lock, const std::string& file) {
     RefuseToStore(file, "another process has kept " + directory + " locked for five seconds",
                   "Try again when it has finished.");
   }
-  RefuseToStore(file, directory + " cannot be locked (" + std::strerror(lock.Error()) + ")",
-                kRetry);
+  const std::string fix = lock.Error() == EACCES ? "Fix: chmod u+r " + directory : kRetry;
+  RefuseToStore(file, directory + " cannot be locked (" + std::strerror(lock.Error()) + ")", fix);
 }
 
 bool LetLibraryStore(const Default& chosen) {
