@@ -206,7 +206,8 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"available_crashes", "null-settings empty-settings built-in-settings",
                "in IsAvailable with null settings", "Compare the settings, and what they return"},
         Breach{"draw_crashes", "draw-succeeds", "It crashed with signal 6 (Aborted) in Generate.",
-               "No operation may end the process"}),
+               "No operation may end the process: find the place with a debugger, for example gdb "
+               "-ex \"set follow-fork-mode child\" --args rngctl read"}),
     NameOf);
 
 TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
