@@ -12,8 +12,8 @@ struct RngInfoEx {
   IRngProvider* provider;  ///< ended by `Release`
 };
 
-/// The owning list of loaded providers, in catalogue order. What a stop has left behind because a
-/// `Release` threw stands before what the next start adds.
+/// The owning list of loaded providers, in catalogue order. If a `Release` threw during a stop,
+/// the providers that it left come before those that the next start adds.
 ///
 /// The destructor closes the libraries that are still open, first to last, and calls no provider, not
 /// even `Release`.

@@ -33,7 +33,7 @@ function(rng_add_plugin kind)
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     LINK_DEPENDS ${exports})
-  if(TARGET rngaggregator)  # the library is a part of this project: beside it, where it searches
+  if(TARGET rngaggregator)  # built in this project: put the plug-in where it searches
     get_target_property(folder rngaggregator LIBRARY_OUTPUT_DIRECTORY)
     if(folder)
       set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${folder})

@@ -1,5 +1,5 @@
-# Run in a build folder: removes the files that "cmake --install" has put into an installation, and the
-# folders of the project's own that are then empty. The settings stay.
+# Run in a build directory: removes the files that "cmake --install" installed from there, and the project's
+# own directories if they are empty then. The settings stay.
 file(STRINGS install_manifest.txt files)
 foreach(file IN LISTS files)
   set(file $ENV{DESTDIR}${file})

@@ -69,7 +69,7 @@ int Stop() {
 
 int main() {
   const int status = Guarded(StartAndPrint);
-  // A start in which a plug-in threw is stopped, too. One that could not take the lock never began.
+  // A start in which a plug-in threw must be stopped, too. One that could not take the lock has not begun.
   const int stopStatus = IsInitialized() ? Guarded(Stop) : 0;
   return status != 0 ? status : stopStatus;
 }

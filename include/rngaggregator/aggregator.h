@@ -99,8 +99,8 @@ bool IsInitialized();
 std::int32_t GetAvailableRng(IRngProvider** providers, std::uint32_t mask);
 
 /// Returns the first loaded provider that currently reports exactly the name `name`
-/// (NUL-terminated, not null, case-sensitive). The empty name finds the first provider that reports
-/// none.
+/// (NUL-terminated, not null, case-sensitive). An empty name finds the first provider that reports no
+/// name.
 ///
 /// Ownership: the pointer is borrowed, valid until the final `ShutDown`. Never call Release on it.
 /// Threads:   any, unlocked; not during the starting `Initialize` or the final `ShutDown`.

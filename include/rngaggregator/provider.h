@@ -53,8 +53,8 @@
 ///
 /// Exceptions. The aggregator catches nothing: whatever a plug-in throws reaches the host, possibly
 /// after the aggregator has closed the plug-in's library. So throw nothing, or at most the standard
-/// library's own types: a class defined in the plug-in is gone once its library is closed. That
-/// includes all classes of a C++ library which is linked statically into the plug-in.
+/// library's own types: a class defined in the plug-in is gone once its library is closed. So
+/// are all classes of a C++ library that is linked statically into the plug-in.
 
 #include <cstddef>
 #include <cstdint>
