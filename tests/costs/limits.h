@@ -29,7 +29,7 @@ constexpr CostLimit kCostLimits[] = {
 };
 
 constexpr long kRelocations = 201;          // goal 120
-constexpr long kStrippedBytes = 51 * 1024;  // goal 32 KiB; a page of it is control-flow protection
+constexpr long kStrippedBytes = 51 * 1024;  // goal 32 KiB; control-flow protection takes a page
 constexpr long kNeededLibraries = 3;
 constexpr long kPrivateKiB = 8;
 

@@ -1,4 +1,4 @@
-// To be preloaded: the aggregator's only mutex cannot be locked, and each attempt is told on standard
+// Preloaded: makes every attempt to lock the aggregator's only mutex fail, and reports it on standard
 // error. All other mutexes work.
 
 #include <cerrno>

@@ -34,7 +34,7 @@ Result CompleteInZsh() {
 TEST_F(RngctlTest, ShellsOfferTheLoadedKindsFirst) {
   InstallPlugin("sobol", "flagless");
   InstallPlugin("biokbd");
-  InstallPlugin("dsdr", "reports_devices");  // which are not taken for kinds
+  InstallPlugin("dsdr", "reports_devices");  // the devices must not be completed as kinds
   const std::string kinds =
       "dsdr\nsobol\nbiokbd\nunixdev\n"
       "bioqt\nunixx11\naccord\nJacartaGost\nRutoken\nEsmartGost\ngrandmaster\nbiocore\n";

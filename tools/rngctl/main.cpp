@@ -46,9 +46,10 @@ std::string CheckMask(const std::string& text) {
                  : "";
 }
 
-// An empty name is usually an unset variable of a script, so the bytes must not go somewhere else.
+// An empty name usually comes from an unset variable in a script. The bytes must not go to standard
+// output instead.
 std::string CheckFileName(const std::string& text) {
-  return text.empty() ? "the name of the file is empty" : "";
+  return text.empty() ? "the file name is empty" : "";
 }
 
 void AddList(CLI::App& app, bool& asJson) {
@@ -98,9 +99,9 @@ void AddDefault(CLI::App& app, std::uint32_t& mask, std::string& name, std::stri
           ->capture_default_str()
           ->check(CheckMask);
   CLI::App* const set = show->add_subcommand("set", "Store the default generator");
-  set->add_option("NAME", name, "The generator, at most 17 characters; \"\" removes the default")
+  set->add_option("NAME", name, "The generator, at most 17 bytes; \"\" removes the default")
       ->required();
-  set->add_option("HARDWARE-ID", hardwareId, "The device to use, at most 17 characters");
+  set->add_option("HARDWARE-ID", hardwareId, "The device to use, at most 17 bytes");
   set->excludes(maskOption);
   set->callback([&name, &hardwareId] { RunDefaultSet(name, hardwareId); });
   show->callback([show, &mask] {
@@ -123,14 +124,15 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
       "separate process, so a crash or a hang ends neither the doctor nor the other\n"
       "examinations. Where the two results differ, the start is authoritative. What a plug-in\n"
       "prints on standard error is shown.\n\n"
-      "Exit status: 0 every installed plug-in works, or is skipped because it needs a display\n"
-      "and there is none, the configured default can be used, and other users cannot change what\n"
-      "root's processes load or write; with KIND, programs get that generator from the library,\n"
-      "even if others have problems; 1 a plug-in does not work, the default cannot be used, the\n"
-      "start, the stop or the search for the display fails, or other users can change such files;\n"
-      "with KIND, its plug-in is not installed, does not work or lacks a display, or something\n"
-      "else prevents programs from getting it; 2 wrong usage; 3 all kinds were examined and no\n"
-      "generator is usable. If an examination fails, the status is 1, too.");
+      "Exit status:\n"
+      "  0  Every installed plug-in works, or is skipped because it needs a display and there is\n"
+      "     none. The library starts and stops. The configured default can be used, and no line\n"
+      "     that was meant to configure it is ignored. Other users cannot change what root's\n"
+      "     processes load or write.\n"
+      "     With KIND: programs get that generator, even if other plug-ins have problems.\n"
+      "  1  One of these is not true, or an examination failed.\n"
+      "  2  Wrong usage.\n"
+      "  3  Without KIND: no generator is usable.");
   doctor->callback([&request] { RunDoctor(request); });
 }
 

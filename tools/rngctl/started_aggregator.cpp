@@ -54,11 +54,11 @@ Failure Start() {
   }
 }
 
-pid_t g_guarded = 0;  // a process that a plug-in forks may exit
+pid_t g_guarded = 0;  // only this process: one that a plug-in forks may exit
 
 void FailWhenExitingEarly(int status, void*) {
   if (g_guarded != ::getpid() || status != 0) return;
-  std::cerr << "rngctl: A plug-in or the known-path service ended the program.\n"
+  std::cerr << "rngctl: A plug-in or the known-path service terminated the program.\n"
                "Run \"rngctl doctor\" to find out which.\n";
   std::_Exit(kNegativeAnswer);
 }
@@ -75,7 +75,7 @@ NoEarlyExit::~NoEarlyExit() { g_guarded = 0; }
 void WithStartedAggregator(const std::function<void()>& work) {
   const Failure startFailure = Start();
   const Failure failure = startFailure ? startFailure : Try(work);
-  // A failed start has raised the count, too, unless it could not take the lock.
+  // A start that failed also raised the count, unless it could not take the lock.
   const Failure stopFailure = IsInitialized() ? Try(ShutDown) : std::nullopt;
   if (failure) throw Refusal(*failure);
   if (stopFailure) throw Refusal(*stopFailure);

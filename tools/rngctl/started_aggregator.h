@@ -11,8 +11,8 @@
 /// destroyed.
 void WithStartedAggregator(const std::function<void()>& work);
 
-/// While it lives, the program fails, with a message, if a plug-in or the known-path service ends it by
-/// exit(0): its result is not complete. One at a time.
+/// While it lives, the program fails with a message if a plug-in or the known-path service calls exit(0),
+/// because the result is not complete. At most one exists at a time.
 class NoEarlyExit {
  public:
   NoEarlyExit();

@@ -1,4 +1,4 @@
-// Reports a device, and once that is selected, another spelling of it that it does not accept.
+// Reports a device. When that is selected, it reports another spelling, which it does not accept.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Does something else in its second draw, which the macro DO names. The others fill the buffer with A5.
+// Fills the buffer with A5 in every draw but the second, which does what the macro DO names.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Each drawn byte is 1 if a crash could leave a core now, else 0. With RNG_LOOK_FOR_BYTES, the bytes
+// Each drawn byte is 1 if a crash could now leave a core dump, else 0. With RNG_LOOK_FOR_BYTES, the bytes
 // are a pattern instead, and Release throws if the pattern is still in the memory of the process.
 
 #include "tests/fake_plugins/correct_rng.h"
@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kPatternSize = 64;
 
-// Computed, so that it is not in the memory by itself.
+// Computed, so that the program itself does not contain it.
 unsigned char PatternAt(std::size_t place) {
   return static_cast<unsigned char>((place % kPatternSize * 37 + 11) ^ 0x5C);
 }
@@ -29,7 +29,7 @@ bool HasPattern(const unsigned char* bytes, std::size_t size) {
   return false;
 }
 
-// Through a file, because some of the memory may not be read otherwise in an instrumented program.
+// Through a file, because an instrumented program forbids reading some of its memory directly.
 bool IsIn(int memory, std::uint64_t start, std::uint64_t end) {
   static unsigned char piece[65536];
   bool isFound = false;
@@ -37,17 +37,17 @@ bool IsIn(int memory, std::uint64_t start, std::uint64_t end) {
     const ssize_t size = ::pread(memory, piece, std::min<std::uint64_t>(sizeof piece, end - place),
                                  static_cast<off_t>(place));
     isFound = isFound || (size > 0 && HasPattern(piece, static_cast<std::size_t>(size)));
-    ::explicit_bzero(piece, sizeof piece);  // what it finds here the next time was put here
+    ::explicit_bzero(piece, sizeof piece);  // so that the next search does not find the copy here
   }
   return isFound;
 }
 
 bool IsInMemory() {
   constexpr std::uint64_t kLargest =
-      1UL << 28;  // instrumented programs have larger ones, not all in use
+      1UL << 28;  // instrumented programs have larger ones, mostly unused
 
   const int dumpable = ::prctl(PR_GET_DUMPABLE);
-  ::prctl(PR_SET_DUMPABLE, 1);  // otherwise only root opens the memory
+  ::prctl(PR_SET_DUMPABLE, 1);  // otherwise only root may open the memory
   std::FILE* const maps = std::fopen("/proc/self/maps", "re");
   const int memory = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
   if (!maps || memory < 0) throw std::runtime_error("the memory cannot be read");

@@ -52,11 +52,11 @@ TEST(Check, AReportOfDevicesIsAllowed) {
 // The device that the report names and that the plug-in accepts is selected first.
 TEST(Check, SaysThatTheReportedDeviceWasSelectedInVain) {
   const json report = Report(FakePlugin("dsdr", "reports_devices"));
-  EXPECT_EQ("GetHardwareId reports no device, even after \"R1\" is selected",
+  EXPECT_EQ("GetHardwareId reports no device, even after \"R1\" was selected",
             Reason(report, "own-device"));
 }
 
-// The C library never ends its own thread for the timer.
+// The C library keeps its own thread for the timer.
 TEST(Check, ATimerThatNotifiesAThreadIsNoFault) {
   if (!std::ifstream("/proc/self/syscall")) {
     GTEST_SKIP() << "this system does not show what threads wait for";

@@ -59,7 +59,7 @@ TEST_F(RngctlTest, TheEmptyNameRemovesTheDefault) {
   ASSERT_EQ(0, Run("default set unixdev X1").status);
   const Result set = Run("default set ''");
   EXPECT_EQ(0, set.status);
-  EXPECT_EQ("No default is configured now.\n", set.output);
+  EXPECT_EQ("No default is configured.\n", set.output);
   EXPECT_EQ(1, Run("default --mask 0").status);
 }
 
@@ -67,7 +67,7 @@ TEST_F(RngctlTest, OverlongSettingsAreExplained) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=123456789012345678\n");
   const Result result = Run("default");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: There is no default: the configured one is longer than 17 characters.\n",
+  EXPECT_EQ("rngctl: There is no default: the configured one is longer than 17 bytes.\n",
             result.errors);
 }
 
@@ -77,8 +77,8 @@ TEST_F(RngctlTest, UnwritableSettingsAreASentenceWithTheReason) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("rngctl: The default could not be stored in " + TreePath(kSettingsFile) + ": " +
                 TreePath(kSettingsFile) +
-                " cannot be reached (Not a directory). Correct that, and try again. Nothing was "
-                "changed.\n",
+                " cannot be reached (Not a directory). Nothing was changed. Fix that, and try "
+                "again.\n",
             result.errors);
   EXPECT_EQ("a file in the way", ReadFile(TreePath("etc")));
 }
@@ -90,8 +90,8 @@ TEST_F(RngctlTest, AStoreThatTheLibraryDoesNotSeeFailIsNoticed) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(
       "rngctl: The default could not be stored in " + TreePath(kSettingsFile) +
-          ": it reads back as \"sobol\". Look whether the file could be replaced, and whether "
-          "another section or key in it comes first.\n",
+          ": it reads back as \"sobol\". Check that the file can be replaced and that no other "
+          "section or key that the library reads comes first in it.\n",
       result.errors);
 }
 
@@ -99,7 +99,7 @@ TEST_F(RngctlTest, WarnsOfADefaultThatCannotBeUsed) {
   InstallPlugin("dsdr", "has_devices");
   EXPECT_THAT(Run("default set dsdr B2").errors, IsEmpty());
   EXPECT_EQ(
-      "Warning: the generator \"dsdr\" refuses the device \"C3\" now. \"rngctl list\" shows the "
+      "Warning: the generator \"dsdr\" refuses the device \"C3\". \"rngctl list\" shows the "
       "devices of generators that report them. The default was stored anyway.\n",
       Run("default set dsdr C3").errors);
   EXPECT_EQ(
@@ -107,8 +107,7 @@ TEST_F(RngctlTest, WarnsOfADefaultThatCannotBeUsed) {
       "anyway.\n",
       Run("default set unixdve").errors);
   EXPECT_EQ(
-      "Warning: there is no usable generator \"sobol\" now. Run \"rngctl doctor sobol\" to find "
-      "out "
+      "Warning: there is no usable generator \"sobol\". Run \"rngctl doctor sobol\" to find out "
       "why. The default was stored anyway.\n",
       Run("default set sobol").errors);
 }

@@ -87,8 +87,9 @@ TEST_F(Losses, ADiskWithoutRoomForTheNewEntryIsFull) {
   disk.Fill(1);
   const Result result = Run("default set unixdev 12345678901234567");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors,
-              HasSubstr("is full. Make room on that disk, and try again. Nothing was changed."));
+  EXPECT_THAT(
+      result.errors,
+      HasSubstr("is full. Nothing was changed. Free some space on that disk, and try again."));
   EXPECT_EQ(old, ReadFile(Ini()));
   disk.Fill(2);
   EXPECT_EQ(0, Run("default set unixdev 12345678901234567").status);
@@ -118,9 +119,10 @@ TEST_F(Losses, ALimitOnFileSizesIsNamedEvenIfItsSignalIsIgnored) {
     const Result result = RunShell("trap " + signal + " XFSZ; ulimit -f 1; exec " + Rngctl() +
                                    " default set unixdev");
     EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.errors,
-                AllOf(HasSubstr("this process may write no file of more than "),
-                      HasSubstr(" bytes (ulimit -f). Correct that, and try again. Nothing was")));
+    EXPECT_THAT(
+        result.errors,
+        AllOf(HasSubstr("this process may write no file of more than "),
+              HasSubstr(" bytes (ulimit -f). Nothing was changed. Fix that, and try again.")));
     EXPECT_EQ(old, ReadFile(Ini()));
   }
   EXPECT_EQ(0, RunShell("ulimit -f 8; exec " + Rngctl() + " default set unixdev").status);
@@ -162,7 +164,7 @@ TEST_F(Losses, AServiceThatEndsTheProgramIsAFailure) {
     EXPECT_EQ(1, result.status) << command;
     EXPECT_THAT(result.output, IsEmpty());
     EXPECT_EQ(
-        "rngctl: A plug-in or the known-path service ended the program.\n"
+        "rngctl: A plug-in or the known-path service terminated the program.\n"
         "Run \"rngctl doctor\" to find out which.\n",
         result.errors);
   }
@@ -189,8 +191,8 @@ TEST_F(Losses, ALinkToTheTemporaryFileKeepsItsTarget) {
   const Result result = Run("default set unixdev");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("rngctl: The default could not be stored in " + Ini() + ": it leads to " + Ini() +
-                ".tmp, which storing removes. Put the file in its place: mv " + Ini() + ".tmp " +
-                Ini() + ". Nothing was changed.\n",
+                ".tmp, which storing removes. Nothing was changed. Put the file in its place: mv " +
+                Ini() + ".tmp " + Ini() + "\n",
             result.errors);
   EXPECT_EQ(kBegin, ReadFile(Ini()));
 }
@@ -207,10 +209,11 @@ TEST_F(Losses, ADirectoryThatItsOwnerMayNotUseIsMended) {
     });
   };
   EXPECT_THAT(setWithMode(0555).errors,
-              EndsWith("Fix: chmod u+rwX " + TreePath("etc") + ". Nothing was changed.\n"));
-  EXPECT_THAT(setWithMode(0311).errors,
-              EndsWith("cannot be locked (Permission denied). Fix: chmod u+r " + TreePath("etc") +
-                       ". Nothing was changed.\n"));
+              EndsWith(" Nothing was changed. Fix: chmod u+rwX " + TreePath("etc") + "\n"));
+  EXPECT_THAT(
+      setWithMode(0311).errors,
+      EndsWith("cannot be locked (Permission denied). Nothing was changed. Fix: chmod u+r " +
+               TreePath("etc") + "\n"));
   fs::permissions(TreePath("etc"), fs::perms(0755));
   EXPECT_EQ(kBegin, ReadFile(Ini()));
 }

@@ -1,4 +1,4 @@
-// How "default set" stores: modes, the lock, interruptions, and what it refuses or warns of.
+// How "default set" stores: modes, the lock, interruptions, refusals and warnings.
 
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/permissions.h"
@@ -55,12 +55,13 @@ class Store : public RngctlTest {
   }
 
   // Nothing but the refusal is left behind.
-  static void ExpectRefusal(const std::string& why, const std::string& content = kOld) {
+  static void ExpectRefusal(const std::string& why, const std::string& fix,
+                            const std::string& content = kOld) {
     const Result result = Run("default set unixdev");
     EXPECT_EQ(1, result.status);
     EXPECT_THAT(result.output, IsEmpty());
     EXPECT_EQ("rngctl: The default could not be stored in " + Ini() + ": " + why +
-                  " Nothing was changed.\n",
+                  ". Nothing was changed. " + fix + "\n",
               result.errors);
     EXPECT_EQ(content, ReadFile(Ini()));
   }
@@ -99,8 +100,9 @@ TEST_F(Store, SaysWhoMayNoLongerReadTheFile) {
   EXPECT_EQ(0, result.status);
   EXPECT_EQ(
       "Warning: " + Ini() +
-          " belongs to the user \"root\" and the group \"root\" now, and not to the user \"root\" "
-          "and the group 4711, who may no longer be able to read it. Fix: chown 0:4711 " +
+          " now belongs to the user \"root\" and the group \"root\". Before, it belonged to the "
+          "user \"root\" and the group 4711, who may no longer be able to read it. Fix: chown "
+          "0:4711 " +
           Ini() + "\n",
       result.errors);
   EXPECT_EQ(0640U, ModeOf(Ini()));
@@ -121,13 +123,13 @@ TEST_F(Store, RefusesALeftOverLink) {
   WriteFile(TreePath("victim"), "untouched");
   fs::create_symlink(TreePath("victim"), Temporary());
   ExpectRefusal(Temporary() + " is a symbolic link to " + TreePath("victim") +
-                ", and storing would write to it. Remove it: rm " + Temporary() + ".");
+                    ", and storing would write to it",
+                "Remove it: rm " + Temporary());
   EXPECT_EQ("untouched", ReadFile(TreePath("victim")));
   fs::remove(Temporary());
   fs::create_hard_link(TreePath("victim"), Temporary());
-  ExpectRefusal(Temporary() +
-                " has 2 names (hard links), and storing would write to it. Remove it: rm " +
-                Temporary() + ".");
+  ExpectRefusal(Temporary() + " has 2 names (hard links), and storing would write to it",
+                "Remove it: rm " + Temporary());
   EXPECT_EQ("untouched", ReadFile(TreePath("victim")));
 }
 
@@ -136,9 +138,8 @@ TEST_F(Store, RefusesTheLeftOverFileOfAnotherUser) {
   WriteFile(Ini(), kOld);
   WriteFile(Temporary(), "left over");
   ASSERT_EQ(0, ::chown(Temporary().c_str(), kAnother, kAnother));
-  ExpectRefusal(Temporary() +
-                " belongs to the user 4711, and storing would write to it. Remove it: rm " +
-                Temporary() + ".");
+  ExpectRefusal(Temporary() + " belongs to the user 4711, and storing would write to it",
+                "Remove it: rm " + Temporary());
   EXPECT_EQ("left over", ReadFile(Temporary()));
 }
 
@@ -151,12 +152,13 @@ TEST_F(Store, ReplacesTheFileThatAnEarlierProcessLeft) {
   EXPECT_THAT(ReadFile(Ini()), EndsWith("\n\n[Other]\nkey=value\n"));
 }
 
-TEST_F(Store, FinishesWhatAKilledProcessBegan) {
+TEST_F(Store, CompletesTheStoreOfAKilledProcess) {
   WriteFile(Temporary(), kOld);
   const Result result = Run("default set unixdev");
   EXPECT_EQ(0, result.status);
-  EXPECT_EQ("Warning: " + Ini() + " was missing. Its contents were in " + Temporary() +
-                ", which an interrupted process had left, and were put back.\n",
+  EXPECT_EQ("Warning: " + Ini() +
+                " was missing because an earlier store was interrupted. It was restored from " +
+                Temporary() + ".\n",
             result.errors);
   EXPECT_THAT(ReadFile(Ini()),
               AllOf(HasSubstr("Type=unixdev\n"), EndsWith("[Other]\nkey=value\n")));
@@ -196,8 +198,8 @@ TEST_F(Store, WaitsForAnotherProcessThatStores) {
 TEST_F(Store, GivesUpWhenTheLockIsKept) {
   WriteFile(Ini(), kOld);
   const FolderLock lock;
-  ExpectRefusal("another process has kept " + Folder() +
-                " locked for five seconds. Try again when it has finished.");
+  ExpectRefusal("another process has kept " + Folder() + " locked for five seconds",
+                "Try again when it has finished.");
 }
 
 TEST_F(Store, ReadingGoesOnWhenTheLockIsKept) {
@@ -239,8 +241,8 @@ TEST_F(Store, SaysThatALinkIsReplaced) {
   EXPECT_EQ(0, result.status);
   EXPECT_EQ(
       "Warning: " + Ini() +
-          " is a symbolic link to ../place/ini. A file of its own replaces it; that one does not "
-          "change.\n",
+          " is a symbolic link to ../place/ini. Storing replaces the link with a file and leaves "
+          "its target unchanged.\n",
       result.errors);
   EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(Ini())));
   EXPECT_EQ(kOld, ReadFile(TreePath("place/ini")));
@@ -249,10 +251,8 @@ TEST_F(Store, SaysThatALinkIsReplaced) {
 TEST_F(Store, DoesNotCreateWhatADanglingLinkNames) {
   fs::create_directory(Folder());
   fs::create_symlink(TreePath("gone"), Ini());
-  ExpectRefusal("it is a symbolic link to " + TreePath("gone") +
-                    ", where there is no file. Put a file there, or remove the link: rm " + Ini() +
-                    ".",
-                "");
+  ExpectRefusal("it is a symbolic link to " + TreePath("gone") + ", which does not exist",
+                "Create that file, or remove the link: rm " + Ini(), "");
   EXPECT_FALSE(fs::exists(TreePath("gone")));
 }
 
@@ -269,8 +269,8 @@ TEST_F(Store, WarnsOfALineThatCutsTheFile) {
   WriteFile(Ini(), kOld + std::string(512, 'x') + "\nlost=1\n");
   EXPECT_EQ(
       "Warning: line 6 of " + Ini() +
-          " has 512 characters. Storing removes it and all lines after it, because it has more "
-          "than 511.\n",
+          " has 512 bytes, more than the 511 that the library can copy. Storing removes it and all "
+          "lines after it.\n",
       Run("default set unixdev").errors);
   EXPECT_THAT(ReadFile(Ini()), EndsWith("[Other]\nkey=value\n"));
 }
@@ -287,12 +287,13 @@ TEST_F(Store, NamesTheOwnerOfWhatThisUserMayNotWrite) {
     });
   };
   EXPECT_EQ("rngctl: The default could not be stored in " + Ini() + ": " + Folder() +
-                " cannot be written by this user (Permission denied). " + Folder() +
-                " belongs to the administrator; try with sudo. Nothing was changed.\n",
+                " cannot be written by this user (Permission denied). Nothing was changed. " +
+                Folder() + " belongs to root. Try again with sudo.\n",
             setAsUser().errors);
   ASSERT_EQ(0, ::chown(Folder().c_str(), kAnother, kAnother));
-  EXPECT_THAT(setAsUser().errors,
-              HasSubstr(Folder() + " belongs to the user 4711; try as that user or with sudo."));
+  EXPECT_THAT(
+      setAsUser().errors,
+      HasSubstr(Folder() + " belongs to the user 4711. Try again as that user or with sudo."));
   EXPECT_EQ(kOld, ReadFile(Ini()));
 }
 
@@ -304,7 +305,7 @@ TEST_F(Store, AFullDiskIsNamedBeforeTheFileIsLost) {
   }
   WriteFile(Ini(), kOld);
   RunShell("cat /dev/zero >" + disk + "/filler");
-  ExpectRefusal("the disk of " + disk + " is full. Make room on that disk, and try again.");
+  ExpectRefusal("the disk of " + disk + " is full", "Free some space on that disk, and try again.");
   ::umount2(disk.c_str(), MNT_DETACH);
 }
 
@@ -314,7 +315,7 @@ TEST_F(Store, ARelativeDirectoryIsRefused) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(
       "rngctl: The default could not be stored in gone/place/etc/rng.ini: its directory is not an "
-      "absolute path. Correct that, and try again. Nothing was changed.\n",
+      "absolute path. Nothing was changed. Fix that, and try again.\n",
       result.errors);
 }
 

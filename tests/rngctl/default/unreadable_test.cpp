@@ -101,7 +101,8 @@ TEST_F(UnreadableSettings, TheModeOfTheFileAndItsOwnerAreNamed) {
   WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
   fs::permissions(Ini(), fs::perms(0));
   const Result result = RunAsUser("default");
-  ExpectUnreadable(result, "Permission denied: " + Ini() + " is 0000 and belongs to the user ");
+  ExpectUnreadable(result,
+                   "Permission denied: " + Ini() + " has mode 0000 and belongs to the user ");
   EXPECT_THAT(result.errors, HasSubstr(": chmod a+r " + Ini() + "\n"));
   ExpectUnreadable(RunAsUser("read -n 2"), "Permission denied: ");
 }
@@ -111,6 +112,7 @@ TEST_F(UnreadableSettings, TheDirectoryThatCannotBeSearchedIsNamed) {
   fs::permissions(TreePath("etc"), fs::perms(0600));
   const Result result = RunAsUser("default");
   fs::permissions(TreePath("etc"), fs::perms(0700));
-  ExpectUnreadable(result, "Permission denied: " + TreePath("etc") + " is 0600 and belongs to ");
+  ExpectUnreadable(result,
+                   "Permission denied: " + TreePath("etc") + " has mode 0600 and belongs to ");
   EXPECT_THAT(result.errors, HasSubstr(": chmod a+x " + TreePath("etc") + "\n"));
 }

@@ -40,7 +40,7 @@ TEST(DeviceReport, DropsLinesThatBreakTheContractAndNamesTheFirst) {
         {"device\tA\t", form},
         {"problem\t", form},
         {"device\t\tFirst", "names a device without an identifier"},
-        {"device\t123456789012345678\tFirst", "more than 17 characters"},
+        {"device\t123456789012345678\tFirst", "more than 17 bytes"},
         {"device\tB\tAgain", "repeats the identifier \"B\""},
         {"device\tA\tFi\033[2Jrst", "has a control character, or is not UTF-8"},
         {"device\tA\tFirst\r", "has a control character, or is not UTF-8"},

@@ -46,7 +46,7 @@ TEST_F(Doctor, AnExceptionOfThePluginsOwnClassIsPutIntoWords) {
 
 namespace {
 
-// Each of them is named, and runs until this ends it.
+// Each of them is named, and keeps running until this function ends it.
 void EndLeftProcesses(const json& processes, std::size_t count) {
   EXPECT_EQ(count, processes.size());
   EXPECT_EQ(count, CountProcessesOf(TreePath("sleep")));

@@ -33,10 +33,9 @@ TEST_F(Doctor, WarnsOfAnotherLibraryThatProgramsMayLoad) {
   const std::string own = Examine("dsdr").at("library").at("file");
   const std::string name = fs::path(own).filename();
   const auto warning = [](const std::string& other, const std::string& used) {
-    return "There is also " + other +
-           ". Which of the two a program loads depends on its run path and on LD_LIBRARY_PATH; "
-           "rngctl uses " +
-           used + ". Remove the one that you do not need.";
+    return "Programs may load " + other + " instead of " + used +
+           ", which rngctl uses: that depends on their run paths and on LD_LIBRARY_PATH. Remove "
+           "the one that you do not need.";
   };
   fs::create_directory(TreePath("other"));
   const std::string other = TreePath("other/") + name;

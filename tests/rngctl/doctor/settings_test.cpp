@@ -81,9 +81,10 @@ TEST_F(Doctor, SaysWhatAFailingServiceMeans) {
   EXPECT_EQ(
       "rngctl: The settings file cannot be read: the known-path service returns no directory.\n",
       silent.errors);
-  EXPECT_THAT(silent.output,
-              HasSubstr("\nSettings file: Reinstall or update the known-path service, " + file +
-                        "; until then the library reads no configured default and stores none.\n"));
+  EXPECT_THAT(
+      silent.output,
+      HasSubstr("\nSettings file: Reinstall or update the known-path service, " + file +
+                ". Until then, the library reads no configured default and stores none.\n"));
   InstallKnownPath("throwing");
   const Result throwing = Run("doctor");
   EXPECT_EQ(1, throwing.status);
@@ -92,7 +93,7 @@ TEST_F(Doctor, SaysWhatAFailingServiceMeans) {
       "directories today.\n",
       throwing.errors);
   EXPECT_THAT(throwing.output,
-              HasSubstr(file + "; until then every program that asks for the default fails the "
+              HasSubstr(file + ". Until then, every program that asks for the default fails the "
                                "same way.\n"));
   EXPECT_EQ(0, Run("doctor unixdev").status);
 }
@@ -110,7 +111,7 @@ TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=\n");
   EXPECT_THAT(Run("doctor").output,
               HasSubstr("\nDefault          none: the file sets no "
-                        "RandomNumberGeneratorType in a section [Devices]\n"));
+                        "RandomNumberGeneratorType in the section [Devices]\n"));
   fs::remove(TreePath(kSettingsFile));
   fs::create_directory(TreePath(kSettingsFile));
   EXPECT_THAT(Run("doctor").output, AllOf(HasSubstr("not readable (it is a directory)"),
@@ -146,8 +147,9 @@ TEST_F(Doctor, SaysThatTheLineOfTheDeviceIsIgnored) {
             "[Devices]\nRandomNumberGeneratorType=dsdr\n RandomNumberGeneratorHardwareID=A1\n");
   const Result result = Run("doctor");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.output, HasSubstr("\nDefault          dsdr, usable, but with any device: line "
-                                       "3 has blanks before RandomNumberGeneratorHardwareID\n"));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nDefault          dsdr, usable, but the device is not read: line "
+                        "3 has blanks before RandomNumberGeneratorHardwareID\n"));
 }
 
 TEST_F(Doctor, SaysHowToMakeTheSettingsReadable) {
@@ -169,9 +171,9 @@ TEST_F(Doctor, SettingsThatCannotBeReadAreANegativeAnswer) {
   const Result result = Run("doctor");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("rngctl: The settings file cannot be read: it is a directory.\n", result.errors);
-  EXPECT_EQ(
-      "Move the directory " + TreePath(kSettingsFile) + " away: the library expects a file there.",
-      Examine("").at("settings").at("fix"));
+  EXPECT_EQ("Rename or remove the directory " + TreePath(kSettingsFile) +
+                ": the library expects a file there.",
+            Examine("").at("settings").at("fix"));
   fs::remove(TreePath(kSettingsFile));
   fs::create_symlink("/dev/null", TreePath(kSettingsFile));
   EXPECT_EQ(json(), Examine("").at("settings").at("fix"));

@@ -80,7 +80,7 @@ TEST_F(Doctor, GuessesWhichKindIsMeant) {
 }
 
 TEST_F(Doctor, HelpTellsTheExitStatusAndKeepsTheChildToItself) {
-  EXPECT_THAT(Run("doctor --help").output, HasSubstr("Exit status: 0"));
+  EXPECT_THAT(Run("doctor --help").output, HasSubstr("Exit status:\n  0  "));
   EXPECT_THAT(Run("--help").output, AllOf(HasSubstr("doctor "), Not(HasSubstr("doctor-child"))));
   for (const char* arguments : {"--timeout 0", "--timeout 3601", "--timeout 010", "--timeout x",
                                 "--timeout -1", "dsdr sobol"}) {

@@ -94,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
              "did not answer within 1 s when asked whether it is available", "--timeout"}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
-// It comes with the library, so there is no vendor to ask.
+// This plug-in comes with the library, so there is no vendor to ask.
 TEST_F(Doctor, SaysWhereToGetThePluginOfTheProject) {
   EXPECT_EQ(
       "To use this generator, install the package rng-plugin-unixdev, or reinstall the library: "

@@ -110,14 +110,14 @@ TEST_F(RngctlTest, AnExceptionOfThePluginsOwnClassIsASentence) {
   }
 }
 
-TEST_F(RngctlTest, APluginThatEndsTheProgramIsAFailure) {
+TEST_F(RngctlTest, APluginThatTerminatesTheProgramIsAFailure) {
   for (const char* place : {"Opening_Quit", "Release_Quit"}) {
     InstallPlugin("dsdr", std::string("disturbing/") + place);
     for (const char* command : {"list", "list --json", "default"}) {
       const Result result = Run(command);
       EXPECT_EQ(1, result.status) << command;
       EXPECT_EQ(
-          "rngctl: A plug-in or the known-path service ended the program.\n"
+          "rngctl: A plug-in or the known-path service terminated the program.\n"
           "Run \"rngctl doctor\" to find out which.\n",
           result.errors);
     }

@@ -1,4 +1,4 @@
-// Draws of "rngctl read" that end badly. None leaves half a result that looks whole, or half a file.
+// Draws of "rngctl read" that end badly. None leaves a partial file, or a partial result that looks complete.
 
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/tree.h"
@@ -48,14 +48,14 @@ TEST_P(RngctlBadEnd, IsAFailureAndLeavesTheOldFile) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, RngctlBadEnd,
-                         testing::Values(BadEnd("Exit", "ended its process with status 0"),
-                                         BadEnd("ExitAtOnce", "ended its process with status 0"),
-                                         BadEnd("ExitWithChild", "ended its process with status 0"),
+                         testing::Values(BadEnd("Exit", "exited with status 0"),
+                                         BadEnd("ExitAtOnce", "exited with status 0"),
+                                         BadEnd("ExitWithChild", "exited with status 0"),
                                          BadEnd("Crash",
                                                 "crashed with signal 11 (Segmentation fault)"),
                                          BadEnd("KillItself", "crashed with signal 9 (Killed)"),
                                          BadEnd("EndThread", "crashed with signal 6 (Aborted)"),
-                                         BadEnd("CloseAll", "ended its process with status 1")));
+                                         BadEnd("CloseAll", "exited with status 1")));
 
 TEST_F(RngctlTest, AFailedStopLeavesNoFile) {
   InstallPlugin("dsdr", "throwing_release");

@@ -93,7 +93,7 @@ TEST_F(RngctlTest, ALinkIsRefusedAndItsTargetNamed) {
   for (const std::string option : {"", " --force"}) {
     const Result result = Run("read unixdev -n 2 -o " + TreePath("keys/link") + option);
     EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.errors, HasSubstr("it is a link to \"target\"; name the file itself."));
+    EXPECT_THAT(result.errors, HasSubstr("it is a link to \"target\"; name the target itself."));
     EXPECT_EQ(1, Run("read unixdev -n 2 -o " + TreePath("keys/dangling") + option).status);
   }
   EXPECT_EQ("old", ReadFile(TreePath("keys/target")));
@@ -115,7 +115,7 @@ TEST_F(RngctlTest, AFileOfAnotherUserIsReplacedOnlyWithForce) {
   const std::string draw = "read unixdev -n 2 -o " + (IsRoot() ? TreePath("key") : "/etc/passwd");
   const Result refused = Run(draw);
   EXPECT_EQ(1, refused.status);
-  EXPECT_THAT(refused.errors, HasSubstr("it belongs to another user, number " +
+  EXPECT_THAT(refused.errors, HasSubstr("it belongs to another user (UID " +
                                         std::to_string(IsRoot() ? kNobody : 0)));
   EXPECT_EQ("old", ReadFile(TreePath("key")));
   const Result forced = Run(draw + " --force");
@@ -177,13 +177,13 @@ TEST_F(RngctlTest, WhatAppearsDuringTheDrawIsNotReplaced) {
   InstallPlugin("dsdr", "drawing/PlaceLink");
   const Result linked = RunShell(draw);
   EXPECT_EQ(1, linked.status);
-  EXPECT_THAT(linked.errors, HasSubstr("it is a link to \"elsewhere\"; name the file itself."));
+  EXPECT_THAT(linked.errors, HasSubstr("it is a link to \"elsewhere\"; name the target itself."));
   EXPECT_TRUE(fs::is_symlink(TreePath("keys/key")));
   EXPECT_EQ(1U, CountFiles("keys"));
   if (!IsRoot()) GTEST_SKIP() << "only root can give files away";
   fs::remove(TreePath("keys/key"));
   InstallPlugin("dsdr", "drawing/GiveAway");
-  EXPECT_THAT(RunShell(draw).errors, HasSubstr("it belongs to another user, number 4711"));
+  EXPECT_THAT(RunShell(draw).errors, HasSubstr("it belongs to another user (UID 4711)"));
   EXPECT_EQ("", ReadFile(TreePath("keys/key")));
   EXPECT_EQ(0, RunShell(draw + " --force").status);
   EXPECT_EQ(10001U, ReadFile(TreePath("keys/key")).size());

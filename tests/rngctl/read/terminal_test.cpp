@@ -20,7 +20,7 @@ Result RunOnTerminal(const std::string& command) {
 
 }  // namespace
 
-// A shell script takes the place of the terminal's user.
+// A shell script plays the user at the terminal.
 TEST_F(RngctlTest, AnInterruptedDrawLeavesTheTerminalAsItWas) {
   InstallPlugin("dsdr", "drawing/HideTyping");
   const std::string log = TreePath("log");

@@ -47,7 +47,7 @@ bool WriteFrame(int descriptor, std::uint32_t mark, const std::string& bytes) {
   return WriteAll(descriptor, frame.data(), frame.size());
 }
 
-// The content of the last complete frame with that mark.
+// Returns the content of the last complete frame with that mark.
 std::optional<std::string> FindLast(const std::string& sent, std::uint32_t mark) {
   std::optional<std::string> last;
   Header header;

@@ -15,7 +15,7 @@ bool WriteMessage(int descriptor, const std::string& bytes);
 /// written among the messages.
 std::optional<std::string> FindLastMessage(const std::string& sent);
 
-/// What the child said last about its end, "" for nothing. Not a message.
+/// Why the child terminated, as it said itself; "" if it did not. Not one of the messages.
 std::string FindLastWords(const std::string& sent);
 
 /// In a child: opens its end, a descriptor that the parent has chosen, and returns the bytes of the
@@ -25,7 +25,7 @@ std::optional<std::string> OpenChannel(int descriptor);
 /// In a child: sends a message to the parent. Any thread; messages do not mix.
 void SendMessage(const std::string& bytes);
 
-/// In a child that ends: the same, for its last words.
+/// In a child that is about to terminate: tells the parent why.
 void SendLastWords(const std::string& words);
 
 #endif

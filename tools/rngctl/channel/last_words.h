@@ -3,9 +3,9 @@
 
 #include <string>
 
-/// In a child, once: if std::terminate ends it, the parent is told so, with the message of the exception
-/// that was not caught. Then the handler that was there before runs. A plug-in with a C++ runtime of its
-/// own does not reach this one.
+/// In a child, once: installs a handler for std::terminate. It tells the parent, with the message of the
+/// uncaught exception, and calls the previous handler. It does not run for a plug-in that has its own C++
+/// runtime.
 void WatchTermination();
 
 /// The message of the exception that is being handled, cut to a size that can be sent; "" if it has none.

@@ -3,8 +3,8 @@
 
 #include <csignal>
 
-/// While it lives, no signal handler runs in this thread: one of a plug-in may call what is locked. Signals
-/// that end the process wait, too, but for the one in `exception`.
+/// While it lives, all signals to this thread wait, except `exception`. A plug-in's handler might call what
+/// is locked, and a signal without a handler might terminate the process halfway.
 class SignalBlock {
  public:
   explicit SignalBlock(int exception = 0) {

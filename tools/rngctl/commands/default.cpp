@@ -15,13 +15,13 @@ namespace {
 
 constexpr std::size_t kLongest = kRngNameSize - 1;
 
-// Refuses, before anything is written, what the library would store but could not return, and what
-// would control the terminal of those who look at it.
+// Refuses what the library would store but could not return, and what would control the terminal when
+// it is shown. Nothing has been written so far.
 void CheckText(const std::string& what, const std::string& text) {
   const std::string named = what + " " + Quoted(text);
   if (text.size() > kLongest) {
-    throw Refusal(kWrongUsage, named + " has " + std::to_string(text.size()) +
-                                   " characters; at most " + std::to_string(kLongest) +
+    throw Refusal(kWrongUsage, named + " has " + std::to_string(text.size()) + " bytes; at most " +
+                                   std::to_string(kLongest) +
                                    " can be stored. Nothing was changed.");
   }
   const bool hasBlankEnd = text.starts_with(' ') || text.ends_with(' ');
@@ -54,7 +54,7 @@ void PrintDefault(std::uint32_t mask) {
   if (!answer.isFound) {
     if (configured.kind.size() > kLongest || configured.device.size() > kLongest) {
       throw Refusal(kNegativeAnswer, "There is no default: the configured one is longer than " +
-                                         std::to_string(kLongest) + " characters.");
+                                         std::to_string(kLongest) + " bytes.");
     }
     throw Refusal(kNegativeAnswer,
                   "There is no default: none is configured, and no kind in the mask is usable.");
@@ -66,7 +66,7 @@ void PrintDefault(std::uint32_t mask) {
 
 std::string WhyNotFound(const std::string& kind) {
   if (IsKind(kind)) {
-    return "there is no usable generator " + Quoted(kind) + " now. Run \"rngctl doctor " + kind +
+    return "there is no usable generator " + Quoted(kind) + ". Run \"rngctl doctor " + kind +
            "\" to find out why.";
   }
   const std::string meant = FindMeantKind(kind);
@@ -81,7 +81,7 @@ std::string WhyNotUsable(const Default& chosen) {
   if (!rng) return WhyNotFound(chosen.kind);
   if (chosen.device.empty() || rng->SelectDevice(chosen.device.c_str())) return "";
   return "the generator " + Quoted(chosen.kind) + " refuses the device " + Quoted(chosen.device) +
-         " now. \"rngctl list\" shows the devices of generators that report them.";
+         ". \"rngctl list\" shows the devices of generators that report them.";
 }
 
 // The default is stored, so nothing that the plug-ins do is a failure of the command.
@@ -109,10 +109,10 @@ void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
   CheckText("The hardware identifier", hardwareId);
   const Default chosen{name, hardwareId};
   {
-    const NoEarlyExit guard;  // the known-path service may end the program, too
+    const NoEarlyExit guard;  // the known-path service may terminate the program, too
     StoreDefault(chosen);
   }
-  std::cout << (name.empty() ? "No default is configured now.\n"
+  std::cout << (name.empty() ? "No default is configured.\n"
                              : "The default is now " + Printable(Describe(chosen)) + ".\n")
             << std::flush;  // a plug-in may end the process
   if (!name.empty()) WarnUnlessUsable(chosen);

@@ -26,7 +26,7 @@ bool IsListed(const DeviceReport& report, const std::string& identifier) {
 
 std::string FaultOfDevice(const DeviceReport& report, const std::string& identifier) {
   if (identifier.empty()) return "names a device without an identifier";
-  if (identifier.size() >= kRngNameSize) return "has an identifier of more than 17 characters";
+  if (identifier.size() >= kRngNameSize) return "has an identifier of more than 17 bytes";
   return IsListed(report, identifier) ? "repeats the identifier " + Quoted(identifier) : "";
 }
 

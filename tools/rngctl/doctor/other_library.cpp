@@ -22,10 +22,9 @@ std::string WarnOfOtherLibrary(const SearchOrder& search) {
     const std::string other = FindAsLoaderDoes(name, WithProcessorDirectories({"", {place}, {}}));
     std::error_code unknown;
     if (other.empty() || fs::equivalent(other, search.library, unknown)) continue;
-    return "There is also " + WithoutDotDot(other) +
-           ". Which of the two a program loads depends on its run path and on LD_LIBRARY_PATH; "
-           "rngctl uses " +
-           search.library + ". Remove the one that you do not need.";
+    return "Programs may load " + WithoutDotDot(other) + " instead of " + search.library +
+           ", which rngctl uses: that depends on their run paths and on LD_LIBRARY_PATH. Remove "
+           "the one that you do not need.";
   }
   return "";
 }

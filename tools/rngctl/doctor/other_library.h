@@ -3,9 +3,8 @@
 
 #include "tools/rngctl/loader/search_order.h"
 
-/// A sentence about another file with the library's name, on LD_LIBRARY_PATH, beside rngctl or in the
-/// folder for libraries beside that; "" if there is none. Programs may load that one: their own run paths
-/// are not known.
+/// A warning about another file with the library's name on LD_LIBRARY_PATH, beside rngctl or in ../lib
+/// beside it; "" if there is none. Programs may load that one, because their run paths are not known.
 std::string WarnOfOtherLibrary(const SearchOrder& search);
 
 #endif

@@ -57,13 +57,13 @@ std::string DescribeDefault(const DoctorReport& report) {
   const std::string& ignored = settings.ignored.problem;
   if (!settings.type.empty()) {
     return configured + (report.start.findsDefault ? ", usable" : ", not examined") +
-           (ignored.empty() ? "" : ", but with any device: " + ignored);
+           (ignored.empty() ? "" : ", but the device is not read: " + ignored);
   }
   if (!ignored.empty()) return configured + ": " + ignored;
   if (!settings.problem.empty()) return "unknown";
   if (!settings.exists) return configured + " configured";
   return configured + (settings.readingFault.empty()
-                           ? ": the file sets no RandomNumberGeneratorType in a section [Devices]"
+                           ? ": the file sets no RandomNumberGeneratorType in the section [Devices]"
                            : ": the settings file cannot be read");
 }
 

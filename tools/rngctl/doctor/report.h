@@ -43,9 +43,9 @@ struct GeneratorReport {
   std::string summary = {};  ///< the verdict in words
   std::string fix = {};      ///< what to do about it, in a sentence
   std::vector<std::string> warnings = {};
-  bool isFlagless = false;                 ///< it reports no capability bits
-  bool failsInFlags = false;               ///< asking for them does not return; GetRng does not ask
-  bool prints = false;                     ///< on standard output
+  bool isFlagless = false;    ///< it reports no capability bits
+  bool failsInFlags = false;  ///< asking for the bits does not return; GetRng does not ask
+  bool prints = false;        ///< on standard output
   std::vector<std::string> changes = {};   ///< what it leaves different in the process
   double seconds = 0;                      ///< that its examination took, from opening to closing
   std::vector<Device> devices = {};        ///< that the plug-in reports
@@ -74,7 +74,7 @@ struct SettingsReport {
   std::string writingFault = {};  ///< why no default can be stored
   std::string service = {};       ///< the file of the known-path service that is in use
   std::string problem = {};       ///< why it is unknown what is configured
-  std::string fix = {};           ///< of that, or of what keeps programs from reading the file
+  std::string fix = {};           ///< for that, or for what keeps programs from reading the file
   bool endsHosts = false;         ///< who asks for the default never gets an answer
   std::string type = {};          ///< the configured default
   std::string hardwareId = {};

@@ -95,14 +95,13 @@ std::string DescribeFailureInFlags(const PluginAnswer& answer, const ChildResult
   return "threw an exception" + (answer.exception.empty() ? "" : ": " + answer.exception);
 }
 
-// Programs that look the generator up get it all the same.
+// Programs that look the generator up by name get it anyway.
 void PutFailureInFlags(GeneratorReport& report, const PluginAnswer& answer,
                        const std::string& failure) {
   report.failsInFlags = true;
   report.warnings.push_back("When asked for its capability flags, it " + failure +
                             ". Programs that list generators by capability fail the same way; "
-                            "programs that ask for it by "
-                            "name get it. Report this to the vendor.");
+                            "programs that ask for it by name get it. Report this to the vendor.");
   answer.name ? PutKept(report, *answer.name) : PutInternalError(report);
 }
 

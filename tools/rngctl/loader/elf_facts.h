@@ -21,9 +21,9 @@ struct ElfFacts {
 /// this machine.
 ElfFacts ReadElfFacts(const std::string& path);
 
-/// Whether the file exports the symbol itself, which a lookup in an open library does not tell: that
-/// also finds those of dependencies. False for what is not a shared library for this machine. Reads only
-/// regular files, because reading anything else might never return.
+/// Whether the file itself exports the symbol; a lookup in an open library also finds symbols of its
+/// dependencies. False for what is not a shared library for this machine. Reads only regular files,
+/// because reading anything else might never return.
 bool Exports(const std::string& path, const std::string& symbol);
 
 #endif

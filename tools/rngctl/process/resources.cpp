@@ -31,8 +31,8 @@ std::optional<std::uint64_t> ReadMemory(std::uint64_t address) {
   return value;
 }
 
-// The thread that the C library starts for timers with SIGEV_THREAD waits for its internal signal alone,
-// which no other code can do: sigaddset refuses that signal.
+// The thread that the C library starts for timers with SIGEV_THREAD waits for an internal signal alone. No
+// other code can do that, because sigaddset refuses this signal.
 bool IsTimerThread(const std::string& thread) {
   constexpr std::uint64_t kOnlyInternalSignal = std::uint64_t{1} << 31;  // signal 32
   std::ifstream state("/proc/self/task/" + thread + "/syscall");

@@ -7,6 +7,6 @@
 void RefuseForeignRights() {
   if (::getuid() == ::geteuid() && ::getgid() == ::getegid()) return;
   throw Refusal(kNegativeAnswer,
-                "The default is not stored with the rights of another user. Remove the set-user-ID "
-                "and set-group-ID bits of rngctl, and use sudo.");
+                "rngctl does not store a default with the rights of another user. Remove the "
+                "set-user-ID and set-group-ID bits from rngctl, and use sudo.");
 }

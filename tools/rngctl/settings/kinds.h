@@ -3,11 +3,11 @@
 
 #include <string>
 
-/// Whether a plug-in of that kind may exist.
+/// Whether the catalogue has that kind.
 bool IsKind(const std::string& name);
 
-/// The kind that somebody who wrote an unknown one probably meant, by its name or by that of its file:
-/// "unixx11" for "biox11", because its file is librngbiox11.so. "" if no name resembles it.
+/// The kind that was probably meant by an unknown name: one with a similar name, or with a similar file
+/// name. For "biox11" that is "unixx11", whose file is librngbiox11.so. "" if nothing is similar.
 std::string FindMeantKind(const std::string& name);
 
 #endif

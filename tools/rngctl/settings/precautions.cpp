@@ -17,9 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kLongestLine = 511;  // that the library copies
+constexpr std::size_t kLongestLine = 511;  // the library stops copying at a longer one
 
-// Empty for a relative path of which nothing exists.
+// The nearest directory that exists. Empty if no part of a relative path exists.
 std::string NearestPlace(const std::string& file) {
   std::string place = DirectoryOf(file);
   while (!LookThrough(place).Exists() && place != DirectoryOf(place)) place = DirectoryOf(place);
@@ -34,18 +34,17 @@ std::string FindDenial(const std::string& file) {
   return LookThrough(file).Exists() && !MayAccess(file, R_OK) ? file : "";
 }
 
-// A sentence.
 std::string WhatToDo(const std::string& file) {
   const std::string denial = FindDenial(file);
   if (!denial.empty()) {
     const uid_t owner = LookThrough(denial).owner;
-    if (owner == 0) return denial + " belongs to the administrator; try with sudo.";
+    if (owner == 0) return denial + " belongs to root. Try again with sudo.";
     if (owner == ::geteuid()) return "Fix: chmod u+rwX " + denial;
     return denial + " belongs to " + FindUsers().NameOfUser(owner) +
-           "; try as that user or with sudo.";
+           ". Try again as that user or with sudo.";
   }
   const bool isFull = !WhyNoSpace(NearestPlace(file), LookThrough(file).size + kMostAdded).empty();
-  return isFull ? "Make room on that disk, and try again." : "Correct that, and try again.";
+  return isFull ? "Free some space on that disk, and try again." : "Fix that, and try again.";
 }
 
 std::string TargetOf(const std::string& link) {
@@ -61,20 +60,19 @@ std::string WhyForeign(const std::string& path, const PathFacts& entry) {
   return entry.names == 1 ? "" : "has " + Counted(entry.names, "name") + " (hard links)";
 }
 
-// Storing replaces it anyway.
+// A line of the old default, which storing replaces anyway.
 bool IsEntry(const std::string& line) {
   return line.starts_with("RandomNumberGeneratorType") ||
          line.starts_with("RandomNumberGeneratorHardwareID");
 }
 
 std::string DescribeLongLine(std::size_t size) {
-  return "has " + std::to_string(size) +
-         " characters. Storing removes it and all lines after it, because it has more than " +
-         std::to_string(kLongestLine) + ".";
+  return "has " + std::to_string(size) + " bytes, more than the " + std::to_string(kLongestLine) +
+         " that the library can copy. Storing removes it and all lines after it.";
 }
 
-// What the library does not copy of a line; "" if it copies all. `line` has no carriage returns: it does
-// not count them.
+// What the library does not copy of a line; "" if it copies all. It does not count carriage returns, so
+// `line` has none.
 std::string DescribeLoss(const std::string& line, bool isEnded) {
   if (line.size() > kLongestLine) return DescribeLongLine(line.size());
   if (!isEnded && !line.empty() && !IsEntry(line)) {
@@ -105,20 +103,19 @@ std::string NameOwners(const PathFacts& file) {
 }  // namespace
 
 void RefuseToStore(const std::string& file, const std::string& why, const std::string& fix) {
-  throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + ": " + why + ". " +
-                                     fix + (fix.ends_with('.') ? "" : ".") +
-                                     " Nothing was changed.");
+  throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + ": " + why +
+                                     ". Nothing was changed. " + fix);
 }
 
 void RefuseAfterStoring(const std::string& file, const std::string& found,
                         const std::string& error) {
   const std::string reason = error.empty() ? "" : " (" + error + ")";
   const std::string noSpace = WhyNoSpace(NearestPlace(file), 0);
-  const std::string advice = noSpace.empty() ? "Look whether the file could be replaced, and "
-                                               "whether another section or key in it comes "
-                                               "first."
+  const std::string advice = noSpace.empty() ? "Check that the file can be replaced and that no "
+                                               "other section or key that the library reads comes "
+                                               "first in it."
                                              : "The reason is probably that " + noSpace +
-                                                   ". Make room on it, and try again.";
+                                                   ". Free some space, and try again.";
   throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + reason +
                                      ": it reads back as " + Quoted(found) + ". " + advice);
 }
@@ -129,15 +126,17 @@ void FinishInterruptedStore(const std::string& file) {
   if (LookAtEntry(file).error != ENOENT || !entry.Exists() || entry.size == 0) return;
   if (!WhyForeign(temporary, entry).empty()) return;
   if (std::rename(temporary.c_str(), file.c_str()) != 0) return;
-  std::cerr << Printable("Warning: " + file + " was missing. Its contents were in " + temporary +
-                         ", which an interrupted process had left, and were put back.")
+  std::cerr << Printable("Warning: " + file +
+                         " was missing because an earlier store was interrupted. It "
+                         "was restored from " +
+                         temporary + ".")
             << '\n';
 }
 
 void CheckLinks(const std::string& file) {
   if (LookAtEntry(file).IsLink() && LookThrough(file).error == ENOENT) {
-    RefuseToStore(file, "it is a symbolic link to " + TargetOf(file) + ", where there is no file",
-                  "Put a file there, or remove the link: rm " + file + ".");
+    RefuseToStore(file, "it is a symbolic link to " + TargetOf(file) + ", which does not exist",
+                  "Create that file, or remove the link: rm " + file);
   }
   const std::string temporary = file + ".tmp";
   const PathFacts entry = LookAtEntry(temporary);
@@ -162,8 +161,9 @@ void CheckStorable(const std::string& file) {
 
 void WarnOfLosses(const std::string& file) {
   if (LookAtEntry(file).IsLink()) {
-    std::cerr << Printable("Warning: " + file + " is a symbolic link to " + TargetOf(file) +
-                           ". A file of its own replaces it; that one does not change.")
+    std::cerr << Printable(
+                     "Warning: " + file + " is a symbolic link to " + TargetOf(file) +
+                     ". Storing replaces the link with a file and leaves its target unchanged.")
               << '\n';
   }
   WarnOfLostLines(file);
@@ -174,9 +174,10 @@ void WarnOfNewOwner(const std::string& file, const PathFacts& before) {
   const bool isSame = before.owner == now.owner && before.group == now.group;
   const bool isForEverybody = (now.mode & S_IROTH) != 0;
   if (!before.IsRegular() || isSame || isForEverybody) return;
-  std::cerr << Printable(
-                   "Warning: " + file + " belongs to " + NameOwners(now) + " now, and not to " +
-                   NameOwners(before) + ", who may no longer be able to read it. Fix: chown " +
-                   std::to_string(before.owner) + ":" + std::to_string(before.group) + " " + file)
+  std::cerr << Printable("Warning: " + file + " now belongs to " + NameOwners(now) +
+                         ". Before, it belonged to " + NameOwners(before) +
+                         ", who may no longer be able to read it. Fix: chown " +
+                         std::to_string(before.owner) + ":" + std::to_string(before.group) + " " +
+                         file)
             << '\n';
 }

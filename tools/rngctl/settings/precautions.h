@@ -9,7 +9,7 @@
 /// What must hold before the library stores a default in `file`. Those that find a reason not to store
 /// throw a `Refusal` with it.
 
-/// Nothing has been changed so far. `why` has no full stop, `fix` is a sentence.
+/// For use before anything is changed. `why` has no full stop; `fix` is a sentence or ends with a command.
 [[noreturn]] void RefuseToStore(const std::string& file, const std::string& why,
                                 const std::string& fix);
 
@@ -22,18 +22,20 @@
 /// puts the new one in its place.
 void FinishInterruptedStore(const std::string& file);
 
-/// The library follows a dangling link and creates what it names, and it writes into a left-over
-/// temporary file: what a link of that name leads to, or a file that another user keeps open.
+/// Refuses a dangling link, because the library would create its target. Refuses a temporary file that
+/// this user did not leave, because the library would write into it: to the target of a link, or to a
+/// file that another user holds open.
 void CheckLinks(const std::string& file);
 
-/// That the library can read the file to its end and replace it completely. The refusal says whose the file is.
+/// Checks that the library can read the file to its end and replace it completely. If permissions prevent
+/// that, the refusal names the owner.
 void CheckStorable(const std::string& file);
 
 /// Prints what storing will remove, apart from the old default.
 void WarnOfLosses(const std::string& file);
 
-/// The file is stored. Prints that it has another owner or group than before, if its mode keeps those from
-/// reading it.
+/// After storing: prints that the owner or the group has changed, if the mode keeps the old ones from
+/// reading the file.
 void WarnOfNewOwner(const std::string& file, const PathFacts& before);
 
 #endif

@@ -30,7 +30,7 @@ std::string Octal(mode_t mode) {
 ReadingFault ExplainDenial(const std::string& file) {
   const std::string closed = FindUnsearchable(file);
   const PathFacts facts = LookThrough(closed.empty() ? file : closed);
-  const std::string what = (closed.empty() ? file : closed) + " is " + Octal(facts.mode) +
+  const std::string what = (closed.empty() ? file : closed) + " has mode " + Octal(facts.mode) +
                            " and belongs to " + FindUsers().NameOfUser(facts.owner);
   const std::string fix =
       closed.empty()
@@ -43,7 +43,7 @@ ReadingFault ExplainError(const std::string& file, int error) {
   if (error == EACCES) return ExplainDenial(file);
   if (error == ENOENT && LookAtEntry(file).IsLink()) {
     return {"it is a dangling symbolic link",
-            "Put a file where it leads, or remove it: rm " + file};
+            "Create the file that it leads to, or remove it: rm " + file};
   }
   if (error == EMFILE || error == ENFILE) {
     return {std::strerror(error), "Allow more with ulimit -n; 16 are enough."};
@@ -51,7 +51,7 @@ ReadingFault ExplainError(const std::string& file, int error) {
   return {std::strerror(error), "Replace it with a regular file, or remove it."};
 }
 
-// The errno; EFBIG when the end does not come.
+// Returns the errno, EFBIG if the end does not come.
 int ReadToEnd(const std::string& file) {
   const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
   if (descriptor < 0) return errno;
@@ -93,7 +93,7 @@ ReadingFault FindReadingFault(const std::string& file) {
   const PathFacts facts = LookThrough(file);
   if (facts.IsDirectory()) {
     return {"it is a directory",
-            "Move the directory " + file + " away: the library expects a file there."};
+            "Rename or remove the directory " + file + ": the library expects a file there."};
   }
   if (!facts.IsRegular()) {
     return {"it is " + KindOfFile(facts), "Replace it with a regular file, or remove it."};

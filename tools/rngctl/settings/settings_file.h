@@ -9,12 +9,12 @@
 /// Throws a `Refusal` if the service throws.
 std::string FindSettingsFile();
 
-/// True also when this user may not look whether it exists, and for a dangling link.
+/// True also for a dangling link, and if this user may not find out whether the file exists.
 bool MayExist(const std::string& file);
 
 struct ReadingFault {
-  std::string problem;  ///< in words that follow "it cannot be read"; "" if it can
-  std::string fix;      ///< a sentence
+  std::string problem;  ///< a clause for "it cannot be read (...)"; "" if it can
+  std::string fix;      ///< a sentence, or one that ends with a command
 };
 
 /// Why reading the file fails or does not end: a FIFO, a device, or more bytes than settings ever have.
@@ -25,8 +25,8 @@ ReadingFault FindReadingFault(const std::string& file);
 /// configured, or never return.
 void RefuseUnreadableSettings();
 
-/// Keeps other processes of rngctl from storing while it lives: for a moment, they leave no file. Where
-/// the directory cannot be locked, the file is read all the same.
+/// Keeps other processes of rngctl from storing while it lives, because there is no file for a moment when
+/// they do. If the directory cannot be locked, the file is read anyway.
 DirectoryLock LockForReading();
 
 #endif

@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr char kRetry[] = "Correct that, and try again.";
+constexpr char kRetry[] = "Fix that, and try again.";
 
 class Umask {
  public:
@@ -43,14 +43,13 @@ mode_t MaskFor(const PathFacts& old) {
   return kOthersMayNotWrite | (old.IsRegular() ? ~old.mode & 0266U : 0U);
 }
 
-// A default access control list of the directory takes the place of the umask.
+// If the directory has a default access control list, that replaces the umask.
 void RemoveRights(const std::string& file, mode_t rights) {
   const mode_t mode = LookAtEntry(file).mode & 0777U;
   if ((mode & rights) == 0) return;
   if (::fchmodat(AT_FDCWD, file.c_str(), mode & ~rights, AT_SYMLINK_NOFOLLOW) == 0) return;
-  std::cerr << Printable("Warning: the mode of " + file +
-                         " is wider than intended, and cannot be "
-                         "changed (" +
+  std::cerr << Printable("Warning: other users may read or write " + file +
+                         " more than intended, and its mode cannot be changed (" +
                          std::strerror(errno) + ").")
             << '\n';
 }
@@ -79,13 +78,13 @@ void CheckLock(const DirectoryLock& lock, const std::string& file) {
 bool LetLibraryStore(const Default& chosen) {
   IRngSettings& settings = *GetDefaultSettings();
   const char* const device = chosen.device.empty() ? nullptr : chosen.device.c_str();
-  // For a moment, the library has removed the old file and not yet renamed the new one. The signal of
-  // the limit on file sizes comes earlier, and must end the process then.
+  // There is a moment when the library has removed the old file and not yet renamed the new one, and no
+  // signal may come then. SIGXFSZ comes earlier, while the new file is written, and must end the process.
   const SignalBlock block{SIGXFSZ};
   return settings.SetType(chosen.kind.c_str()) && settings.SetHardwareId(device);
 }
 
-// The library does not notice every failure to write; reading back does.
+// The library does not notice every failure to write. Reading the default back does.
 void StoreAndReadBack(const std::string& file, const Default& chosen) {
   errno = 0;
   const bool isStored = LetLibraryStore(chosen);
@@ -123,7 +122,7 @@ void StoreDefault(const Default& chosen) {
   CheckLinks(file);
   CheckStorable(file);
   WarnOfLosses(file);
-  ::unlink((file + ".tmp").c_str());  // an own one, but its mode would become that of the new file
+  ::unlink((file + ".tmp").c_str());  // this user's own; the new file would inherit its mode
   const PathFacts old = LookThrough(file);
   const mode_t mask = MaskFor(old);
   const Umask umaskOfFile(mask);

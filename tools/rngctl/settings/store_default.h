@@ -18,12 +18,12 @@ Default ReadConfiguredDefault();
 /// need be loaded. Throws a `Refusal` that names the file and says what to do.
 ///
 /// - The file and missing directories are created readable for everybody and writable for their owner
-///   alone, whatever the umask. A file that fewer could read or write keeps these limits.
-/// - What storing would spoil without a report from the library is refused before anything is changed:
-///   a full disk, a limit on file sizes, a file that this user cannot read, a dangling link. So is a
-///   left-over rng.ini.tmp that this user has not created, because the library would write into what it is.
+///   alone, whatever the umask. A file with a more restrictive mode keeps it.
+/// - Where the library would lose settings without reporting it, nothing is changed: a full disk, a limit
+///   on file sizes, a file that this user cannot read, a dangling link. The same applies to a left-over
+///   rng.ini.tmp that this user did not create, because the library would write into it.
 /// - Signals wait until the file is complete.
-/// - Losses that the file format implies are printed as warnings.
+/// - What storing removes, apart from the old default, is printed as a warning.
 void StoreDefault(const Default& chosen);
 
 #endif

@@ -23,7 +23,8 @@ std::string WhyNotAccessible(const std::string& path, int mode) {
 
 std::string WhyNotReachable(const std::string& path, const PathFacts& through) {
   const bool isLink = LookAtEntry(path).IsLink();
-  if (isLink && through.error == ELOOP) return path + " is a symbolic link loop";
+  if (isLink && through.error == ELOOP)
+    return path + " is a symbolic link that leads back to itself";
   if (isLink && through.error == ENOENT) return path + " is a dangling symbolic link";
   return path + " cannot be reached (" + std::strerror(through.error) + ")";
 }
@@ -130,8 +131,8 @@ bool CanBeRead(const std::string& file, const PathFacts& through) {
   return through.Exists() && !through.IsSocket() && MayAccess(file, R_OK);
 }
 
-// The signal of the limit ends the process before it has removed the old file. But if the signal is
-// ignored, the copy is cut, and replaces the file all the same.
+// SIGXFSZ ends the process before it has removed the old file. If that signal is ignored, the copy is cut
+// and replaces the file anyway.
 std::string WhyTooLarge(std::uint64_t bytes) {
   rlimit limit = {};
   if (::getrlimit(RLIMIT_FSIZE, &limit) != 0 || bytes <= limit.rlim_cur) return "";
@@ -144,7 +145,7 @@ std::string WhyTooLarge(std::uint64_t bytes) {
 std::string WhyNotStorable(const std::string& file) {
   if (!file.starts_with('/')) return "its directory is not an absolute path";
   const PathFacts through = LookThrough(file);
-  if (through.IsFifo()) return file + " is a FIFO";
+  if (through.IsFifo()) return file + " is a named pipe (FIFO)";
   const std::uint64_t bytes = through.size + kMostAdded;
   const std::string limit = WhyTooLarge(bytes);
   if (!limit.empty()) return limit;

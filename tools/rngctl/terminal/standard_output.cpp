@@ -12,7 +12,7 @@ void FinishOutput() {
   if (!std::cout.flush()) throw Refusal(kNegativeAnswer, "Cannot write to standard output.");
 }
 
-// The system gives the lowest free number, and those below are open.
+// open() returns the lowest free number, and the lower ones are open already.
 void OpenStandardDescriptors() {
   for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (::fcntl(number, F_GETFD) >= 0 || errno != EBADF) continue;

@@ -5,8 +5,8 @@
 /// a message on standard error.
 void FinishOutput();
 
-/// Opens those of the three standard descriptors that are closed, so that no other file gets their
-/// numbers. Writing to such a one fails as before. Call it first.
+/// Opens /dev/null for reading on standard descriptors that are closed, so that no other file gets their
+/// numbers. Writing to them still fails. Call it before anything else.
 void OpenStandardDescriptors();
 
 /// While it lives, standard output is standard error for all of the process, also for what plug-ins have

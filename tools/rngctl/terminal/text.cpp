@@ -74,7 +74,7 @@ std::string JsonEscape(char32_t code) {
   return escape;
 }
 
-// The text with each character as `rewrite` gives it.
+// The text with each character replaced by what `rewrite` returns for it.
 template <typename Rewrite>
 std::string Rewritten(const std::string& text, const Rewrite& rewrite) {
   std::string result;
@@ -105,7 +105,7 @@ std::string PrintableLines(const std::string& text) {
   return lines;
 }
 
-// Outside its texts, JSON has none of these characters but line breaks and tabs.
+// Outside of strings, JSON has none of these characters except line breaks and tabs, which stay.
 std::string EscapedJson(const std::string& json) {
   return Rewritten(json, [](const Character& character, const std::string& bytes) {
     const bool stays = character.size == 0 || character.code < 0x20 || IsHarmless(character.code);

@@ -12,7 +12,7 @@ std::string Printable(const std::string& text);
 /// `Printable` for each line; the line breaks stay, empty lines go.
 std::string PrintableLines(const std::string& text);
 
-/// JSON in which the characters that `Printable` replaces are written as \u escapes. It means the same.
+/// The same JSON, with \u escapes for the characters that `Printable` replaces.
 std::string EscapedJson(const std::string& json);
 
 /// Whether the text is UTF-8 without control characters.

@@ -41,7 +41,7 @@ Finding CheckUnknownDevice(WatchedPlugin& plugin) {
   return Failed("SelectDevice returns true for an identifier that no device has.");
 }
 
-// Selects the first device of its report that it accepts: it may use one only from then on.
+// Selects the first device of its report that it accepts. Some plug-ins use no device before that.
 std::string SelectReported(WatchedPlugin& plugin) {
   if (!Exports(plugin.File().path, kReportFunction)) return "";
   const std::string report = ReadGuarded(plugin, &WatchedPlugin::GetReport);
@@ -59,7 +59,7 @@ Finding CheckOwnDevice(WatchedPlugin& plugin) {
   if (id.empty()) {
     return NotExamined(
         "GetHardwareId reports no device" +
-        (selected.empty() ? "" : ", even after " + Quoted(selected) + " is selected"));
+        (selected.empty() ? "" : ", even after " + Quoted(selected) + " was selected"));
   }
   if (id.size() >= kRngNameSize) return NotExamined("the identifier of the device is too long");
   if (plugin.SelectDevice(id.c_str())) return Passed();

@@ -191,9 +191,8 @@ std::vector<Rule> CycleRules() {
       {"load-cycles", Severity::kError,
        "The process does not grow, however often the plug-in is used",
        "In Release, stop and free what the start, draws and texts started or allocated. A "
-       "statically linked libstdc++ keeps some memory at each load. So does a dependency that "
-       "keeps "
-       "a pool of threads with their stacks, such as OpenMP's: end the pool, or do not use it.",
+       "statically linked libstdc++ keeps some memory at each load. So does a dependency with a "
+       "thread pool, such as OpenMP: end the pool, or do not use it.",
        CheckLoadCycles},
   };
 }

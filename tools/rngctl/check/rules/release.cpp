@@ -113,8 +113,8 @@ Finding CheckUnmapped(WatchedPlugin& plugin) {
 std::vector<Rule> ReleaseRules() {
   return {
       {"release-ends-threads", Severity::kError, "After Release none of its threads is running",
-       "End and join the threads in Release: the library's code is gone afterwards. A thread of "
-       "the C library that waits for timers with SIGEV_THREAD does not count where /proc shows it.",
+       "End and join the threads in Release: the library's code is gone afterwards. The thread of "
+       "the C library for timers with SIGEV_THREAD does not count, if /proc shows what it does.",
        CheckReleaseEndsThreads},
       {"release-closes-files", Severity::kError,
        "After unloading, its own files are closed and all others are still open",

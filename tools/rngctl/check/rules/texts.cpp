@@ -63,7 +63,7 @@ std::string ReadForContent(WatchedPlugin& plugin, TextOperation operation) {
 }
 
 std::string Characters(const std::string& text) {
-  return Quoted(text) + " has " + std::to_string(text.size()) + " characters";
+  return Quoted(text) + " has " + std::to_string(text.size()) + " bytes";
 }
 
 bool IsUtf8(const std::string& text) {
@@ -108,7 +108,7 @@ Finding CheckNameLength(WatchedPlugin& plugin) {
   if (name.empty()) return Failed("It reports no name, so no host can ask for it.");
   if (name.size() <= kLongestName) return Passed();
   return Failed(Characters(name) + ": hosts find it, but it cannot be stored as the default.",
-                "Shorten it to " + std::to_string(kLongestName) + " characters.");
+                "Shorten it to " + std::to_string(kLongestName) + " bytes.");
 }
 
 Finding CheckNameInCatalogue(WatchedPlugin& plugin) {
@@ -156,7 +156,7 @@ Finding CheckHardwareId(WatchedPlugin& plugin) {
   const std::optional<std::string> id = ReadByProtocol(plugin, &IRngProvider::GetHardwareId);
   if (id) {
     Require(id->size() <= kLongestName, Characters(*id) + ".",
-            "Shorten it to " + std::to_string(kLongestName) + " characters.");
+            "Shorten it to " + std::to_string(kLongestName) + " bytes.");
   }
   return Passed();
 }
@@ -191,7 +191,7 @@ std::vector<Rule> TextRules() {
        "Return the size with the terminator, the same with null and with a buffer, and write at "
        "most that many bytes.",
        CheckName},
-      {"name-length", Severity::kWarning, "It reports a name of at most 17 characters",
+      {"name-length", Severity::kWarning, "It reports a name of at most 17 bytes",
        "Report the kind's name: hosts look the generator up by it.", CheckNameLength},
       {"name-in-catalogue", Severity::kWarning, "GetName reports the name that belongs to the file",
        "Report the kind's name: hosts look the generator up by it.", CheckNameInCatalogue},
@@ -203,7 +203,7 @@ std::vector<Rule> TextRules() {
        "Leave out line breaks and control characters, and encode it as UTF-8.",
        CheckDescriptionIsALine},
       {"hardware-id", Severity::kError,
-       "GetHardwareId follows the protocol of two calls; at most 17 characters",
+       "GetHardwareId follows the protocol of two calls; at most 17 bytes",
        "Return 0 when there is no device, otherwise the size with the terminator; write at most "
        "that many bytes.",
        CheckHardwareId},

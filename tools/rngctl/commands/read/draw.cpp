@@ -15,8 +15,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The first piece is small, so that a slow source shows progress, yet large enough for any key, so that
-// a user is asked once.
+// The first piece is small, so that a slow source shows progress. It is large enough for any key, so
+// that a user is asked only once.
 constexpr std::size_t kFirstPiece = 3UL * 256;
 constexpr auto kQuick = std::chrono::milliseconds(100);
 

@@ -15,25 +15,26 @@
 
 namespace {
 
-// The first byte of a message. An end has the exit status, the sentence, a zero and the advice.
+// The first byte of a message. After `kEnd` come the exit status, the sentence, a zero and the advice.
 constexpr char kPiece = 'p';
 constexpr char kEnd = 'e';
 
-// Milliseconds between two looks at the process. It usually ends right after its messages.
+// Milliseconds between two checks of the process. After its last message it usually ends at once, so the
+// checks are closer then.
 constexpr int kTick = 20;
 constexpr int kShortTick = 1;
 constexpr int kGraceTicks = 50;
 constexpr std::size_t kLargestMessage = kLargestPiece + 1;
 constexpr std::size_t kLongestText = 4096;
 
-// The bytes go to the system directly: no copy stays.
+// Passes the bytes straight to the system, so that no copy of them remains.
 void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
   iovec parts[] = {{&kind, 1}, {const_cast<char*>(bytes), size}};
   msghdr message = {};
   message.msg_iov = parts;
   message.msg_iovlen = 2;
   while (::sendmsg(socket, &message, MSG_NOSIGNAL) < 0) {
-    if (errno != EINTR) throw Refusal(kNegativeAnswer, "A process of rngctl is gone.");
+    if (errno != EINTR) throw Refusal(kNegativeAnswer, "The parent process has terminated.");
   }
 }
 
@@ -41,13 +42,13 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
   const std::string message = static_cast<char>(status) + text;
   try {
     SendTo(socket, kEnd, message.data(), message.size());
-  } catch (const Refusal&) {  // nobody is there to be told
+  } catch (const Refusal&) {  // nobody is left to tell
     std::exit(kNegativeAnswer);
   }
   std::exit(status);
 }
 
-// Nothing is unwound beyond this function: what is below it on the stack belongs to the parent.
+// The callers on the stack are copies of the parent's, so their destructors must not run here.
 [[noreturn]] void RunChild(pid_t parent, int socket, const DrawingProcess::Draw& draw) noexcept {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != parent) std::_Exit(kNegativeAnswer);
@@ -73,7 +74,7 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
 }  // namespace
 
 DrawingProcess::DrawingProcess(const Draw& draw) {
-  std::signal(SIGCHLD, SIG_DFL);  // a caller that ignores it would have the process disappear
+  std::signal(SIGCHLD, SIG_DFL);  // if it were ignored, waitpid could not report the end
   int ends[2];
   if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) RefuseStart();
   messages = Descriptor(ends[0]);
@@ -104,15 +105,15 @@ void DrawingProcess::WaitForEnd() {
   }
 }
 
-// False when the process has ended without another one. A process that it has left running may keep
-// the other end open, so the end of the messages does not show that.
+// Returns false if the process has ended and sent nothing more. A process that it left running may hold
+// the other end open, so waiting for the end of the messages alone could take forever.
 bool DrawingProcess::WaitForMessage() {
   for (;;) {
     if (InterruptionWatch::Signal() != 0) {
       if (process > 0) ::kill(process, InterruptionWatch::Signal());
       throw Interrupted{InterruptionWatch::Signal(), {}};
     }
-    const bool isLast = HasEnded();  // before looking: what it has sent is then there
+    const bool isLast = HasEnded();  // asked before poll, which then finds all that was sent
     pollfd place = {messages.Get(), POLLIN, 0};
     const int tick = messages.Get() < 0 ? kShortTick : kTick;
     if (::poll(&place, 1, isLast ? 0 : tick) > 0) return true;
@@ -153,10 +154,10 @@ void DrawingProcess::Conclude(const SecretBytes& message) {
 }
 
 void DrawingProcess::RefuseBadEnd() const {
-  const std::string end =
-      WIFSIGNALED(status) ? "crashed with signal " + std::to_string(WTERMSIG(status)) + " (" +
-                                ::strsignal(WTERMSIG(status)) + ")"
-                          : "ended its process with status " + std::to_string(WEXITSTATUS(status));
+  const std::string end = WIFSIGNALED(status)
+                              ? "crashed with signal " + std::to_string(WTERMSIG(status)) + " (" +
+                                    ::strsignal(WTERMSIG(status)) + ")"
+                              : "exited with status " + std::to_string(WEXITSTATUS(status));
   throw Refusal(kNegativeAnswer, "A plug-in " + end + ".",
                 "Run \"rngctl doctor\" to find out which.");
 }

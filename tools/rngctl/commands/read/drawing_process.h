@@ -12,9 +12,9 @@
 
 using TakePiece = std::function<void(const SecretBytes& piece)>;
 
-/// Draws in a forked process: plug-in code may end it, and can neither touch the file that this one
-/// writes nor make it look complete. There, standard output is standard error, so what a plug-in prints
-/// is not among the bytes.
+/// Draws in a forked process. A plug-in that terminates it can neither change the file that this process
+/// writes nor make it look complete. Standard output there is standard error, so what a plug-in prints
+/// does not get among the bytes.
 class DrawingProcess {
  public:
   /// `draw` runs in the new process, and passes on what it draws. If it throws, so does `ForEachPiece`.
@@ -23,11 +23,11 @@ class DrawingProcess {
   DrawingProcess(const DrawingProcess&) = delete;
   DrawingProcess& operator=(const DrawingProcess&) = delete;
 
-  /// Ends the process if it still runs, first by no longer listening.
+  /// Ends the process if it still runs: closes the channel, and kills it if it continues for a second.
   ~DrawingProcess();
 
-  /// Returns when `draw` has returned and the process has exited with success. Throws a `Refusal` when
-  /// something else ended it, `Interrupted` when this process is to end.
+  /// Returns when `draw` has returned and the process has exited with status 0. Throws a `Refusal` if it
+  /// ended in any other way, and `Interrupted` if a signal asks this process to terminate.
   void ForEachPiece(const TakePiece& take);
 
  private:
@@ -38,7 +38,7 @@ class DrawingProcess {
   void Conclude(const SecretBytes& message);
   [[noreturn]] void RefuseBadEnd() const;
 
-  const TerminalSettings terminal;  // destroyed last: a plug-in that is killed cannot restore them
+  const TerminalSettings terminal;  // destroyed last, because a killed plug-in cannot restore them
   Descriptor messages;
   pid_t process = -1;
   int status = 0;  // valid when process is -1

@@ -27,8 +27,8 @@ Unfinished g_unfinished;
   throw std::system_error(error, std::generic_category());
 }
 
-// The bytes go even where the name stays: in a directory that only takes new files, or if somebody has
-// moved or linked the file.
+// Empties the file first, because its name may stay: in a directory that only takes new files, or if
+// somebody has moved or linked the file.
 void Discard(int directory, const char* name, int file) {
   [[maybe_unused]] const int result = ::ftruncate(file, 0);
   ::unlinkat(directory, name, 0);
@@ -38,7 +38,7 @@ void RemoveUnfinished(int signal) {
   if (g_unfinished.directory >= 0) {
     Discard(g_unfinished.directory, g_unfinished.name, g_unfinished.file);
   }
-  ::raise(signal);  // with the default action, which SA_RESETHAND has restored
+  ::raise(signal);  // SA_RESETHAND has restored the default action
 }
 
 bool EndsProcessByDefault(int signal) {
@@ -58,7 +58,7 @@ bool EndsProcessByDefault(int signal) {
   }
 }
 
-// Where the action is `from`, makes it `to`. Ignored signals stay ignored.
+// Changes the action of signals from `from` to `to`. Ignored signals stay ignored.
 void ReplaceHandlers(void (*from)(int), void (*to)(int)) {
   for (int signal = 1; signal <= SIGRTMAX; ++signal) {
     struct sigaction action = {};
@@ -90,7 +90,7 @@ std::string RandomSuffix() {
 
 Descriptor OpenDirectory(const std::string& path) {
   Descriptor directory(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  // One that may be written but not listed is enough.
+  // A directory that may be written but not listed is enough.
   if (directory.Get() < 0 && errno == EACCES) {
     directory = Descriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   }
@@ -120,7 +120,7 @@ void NewFile::Create() {
   Fail(EEXIST);
 }
 
-// No signal may come between the creation and the moment when its handler knows the file.
+// A signal between creating the file and telling the handler about it would leave the file behind.
 bool NewFile::TryToCreate() {
   const SignalBlock block;
   constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
@@ -137,7 +137,8 @@ NewFile::~NewFile() {
 }
 
 void NewFile::Commit() {
-  if (::fchmod(file.Get(), S_IRUSR | S_IWUSR) != 0) Fail();  // the umask may have taken even that
+  // The umask may have cleared these bits.
+  if (::fchmod(file.Get(), S_IRUSR | S_IWUSR) != 0) Fail();
   if (::fsync(file.Get()) != 0 && errno != EINVAL) Fail();
   const int directory = place.directory.Get();
   if (::renameat(directory, temporary.c_str(), directory, place.name.c_str()) != 0) Fail();
@@ -148,7 +149,7 @@ void NewFile::Commit() {
 
 void NewFile::SyncDirectory() const {
   if (::fsync(place.directory.Get()) == 0 || errno == EINVAL) return;
-  // A directory that may not be listed cannot be synchronised alone.
+  // A directory that may not be listed cannot be synced by itself.
   if (errno != EBADF || ::syncfs(file.Get()) != 0) Fail();
 }
 

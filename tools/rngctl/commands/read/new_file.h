@@ -5,9 +5,9 @@
 
 #include <string>
 
-/// The open directory of a file, and the last component of its path: what is done with the two is done
-/// in that directory, whatever becomes of the path. Only the kernel follows links on the way to it, so
-/// its rules for links of other users apply.
+/// The directory of a file, held open, and the last component of its path. Operations on the two stay in
+/// that directory even if the path changes. The kernel follows the links on the way to it, so its
+/// protection against links of other users applies.
 struct Place {
   Descriptor directory;
   std::string name;
@@ -16,9 +16,9 @@ struct Place {
 /// Throws a `std::system_error` if the directory cannot be opened, or the path names a directory.
 Place OpenPlace(const std::string& path);
 
-/// A file that appears when it is complete. Until then it has another name in the same directory, and
-/// whatever ends this process empties and removes it, except SIGKILL. Only its owner can read it. There is at most
-/// one. Failures are thrown as `std::system_error`.
+/// A file that appears when it is complete. Until then it has another name in the same directory, and is
+/// emptied and removed if this process ends, except by SIGKILL. Only its owner can read it. At most one
+/// exists at a time. Failures are thrown as `std::system_error`.
 class NewFile {
  public:
   explicit NewFile(Place where);
@@ -29,7 +29,7 @@ class NewFile {
   int Get() const { return file.Get(); }
   const Place& Where() const { return place; }
 
-  /// Replaces what has the name now. The file is then on the disk, also after a power failure.
+  /// Gives the file its name, replacing what has it. After that, the file survives a power failure.
   void Commit();
 
   /// In a forked process: leaves the file and its removal to the parent.

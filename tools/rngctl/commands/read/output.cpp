@@ -16,7 +16,7 @@
 
 namespace {
 
-// A descriptor that a path of the system stands for.
+// The descriptor that a path such as /dev/stdout means.
 std::optional<int> DescriptorOf(const std::string& path) {
   if (path == "/dev/stdout") return STDOUT_FILENO;
   if (path == "/dev/stderr") return STDERR_FILENO;
@@ -35,7 +35,7 @@ bool IsWritable(int descriptor) {
   return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY && (flags & O_PATH) == 0;
 }
 
-// Nobody else can read from these, and everybody may write to them.
+// Everybody may write to these, and nobody can read what was written.
 bool IsNullOrFull(const struct stat& file) {
   return S_ISCHR(file.st_mode) &&
          (file.st_rdev == ::makedev(1, 3) || file.st_rdev == ::makedev(1, 7));
@@ -77,14 +77,14 @@ void Output::Open() {
   descriptor = file.emplace(std::move(place)).Get();
 }
 
-// What has the name now; all zero if nothing has it.
+// What has the name now; all zero if nothing does.
 struct stat Output::Look(const Place& place) const {
   struct stat found = {};
   const int result =
       ::fstatat(place.directory.Get(), place.name.c_str(), &found, AT_SYMLINK_NOFOLLOW);
   if (result != 0 && errno != ENOENT) RefuseWith(errno);
   if (S_ISLNK(found.st_mode)) {
-    Refuse("it is a link to " + Quoted(TargetOf(place)) + "; name the file itself");
+    Refuse("it is a link to " + Quoted(TargetOf(place)) + "; name the target itself");
   }
   if (S_ISDIR(found.st_mode)) RefuseWith(EISDIR);
   return found;
@@ -92,20 +92,20 @@ struct stat Output::Look(const Place& place) const {
 
 void Output::CheckOwner(const struct stat& found) const {
   if (found.st_mode == 0 || found.st_uid == ::geteuid() || replacesOthers) return;
-  Refuse("it belongs to another user, number " + std::to_string(found.st_uid) +
-         "; --force replaces it");
+  Refuse("it belongs to another user (UID " + std::to_string(found.st_uid) +
+         "); use --force to replace it");
 }
 
 void Output::OpenSpecialFile(const Place& place, const struct stat& found) {
   if (found.st_uid != ::geteuid() && !IsNullOrFull(found)) {
-    Refuse("it is not a regular file and belongs to another user, number " +
-           std::to_string(found.st_uid) + ", who could read the bytes");
+    Refuse("it is not a regular file and belongs to another user (UID " +
+           std::to_string(found.st_uid) + "), who could read the bytes");
   }
   special = Descriptor(::openat(place.directory.Get(), place.name.c_str(),
                                 O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW));
   struct stat opened = {};
   if (special.Get() < 0 || ::fstat(special.Get(), &opened) != 0) RefuseWith(errno);
-  if (!IsSame(found, opened)) Refuse("it was replaced in this moment");
+  if (!IsSame(found, opened)) Refuse("another file has just taken its place");
   descriptor = special.Get();
 }
 

@@ -8,8 +8,8 @@
 #include <string>
 
 /// Where the bytes go: standard output, another descriptor, a device or FIFO, or a file. Only a file is
-/// replaced as a whole, see `NewFile`. Refuses a link, and what belongs to somebody else: they could
-/// choose where the bytes go, or read them. Throws a `Refusal` with the reason.
+/// replaced as a whole, see `NewFile`. Refuses a link, whose owner could choose where the bytes go, and
+/// what belongs to another user, who could read them. Throws a `Refusal` with the reason.
 class Output {
  public:
   /// An empty path is standard output. `mayReplaceOthers`: also replaces a file of another user.
@@ -20,9 +20,9 @@ class Output {
   bool IsTerminal() const;
   bool MayBeShown() const;  ///< a terminal, or a pipe, which may lead to one
   void Write(const SecretBytes& bytes);
-  void Commit();  ///< everything is written: the file appears
+  void Commit();  ///< after the last byte: makes the file appear
 
-  /// In a forked process: gives up the file and the device.
+  /// In a forked process: leaves the file and the device to the parent.
   void LeaveToParent();
 
  private:

@@ -4,11 +4,11 @@
 #include <chrono>
 #include <cstdint>
 
-/// A bar on standard error, when that is a terminal and the work takes longer than a second. It never
-/// stands when all is done: the line may be needed.
+/// A bar on standard error, if that is a terminal and the work takes longer than a second. It is erased
+/// before the end, because other output may follow on that line.
 class Progress {
  public:
-  /// `isWanted`: false where the output may stand on the same terminal.
+  /// `isWanted`: false if the output may appear on the same terminal.
   Progress(std::uint64_t bytes, bool isWanted);
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;

@@ -25,7 +25,12 @@ void RunRead(const ReadRequest& request) {
     done += piece.size();
     progress.Show(done);
   });
-  if (done != request.size) throw Refusal(kNegativeAnswer, "A plug-in disturbed the draw.");
+  if (done != request.size) {
+    throw Refusal(kNegativeAnswer,
+                  "A plug-in interfered with the draw: " + std::to_string(done) +
+                      " bytes arrived instead of " + std::to_string(request.size) + ".",
+                  "Run \"rngctl doctor\" to find out which.");
+  }
   if (request.encoding != Encoding::kRaw) output.Write({'\n'});
   output.Commit();
 }

@@ -23,18 +23,18 @@ struct WipingAllocator {
   bool operator==(const WipingAllocator&) const { return true; }
 };
 
-/// Drawn bytes, as they are or encoded. Not a string: short strings are kept outside the allocator.
+/// Drawn bytes, raw or encoded. Not a string, because short strings do not use the allocator.
 using SecretBytes = std::vector<char, WipingAllocator<char>>;
 
-/// While it lives, this process leaves no core. A limit of its size would not apply where the kernel
-/// pipes cores to a program. Create it before the bytes that it protects.
+/// While it lives, this process leaves no core dump. A limit on the size of core dumps would not help
+/// where the kernel pipes them to a program. Create it before the bytes that it protects.
 class NoCore {
  public:
   NoCore() : before(::prctl(PR_GET_DUMPABLE)) { ::prctl(PR_SET_DUMPABLE, 0); }
   NoCore(const NoCore&) = delete;
   NoCore& operator=(const NoCore&) = delete;
   ~NoCore() {
-    if (before == 1) ::prctl(PR_SET_DUMPABLE, 1);  // it may already have been forbidden
+    if (before == 1) ::prctl(PR_SET_DUMPABLE, 1);  // only if dumps were on before
   }
 
  private:

@@ -97,7 +97,7 @@ void TreatCaught(void* library, const ProviderCatalogueEntry& row, const Process
   }
 }
 
-// A static constructor may throw, out of the loader, which is in no usable state afterwards.
+// A static constructor may throw through the loader, which cannot be used afterwards.
 void Open(std::optional<DllLoader>& library, const std::string& path) {
   try {
     library.emplace(path.c_str());

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr std::size_t kMostExamined = 1U << 20;  // no settings file of any use is longer
+constexpr std::size_t kMostExamined = 1U << 20;  // real settings files are far shorter
 
 // The file of the service that the lookup has just used, which remains loaded afterwards.
 std::string FindService(const std::optional<std::string>& directory) {
@@ -27,12 +27,12 @@ std::string FindService(const std::optional<std::string>& directory) {
   return directory == RNG_SETTINGS_DIR ? "" : "a library that was already in the process";
 }
 
-// "" where nothing is wrong: somebody may link the file to a device, or to one that is still to come.
+// "" for what may be intended: a link to a device such as /dev/null, or to a file that does not exist yet.
 std::string FixReading(const std::string& file, const ReadingFault& fault) {
   const PathFacts facts = LookThrough(file);
-  const bool isToCome = facts.error != 0 && facts.error != EACCES;
+  const bool isMissing = facts.error != 0 && facts.error != EACCES;
   const bool isOther = facts.Exists() && !facts.IsDirectory() && MayAccess(file, R_OK);
-  return isToCome || isOther ? "" : fault.fix;
+  return isMissing || isOther ? "" : fault.fix;
 }
 
 std::string BeginningOf(const std::string& file) {

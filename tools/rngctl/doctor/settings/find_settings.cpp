@@ -14,10 +14,10 @@ std::string WhatEnded(SettingsStep step) {
 std::string FixService(const SettingsReport& report, const SearchOrder& search) {
   const std::string found = report.service.empty() ? FindFirst(kService, search) : report.service;
   const std::string consequence =
-      report.endsHosts ? "until then every program that asks for the default fails the same way."
-                       : "until then the library reads no configured default and stores none.";
+      report.endsHosts ? "Until then, every program that asks for the default fails the same way."
+                       : "Until then, the library reads no configured default and stores none.";
   return "Reinstall or update the known-path service, " + (found.empty() ? kService : found) +
-         "; " + consequence;
+         ". " + consequence;
 }
 
 void PutEnd(SettingsReport& report, const std::string& problem) {
@@ -55,7 +55,7 @@ std::string FindFix(const SettingsReport& report, const SettingsAnswer& answer,
   }
   if (report.problem.empty()) return answer.readingFix;
   if (answer.step != SettingsStep::kDefault) return FixService(report, search);
-  return "Replace " + report.file + " by a file that can be read to its end.";
+  return "Replace " + report.file + " with a file that can be read to its end.";
 }
 
 }  // namespace

@@ -36,12 +36,12 @@ std::string Visible(const std::string& line) {
   return text;
 }
 
-// In any case, as the library compares.
+// Ignores case, as the library does.
 bool BeginsWith(const std::string& line, const std::string& prefix) {
   return ::strncasecmp(line.c_str(), prefix.c_str(), prefix.size()) == 0;
 }
 
-// A different first letter may be there to disable the line.
+// Another first letter may have been put there to disable the line.
 bool IsLike(const std::string& text, const std::string& known) {
   return BeginsWith(text, known.substr(0, 1)) && !FindLikeness(text, {known}).empty();
 }
@@ -51,7 +51,7 @@ struct Setting {
   std::string value;
 };
 
-// Also where another character than "=" separates the two.
+// Also accepts a colon or a blank instead of "=".
 Setting ParseSetting(const std::string& line) {
   const std::string text = Visible(line);
   const std::size_t end = text.find_first_of("=: \t");
@@ -66,7 +66,7 @@ bool IsMeantToSet(const std::string& line, const std::string& key) {
   return !setting.value.empty() && IsLike(setting.name, key);
 }
 
-// Also one that is disabled: then so are the lines that follow.
+// Also a header that is commented out, because the lines below it are then meant to be disabled.
 bool OpensSection(const std::string& line) {
   const std::string text = Visible(line);
   const std::size_t begin = text.find_first_not_of("#;/ \t");
@@ -106,7 +106,7 @@ class Search {
     return std::nullopt;
   }
 
-  // Not in a section that has another name, perhaps on purpose.
+  // Skips sections with a different name, which may be intended.
   Place FindSetting(std::size_t from) const {
     for (std::size_t i = from; i < lines.size(); ++i) {
       if (!IsMeantToSet(lines[i], key)) continue;
@@ -140,12 +140,13 @@ class Search {
     if (isOwn && setting.value.empty()) return {};  // configures nothing, perhaps on purpose
     if (isOwn && !hasEquals) return AtBeginning(place, "has no \"=\" after " + key, key + "=");
     if (isOwn && setting.value.ends_with('=')) {
-      return {Number(place) + " ends with \"=\", and the value is what follows the last one",
-              "Edit " + file + ": remove the \"=\" at the end of " + Number(place) + "."};
+      return {
+          Number(place) + " ends with \"=\", but the library reads the value after the last one",
+          "Edit " + file + ": remove the \"=\" at the end of " + Number(place) + "."};
     }
     const Place hidden = isOwn ? std::nullopt : FindSetting(place + 1);
     if (!hidden) return {};
-    return {Number(place) + " begins with " + key + ", too, so " + Number(*hidden) + " is not read",
+    return {Number(place) + " also begins with " + key + ", so " + Number(*hidden) + " is not read",
             "Edit " + file + ": move " + Number(*hidden) + " before " + Number(place) + "."};
   }
 
@@ -170,7 +171,7 @@ class Search {
       const bool isClosed = bracket != std::string::npos;
       return ExplainName(*section, kHeader, isClosed ? text.substr(0, bracket + 1) : text);
     }
-    const std::string problem = Number(setting) + " is not in a section [Devices]";
+    const std::string problem = Number(setting) + " is not in the section [Devices]";
     if (!header) return {problem, "Edit " + file + ": insert the line [Devices] before it."};
     return {problem, "Edit " + file + ": move it below " + Number(*header) + "."};
   }
