@@ -110,6 +110,26 @@ TEST_F(Doctor, ANameThatCannotBeAskedForHidesTheKindsBehindIt) {
                     HasSubstr(" because of " + TreePath("lib/librngsobol.so"))));
 }
 
+// GetRng skips a plug-in that reports no name.
+TEST_F(Doctor, APluginWithoutANameIsNotBlamedForAnException) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "nameless");
+  InstallPlugin("sobol", "nameless");  // with a negative size
+  EXPECT_THAT(Text(RowOf(Examine(""), "unixdev").at("summary")),
+              HasSubstr(" because of " + TreePath("lib/librngsobol.so")));
+}
+
+TEST_F(Doctor, APluginThatRenamesItselfBesideAnotherIsToldApart) {
+  InstallPlugin("accord", "renames_beside_another");
+  InstallPlugin("sobol", "renames_beside_another");
+  const json sobol = RowOf(Examine(""), "sobol");
+  EXPECT_EQ("contradicted", sobol.at("verdict"));
+  EXPECT_EQ(
+      "loaded as \"sobol\", but GetRng(\"sobol\") returns null: in a start with all plug-ins, its "
+      "name is \"second\"",
+      sobol.at("summary"));
+}
+
 TEST_F(Doctor, TheFileForThisProcessorIsTheOneThatIsExamined) {
   InstallPlugin("dsdr", "stub");
   const std::string folder = TreePath("lib/glibc-hwcaps/x86-64-v2");

@@ -37,6 +37,12 @@ std::string Utf16(const std::string& text) {
   return encoded;
 }
 
+std::string BigEndianUtf16(const std::string& text) {
+  std::string encoded = "\xFE\xFF";
+  for (const char c : text) encoded += {'\0', c};
+  return encoded;
+}
+
 const std::string kHeader = "[Devices]\n";
 const std::string kLine = "RandomNumberGeneratorType=dsdr\n";
 const std::string kMark = "\xEF\xBB\xBF";
@@ -93,7 +99,9 @@ INSTANTIATE_TEST_SUITE_P(
         File{"LongerKeyBefore", kHeader + "RandomNumberGeneratorTypes\n" + kLine,
              "line 2 also begins with RandomNumberGeneratorType, so line 3 is not read",
              "Edit the file: move line 3 before line 2."},
-        File{"Utf16", Utf16(kHeader + kLine), "the file is UTF-16 text", kFixCoding}),
+        File{"Utf16", Utf16(kHeader + kLine), "the file is UTF-16 text", kFixCoding},
+        File{"BigEndianUtf16", BigEndianUtf16(kHeader + kLine), "the file is UTF-16 text",
+             kFixCoding}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
 // The library reads a default from these, or they configure none, perhaps on purpose.

@@ -141,6 +141,27 @@ TEST_F(Doctor, SaysWhichLineTheLibraryIgnores) {
   EXPECT_EQ(0, Run("doctor unixdev").status);
 }
 
+TEST_F(Doctor, ReadsALongSettingsFileToItsEnd) {
+  std::string text;
+  while (text.size() < 500'000) text += "# Nothing is configured in this line.\n";
+  WriteFile(TreePath(kSettingsFile), text + "[Device]\nRandomNumberGeneratorType=unixdev\n");
+  EXPECT_THAT(Text(Examine("dsdr").at("settings").at("ignored_default").at("problem")),
+              HasSubstr("has [Device] instead of [Devices]"));
+}
+
+// Storing reads the file, too.
+TEST_F(Doctor, SettingsThatDoNotEndAreReadAndStoredByNobody) {
+  InstallUnixDev();
+  fs::create_directory(TreePath("etc"));
+  fs::create_symlink("/dev/zero", TreePath(kSettingsFile));
+  const Result result = Run("doctor --json --timeout 1");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, StartsWith("rngctl: The default cannot be read: "));
+  const json settings = json::parse(result.output).at("settings");
+  EXPECT_THAT(Text(settings.at("problem")), StartsWith("the process that reads it "));
+  EXPECT_FALSE(settings.at("writable"));
+}
+
 TEST_F(Doctor, SaysThatTheLineOfTheDeviceIsIgnored) {
   InstallPlugin("dsdr", "has_devices");
   WriteFile(TreePath(kSettingsFile),

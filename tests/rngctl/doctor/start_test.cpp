@@ -145,6 +145,48 @@ TEST_F(Doctor, AStopThatFailsDoesNotKeepAHostFromOtherGenerators) {
   EXPECT_EQ(1, Run("doctor dsdr").status);
 }
 
+// The library closes the file of one plug-in and then releases the next.
+TEST_F(Doctor, AStopThatFailsIsNotBlamedOnThePluginThatWasClosedBefore) {
+  InstallPlugin("dsdr", "stub");
+  InstallPlugin("accord", "throws_in_release");
+  const json start = Examine("").at("start");
+  EXPECT_EQ("threw an exception during the stop", start.at("problem"));
+  EXPECT_EQ("accord", start.at("culprit"));
+}
+
+TEST_F(Doctor, AmongTwoPluginsThatFailAloneNoneIsTheCulprit) {
+  InstallPlugin("dsdr", "disturbing/Flags_Crash");
+  InstallPlugin("accord", "throws_in_release");
+  const json start = Examine("").at("start");
+  EXPECT_EQ("crashed with signal 6 (Aborted) while listing the generators", start.at("problem"));
+  EXPECT_EQ(json(), start.at("culprit"));
+}
+
+TEST_F(Doctor, ACallThatWouldDeadlockTheStopIsNamed) {
+  InstallPlugin("dsdr", "breaking/calls_shut_down");
+  EXPECT_EQ("deadlocks because a plug-in calls ShutDown during the stop",
+            Examine("").at("start").at("problem"));
+}
+
+// What closes another plug-in matters where the start returns.
+TEST_F(Doctor, AStartThatFailsIsNotBlamedOnAPluginThatClosesAnother) {
+  InstallPlugin("dsdr", "stub");
+  InstallPlugin("sobol", "closes_another");
+  InstallPlugin("grandmaster", "crashing");
+  const json start = Examine("").at("start");
+  EXPECT_EQ("crashed with signal 6 (Aborted) while loading librnggrandmaster.so",
+            start.at("problem"));
+  EXPECT_EQ("grandmaster", start.at("culprit"));
+}
+
+TEST_F(Doctor, AListThatFailsSaysNothingOfThePluginsThatBelongInIt) {
+  InstallPlugin("dsdr", "disturbing/Flags_Throw");
+  InstallPlugin("EsmartGost", "nameless");
+  const json row = RowOf(Examine(""), "EsmartGost");
+  EXPECT_EQ("nameless", row.at("verdict"));
+  EXPECT_EQ(true, row.at("kept"));
+}
+
 TEST_F(Doctor, APluginWhoseNameCrashesTheLookupIsNamed) {
   InstallUnixDev();
   InstallPlugin("accord", "crowded_name");
