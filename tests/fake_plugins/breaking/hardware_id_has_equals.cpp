@@ -1,10 +1,10 @@
-// Has a device whose identifier the settings file cannot hold.
+// Has a device whose IDENTIFIER, a macro, the settings file cannot hold.
 
 #include "tests/fake_plugins/correct_rng.h"
 
 namespace {
 
-constexpr char kId[] = "slot=1";
+constexpr char kId[] = IDENTIFIER;
 
 class EqualsRng final : public CorrectRng {
  public:
