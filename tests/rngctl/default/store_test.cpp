@@ -195,6 +195,16 @@ TEST_F(Store, WaitsForAnotherProcessThatStores) {
   EXPECT_TRUE(isReleased);
 }
 
+// Plug-ins may be slow to start, or wait for their user.
+TEST_F(Store, DoesNotKeepTheLockWhilePluginsAreTried) {
+  InstallPlugin("sobol", "hanging");
+  const Result result =
+      RunShell(Rngctl() + " default set unixdev >" + TreePath("told") + " & until test -s " +
+               TreePath("told") + "; do sleep 0.01; done; flock -n " + Folder() +
+               " echo free; kill $!; wait $!");
+  EXPECT_EQ("free\n", result.output);
+}
+
 TEST_F(Store, GivesUpWhenTheLockIsKept) {
   WriteFile(Ini(), kOld);
   const FolderLock lock;

@@ -80,6 +80,15 @@ TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
   }
 }
 
+// It may use a device that others wait for.
+TEST_F(RngctlTest, ADrawEndsWithAProgramThatIsKilled) {
+  InstallPlugin("dsdr", "drawing/Wait");
+  fs::create_directory(TreePath("keys"));
+  RunShell(Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") + " & until test -s " +
+           TreePath("keys/key.*") + "; do sleep 0.01; done 2>/dev/null; kill -KILL $!; wait $!");
+  while (CountProcessesOf(Rngctl()) != 0) ::usleep(1000);
+}
+
 TEST_F(RngctlTest, ADrawWithoutEndCanBeInterrupted) {
   fs::create_directory(TreePath("keys"));
   const std::string draw = Rngctl() + " read unixdev -n 99999999999 -o " + TreePath("keys/key");

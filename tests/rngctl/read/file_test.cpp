@@ -70,6 +70,26 @@ TEST_F(RngctlTest, TheUmaskDoesNotChangeTheModeOfTheFile) {
   }
 }
 
+TEST_F(RngctlTest, NobodyElseReadsAFileThatIsBeingWritten) {
+  InstallPlugin("dsdr", "drawing/Wait");
+  fs::create_directory(TreePath("keys"));
+  const Result result =
+      RunShell("umask 0; " + Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") +
+               " & until test -s " + TreePath("keys/key.*") +
+               "; do sleep 0.01; done 2>/dev/null; stat -c %a " + TreePath("keys/key.*") +
+               "; kill $!; wait $!");
+  EXPECT_EQ("600\n", result.output);
+}
+
+// After a power failure the file has all of the bytes or is not there.
+TEST_F(RngctlTest, AFileIsOnTheDiskBeforeItHasItsName) {
+  InstallPlugin("sobol");
+  const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/notes_sync.so " + Rngctl() +
+                                 " read sobol -n 2 -o " + TreePath("key"));
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("file rename directory ", result.errors);
+}
+
 TEST_F(RngctlTest, WritesAFileWhoseNameIsTheLongest) {
   InstallPlugin("sobol");
   const std::string file = TreePath(std::string(255, 'k'));
@@ -156,6 +176,13 @@ TEST_F(RngctlTest, PathsOfDescriptorsMeanTheDescriptors) {
   const Result closed = RunShell(draw + "/dev/fd/5");
   EXPECT_EQ(1, closed.status);
   EXPECT_EQ("rngctl: Cannot write to \"/dev/fd/5\": Bad file descriptor.\n", closed.errors);
+}
+
+// A user may have to take part in a draw, so what is certain to fail fails before it.
+TEST_F(RngctlTest, ADescriptorThatIsOnlyReadIsRefusedBeforeTheDraw) {
+  const Result result = RunShell(Rngctl() + " read no-such-kind -o /dev/fd/5 -n 2 5</dev/null");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: Cannot write to \"/dev/fd/5\": Bad file descriptor.\n", result.errors);
 }
 
 TEST_F(RngctlTest, AClosedStandardDescriptorIsNotTheFile) {

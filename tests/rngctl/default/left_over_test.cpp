@@ -1,0 +1,41 @@
+// What "default set" does with the file that an interrupted process left, where the settings are missing.
+
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr uid_t kAnother = 4711;
+
+std::string Ini() { return TreePath(kSettingsFile); }
+std::string Temporary() { return Ini() + ".tmp"; }
+
+class LeftOver : public RngctlTest {};
+
+}  // namespace
+
+TEST_F(LeftOver, DoesNotFinishWhatAnotherUserBegan) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+  WriteFile(Temporary(), "[Devices]\nRandomNumberGeneratorType=sobol\n");
+  ASSERT_EQ(0, ::chown(Temporary().c_str(), kAnother, kAnother));
+  const Result result = Run("default set unixdev");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, HasSubstr(Temporary() + " belongs to the user 4711, and storing"));
+  EXPECT_FALSE(fs::exists(Ini()));
+}
+
+TEST_F(LeftOver, AnEmptyFileIsNoUnfinishedOne) {
+  WriteFile(Temporary(), "");
+  const Result result = Run("default set unixdev");
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.errors, IsEmpty());
+}
