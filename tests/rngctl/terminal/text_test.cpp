@@ -27,7 +27,7 @@ TEST(TerminalText, BytesThatAreNotUtf8AreReplaced) {
 
 TEST(TerminalText, NoSurrogateAndNothingBeyondTheLastCharacterIsUtf8) {
   for (const char* text :
-       {"\xED\xA0\x80", "\xE0\x80\xAF", "\xF4\x90\x80\x80", "\xF0\x80\x80\xAF"}) {
+       {"\xED\xA0\x80", "\xED\xB0\x80", "\xE0\x80\xAF", "\xF4\x90\x80\x80", "\xF0\x80\x80\xAF"}) {
     EXPECT_FALSE(IsPlain(text));
     EXPECT_EQ(std::string::npos, Printable(text).find(text));
   }
