@@ -157,7 +157,10 @@ case $case in
       "$fact" is_type "$P/$file" DYN
     done
     "$fact" checks_buffers "$P/bin/rngctl"
-    "$fact" checks_buffers "$P/lib/librngaggregator.so.1"
+    case $CXX in
+      *clang*) ;; # has no checked form of what the library calls
+      *) "$fact" checks_buffers "$P/lib/librngaggregator.so.1" ;;
+    esac
     # What the files do not show.
     "$source/tests/kit/compile_flags.py" "$source" "$build" -fstack-protector-strong \
       -fstack-clash-protection -fcf-protection -D_FORTIFY_SOURCE=2
