@@ -8,6 +8,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <pthread.h>
+#include <semaphore.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -141,8 +142,15 @@ sigjmp_buf g_place;
   ::dlclose(own);
 }
 
+// The threads execute and read nothing of this library, which can therefore be closed at any moment.
 [[maybe_unused]] void LeaveThreads() {
-  for (int i = 0; i < 20; ++i) std::thread([] { ::pause(); }).detach();
+  auto* const never = new sem_t;
+  ::sem_init(never, 0, 0);
+  const auto wait = reinterpret_cast<void* (*)(void*)>(reinterpret_cast<void*>(&::sem_wait));
+  for (int i = 0; i < 20; ++i) {
+    pthread_t thread;
+    if (::pthread_create(&thread, nullptr, wait, never) == 0) ::pthread_detach(thread);
+  }
 }
 
 class DisturbsStartRng final : public CorrectRng {
