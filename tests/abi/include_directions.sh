@@ -6,9 +6,9 @@ cd "$1"
 
 # "file header" for every include. A header without a folder is the file's neighbour. Only the
 # project's own headers keep an "=" before them: quoted ones, and those in a folder of ours.
-ours='^([.]|(rngaggregator|include|aggregator|providers|settings|plugins|tools|examples|benchmarks|tests)/)'
+ours='^([.]|(rngaggregator|include|aggregator|providers|settings|plugins|quality|tools|examples|benchmarks|tests)/)'
 list_includes() {
-  find include aggregator providers settings plugins tools examples benchmarks \
+  find include aggregator providers settings plugins quality tools examples benchmarks \
     -name '*.h' -o -name '*.cpp' -o -name '*.c' 2>/dev/null | sort |
     xargs awk -v ours="$ours" '
       /^[ \t]*#[ \t]*include/ {
@@ -57,7 +57,7 @@ list=$(mktemp)
 hits=$(mktemp)
 trap 'rm -f "$list" "$hits"' EXIT
 list_includes >"$list"
-for folder in include aggregator providers settings plugins tools; do
+for folder in include aggregator providers settings plugins quality tools; do
   grep -q "^$folder/" "$list" || {
     echo "no includes found in $folder/"
     exit 1
@@ -70,7 +70,7 @@ see '^aggregator/' '^(aggregator|providers|settings|rngaggregator)/'
 see '^providers/' '^(providers|rngaggregator)/'
 see '^settings/' '^(settings|rngaggregator)/|^providers/library_handle[.]h$'
 see '^settings/profile_' '^settings/profile_(file|stream)[.]h$'
-keep '^boost/' '^aggregator/process_state[.]h$'
+keep '^boost/' '^(aggregator/process_state[.]h|quality/distributions[.]cpp)$'
 # Only what opens libraries, closes them or looks into one.
 keep_in '^aggregator/' '^dlfcn[.]h$' '/(lifecycle|load_provider|rng_info)[.]cpp$'
 keep_in '^providers/' '^dlfcn[.]h$' '/((display_probe|dll_loader)[.]cpp|library_handle[.]h)$'
@@ -79,7 +79,8 @@ keep_in '^settings/' '^dlfcn[.]h$' '/known_path[.]cpp$'
 # --- What uses the library
 see '^plugins/' '^(plugins|rngaggregator)/'
 see '^examples/' '^(examples|rngaggregator)/'
-keep_in '^(include|plugins)/' '^dlfcn[.]h$' '^$'
+see '^quality/' '^(quality|rngaggregator)/'
+keep_in '^(include|plugins|quality)/' '^dlfcn[.]h$' '^$'
 
 # --- The tool. Two families of commands, doctor and check, stand beside each other on rooms that know
 # neither.

@@ -7,7 +7,7 @@ root=$2
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
-for folder in include aggregator providers settings plugins tools; do
+for folder in include aggregator providers settings plugins quality tools; do
   cp -r "$root/$folder" "$copy/"
 done
 
@@ -95,6 +95,10 @@ tools/rngctl/terminal/text.cpp #include <rngaggregator/aggregator.h>
 tools/rngctl/check/check.cpp #include <CLI/CLI.hpp>
 plugins/unixdev/unix_dev_rng.cpp #include <dlfcn.h>
 settings/directories.cpp #include "providers/catalogue.h"
+quality/blocks.cpp #include "aggregator/process_state.h"
+quality/blocks.cpp #include "tools/rngctl/refusal.h"
+quality/blocks.cpp #include <boost/math/distributions/normal.hpp>
+quality/blocks.cpp #include <dlfcn.h>
 examples/small/host.cpp #include "aggregator/process_state.h"
 examples/small/host.cpp #include "tests/support/tree.h"
 benchmarks/bench.cpp #include "tests/support/tree.h"

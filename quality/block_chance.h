@@ -1,0 +1,27 @@
+#ifndef QUALITY_BLOCK_CHANCE_H
+#define QUALITY_BLOCK_CHANCE_H
+
+#include <cstdint>
+
+/// The probability that a block of a true generator fails each of the tests. Computed exactly, except for
+/// the poker test, where the chi-square distribution stands for the exact one. The runs test has twelve
+/// limits; its value is the sum of theirs.
+struct BlockChances {
+  double monobit;
+  double poker;
+  double runs;
+  double longRun;
+
+  /// The probability that a block fails, or a little more: a block that fails several tests counts
+  /// several times. About 0.0008.
+  double Any() const { return monobit + poker + runs + longRun; }
+};
+
+/// Takes about a tenth of a second.
+BlockChances GetBlockChances();
+
+/// The most of that many blocks that may fail: a true generator exceeds it with a probability of at most
+/// `falseAlarm`. `chance` is the probability that one block fails.
+std::uint64_t GetMostFailingBlocks(std::uint64_t blocks, double chance, double falseAlarm);
+
+#endif

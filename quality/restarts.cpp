@@ -1,0 +1,62 @@
+#include "quality/restarts.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <numeric>
+
+namespace {
+
+constexpr std::size_t kDrawBits = 8 * std::tuple_size_v<FirstDraw>;
+
+std::size_t CountSharedBits(const FirstDraw& one, const FirstDraw& other) {
+  const auto [differs, otherDiffers] = std::mismatch(one.begin(), one.end(), other.begin());
+  if (differs == one.end()) return kDrawBits;
+  const auto difference = static_cast<unsigned char>(*differs ^ *otherDiffers);
+  return 8 * static_cast<std::size_t>(differs - one.begin()) +
+         static_cast<std::size_t>(std::countl_zero(difference));
+}
+
+std::size_t GetLimit(std::size_t draws, double falseAlarm) {
+  const auto number = static_cast<double>(draws);
+  const double bits = std::ceil(std::log2(number * (number - 1) / 2 / falseAlarm));
+  return std::min(kDrawBits, static_cast<std::size_t>(std::max(bits, 1.0)));
+}
+
+// That all draws differ, if each takes one of that many seeds.
+double GetChanceOfNoneAlike(std::size_t draws, double seeds) {
+  if (static_cast<double>(draws) > seeds) return 0;
+  double logarithm = 0;
+  for (std::size_t i = 1; i < draws; ++i) logarithm += std::log1p(-static_cast<double>(i) / seeds);
+  return std::exp(logarithm);
+}
+
+}  // namespace
+
+SharedBits CompareFirstDraws(const std::vector<FirstDraw>& draws, double falseAlarm) {
+  std::vector<std::size_t> order(draws.size());
+  std::iota(order.begin(), order.end(), 0);
+  // Equal draws stay in their order, so that the first two of them are reported.
+  std::stable_sort(order.begin(), order.end(), [&draws](std::size_t one, std::size_t other) {
+    return draws[one] < draws[other];
+  });
+  SharedBits found = {0, GetLimit(draws.size(), falseAlarm), 0, 1};
+  for (std::size_t i = 1; i < order.size(); ++i) {
+    const std::size_t shared = CountSharedBits(draws[order[i - 1]], draws[order[i]]);
+    if (shared <= found.most) continue;
+    found.most = shared;
+    found.first = std::min(order[i - 1], order[i]);
+    found.second = std::max(order[i - 1], order[i]);
+  }
+  return found;
+}
+
+std::size_t GetRuledOutSeedBits(std::size_t draws) {
+  constexpr double kMissed = 0.01;
+  std::size_t bits = 0;
+  while (bits < kDrawBits &&
+         GetChanceOfNoneAlike(draws, std::ldexp(1, static_cast<int>(bits) + 1)) <= kMissed) {
+    ++bits;
+  }
+  return bits;
+}
