@@ -156,10 +156,10 @@ TEST(Blocks, ARunOf26BitsIsTooLongWhereverItIs) {
 }
 
 TEST(Blocks, AreJudgedAsTheStandardTellsBitByBit) {
-  for (std::uint64_t seed = 0; seed < 400; ++seed) {
+  for (std::uint64_t seed = 0; seed < 160; ++seed) {
     Bytes block = GoodBytes(kBlockSize, seed);
     // Of each eight blocks, seven are spoilt, each in another way and the later ones more.
-    const auto ever = static_cast<std::size_t>(2000 / (seed + 1) + 1);
+    const auto ever = static_cast<std::size_t>(800 / (seed + 1) + 1);
     for (std::size_t i = 0; i < block.size(); i += ever) {
       const auto next = static_cast<unsigned char>(block[(i + 1) % kBlockSize]);
       const unsigned char spoilt[] = {block[i], next, 0, 0xFF, 0x55, 0x0F, 0x33, 'a'};
@@ -207,11 +207,11 @@ TEST(BlockChances, AreThoseThatTheStandardWasMadeFor) {
 
 TEST(BlockChances, AreThoseOfAGoodGenerator) {
   BlockTests tests;
-  for (std::uint64_t seed = 0; seed < 400; ++seed) {
+  for (std::uint64_t seed = 0; seed < 200; ++seed) {
     const Bytes bytes = GoodBytes(100 * kBlockSize, seed);
     tests.Feed(bytes.data(), bytes.size());
   }
-  // 32 of 40,000 are expected.
+  // 16 of 20,000 are expected.
   const double chance = GetBlockChances().Any();
   EXPECT_GT(GetBinomialTail(tests.blocks, chance, tests.failing), 0.001) << tests.failing;
   EXPECT_LT(GetBinomialTail(tests.blocks, chance, tests.failing), 0.999) << tests.failing;
