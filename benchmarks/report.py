@@ -19,6 +19,7 @@ TITLES = {
     "read": "Reading one value from a profile file, relative to fopen and fgets",
     "write": "Rewriting a profile file, relative to fopen, getc and fprintf",
     "modules": "Starting and stopping twelve modules, relative to dlopen, dlsym and dlclose",
+    "draws": "Checked draws, relative to the same draws of the system's generator",
     "growth": "Growth",
 }
 
@@ -108,7 +109,7 @@ def label(axes, title, x, y):
 
 def panels(results):
     """A function for each panel that has something to show."""
-    for group in ("library", "plain", "read", "write", "modules"):
+    for group in ("library", "plain", "read", "write", "modules", "draws"):
         rows = [row for row in results[group] if "ratio" in row[1]]
         if rows:
             yield lambda axes, group=group, rows=rows: draw_ratios(axes, group, rows)

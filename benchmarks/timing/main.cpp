@@ -1,6 +1,7 @@
 // Runs the registered benchmarks. Google Benchmark's options say where the results go.
 // `./dev bench` turns them into a table and a picture.
 
+#include "benchmarks/timing/draw_timing.h"
 #include "benchmarks/timing/module_timing.h"
 #include "benchmarks/timing/profile_timing.h"
 
@@ -11,6 +12,7 @@ void RegisterPeers();
 
 int main(int count, char** arguments) {
   RegisterLibrary();
+  RegisterDraws();
   RegisterPlainLoops();
   RegisterOwnModules();
   RegisterPeers();

@@ -54,6 +54,15 @@ cp "$build/tests/fake_plugins/breaking/waits_for_user/librngdsdr.so" "$P/lib"
 g++ -std=c++11 -Wall -Wextra -Werror -pthread host.cpp -o host -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
 timeout 300 ./host >log 2>&1 || fail "the limit of a draw: $?"
 
+# A checked draw of a host.
+{
+  printf '%s\n' '#include <rngaggregator/aggregator.h>'
+  block host-guide cpp CheckedRng | sed '/^CheckedRng/i int main() {\n  Initialize(nullptr);\n  {'
+  printf '%s\n' '  }' '  ShutDown();' '}'
+} >checked.cpp
+g++ -std=c++11 -Wall -Wextra -Werror -pthread checked.cpp -o checked -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
+./checked || fail "a checked draw: $?"
+
 # A plug-in is found, debugged and examined in the folder of its build.
 cp -r "$source/examples/minimal-plugin/." .
 cmake -S . -B build -DCMAKE_PREFIX_PATH="$P" >log && cmake --build build >log

@@ -52,6 +52,11 @@ std::string CheckFileName(const std::string& text) {
   return text.empty() ? "the file name is empty" : "";
 }
 
+// An empty identifier would mean any device.
+std::string CheckDevice(const std::string& text) {
+  return text.empty() ? "the hardware identifier is empty" : "";
+}
+
 void AddList(CLI::App& app, bool& asJson) {
   CLI::App* const list = app.add_subcommand("list", "Show the usable generators");
   list->add_flag("--json", asJson, "Print the list as JSON");
@@ -60,8 +65,8 @@ void AddList(CLI::App& app, bool& asJson) {
 
 void AddRead(CLI::App& app, ReadRequest& request) {
   CLI::App* const read = app.add_subcommand("read", "Draw random bytes from a generator");
-  read->add_option("NAME", request.name, "The generator; default: the configured one");
-  read->add_option("-n", request.size, "The number of bytes")
+  read->add_option("NAME", request.draw.name, "The generator; default: the configured one");
+  read->add_option("-n", request.draw.size, "The number of bytes")
       ->type_name("BYTES")
       ->required()
       ->check(CheckDecimal);
@@ -86,6 +91,13 @@ void AddRead(CLI::App& app, ReadRequest& request) {
   read->add_flag("--force", request.replacesOthers,
                  "With -o, replace a file that belongs to another user")
       ->needs(file);
+  read->add_option("--device", request.draw.device,
+                   "Draw from the device with this hardware identifier")
+      ->type_name("ID")
+      ->check(CheckDevice);
+  read->add_flag_callback(
+      "--unchecked", [&request] { request.draw.isChecked = false; },
+      "Do not stop at bytes that are evidently not random");
   read->callback([&request] { RunRead(request); });
 }
 

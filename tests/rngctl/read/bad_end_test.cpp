@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace fs = std::filesystem;
@@ -119,7 +120,8 @@ TEST_F(RngctlTest, WhatAPluginPrintsIsNotAmongTheBytes) {
   InstallPlugin("dsdr", "drawing/Print");
   const Result result = Run("read dsdr -n 5000 --raw");
   EXPECT_EQ(0, result.status);
-  EXPECT_EQ(std::string(5000, '\xA5'), result.output);
+  EXPECT_EQ(5000U, result.output.size());
+  EXPECT_THAT(result.output, Not(HasSubstr("a message")));
   EXPECT_EQ("a message\n", result.errors);
 }
 

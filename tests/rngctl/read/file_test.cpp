@@ -190,7 +190,8 @@ TEST_F(RngctlTest, AClosedStandardDescriptorIsNotTheFile) {
   const std::string file = TreePath("key");
   const std::string draw = Rngctl() + " read dsdr --raw -n 5000 -o " + file;
   EXPECT_EQ(0, RunShell(draw + " <&- >&- 2>&-").status);
-  EXPECT_EQ(std::string(5000, '\xA5'), ReadFile(file));
+  EXPECT_EQ(5000U, ReadFile(file).size());
+  EXPECT_THAT(ReadFile(file), testing::Not(testing::HasSubstr("a message")));
   const Result result = RunShell(Rngctl() + " read dsdr -n 2 >&-");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("rngctl: Cannot write to standard output: Bad file descriptor.\n", result.errors);

@@ -63,7 +63,7 @@ TEST_F(ReadProgress, NoBarStandsOnALineWithTheAnswer) {
         Rngctl() + " read dsdr -n 5000 | cat"}) {
     const Result result = RunOnTerminal(command);
     EXPECT_EQ(0, result.status);
-    EXPECT_THAT(result.output, MatchesRegex("(a5)+\r\n")) << command;
+    EXPECT_THAT(result.output, MatchesRegex("[0-9a-f]+\r\n")) << command;
     EXPECT_EQ(10002U, result.output.size());
   }
 }

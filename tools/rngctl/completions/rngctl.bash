@@ -32,7 +32,7 @@ _rngctl() {
       mapfile -t COMPREPLY < <(compgen -P "$before" -W "$checks" -- "${word##*,}")
       return
       ;;
-    -n | --factory | --mask | --timeout) return ;; # the user types the value
+    -n | --device | --factory | --mask | --timeout) return ;; # the user types the value
   esac
 
   [[ $command == default && $COMP_CWORD -gt 2 && ${COMP_WORDS[2]} == set ]] && command="default set"
@@ -44,7 +44,7 @@ _rngctl() {
       compopt -o nosort
       # shellcheck disable=SC2086 # a list of words
       [[ $word == -* ]] || kinds=$(_rngctl_loaded_first $kinds)
-      words="$kinds -n --raw --hex --base64 -o --force --help"
+      words="$kinds -n --raw --hex --base64 -o --force --device --unchecked --help"
       ;;
     default) words="set --mask --help" ;;
     "default set") words="$kinds --help" ;;

@@ -9,8 +9,15 @@
 /// The most that is drawn at once; a multiple of three, for base64.
 constexpr std::size_t kLargestPiece = 3UL * 16384;
 
-/// Starts the library, draws from that generator, or from the configured default if `name` is empty, and
-/// stops the library. All pieces but the last have a multiple of three bytes. Throws a `Refusal`.
-void Draw(const std::string& name, std::uint64_t size, const TakePiece& pass);
+struct DrawRequest {
+  std::string name;    ///< of the generator; empty: the configured default
+  std::string device;  ///< its hardware identifier; empty: the default's, or the one that is in use
+  std::uint64_t size = 0;
+  bool isChecked = true;  ///< refuses bytes that are evidently not random
+};
+
+/// Starts the library, draws from that generator and stops the library. All pieces but the last have a
+/// multiple of three bytes. Throws a `Refusal`.
+void Draw(const DrawRequest& request, const TakePiece& pass);
 
 #endif

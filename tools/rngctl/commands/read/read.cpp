@@ -1,6 +1,5 @@
 #include "tools/rngctl/commands/read/read.h"
 
-#include "tools/rngctl/commands/read/draw.h"
 #include "tools/rngctl/commands/read/drawing_process.h"
 #include "tools/rngctl/commands/read/output.h"
 #include "tools/rngctl/commands/read/progress.h"
@@ -14,21 +13,21 @@ void RunRead(const ReadRequest& request) {
   }
   DrawingProcess process([&](const TakePiece& pass) {
     output.LeaveToParent();
-    Draw(request.name, request.size, pass);
+    Draw(request.draw, pass);
   });
   const InterruptionWatch interruption;
   const NoCore noCore;
-  Progress progress(request.size, !output.MayBeShown());
+  Progress progress(request.draw.size, !output.MayBeShown());
   std::uint64_t done = 0;
   process.ForEachPiece([&](const SecretBytes& piece) {
     output.Write(Encode(piece, request.encoding));
     done += piece.size();
     progress.Show(done);
   });
-  if (done != request.size) {
+  if (done != request.draw.size) {
     throw Refusal(kNegativeAnswer,
                   "A plug-in interfered with the draw: " + std::to_string(done) +
-                      " bytes arrived instead of " + std::to_string(request.size) + ".",
+                      " bytes arrived instead of " + std::to_string(request.draw.size) + ".",
                   "Run \"rngctl doctor\" to find out which.");
   }
   if (request.encoding != Encoding::kRaw) output.Write({'\n'});

@@ -1,0 +1,92 @@
+#ifndef RNGAGGREGATOR_CHECKED_RNG_H
+#define RNGAGGREGATOR_CHECKED_RNG_H
+
+/// \file
+/// A provider whose draws are checked, for hosts.
+///
+///     CheckedRng rng(GetRng("dsdr"));
+///     if (!rng.Generate(key, sizeof key)) ...   // failed, or the bytes are evidently not random
+///
+/// It finds what hardware generators and their drivers most often do wrong: they report success and leave
+/// the buffer unfilled, in part or as a whole, or repeat what they gave before. It does not show that bytes
+/// cannot be predicted: health.h says why.
+
+#include <mutex>
+
+#include <rngaggregator/health.h>
+#include <rngaggregator/provider.h>
+
+/// Passes every operation on to a provider, and runs the tests of health.h over everything it draws, as one
+/// stream of bytes.
+///
+/// `Generate` zeroes the buffer before it draws, so a tail of 9 bytes or more that the provider does not
+/// fill gives an alarm. An alarm makes this draw and all later ones return false, with zeros in the buffer,
+/// until `Reset`. Good bytes give one with a probability of less than 10^-6 in a terabyte. This object keeps
+/// the last 16 bytes that were drawn until it ends or is reset.
+///
+/// Ownership: borrows the provider, which must not be null, and must be listed as long as this object is used. `SetSettings` and
+///            `Release` do nothing: they are for the aggregator to call.
+/// Threads:   those of the provider; draws may be concurrent. The stream has the draws in the order in which
+///            they end.
+class CheckedRng final : public IRngProvider {
+ public:
+  explicit CheckedRng(IRngProvider* provider) : rng(*provider), test({9, 23, 512, true}) {}
+  CheckedRng(const CheckedRng&) = delete;
+  CheckedRng& operator=(const CheckedRng&) = delete;
+
+  /// What gave the alarm, if there was one. Threads: any.
+  RngHealthAlarm Alarm() const {
+    const std::lock_guard<std::mutex> guard(lock);
+    return test.Alarm();
+  }
+
+  /// Forgets the alarm and the stream so far. Threads: any.
+  void Reset() {
+    const std::lock_guard<std::mutex> guard(lock);
+    test.Reset();
+  }
+
+  /// Returns true when the provider has drawn the whole buffer and there is no alarm. Otherwise, also when
+  /// the provider throws, the buffer holds zeros.
+  bool Generate(void* buffer, std::size_t size) override {
+    if (size == 0) return rng.Generate(buffer, size);
+    Eraser eraser(buffer, size);
+    if (Alarm() != RngHealthAlarm::kNone || !rng.Generate(buffer, size)) return false;
+    const std::lock_guard<std::mutex> guard(lock);
+    eraser.isNeeded = !test.Feed(buffer, size);
+    return !eraser.isNeeded;
+  }
+
+  std::int32_t GetName(char* buffer) override { return rng.GetName(buffer); }
+  std::int32_t GetDescription(char* buffer) override { return rng.GetDescription(buffer); }
+  std::int32_t GetHardwareId(char* buffer) override { return rng.GetHardwareId(buffer); }
+  bool SelectDevice(const char* hardwareId) override { return rng.SelectDevice(hardwareId); }
+  bool IsAvailable() override { return rng.IsAvailable(); }
+  bool SelfTest() override { return rng.SelfTest(); }
+  void Cancel() override { rng.Cancel(); }
+  std::uint32_t GetFlags() override { return rng.GetFlags(); }
+  void SetSettings(IRngSettings*) override {}
+  void Release() override {}
+
+ private:
+  // Zeroes a buffer at once, and again at the end unless that is not needed.
+  struct Eraser {
+    Eraser(void* bytes, std::size_t count) : buffer(bytes), size(count) {
+      std::memset(buffer, 0, size);
+    }
+    Eraser(const Eraser&) = delete;
+    Eraser& operator=(const Eraser&) = delete;
+    ~Eraser() {
+      if (isNeeded) std::memset(buffer, 0, size);
+    }
+    void* const buffer;
+    const std::size_t size;
+    bool isNeeded = true;
+  };
+
+  IRngProvider& rng;
+  mutable std::mutex lock;  // never held during a draw
+  RngHealthTest test;
+};
+
+#endif

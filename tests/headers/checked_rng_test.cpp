@@ -1,0 +1,200 @@
+#include <future>
+#include <gtest/gtest.h>
+#include <stdexcept>
+#include <sys/random.h>
+
+#include <rngaggregator/checked_rng.h>
+
+namespace {
+
+// Draws what the case says, into the buffer as it was handed over.
+class ScriptedSource : public IRngProvider {
+ public:
+  std::function<bool(unsigned char*, std::size_t)> draw;
+  std::string calls;
+
+  bool Generate(void* buffer, std::size_t size) override {
+    calls += "Generate ";
+    return draw(static_cast<unsigned char*>(buffer), size);
+  }
+  std::int32_t GetName(char*) override { return Note("GetName ", 5); }
+  std::int32_t GetDescription(char*) override { return Note("GetDescription ", 6); }
+  std::int32_t GetHardwareId(char*) override { return Note("GetHardwareId ", 7); }
+  bool SelectDevice(const char* id) override {
+    return Note("SelectDevice ", id == std::string("R1"));
+  }
+  bool IsAvailable() override { return Note("IsAvailable ", true); }
+  bool SelfTest() override { return Note("SelfTest ", true); }
+  void Cancel() override { Note("Cancel ", 0); }
+  std::uint32_t GetFlags() override { return Note("GetFlags ", 9U); }
+  void SetSettings(IRngSettings*) override { Note("SetSettings ", 0); }
+  void Release() override { Note("Release ", 0); }
+
+ private:
+  template <typename Result>
+  Result Note(const char* call, Result result) {
+    calls += call;
+    return result;
+  }
+};
+
+bool DrawGood(unsigned char* buffer, std::size_t size) {
+  for (std::size_t done = 0; done < size;) {
+    const ssize_t count = ::getrandom(buffer + done, size - done, 0);
+    if (count > 0) done += static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+using Bytes = std::vector<unsigned char>;
+
+// Old bytes that look as random as any.
+Bytes OldBytes(std::size_t size) {
+  Bytes bytes(size);
+  DrawGood(bytes.data(), size);
+  return bytes;
+}
+
+void ExpectZeros(const Bytes& bytes) { EXPECT_EQ(Bytes(bytes.size(), 0), bytes); }
+
+}  // namespace
+
+TEST(CheckedRng, PassesGoodDrawsOfEverySize) {
+  ScriptedSource source;
+  source.draw = DrawGood;
+  CheckedRng rng(&source);
+  for (const std::size_t size : {1, 2, 15, 16, 17, 255, 256, 4096, 70000}) {
+    Bytes bytes(size, 0);
+    EXPECT_TRUE(rng.Generate(bytes.data(), size));
+    EXPECT_TRUE(size < 17 || bytes != Bytes(size, 0));
+  }
+  EXPECT_EQ(RngHealthAlarm::kNone, rng.Alarm());
+}
+
+TEST(CheckedRng, SeesATailThatWasNotFilledWhateverTheBufferHeld) {
+  for (const std::size_t size : {16, 32, 256, 4096, 70000}) {
+    ScriptedSource source;
+    source.draw = [](unsigned char* buffer, std::size_t count) {
+      return DrawGood(buffer, count - 9);
+    };
+    CheckedRng rng(&source);
+    Bytes bytes = OldBytes(size);
+    EXPECT_FALSE(rng.Generate(bytes.data(), size)) << size;
+    ExpectZeros(bytes);
+    EXPECT_EQ(RngHealthAlarm::kRepetition, rng.Alarm());
+  }
+}
+
+TEST(CheckedRng, AfterAnAlarmDrawsNothingUntilItIsReset) {
+  ScriptedSource source;
+  source.draw = [](unsigned char*, std::size_t) { return true; };
+  CheckedRng rng(&source);
+  Bytes bytes = OldBytes(32);
+  EXPECT_FALSE(rng.Generate(bytes.data(), bytes.size()));
+  source.draw = DrawGood;
+  source.calls.clear();
+  bytes = OldBytes(32);
+  EXPECT_FALSE(rng.Generate(bytes.data(), bytes.size()));
+  ExpectZeros(bytes);
+  EXPECT_EQ("", source.calls);
+  rng.Reset();
+  EXPECT_TRUE(rng.Generate(bytes.data(), bytes.size()));
+}
+
+TEST(CheckedRng, SeesDefectsAcrossDraws) {
+  ScriptedSource source;
+  unsigned char next = 0;
+  source.draw = [&next](unsigned char* buffer, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i) buffer[i] = next;
+    ++next;
+    return true;
+  };
+  CheckedRng rng(&source);
+  Bytes bytes(4);
+  for (int i = 0; i < 4; ++i) EXPECT_TRUE(rng.Generate(bytes.data(), 4));
+  next = 3;  // four more of what came last
+  EXPECT_TRUE(rng.Generate(bytes.data(), 4));
+  next = 3;
+  EXPECT_FALSE(rng.Generate(bytes.data(), 1));
+
+  ScriptedSource repeating;
+  const Bytes block = OldBytes(16);
+  repeating.draw = [&block](unsigned char* buffer, std::size_t size) {
+    std::copy_n(block.begin(), size, buffer);
+    return true;
+  };
+  CheckedRng repeated(&repeating);
+  Bytes drawn(16);
+  EXPECT_TRUE(repeated.Generate(drawn.data(), 16));
+  EXPECT_FALSE(repeated.Generate(drawn.data(), 16));
+  EXPECT_EQ(RngHealthAlarm::kBlock, repeated.Alarm());
+}
+
+TEST(CheckedRng, AFailedDrawIsNoAlarmAndLeavesZeros) {
+  ScriptedSource source;
+  source.draw = [](unsigned char* buffer, std::size_t size) { return !DrawGood(buffer, size); };
+  CheckedRng rng(&source);
+  Bytes bytes = OldBytes(64);
+  EXPECT_FALSE(rng.Generate(bytes.data(), bytes.size()));
+  ExpectZeros(bytes);
+  EXPECT_EQ(RngHealthAlarm::kNone, rng.Alarm());
+}
+
+TEST(CheckedRng, AnExceptionPassesAndLeavesZeros) {
+  ScriptedSource source;
+  source.draw = [](unsigned char* buffer, std::size_t size) -> bool {
+    DrawGood(buffer, size);
+    throw std::runtime_error("removed");
+  };
+  CheckedRng rng(&source);
+  Bytes bytes = OldBytes(64);
+  EXPECT_THROW(rng.Generate(bytes.data(), bytes.size()), std::runtime_error);
+  ExpectZeros(bytes);
+}
+
+TEST(CheckedRng, AnEmptyDrawTouchesNothing) {
+  ScriptedSource source;
+  source.draw = [](unsigned char* buffer, std::size_t) { return buffer == nullptr; };
+  CheckedRng rng(&source);
+  EXPECT_TRUE(rng.Generate(nullptr, 0));
+}
+
+TEST(CheckedRng, CanBeCancelledAndResetWhileADrawWaits) {
+  ScriptedSource source;
+  std::promise<void> begun;
+  std::promise<void> go;
+  source.draw = [&](unsigned char* buffer, std::size_t size) {
+    begun.set_value();
+    go.get_future().wait();
+    return DrawGood(buffer, size);
+  };
+  CheckedRng rng(&source);
+  Bytes bytes(32);
+  auto draw = std::async(std::launch::async, [&] { return rng.Generate(bytes.data(), 32); });
+  begun.get_future().wait();
+  rng.Reset();  // would wait for ever if the draw held the lock
+  EXPECT_EQ(RngHealthAlarm::kNone, rng.Alarm());
+  rng.Cancel();
+  go.set_value();
+  EXPECT_TRUE(draw.get());
+}
+
+TEST(CheckedRng, PassesOnEveryOtherOperationButThoseOfTheAggregator) {
+  ScriptedSource source;
+  CheckedRng rng(&source);
+  EXPECT_EQ(5, rng.GetName(nullptr));
+  EXPECT_EQ(6, rng.GetDescription(nullptr));
+  EXPECT_EQ(7, rng.GetHardwareId(nullptr));
+  EXPECT_TRUE(rng.SelectDevice("R1"));
+  EXPECT_FALSE(rng.SelectDevice("R2"));
+  EXPECT_TRUE(rng.IsAvailable());
+  EXPECT_TRUE(rng.SelfTest());
+  rng.Cancel();
+  EXPECT_EQ(9U, rng.GetFlags());
+  rng.SetSettings(nullptr);
+  rng.Release();
+  EXPECT_EQ(
+      "GetName GetDescription GetHardwareId SelectDevice SelectDevice IsAvailable SelfTest Cancel "
+      "GetFlags ",
+      source.calls);
+}
