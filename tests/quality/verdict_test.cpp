@@ -1,0 +1,117 @@
+#include "quality/verdict.h"
+
+#include "tests/quality/sources.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <numeric>
+
+using testing::ElementsAre;
+
+namespace {
+
+QualityVerdict JudgeBytes(const Bytes& bytes) {
+  StreamTests stream(bytes.size());
+  stream.Feed(bytes.data(), bytes.size());
+  return Judge(stream, {});
+}
+
+std::vector<QualityTest> TestsWith(QualityOutcome outcome, const QualityVerdict& verdict) {
+  std::vector<QualityTest> tests;
+  for (const QualityResult& result : verdict.results) {
+    if (result.outcome == outcome) tests.push_back(result.test);
+  }
+  return tests;
+}
+
+std::vector<QualityTest> Failed(const Bytes& bytes) {
+  return TestsWith(QualityOutcome::kFailed, JudgeBytes(bytes));
+}
+
+std::vector<QualityTest> NotMade(const Bytes& bytes) {
+  return TestsWith(QualityOutcome::kNotMade, JudgeBytes(bytes));
+}
+
+}  // namespace
+
+TEST(Verdict, GoodBytesPassEveryTest) {
+  const QualityVerdict verdict = JudgeBytes(GoodBytes(1 << 20));
+  EXPECT_EQ(0U, verdict.CountFailed());
+  EXPECT_EQ(kQualityTests, verdict.results.size());
+  EXPECT_THAT(NotMade(GoodBytes(1 << 20)), ElementsAre(QualityTest::kRestarts));
+}
+
+TEST(Verdict, ATestIsNotMadeWithTooFewBytes) {
+  EXPECT_EQ(kQualityTests, NotMade({}).size());
+  EXPECT_THAT(NotMade(GoodBytes(2499)),
+              ElementsAre(QualityTest::kBlocks, QualityTest::kByteFrequencies,
+                          QualityTest::kSerialCorrelation, QualityTest::kRestarts));
+  EXPECT_THAT(NotMade(GoodBytes(2500)),
+              ElementsAre(QualityTest::kByteFrequencies, QualityTest::kSerialCorrelation,
+                          QualityTest::kRestarts));
+  EXPECT_THAT(NotMade(GoodBytes(4096)), ElementsAre(QualityTest::kRestarts));
+}
+
+TEST(Verdict, NamesTheTestsThatFail) {
+  Bytes repeated = GoodBytes(1 << 16);
+  std::fill_n(repeated.begin() + 30000, 9, static_cast<unsigned char>(0));
+  EXPECT_THAT(Failed(repeated), ElementsAre(QualityTest::kRepetition));
+
+  Bytes copied = GoodBytes(1 << 16);
+  std::copy_n(copied.begin() + 1600, 16, copied.begin() + 1616);
+  EXPECT_THAT(Failed(copied), ElementsAre(QualityTest::kRepetition));
+
+  Bytes frequent = GoodBytes(1 << 16);  // one value is more frequent, for a short time
+  for (std::size_t i = 512; i < 1024; i += 16) frequent[i] = frequent[512];
+  EXPECT_THAT(Failed(frequent), ElementsAre(QualityTest::kProportion));
+
+  Bytes biased = GoodBytes(1 << 20);  // one bit is one in 51 % of the bytes
+  const Bytes chance = GoodBytes(1 << 20, 2);
+  for (std::size_t i = 0; i < biased.size(); ++i) {
+    if (chance[i] < 5) biased[i] |= 0x10;
+  }
+  EXPECT_THAT(Failed(biased),
+              ElementsAre(QualityTest::kByteFrequencies, QualityTest::kBitFrequencies));
+}
+
+TEST(Verdict, SomeBlocksMayFailAndMoreMayNot) {
+  Bytes bytes = GoodBytes(1000 * kBlockSize);
+  const auto spoil = [&bytes](std::size_t block) {
+    for (std::size_t i = 0; i < 4; ++i) bytes[block * kBlockSize + i] = 0;
+  };
+  for (std::size_t i = 0; i < 4; ++i) spoil(100 * i);
+  EXPECT_EQ(9U, JudgeBytes(bytes).mostFailingBlocks);
+  EXPECT_EQ(0U, JudgeBytes(bytes).CountFailed());
+  for (std::size_t i = 0; i < 11; ++i) spoil(50 * i);
+  EXPECT_THAT(Failed(bytes), ElementsAre(QualityTest::kBlocks));
+}
+
+TEST(Verdict, FirstDrawsAreJudgedFromTwoOn) {
+  const StreamTests none(0);
+  const FirstDraw one = {1};
+  const FirstDraw other = {2};
+  EXPECT_EQ(QualityOutcome::kNotMade, Judge(none, {one}).results.back().outcome);
+  EXPECT_EQ(QualityOutcome::kPassed, Judge(none, {one, other}).results.back().outcome);
+  EXPECT_EQ(QualityOutcome::kFailed, Judge(none, {one, other, one}).results.back().outcome);
+}
+
+TEST(Verdict, TheSharesOfTheTestsLeaveRoom) {
+  EXPECT_LE(kFalseAlarmOfTest * kQualityTests, kFalseAlarmOfRun / 2 * 1.0000001);
+  const StreamTests whole(64 << 20);
+  EXPECT_EQ(8U, whole.cutoffs.repetitions);  // at any of 2^26 places: 2^26 / 2^56
+  EXPECT_LT(std::ldexp(1, 26 - 8 * 7), kFalseAlarmOfTest);
+}
+
+TEST(Verdict, GoodBytesOfAnySizePass) {
+  for (std::uint64_t seed = 0; seed < 500; ++seed) {
+    const Bytes bytes = GoodBytes(seed * 37, seed + 1);
+    StreamTests stream(bytes.size());
+    stream.Feed(bytes.data(), bytes.size());
+    for (const std::optional<Statistic>& statistic :
+         {stream.bytes.GetChiSquare(), stream.bytes.GetSerialCorrelation()}) {
+      EXPECT_GT(statistic ? statistic->probability : 1, kFalseAlarmOfTest) << seed;
+    }
+    EXPECT_EQ(RngHealthAlarm::kNone, stream.repetition.Alarm()) << seed;
+    EXPECT_EQ(RngHealthAlarm::kNone, stream.proportion.Alarm()) << seed;
+  }
+}
