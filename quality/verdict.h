@@ -37,7 +37,7 @@ class StreamTests {
   /// `most` is the number of bytes that will come, or more. It decides when the health tests alarm.
   explicit StreamTests(std::uint64_t most);
 
-  void Feed(const void* bytes, std::size_t size);
+  void Feed(const void* data, std::size_t size);
 
   BlockTests blocks;
   ByteStatistics bytes;

@@ -98,8 +98,10 @@ see "${tool}settings/" \
   "${tool}(settings|files|channel|terminal)/|$common|^settings/known_path[.]h$|^providers/catalogue[.]h$|^rngaggregator/"
 started="${tool}started_aggregator[.]h\$"
 see "${tool}commands/[^/]*\$" "${tool}(commands|devices|settings|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
+see "${tool}drawing/" \
+  "${tool}(drawing|channel|process|settings|terminal)/|$common|$started|^rngaggregator/"
 see "${tool}commands/read/" \
-  "${tool}commands/(read/|provider_text[.]h$)|${tool}(channel|process|settings|terminal)/|$common|$started|^rngaggregator/"
+  "${tool}commands/(read/|provider_text[.]h$)|${tool}(drawing|channel|process|terminal)/|$common|^rngaggregator/"
 see "${tool}doctor/" \
   "${tool}(doctor|devices|files|settings|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
 # What judges files needs no answer of a child.

@@ -66,6 +66,7 @@ tools/rngctl/main.cpp #include <dlfcn.h>
 tools/rngctl/commands/list.cpp #include <dlfcn.h>
 tools/rngctl/commands/read/read.cpp #include "tools/rngctl/commands/list.h"
 tools/rngctl/commands/list.cpp #include "tools/rngctl/process/child.h"
+tools/rngctl/drawing/output.cpp #include "tools/rngctl/commands/read/draw.h"
 tools/rngctl/commands/list.cpp #include "tools/rngctl/doctor/doctor.h"
 tools/rngctl/commands/list.cpp #include "providers/dll_loader.h"
 tools/rngctl/files/path_facts.cpp #include "tools/rngctl/settings/kinds.h"

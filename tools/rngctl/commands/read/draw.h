@@ -1,17 +1,12 @@
 #ifndef TOOLS_RNGCTL_COMMANDS_READ_DRAW_H
 #define TOOLS_RNGCTL_COMMANDS_READ_DRAW_H
 
-#include "tools/rngctl/commands/read/drawing_process.h"
+#include "tools/rngctl/drawing/chosen_generator.h"
+#include "tools/rngctl/drawing/drawing_process.h"
 
 #include <cstdint>
-#include <string>
 
-/// The most that is drawn at once; a multiple of three, for base64.
-constexpr std::size_t kLargestPiece = 3UL * 16384;
-
-struct DrawRequest {
-  std::string name;    ///< of the generator; empty: the configured default
-  std::string device;  ///< its hardware identifier; empty: the default's, or the one that is in use
+struct DrawRequest : GeneratorChoice {
   std::uint64_t size = 0;
   bool isChecked = true;  ///< refuses bytes that are evidently not random
 };

@@ -1,8 +1,8 @@
 #include "tools/rngctl/commands/read/read.h"
 
-#include "tools/rngctl/commands/read/drawing_process.h"
-#include "tools/rngctl/commands/read/output.h"
-#include "tools/rngctl/commands/read/progress.h"
+#include "tools/rngctl/drawing/drawing_process.h"
+#include "tools/rngctl/drawing/output.h"
+#include "tools/rngctl/drawing/progress.h"
 #include "tools/rngctl/refusal.h"
 
 void RunRead(const ReadRequest& request) {

@@ -1,4 +1,4 @@
-#include "tools/rngctl/commands/read/output.h"
+#include "tools/rngctl/drawing/output.h"
 
 #include "tools/rngctl/process/interruption.h"
 #include "tools/rngctl/refusal.h"

@@ -1,6 +1,5 @@
-#include "tools/rngctl/commands/read/drawing_process.h"
+#include "tools/rngctl/drawing/drawing_process.h"
 
-#include "tools/rngctl/commands/read/draw.h"
 #include "tools/rngctl/refusal.h"
 
 #include <cerrno>

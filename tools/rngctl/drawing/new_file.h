@@ -1,5 +1,5 @@
-#ifndef TOOLS_RNGCTL_COMMANDS_READ_NEW_FILE_H
-#define TOOLS_RNGCTL_COMMANDS_READ_NEW_FILE_H
+#ifndef TOOLS_RNGCTL_DRAWING_NEW_FILE_H
+#define TOOLS_RNGCTL_DRAWING_NEW_FILE_H
 
 #include "tools/rngctl/process/descriptor.h"
 

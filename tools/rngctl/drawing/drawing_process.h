@@ -1,7 +1,7 @@
-#ifndef TOOLS_RNGCTL_COMMANDS_READ_DRAWING_PROCESS_H
-#define TOOLS_RNGCTL_COMMANDS_READ_DRAWING_PROCESS_H
+#ifndef TOOLS_RNGCTL_DRAWING_DRAWING_PROCESS_H
+#define TOOLS_RNGCTL_DRAWING_DRAWING_PROCESS_H
 
-#include "tools/rngctl/commands/read/secret_bytes.h"
+#include "tools/rngctl/drawing/secret_bytes.h"
 #include "tools/rngctl/process/descriptor.h"
 #include "tools/rngctl/process/interruption.h"
 #include "tools/rngctl/process/terminal_settings.h"
@@ -9,6 +9,9 @@
 #include <functional>
 #include <string>
 #include <sys/types.h>
+
+/// The most that is drawn at once; a multiple of three, for base64.
+constexpr std::size_t kLargestPiece = 3UL * 16384;
 
 using TakePiece = std::function<void(const SecretBytes& piece)>;
 

@@ -1,4 +1,4 @@
-#include "tools/rngctl/commands/read/progress.h"
+#include "tools/rngctl/drawing/progress.h"
 
 #include <cstdio>
 #include <unistd.h>

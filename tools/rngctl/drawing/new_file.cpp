@@ -1,4 +1,4 @@
-#include "tools/rngctl/commands/read/new_file.h"
+#include "tools/rngctl/drawing/new_file.h"
 
 #include "tools/rngctl/channel/signal_block.h"
 

@@ -1,8 +1,8 @@
-#ifndef TOOLS_RNGCTL_COMMANDS_READ_OUTPUT_H
-#define TOOLS_RNGCTL_COMMANDS_READ_OUTPUT_H
+#ifndef TOOLS_RNGCTL_DRAWING_OUTPUT_H
+#define TOOLS_RNGCTL_DRAWING_OUTPUT_H
 
-#include "tools/rngctl/commands/read/new_file.h"
-#include "tools/rngctl/commands/read/secret_bytes.h"
+#include "tools/rngctl/drawing/new_file.h"
+#include "tools/rngctl/drawing/secret_bytes.h"
 
 #include <optional>
 #include <string>

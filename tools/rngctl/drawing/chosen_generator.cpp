@@ -1,0 +1,58 @@
+#include "tools/rngctl/drawing/chosen_generator.h"
+
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/settings/settings_file.h"
+#include "tools/rngctl/started_aggregator.h"
+#include "tools/rngctl/terminal/text.h"
+
+#include <rngaggregator/aggregator.h>
+
+namespace {
+
+IRngProvider& FindRng(const std::string& name) {
+  if (IRngProvider* const rng = GetRng(name.c_str())) return *rng;
+  throw Refusal(kNegativeAnswer, "There is no usable generator " + Quoted(name) +
+                                     "; \"rngctl list\" lists the usable ones.");
+}
+
+void SelectDevice(IRngProvider& rng, const std::string& name, const std::string& device) {
+  if (device.empty() || rng.SelectDevice(device.c_str())) return;
+  throw Refusal(kNegativeAnswer, name + " has no device " + Quoted(device) + ".");
+}
+
+IRngProvider& FindNamed(const GeneratorChoice& choice) {
+  IRngProvider& rng = FindRng(choice.name);
+  SelectDevice(rng, "The generator " + Quoted(choice.name), choice.device);
+  return rng;
+}
+
+bool FindDefault(DefaultRngInfo& info) {
+  const DirectoryLock lock = LockForReading();
+  return GetDefaultRng(&info, 0) == 1;
+}
+
+IRngProvider& FindDefaultRng(const std::string& device) {
+  DefaultRngInfo info;
+  if (!FindDefault(info)) {
+    throw Refusal(
+        kNegativeAnswer,
+        "No usable default generator is configured. Name a generator, or store a default with "
+        "\"rngctl default set\".");
+  }
+  IRngProvider* const rng = GetRng(info.type);
+  if (!rng) {
+    throw Refusal(kNegativeAnswer,
+                  "The configured default generator " + Quoted(info.type) + " is not usable now.");
+  }
+  SelectDevice(*rng, "The default generator " + Quoted(info.type),
+               device.empty() ? info.hardwareId : device);
+  return *rng;
+}
+
+}  // namespace
+
+void WithGenerator(const GeneratorChoice& choice, const std::function<void(IRngProvider&)>& work) {
+  if (choice.name.empty()) RefuseUnreadableSettings();  // before plug-ins read them
+  WithStartedAggregator(
+      [&] { work(choice.name.empty() ? FindDefaultRng(choice.device) : FindNamed(choice)); });
+}
