@@ -95,9 +95,9 @@ see "${tool}devices/" \
   "${tool}(devices|channel|process|loader|terminal)/|$common|^providers/library_handle[.]h$|^rngaggregator/"
 see "${tool}files/" "${tool}(files|terminal)/|$common"
 see "${tool}settings/" \
-  "${tool}(settings|files|channel|terminal)/|$common|^settings/known_path[.]h$|^providers/catalogue[.]h$|^rngaggregator/"
+  "${tool}(settings|files|channel|terminal|process/forked)/|${tool}process/descriptor[.]h\$|$common|^settings/known_path[.]h$|^providers/catalogue[.]h$|^rngaggregator/"
 started="${tool}started_aggregator[.]h\$"
-see "${tool}commands/[^/]*\$" "${tool}(commands|devices|settings|terminal)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
+see "${tool}commands/[^/]*\$" "${tool}(commands|devices|settings|terminal|process/forked)/|$common|$started|^providers/catalogue[.]h$|^rngaggregator/"
 see "${tool}drawing/" \
   "${tool}(drawing|channel|process|settings|terminal)/|$common|$started|^rngaggregator/"
 see "${tool}commands/read/" \

@@ -1,4 +1,5 @@
-// Preloaded: interrupts the process, as Ctrl-C does, right after it has removed a file.
+// Preloaded: interrupts the process group, as Ctrl-C does, right after a process has removed a file. To keep
+// it from others, the program must be in a session of its own.
 
 #include <csignal>
 #include <sys/syscall.h>
@@ -6,6 +7,6 @@
 
 extern "C" __attribute__((visibility("default"))) int unlink(const char* path) noexcept {
   const int result = static_cast<int>(::syscall(SYS_unlink, path));
-  if (result == 0) ::kill(::getpid(), SIGINT);
+  if (result == 0 && ::getsid(0) == ::getpgrp()) ::kill(0, SIGINT);
   return result;
 }

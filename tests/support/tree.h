@@ -29,8 +29,8 @@ void InstallAllPlugins(const std::string& variant = "scripted");
 /// or "absent".
 void InstallX11(const std::string& variant);
 
-/// Replaces the known-path service: "whole", "no_function", "crashing", "exiting" (with _Exit), "quitting" (with
-/// exit), or "absent" (a file that is not a library, so that the tree has none).
+/// Replaces the known-path service: "whole", "no_function", "crashing", "crashing_later" (in the third call),
+/// "exiting" (with _Exit), "quitting" (with exit), or "absent" (a file that is not a library, so that the tree has none).
 void InstallKnownPath(const std::string& variant);
 
 std::string ReadFile(const std::string& path);

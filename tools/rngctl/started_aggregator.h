@@ -11,7 +11,7 @@
 /// destroyed.
 void WithStartedAggregator(const std::function<void()>& work);
 
-/// While it lives, the program fails with a message if a plug-in or the known-path service calls exit(0),
+/// While it lives, the program fails with a message if a plug-in calls exit(0),
 /// because the result is not complete. At most one exists at a time.
 class NoEarlyExit {
  public:

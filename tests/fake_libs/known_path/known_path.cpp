@@ -16,6 +16,10 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
 #ifdef CRASHES
   std::abort();
 #endif
+#ifdef CRASHES_IN_CALL
+  static int calls = 0;
+  if (++calls == CRASHES_IN_CALL) std::abort();
+#endif
 #ifdef THROWS
   throw std::runtime_error("no directories today");
 #endif

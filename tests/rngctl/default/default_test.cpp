@@ -90,9 +90,11 @@ TEST_F(RngctlTest, AStoreThatTheLibraryDoesNotSeeFailIsNoticed) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(
       "rngctl: The default could not be stored in " + TreePath(kSettingsFile) +
-          ": it reads back as \"sobol\". Check that the file can be replaced and that no other "
-          "section or key that the library reads comes first in it.\n",
+          ": it reads back as \"sobol\". " + TreePath(kSettingsFile) +
+          " is as it was before.\nCheck that the file can be replaced and that no other section or "
+          "key that the library reads comes first in it.\n",
       result.errors);
+  EXPECT_EQ(lines, ReadFile(TreePath(kSettingsFile)));
 }
 
 TEST_F(RngctlTest, WarnsOfADefaultThatCannotBeUsed) {
@@ -118,9 +120,37 @@ TEST_F(RngctlTest, PluginsThatFailDoNotPreventStoring) {
   EXPECT_EQ(0, throwing.status);
   EXPECT_THAT(throwing.errors,
               StartsWith("Warning: it is unknown whether the default can be used."));
-  InstallPlugin("grandmaster", "crashing");
-  EXPECT_EQ("The default is now sobol.\n", Run("default set sobol").output);
-  EXPECT_THAT(ReadFile(TreePath(kSettingsFile)), HasSubstr("Type=sobol\n"));
+}
+
+// Whatever happens in the check after it.
+TEST_F(RngctlTest, TheStatusOfAStoredDefaultIsItsOwn) {
+  const std::pair<const char*, std::string> ends[] = {
+      {"disturbing/Opening_Quit", "exited with status 0"},
+      {"disturbing/ExitQuickly", "exited with status 3"},
+      {"disturbing/KillItself", "crashed with signal 9 (Killed)"},
+      {"disturbing/Release_Quit", "exited with status 0"},
+      {"disturbing/Closing_Crash", "crashed with signal "}};
+  for (const auto& [plugin, end] : ends) {
+    fs::remove(TreePath(kSettingsFile));
+    InstallPlugin("dsdr", plugin);
+    const Result set = Run("default set unixdev");
+    EXPECT_EQ(0, set.status) << plugin;
+    EXPECT_EQ("The default is now unixdev.\n", set.output);
+    EXPECT_THAT(set.errors,
+                HasSubstr("Warning: it is unknown whether the default can be used. A plug-in or "
+                          "the known-path service " +
+                          end))
+        << plugin;
+    EXPECT_THAT(ReadFile(TreePath(kSettingsFile)), HasSubstr("Type=unixdev\n"));
+  }
+}
+
+TEST_F(RngctlTest, WhatPluginsPrintIsNotAmongTheAnswers) {
+  InstallPlugin("dsdr", "prints_start");
+  EXPECT_EQ("The default is now unixdev.\n", Run("default set unixdev").output);
+  const Result shown = Run("default");
+  EXPECT_EQ("configured  unixdev\ndefault     unixdev\nloaded      yes\n", shown.output);
+  EXPECT_THAT(shown.errors, HasSubstr("driver"));
 }
 
 TEST_F(RngctlTest, ControlCharactersAreRefused) {

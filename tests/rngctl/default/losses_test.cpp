@@ -158,29 +158,50 @@ TEST_F(Losses, AnAccessControlListDoesNotDecideWhoWrites) {
 }
 
 TEST_F(Losses, AServiceThatEndsTheProgramIsAFailure) {
-  InstallKnownPath("quitting");
-  for (const char* command : {"default", "default set unixdev"}) {
-    const Result result = Run(command);
-    EXPECT_EQ(1, result.status) << command;
-    EXPECT_THAT(result.output, IsEmpty());
-    EXPECT_EQ(
-        "rngctl: A plug-in or the known-path service terminated the program.\n"
-        "Run \"rngctl doctor\" to find out which.\n",
-        result.errors);
+  for (const auto& [variant, end] :
+       {std::pair<const char*, std::string>("quitting", "exited with status 0"),
+        {"exiting", "exited with status 0"},
+        {"crashing", "crashed with signal 6 (Aborted)"}}) {
+    InstallKnownPath(variant);
+    for (const char* command : {"default", "default set unixdev", "read -n 2"}) {
+      const Result result = Run(command);
+      EXPECT_EQ(1, result.status) << command;
+      EXPECT_THAT(result.output, IsEmpty());
+      EXPECT_EQ("rngctl: The known-path service " + end +
+                    ".\nRun \"rngctl doctor\" to find out which file it is.\n",
+                result.errors);
+    }
   }
 }
 
+TEST_F(Losses, AServiceThatCrashesWhileTheDefaultIsReadIsAFailure) {
+  WriteFile(Ini(), kBegin);
+  InstallKnownPath("crashing_later");
+  const Result result = Run("default");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(
+      "rngctl: A plug-in or the known-path service crashed with signal 6 (Aborted).\n"
+      "Run \"rngctl doctor\" to find out which.\n",
+      result.errors);
+}
+
 TEST_F(Losses, TooFewDescriptorsAreNoFaultOfTheFile) {
-  WriteFile(Ini(), Settings(200));
+  const std::string old = Settings(200);
   bool isSeen = false;
   for (int limit = 3; limit < 8; ++limit) {
+    WriteFile(Ini(), old);
     const Result result = RunShell("ulimit -n " + std::to_string(limit) + "; exec " + Rngctl() +
                                    " default set unixdev");
-    const bool isReading = result.errors.find("cannot be read (Too many") != std::string::npos;
+    const bool isStarting =
+        result.errors.find("Cannot start a process: Too many") != std::string::npos;
     const bool isNamed = result.errors.find("Allow more with ulimit -n") != std::string::npos;
-    EXPECT_EQ(isReading, isNamed) << result.errors;
-    isSeen = isSeen || isReading;
-    EXPECT_THAT(ReadFile(Ini()), EndsWith(kEnd));
+    EXPECT_EQ(isStarting, isNamed) << result.errors;
+    isSeen = isSeen || isStarting;
+    if (result.status != 0) {
+      EXPECT_EQ(old, ReadFile(Ini()));
+    } else {
+      EXPECT_THAT(ReadFile(Ini()), EndsWith(kEnd));
+    }
   }
   EXPECT_TRUE(isSeen);
 }

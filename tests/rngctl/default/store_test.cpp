@@ -166,7 +166,7 @@ TEST_F(Store, CompletesTheStoreOfAKilledProcess) {
 
 TEST_F(Store, AnInterruptionWaitsUntilTheFileIsComplete) {
   WriteFile(Ini(), kOld);
-  const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/interrupts_unlink.so exec " +
+  const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/interrupts_unlink.so exec setsid " +
                                  Rngctl() + " default set unixdev X1");
   EXPECT_EQ(SIGINT, result.signal);
   EXPECT_THAT(ReadFile(Ini()), AllOf(HasSubstr("Type=unixdev\n"), HasSubstr("HardwareID=X1\n"),

@@ -1,5 +1,6 @@
 #include "tools/rngctl/commands/default.h"
 
+#include "tools/rngctl/process/forked/forked_process.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/settings/kinds.h"
 #include "tools/rngctl/settings/settings_file.h"
@@ -7,6 +8,7 @@
 #include "tools/rngctl/started_aggregator.h"
 #include "tools/rngctl/terminal/text.h"
 
+#include <functional>
 #include <iostream>
 
 #include <rngaggregator/aggregator.h>
@@ -39,18 +41,20 @@ struct Answer {
   bool isFound;
 };
 
-Answer AskForDefault(std::uint32_t mask) {
-  const DirectoryLock lock = LockForReading();
+Answer AskForDefault(std::uint32_t mask, const std::string& file) {
+  const DirectoryLock lock = LockForReading(file);
   Answer answer{ReadConfiguredDefault(), {}, false};
   answer.isFound = GetDefaultRng(&answer.found, mask) == 1;
   return answer;
 }
 
-void PrintDefault(std::uint32_t mask) {
-  const Answer answer = AskForDefault(mask);
+using PassLines = std::function<void(const std::string& lines)>;
+
+void ShowDefault(std::uint32_t mask, const std::string& file, const PassLines& pass) {
+  const Answer answer = AskForDefault(mask, file);
   const Default& configured = answer.configured;
   const DefaultRngInfo& info = answer.found;
-  std::cout << "configured  " << Printable(Describe(configured)) << '\n';
+  pass("configured  " + Printable(Describe(configured)) + '\n');
   if (!answer.isFound) {
     if (configured.kind.size() > kLongest || configured.device.size() > kLongest) {
       throw Refusal(kNegativeAnswer, "There is no default: the configured one is longer than " +
@@ -59,9 +63,9 @@ void PrintDefault(std::uint32_t mask) {
     throw Refusal(kNegativeAnswer,
                   "There is no default: none is configured, and no kind in the mask is usable.");
   }
-  std::cout << (configured.kind.empty() ? "fallback    " : "default     ")
-            << Printable(Describe({info.type, info.hardwareId})) << '\n'
-            << "loaded      " << (GetRng(info.type) ? "yes" : "no") << '\n';
+  pass((configured.kind.empty() ? "fallback    " : "default     ") +
+       Printable(Describe({info.type, info.hardwareId})) + '\n');
+  pass(std::string("loaded      ") + (GetRng(info.type) ? "yes" : "no") + '\n');
 }
 
 std::string WhyNotFound(const std::string& kind) {
@@ -87,8 +91,13 @@ std::string WhyNotUsable(const Default& chosen) {
 // The default is stored, so nothing that the plug-ins do is a failure of the command.
 void WarnUnlessUsable(const Default& chosen) {
   std::string why;
+  const auto ask = [&chosen] {
+    std::string answer;
+    WithStartedAggregator([&] { answer = WhyNotUsable(chosen); });
+    return answer;
+  };
   try {
-    WithStartedAggregator([&] { why = WhyNotUsable(chosen); });
+    why = AnswerOfFork(kPluginsAndService, ask);
   } catch (const Refusal& refusal) {
     why = std::string("it is unknown whether the default can be used. ") + refusal.what();
   }
@@ -99,21 +108,26 @@ void WarnUnlessUsable(const Default& chosen) {
 }  // namespace
 
 void RunDefault(std::uint32_t mask) {
-  const NoEarlyExit guard;
-  RefuseUnreadableSettings();  // before plug-ins read them
-  WithStartedAggregator([mask] { PrintDefault(mask); });
+  const std::string file = FindReadableSettings();  // before plug-ins read them
+  ForkedProcess process(kPluginsAndService, [&](const TakePiece& pass) {
+    const auto passLines = [&pass](const std::string& lines) {
+      pass(SecretBytes(lines.begin(), lines.end()));
+    };
+    WithStartedAggregator([&] { ShowDefault(mask, file, passLines); });
+  });
+  const InterruptionWatch interruption;
+  process.ForEachPiece([](const SecretBytes& piece) {
+    std::cout.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+  });
 }
 
 void RunDefaultSet(const std::string& name, const std::string& hardwareId) {
   CheckText("The name", name);
   CheckText("The hardware identifier", hardwareId);
   const Default chosen{name, hardwareId};
-  {
-    const NoEarlyExit guard;  // the known-path service may terminate the program, too
-    StoreDefault(chosen);
-  }
+  StoreDefault(chosen);
   std::cout << (name.empty() ? "No default is configured.\n"
                              : "The default is now " + Printable(Describe(chosen)) + ".\n")
-            << std::flush;  // a plug-in may end the process
+            << std::flush;  // the generators may take long to start
   if (!name.empty()) WarnUnlessUsable(chosen);
 }

@@ -26,14 +26,14 @@ IRngProvider& FindNamed(const GeneratorChoice& choice) {
   return rng;
 }
 
-bool FindDefault(DefaultRngInfo& info) {
-  const DirectoryLock lock = LockForReading();
+bool FindDefault(const std::string& settings, DefaultRngInfo& info) {
+  const DirectoryLock lock = LockForReading(settings);
   return GetDefaultRng(&info, 0) == 1;
 }
 
-IRngProvider& FindDefaultRng(const std::string& device) {
+IRngProvider& FindDefaultRng(const std::string& settings, const std::string& device) {
   DefaultRngInfo info;
-  if (!FindDefault(info)) {
+  if (!FindDefault(settings, info)) {
     throw Refusal(
         kNegativeAnswer,
         "No usable default generator is configured. Name a generator, or store a default with "
@@ -52,7 +52,8 @@ IRngProvider& FindDefaultRng(const std::string& device) {
 }  // namespace
 
 void WithGenerator(const GeneratorChoice& choice, const std::function<void(IRngProvider&)>& work) {
-  if (choice.name.empty()) RefuseUnreadableSettings();  // before plug-ins read them
+  const bool isNamed = !choice.name.empty();
+  const std::string settings = isNamed ? "" : FindReadableSettings();  // before plug-ins read them
   WithStartedAggregator(
-      [&] { work(choice.name.empty() ? FindDefaultRng(choice.device) : FindNamed(choice)); });
+      [&] { work(isNamed ? FindNamed(choice) : FindDefaultRng(settings, choice.device)); });
 }

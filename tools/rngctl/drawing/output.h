@@ -2,7 +2,7 @@
 #define TOOLS_RNGCTL_DRAWING_OUTPUT_H
 
 #include "tools/rngctl/drawing/new_file.h"
-#include "tools/rngctl/drawing/secret_bytes.h"
+#include "tools/rngctl/process/forked/secret_bytes.h"
 
 #include <optional>
 #include <string>

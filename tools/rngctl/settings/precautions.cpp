@@ -6,6 +6,7 @@
 #include "tools/rngctl/settings/storing.h"
 #include "tools/rngctl/terminal/text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -111,13 +112,26 @@ void RefuseAfterStoring(const std::string& file, const std::string& found,
                         const std::string& error) {
   const std::string reason = error.empty() ? "" : " (" + error + ")";
   const std::string noSpace = WhyNoSpace(NearestPlace(file), 0);
-  const std::string advice = noSpace.empty() ? "Check that the file can be replaced and that no "
+  const std::string cause = noSpace.empty() ? "" : " The reason is probably that " + noSpace + ".";
+  const char* const advice = noSpace.empty() ? "Check that the file can be replaced and that no "
                                                "other section or key that the library reads comes "
                                                "first in it."
-                                             : "The reason is probably that " + noSpace +
-                                                   ". Free some space, and try again.";
-  throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + reason +
-                                     ": it reads back as " + Quoted(found) + ". " + advice);
+                                             : "Free some space, and try again.";
+  throw Refusal(kNegativeAnswer,
+                "The default could not be stored in " + file + reason + ": " + found + "." + cause,
+                advice);
+}
+
+std::vector<std::string> LinesToKeep(const std::string& file) {
+  std::vector<std::string> lines;
+  std::ifstream content(file, std::ios::binary);
+  for (std::string line; std::getline(content, line) && !content.eof();) {
+    std::erase(line, '\r');
+    if (line.size() > kLongestLine) break;
+    line.resize(std::min(line.find('\0'), line.size()));
+    if (!line.empty() && line != "[Devices]" && !IsEntry(line)) lines.push_back(line);
+  }
+  return lines;
 }
 
 void FinishInterruptedStore(const std::string& file) {

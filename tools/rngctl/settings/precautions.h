@@ -4,6 +4,7 @@
 #include "tools/rngctl/files/path_facts.h"
 
 #include <string>
+#include <vector>
 
 /// \file
 /// What must hold before the library stores a default in `file`. Those that find a reason not to store
@@ -17,6 +18,10 @@
 /// success.
 [[noreturn]] void RefuseAfterStoring(const std::string& file, const std::string& found,
                                      const std::string& error);
+
+/// The lines of the file that storing keeps: all that the library copies, without the default, its header
+/// and empty lines.
+std::vector<std::string> LinesToKeep(const std::string& file);
 
 /// If a process was killed after it had removed the file and before it had renamed the complete new one,
 /// puts the new one in its place.

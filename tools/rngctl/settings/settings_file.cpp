@@ -3,6 +3,7 @@
 #include "settings/known_path.h"
 #include "tools/rngctl/files/path_facts.h"
 #include "tools/rngctl/files/users.h"
+#include "tools/rngctl/process/forked/forked_process.h"
 #include "tools/rngctl/refusal.h"
 
 #include <cerrno>
@@ -17,8 +18,20 @@ namespace {
 constexpr std::size_t kMostMebibytes = 16;
 
 [[noreturn]] void ServiceFailed(const std::string& how) {
-  throw Refusal(kNegativeAnswer, "The known-path service failed" + how + ".",
-                "Run \"rngctl doctor\" to find out which file it is.");
+  throw Refusal(kNegativeAnswer, "The known-path service failed" + how + ".", kService.advice);
+}
+
+std::string AskService() {
+  try {
+    const std::optional<std::string> directory = FindSettingsDirectory();
+    return directory ? *directory + "/rng.ini" : "";
+  } catch (const std::exception& error) {
+    ServiceFailed(std::string(": ") + error.what());
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the service called pthread_exit
+  } catch (...) {
+    ServiceFailed(" without an error message");
+  }
 }
 
 std::string Octal(mode_t mode) {
@@ -70,18 +83,7 @@ int ReadToEnd(const std::string& file) {
 
 }  // namespace
 
-std::string FindSettingsFile() {
-  try {
-    const std::optional<std::string> directory = FindSettingsDirectory();
-    return directory ? *directory + "/rng.ini" : "";
-  } catch (const std::exception& error) {
-    ServiceFailed(std::string(": ") + error.what());
-  } catch (const abi::__forced_unwind&) {
-    throw;  // the service called pthread_exit
-  } catch (...) {
-    ServiceFailed(" without an error message");
-  }
-}
+std::string FindSettingsFile() { return AnswerOfFork(kService, AskService); }
 
 bool MayExist(const std::string& file) {
   const int error = LookAtEntry(file).error;
@@ -106,15 +108,15 @@ ReadingFault FindReadingFault(const std::string& file) {
   return error == 0 ? ReadingFault{} : ExplainError(file, error);
 }
 
-void RefuseUnreadableSettings() {
+std::string FindReadableSettings() {
   const std::string file = FindSettingsFile();
-  if (file.empty() || !MayExist(file)) return;
+  if (file.empty() || !MayExist(file)) return file;
   const ReadingFault fault = FindReadingFault(file);
-  if (fault.problem.empty()) return;
+  if (fault.problem.empty()) return file;
   throw Refusal(kNegativeAnswer, "It is unknown which default is configured: " + file +
                                      " cannot be read (" + fault.problem + "). " + fault.fix);
 }
 
-DirectoryLock LockForReading() {
-  return {DirectoryOf(FindSettingsFile()), DirectoryLock::Kind::kShared};
+DirectoryLock LockForReading(const std::string& file) {
+  return {DirectoryOf(file), DirectoryLock::Kind::kShared};
 }

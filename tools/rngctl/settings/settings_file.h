@@ -6,7 +6,7 @@
 #include <string>
 
 /// The file in which the library stores the default, "" if the known-path service returns no directory.
-/// Throws a `Refusal` if the service throws.
+/// Asks the service in a process of its own, and throws a `Refusal` if it throws or ends that process.
 std::string FindSettingsFile();
 
 /// True also for a dangling link, and if this user may not find out whether the file exists.
@@ -21,12 +21,12 @@ struct ReadingFault {
 /// It never waits, so it can be asked before the library reads the file.
 ReadingFault FindReadingFault(const std::string& file);
 
-/// Ends the command if the file exists and cannot be read: the library would report that no default is
-/// configured, or never return.
-void RefuseUnreadableSettings();
+/// `FindSettingsFile`, but throws a `Refusal` if the file exists and cannot be read: the library would report
+/// that no default is configured, or never return.
+std::string FindReadableSettings();
 
 /// Keeps other processes of rngctl from storing while it lives, because there is no file for a moment when
 /// they do. If the directory cannot be locked, the file is read anyway.
-DirectoryLock LockForReading();
+DirectoryLock LockForReading(const std::string& file);
 
 #endif

@@ -2,9 +2,11 @@
 
 #include "tools/rngctl/channel/signal_block.h"
 #include "tools/rngctl/files/path_facts.h"
+#include "tools/rngctl/process/forked/forked_process.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/settings/directory_lock.h"
 #include "tools/rngctl/settings/foreign_rights.h"
+#include "tools/rngctl/settings/old_settings.h"
 #include "tools/rngctl/settings/precautions.h"
 #include "tools/rngctl/settings/settings_file.h"
 #include "tools/rngctl/terminal/text.h"
@@ -78,20 +80,33 @@ void CheckLock(const DirectoryLock& lock, const std::string& file) {
 bool LetLibraryStore(const Default& chosen) {
   IRngSettings& settings = *GetDefaultSettings();
   const char* const device = chosen.device.empty() ? nullptr : chosen.device.c_str();
-  // There is a moment when the library has removed the old file and not yet renamed the new one, and no
-  // signal may come then. SIGXFSZ comes earlier, while the new file is written, and must end the process.
-  const SignalBlock block{SIGXFSZ};
   return settings.SetType(chosen.kind.c_str()) && settings.SetHardwareId(device);
 }
 
-// The library does not notice every failure to write. Reading the default back does.
-void StoreAndReadBack(const std::string& file, const Default& chosen) {
+// The library does not notice every failure to write. Reading the file back does.
+void StoreAndReadBack(const Default& chosen, const OldSettings& old) {
   errno = 0;
   const bool isStored = LetLibraryStore(chosen);
   const std::string error = isStored || errno == 0 ? "" : std::strerror(errno);
   const Default found = ReadConfiguredDefault();
-  if (isStored && found == chosen) return;
-  RefuseAfterStoring(file, Describe(found), error);
+  if (!isStored || found != chosen) {
+    RefuseAfterStoring(old.File(), "it reads back as " + Quoted(Describe(found)), error);
+  }
+  if (!old.AreLinesKept()) RefuseAfterStoring(old.File(), "other settings were lost", error);
+}
+
+// The known-path service, which the library asks several times, may end the process at any moment.
+void StoreOrPutBack(const Default& chosen, const OldSettings& old) {
+  try {
+    AnswerOfFork(kService, [&] {
+      StoreAndReadBack(chosen, old);
+      return std::string();
+    });
+  } catch (const Refusal& refusal) {
+    const std::string result = old.PutBack();
+    WarnOfNewOwner(old.File(), old.Facts());
+    throw Refusal(refusal.status, std::string(refusal.what()) + " " + result, refusal.advice);
+  }
 }
 
 }  // namespace
@@ -123,10 +138,13 @@ void StoreDefault(const Default& chosen) {
   CheckStorable(file);
   WarnOfLosses(file);
   ::unlink((file + ".tmp").c_str());  // this user's own; the new file would inherit its mode
-  const PathFacts old = LookThrough(file);
-  const mode_t mask = MaskFor(old);
+  const OldSettings old(file);
+  const mode_t mask = MaskFor(old.Facts());
   const Umask umaskOfFile(mask);
-  StoreAndReadBack(file, chosen);
+  // No signal may come before the file is complete or the old one back. SIGXFSZ must end the process that
+  // writes: if it did not, the library would go on with what it could write.
+  const SignalBlock block{SIGXFSZ};
+  StoreOrPutBack(chosen, old);
   RemoveRights(file, mask);
-  WarnOfNewOwner(file, old);
+  WarnOfNewOwner(file, old.Facts());
 }

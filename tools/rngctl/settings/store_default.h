@@ -22,7 +22,8 @@ Default ReadConfiguredDefault();
 /// - Where the library would lose settings without reporting it, nothing is changed: a full disk, a limit
 ///   on file sizes, a file that this user cannot read, a dangling link. The same applies to a left-over
 ///   rng.ini.tmp that this user did not create, because the library would write into it.
-/// - Signals wait until the file is complete.
+/// - If storing fails after that, or the file does not have what it should have, the old one is put back.
+/// - Signals wait until the file is complete, or the old one is back.
 /// - What storing removes, apart from the old default, is printed as a warning.
 void StoreDefault(const Default& chosen);
 

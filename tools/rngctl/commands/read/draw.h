@@ -2,7 +2,7 @@
 #define TOOLS_RNGCTL_COMMANDS_READ_DRAW_H
 
 #include "tools/rngctl/drawing/chosen_generator.h"
-#include "tools/rngctl/drawing/drawing_process.h"
+#include "tools/rngctl/process/forked/forked_process.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #ifndef TOOLS_RNGCTL_COMMANDS_READ_ENCODING_H
 #define TOOLS_RNGCTL_COMMANDS_READ_ENCODING_H
 
-#include "tools/rngctl/drawing/secret_bytes.h"
+#include "tools/rngctl/process/forked/secret_bytes.h"
 
 enum class Encoding { kRaw, kHex, kBase64 };
 

@@ -1,8 +1,8 @@
 #include "tools/rngctl/commands/read/read.h"
 
-#include "tools/rngctl/drawing/drawing_process.h"
 #include "tools/rngctl/drawing/output.h"
 #include "tools/rngctl/drawing/progress.h"
+#include "tools/rngctl/process/forked/forked_process.h"
 #include "tools/rngctl/refusal.h"
 
 void RunRead(const ReadRequest& request) {
@@ -11,7 +11,7 @@ void RunRead(const ReadRequest& request) {
     throw Refusal(kWrongUsage,
                   "Raw bytes are not written to a terminal: choose --hex, --base64 or a file.");
   }
-  DrawingProcess process([&](const TakePiece& pass) {
+  ForkedProcess process(kPlugins, [&](const TakePiece& pass) {
     output.LeaveToParent();
     Draw(request.draw, pass);
   });

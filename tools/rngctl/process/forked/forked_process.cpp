@@ -1,7 +1,8 @@
-#include "tools/rngctl/drawing/drawing_process.h"
+#include "tools/rngctl/process/forked/forked_process.h"
 
 #include "tools/rngctl/refusal.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -48,31 +49,36 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
 }
 
 // The callers on the stack are copies of the parent's, so their destructors must not run here.
-[[noreturn]] void RunChild(pid_t parent, int socket, const DrawingProcess::Draw& draw) noexcept {
+[[noreturn]] void RunChild(pid_t parent, int socket, const Suspects& suspects,
+                           const ForkedProcess::Work& work) noexcept {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != parent) std::_Exit(kNegativeAnswer);
   ::dup2(STDERR_FILENO, STDOUT_FILENO);
   try {
-    draw(
+    work(
         [socket](const SecretBytes& piece) { SendTo(socket, kPiece, piece.data(), piece.size()); });
   } catch (const Refusal& refusal) {
     End(socket, refusal.status,
         std::string(refusal.what()).substr(0, kLongestText) + '\0' + refusal.advice);
+  } catch (const Interrupted& interrupted) {
+    EndBySignal(interrupted.signal);
   } catch (const std::exception& error) {
-    const std::string text = std::string("The draw failed: ") + error.what() + ".";
+    const std::string text = std::string(suspects.who) + " failed: " + error.what() + ".";
     End(socket, kNegativeAnswer, text.substr(0, kLongestText));
   }
   End(socket, kDone, "");
 }
 
 [[noreturn]] void RefuseStart() {
+  const bool isLimit = errno == EMFILE || errno == ENFILE;
   throw Refusal(kNegativeAnswer,
-                std::string("Cannot start a process: ") + std::strerror(errno) + ".");
+                std::string("Cannot start a process: ") + std::strerror(errno) + ".",
+                isLimit ? "Allow more with ulimit -n; 16 are enough." : "");
 }
 
 }  // namespace
 
-DrawingProcess::DrawingProcess(const Draw& draw) {
+ForkedProcess::ForkedProcess(const Suspects& whoRuns, const Work& work) : suspects(whoRuns) {
   std::signal(SIGCHLD, SIG_DFL);  // if it were ignored, waitpid could not report the end
   int ends[2];
   if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0) RefuseStart();
@@ -83,22 +89,22 @@ DrawingProcess::DrawingProcess(const Draw& draw) {
   if (process < 0) RefuseStart();
   if (process > 0) return;
   messages.Close();
-  RunChild(parent, theirs.Get(), draw);
+  RunChild(parent, theirs.Get(), suspects, work);
 }
 
-DrawingProcess::~DrawingProcess() {
+ForkedProcess::~ForkedProcess() {
   messages.Close();
   for (int i = 0; i < kGraceTicks && !HasEnded(); ++i) ::poll(nullptr, 0, kTick);
   if (process > 0) ::kill(process, SIGKILL);
   WaitForEnd();
 }
 
-bool DrawingProcess::HasEnded() {
+bool ForkedProcess::HasEnded() {
   if (process > 0 && ::waitpid(process, &status, WNOHANG) == process) process = -1;
   return process < 0;
 }
 
-void DrawingProcess::WaitForEnd() {
+void ForkedProcess::WaitForEnd() {
   while (process > 0) {
     if (::waitpid(process, &status, 0) == process) process = -1;
   }
@@ -106,7 +112,7 @@ void DrawingProcess::WaitForEnd() {
 
 // Returns false if the process has ended and sent nothing more. A process that it left running may hold
 // the other end open, so waiting for the end of the messages alone could take forever.
-bool DrawingProcess::WaitForMessage() {
+bool ForkedProcess::WaitForMessage() {
   for (;;) {
     if (InterruptionWatch::Signal() != 0) {
       if (process > 0) ::kill(process, InterruptionWatch::Signal());
@@ -121,7 +127,7 @@ bool DrawingProcess::WaitForMessage() {
 }
 
 // Empty when the other end is closed.
-SecretBytes DrawingProcess::ReceiveMessage() {
+SecretBytes ForkedProcess::ReceiveMessage() {
   SecretBytes message(kLargestMessage);
   const ssize_t size = ::recv(messages.Get(), message.data(), message.size(), 0);
   message.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
@@ -129,7 +135,7 @@ SecretBytes DrawingProcess::ReceiveMessage() {
   return message;
 }
 
-void DrawingProcess::ForEachPiece(const TakePiece& take) {
+void ForkedProcess::ForEachPiece(const TakePiece& take) {
   while (WaitForMessage()) {
     const SecretBytes message = ReceiveMessage();
     if (message.size() < 2) continue;
@@ -139,7 +145,7 @@ void DrawingProcess::ForEachPiece(const TakePiece& take) {
   RefuseBadEnd();
 }
 
-void DrawingProcess::Conclude(const SecretBytes& message) {
+void ForkedProcess::Conclude(const SecretBytes& message) {
   const std::string text(message.begin() + 2, message.end());
   const std::size_t end = std::min(text.find('\0'), text.size());
   if (message[1] != kDone) {
@@ -152,11 +158,23 @@ void DrawingProcess::Conclude(const SecretBytes& message) {
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) RefuseBadEnd();
 }
 
-void DrawingProcess::RefuseBadEnd() const {
+void ForkedProcess::RefuseBadEnd() const {
   const std::string end = WIFSIGNALED(status)
                               ? "crashed with signal " + std::to_string(WTERMSIG(status)) + " (" +
                                     ::strsignal(WTERMSIG(status)) + ")"
                               : "exited with status " + std::to_string(WEXITSTATUS(status));
-  throw Refusal(kNegativeAnswer, "A plug-in " + end + ".",
-                "Run \"rngctl doctor\" to find out which.");
+  throw Refusal(kNegativeAnswer, std::string(suspects.who) + " " + end + ".", suspects.advice);
+}
+
+std::string AnswerOfFork(const Suspects& whoRuns, const std::function<std::string()>& work) {
+  ForkedProcess process(whoRuns, [&work](const TakePiece& pass) {
+    const std::string answer = work();
+    pass(SecretBytes(answer.begin(), answer.end()));
+  });
+  const InterruptionWatch interruption;
+  std::string answer;
+  process.ForEachPiece(
+      [&answer](const SecretBytes& piece) { answer.append(piece.begin(), piece.end()); });
+  if (InterruptionWatch::Signal() != 0) throw Interrupted{InterruptionWatch::Signal(), {}};
+  return answer;
 }

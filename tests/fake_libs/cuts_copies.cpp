@@ -1,0 +1,26 @@
+// Preloaded: after a file is removed, cuts the one with the suffix ".tmp" beside it to RNG_TEST_SIZE bytes, as a
+// disk without space does. With RNG_TEST_NO_SYNC, no file reaches the disk.
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#define EXPORT extern "C" __attribute__((visibility("default")))
+
+EXPORT int unlink(const char* path) noexcept {
+  const int result = static_cast<int>(::syscall(SYS_unlink, path));
+  const std::string copy = std::string(path) + ".tmp";
+  const off_t size = std::atoi(std::getenv("RNG_TEST_SIZE"));
+  struct stat status = {};
+  if (result != 0 || ::stat(copy.c_str(), &status) != 0 || status.st_size <= size) return result;
+  return ::truncate(copy.c_str(), size);
+}
+
+EXPORT int fsync(int descriptor) {
+  if (!std::getenv("RNG_TEST_NO_SYNC")) return static_cast<int>(::syscall(SYS_fsync, descriptor));
+  errno = EIO;
+  return -1;
+}

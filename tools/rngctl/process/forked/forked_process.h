@@ -1,0 +1,66 @@
+#ifndef TOOLS_RNGCTL_PROCESS_FORKED_FORKED_PROCESS_H
+#define TOOLS_RNGCTL_PROCESS_FORKED_FORKED_PROCESS_H
+
+#include "tools/rngctl/process/descriptor.h"
+#include "tools/rngctl/process/forked/secret_bytes.h"
+#include "tools/rngctl/process/interruption.h"
+#include "tools/rngctl/process/terminal_settings.h"
+
+#include <functional>
+#include <string>
+#include <sys/types.h>
+
+/// The most that is passed at once; a multiple of three, for base64.
+constexpr std::size_t kLargestPiece = 3UL * 16384;
+
+using TakePiece = std::function<void(const SecretBytes& piece)>;
+
+/// Whose code a process runs besides our own. If it ends badly, they are named, with a line of advice.
+struct Suspects {
+  const char* who;
+  const char* advice;
+};
+inline constexpr Suspects kPlugins = {"A plug-in", "Run \"rngctl doctor\" to find out which."};
+inline constexpr Suspects kService = {"The known-path service",
+                                      "Run \"rngctl doctor\" to find out which file it is."};
+inline constexpr Suspects kPluginsAndService = {"A plug-in or the known-path service",
+                                                kPlugins.advice};
+
+/// Runs code of others in a forked process. Code that terminates it can neither change what this process
+/// writes nor make it look complete. Standard output there is standard error, so what a plug-in prints
+/// does not get into the result.
+class ForkedProcess {
+ public:
+  /// `work` runs in the new process, and passes on its result. If it throws, so does `ForEachPiece`.
+  using Work = std::function<void(const TakePiece& pass)>;
+  ForkedProcess(const Suspects& whoRuns, const Work& work);
+  ForkedProcess(const ForkedProcess&) = delete;
+  ForkedProcess& operator=(const ForkedProcess&) = delete;
+
+  /// Ends the process if it still runs: closes the channel, and kills it if it continues for a second.
+  ~ForkedProcess();
+
+  /// Returns when `work` has returned and the process has exited with status 0. Throws a `Refusal` if it
+  /// ended in any other way, and `Interrupted` if a signal asks this process to terminate.
+  void ForEachPiece(const TakePiece& take);
+
+ private:
+  bool HasEnded();
+  void WaitForEnd();
+  bool WaitForMessage();
+  SecretBytes ReceiveMessage();
+  void Conclude(const SecretBytes& message);
+  [[noreturn]] void RefuseBadEnd() const;
+
+  const Suspects suspects;
+  const TerminalSettings terminal;  // destroyed last, because a killed plug-in cannot restore them
+  Descriptor messages;
+  pid_t process = -1;
+  int status = 0;  // valid when process is -1
+};
+
+/// Runs `work` in such a process and returns its result, a text of at most `kLargestPiece` bytes. Until
+/// then, signals that ask this process to terminate throw `Interrupted`.
+std::string AnswerOfFork(const Suspects& whoRuns, const std::function<std::string()>& work);
+
+#endif
