@@ -65,6 +65,17 @@ TEST_F(OutsideText, TheJsonOfTheListLosesNothing) {
             json["generators"][0]["description"].get<std::string>());
 }
 
+TEST_F(OutsideText, TheDevicesOfTheListAreHarmlessAndItsJsonLosesNothing) {
+  InstallPlugin("dsdr", "deceptive_report");
+  EXPECT_THAT(RunHarmless("list").output,
+              HasSubstr("\ndsdr, device R?1: Reader ?1\ndsdr, problem: The reader ?is off.\n"));
+  const auto json = nlohmann::json::parse(RunHarmless("list --json").output)["generators"][0];
+  const std::string override = kOverride;
+  EXPECT_EQ("R" + override + "1", json["devices"][0]["identifier"].get<std::string>());
+  EXPECT_EQ("Reader " + override + "1", json["devices"][0]["text"].get<std::string>());
+  EXPECT_EQ("The reader " + override + "is off.", json["problems"][0].get<std::string>());
+}
+
 TEST_F(OutsideText, AnExceptionInADrawIsHarmless) {
   InstallPlugin("dsdr", "deceptive_texts");
   EXPECT_EQ(
