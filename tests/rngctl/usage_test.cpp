@@ -26,10 +26,11 @@ INSTANTIATE_TEST_SUITE_P(
                     "read unixdev -n x", "read unixdev -n -1", "read unixdev -n 010",
                     "read unixdev -n 18446744073709551616", "read unixdev -n 1 --raw --hex",
                     "read unixdev -n 1 --hex --base64", "read unixdev -n 1 -o ''",
-                    "read unixdev -n 1 --force", "read unixdev -n 1 --raw -o ''", "default nosuch",
-                    "default --mask x", "default --mask -1", "default --mask 010",
-                    "default --mask 4 set a", "default set", "default set a b c", "default set a=b",
-                    "default set ' a'", "default set a 'x '", "default set 123456789012345678",
+                    "read unixdev -n 1 -o -", "read unixdev -n 1 --force",
+                    "read unixdev -n 1 --raw -o ''", "default nosuch", "default --mask x",
+                    "default --mask -1", "default --mask 010", "default --mask 4 set a",
+                    "default set", "default set a b c", "default set a=b", "default set ' a'",
+                    "default set a 'x '", "default set 123456789012345678",
                     "default set a 123456789012345678"));
 
 TEST_F(RngctlTest, AMisspeltCommandIsNamed) {

@@ -47,8 +47,12 @@ std::string CheckMask(const std::string& text) {
 }
 
 // An empty name usually comes from an unset variable in a script. The bytes must not go to standard
-// output instead.
+// output instead. With other programs, "-" means standard output.
 std::string CheckFileName(const std::string& text) {
+  if (text == "-") {
+    return "\"-\" is not a file name here. Leave out -o to write to standard output, or write \"-o "
+           "./-\" for a file of that name";
+  }
   return text.empty() ? "the file name is empty" : "";
 }
 

@@ -128,6 +128,20 @@ TEST_F(RngctlTest, ALinkOnTheWayToTheFileIsFollowed) {
   EXPECT_EQ("\xA5\xA5", ReadFile(TreePath("keys/key")));
 }
 
+// Other programs write to standard output then. A file of that name must be meant.
+TEST_F(RngctlTest, ADashIsNoFileName) {
+  InstallPlugin("sobol");
+  const Result result = RunShell("cd " + TreePath("") + " && bin/rngctl read sobol -n 2 -o -");
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.output, IsEmpty());
+  EXPECT_THAT(result.errors, HasSubstr("\"-\" is not a file name here. Leave out -o to write to "
+                                       "standard output, or write \"-o ./-\" for a file of that "
+                                       "name\n"));
+  EXPECT_FALSE(fs::exists(TreePath("-")));
+  EXPECT_EQ(0, RunShell("cd " + TreePath("") + " && bin/rngctl read sobol -n 2 -o ./-").status);
+  EXPECT_EQ("a5a5\n", ReadFile(TreePath("-")));
+}
+
 // Root writes over a file of nobody; other users try a file of root.
 TEST_F(RngctlTest, AFileOfAnotherUserIsReplacedOnlyWithForce) {
   WriteFile(TreePath("key"), "old");
