@@ -84,7 +84,7 @@ keep_in '^(include|plugins|quality)/' '^dlfcn[.]h$' '^$'
 
 # --- The tool. Two families of commands, doctor and check, stand beside each other on rooms that know
 # neither.
-see '^tools/' '^(tools|providers|rngaggregator)/|^settings/known_path[.]h$'
+see '^tools/' '^(tools|providers|quality|rngaggregator)/|^settings/known_path[.]h$'
 tool='^tools/rngctl/'
 common="${tool}refusal[.]h\$"
 see "${tool}terminal/" "${tool}terminal/|$common"
@@ -108,7 +108,9 @@ see "${tool}doctor/" \
 see "${tool}doctor/permissions/" \
   "${tool}(doctor/permissions/|doctor/report[.]h|files/|loader/|terminal/)|^providers/catalogue[.]h$"
 see "${tool}check/" \
-  "${tool}(check|devices|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^rngaggregator/"
+  "${tool}(check|devices|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^(quality|rngaggregator)/"
+# What judges bytes needs no plug-in.
+see "${tool}check/looks/" "${tool}(check/looks|terminal)/|^(quality|rngaggregator)/"
 see "${tool}check/plugin/" \
   "${tool}(check/plugin/|check/(finding|transcript)[.]h|channel/|process/)|^rngaggregator/"
 keep_in "$tool" '^dlfcn[.]h$' "${tool}((process|loader|devices|doctor|check)/|started_aggregator[.]cpp$)"

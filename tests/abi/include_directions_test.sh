@@ -80,6 +80,8 @@ tools/rngctl/devices/ask.cpp #include "providers/catalogue.h"
 tools/rngctl/process/child.cpp #include "tools/rngctl/devices/ask.h"
 tools/rngctl/doctor/doctor.cpp #include "tools/rngctl/check/check.h"
 tools/rngctl/doctor/new_file.cpp #include "../check/finding.h"
+tools/rngctl/doctor/new_file.cpp #include "quality/byte_statistics.h"
+tools/rngctl/check/looks/bias.cpp #include "tools/rngctl/check/plugin/watched_draw.h"
 tools/rngctl/doctor/doctor.cpp #include "tools/rngctl/commands/list.h"
 tools/rngctl/doctor/doctor.cpp #include "aggregator/process_state.h"
 tools/rngctl/doctor/doctor.cpp #include <gelf.h>

@@ -1,0 +1,26 @@
+#ifndef TOOLS_RNGCTL_CHECK_LOOKS_FAULTS_H
+#define TOOLS_RNGCTL_CHECK_LOOKS_FAULTS_H
+
+#include "tools/rngctl/check/looks/draws_of_size.h"
+
+#include <optional>
+
+/// What shows in the draws of one size. The sum of the probabilities that a perfect source gives an alarm is
+/// in rules/looks_random.cpp; each function says what it adds.
+
+/// Smaller draws have too few bytes for all but `FindUnwritten`.
+inline constexpr std::size_t kSmallestJudged = 15;
+
+/// Bytes that keep what the buffer held before.
+std::optional<Fault> FindUnwritten(const DrawsOfSize& drawn);
+
+/// Bytes that have the same values in each draw.
+std::optional<Fault> FindConstant(const DrawsOfSize& drawn);
+
+/// Runs of equal bytes, counters, a value that comes too often, bytes that repeat those before them.
+std::optional<Fault> FindPattern(const DrawsOfSize& drawn);
+
+/// Bits or byte values that are not equally frequent.
+std::optional<Fault> FindBias(const DrawsOfSize& drawn);
+
+#endif
