@@ -75,7 +75,7 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   EXPECT_EQ("", Failed(user));
   EXPECT_EQ(
       "device-report own-device draw-succeeds refused-device draws-after-calls draw-fills-buffer "
-      "drawn-values draws-differ concurrent-calls",
+      "drawn-values draws-differ draws-look-random concurrent-calls",
       UnexaminedDespiteTime(user));
   EXPECT_EQ("a draw takes long, or waits for a user or a device", Reason(user, "draws-differ"));
 

@@ -37,7 +37,7 @@ TEST(Check, TextGivesAReasonOnceForAllChecks) {
   EXPECT_THAT(text, HasSubstr("\nnot examined  cancel\n"
                               "              why: draws also fail without Cancel\n"
                               "not examined  draw-fills-buffer, drawn-values, "
-                              "draws-differ, concurrent-calls\n"
+                              "draws-differ, draws-look-random, concurrent-calls\n"
                               "              why: Generate returns false\n\n"));
   EXPECT_THAT(text, HasSubstr("\nwarning       draw-succeeds "));
 }

@@ -46,6 +46,7 @@ const Severities kSeverities = {
     {"draw-fills-buffer", "error"},
     {"drawn-values", "error"},
     {"draws-differ", "error"},
+    {"draws-look-random", "error"},
     {"concurrent-calls", "error"},
     {"release-ends-threads", "error"},
     {"release-closes-files", "error"},

@@ -2,12 +2,19 @@
 
 #include "tools/rngctl/check/bad_end.h"
 #include "tools/rngctl/check/child.h"
+#include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/text.h"
 #include "tools/rngctl/terminal/wait_notice.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <sys/random.h>
 
 namespace {
+
+// A request is written before anybody reads it, so it must fit into a socket.
+constexpr std::size_t kMostBlocks = 32768;
 
 Finding InternalError() {
   Finding finding =
@@ -19,6 +26,13 @@ Finding InternalError() {
 }
 
 }  // namespace
+
+std::string Examination::MakeRunKey() {
+  std::string key(16, '\0');
+  if (::getrandom(key.data(), key.size(), 0) == static_cast<ssize_t>(key.size())) return key;
+  throw Refusal(kNegativeAnswer, std::string("Cannot get random bytes from the system: ") +
+                                     std::strerror(errno) + ".");
+}
 
 CheckReport Examination::Run(const std::set<std::string>& chosen) {
   const std::vector<Rule> rules = AllRules();
@@ -50,7 +64,8 @@ Finding Examination::MakeCheck(const Rule& rule) {
 }
 
 CheckOrder Examination::OrderFor(const Rule& rule) const {
-  CheckOrder order{rule.name, subject.plugin, static_cast<int>(limit.count()), {}, drawsWait};
+  CheckOrder order{rule.name, subject.plugin, static_cast<int>(limit.count()), {}, drawsWait,
+                   {},        runKey};
   for (const auto& bad : evidence.badSteps) order.badSteps.insert(bad.first);
   return order;
 }
@@ -78,8 +93,10 @@ Finding Examination::Confirm(const Rule& rule, const Finding& fault, const Sourc
   return NotExamined("the source ran out: the same draws fail alone in a fresh process, too");
 }
 
-Finding Examination::ExamineInChild(const Rule& rule) {
-  const ChildResult result = Run(OrderFor(rule));
+Finding Examination::ExamineInChild(const Rule& rule, const std::string& earlierBlocks) {
+  CheckOrder order = OrderFor(rule);
+  order.earlierBlocks = earlierBlocks;
+  const ChildResult result = Run(order);
   if (result.isSilent && !result.HasExited(0)) {
     return JudgeBadEnd({}, result, DescribeEnd(result, limit));
   }
@@ -88,6 +105,9 @@ Finding Examination::ExamineInChild(const Rule& rule) {
   Remember(*transcript);
   if (transcript->avoided) return NotExamined(evidence.badSteps.at(*transcript->avoided));
   if (result.HasExited(0) && transcript->finding) {
+    const bool isContinued = transcript->finding->outcome == Outcome::kPassed &&
+                             !transcript->blocks.empty() && earlierBlocks.empty();
+    if (isContinued) return ExamineInChild(rule, transcript->blocks.substr(0, kMostBlocks));
     return transcript->inDoubt ? Confirm(rule, *transcript->finding, *transcript->inDoubt)
                                : *transcript->finding;
   }

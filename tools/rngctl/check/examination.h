@@ -17,9 +17,10 @@ class Examination {
   CheckReport Run(const std::set<std::string>& chosen);
 
  private:
+  static std::string MakeRunKey();
   CheckResult Examine(const Rule& rule);
   Finding MakeCheck(const Rule& rule);
-  Finding ExamineInChild(const Rule& rule);
+  Finding ExamineInChild(const Rule& rule, const std::string& earlierBlocks = "");
   ChildResult Run(const CheckOrder& order);
   Finding Confirm(const Rule& rule, const Finding& fault, const SourceCalls& inDoubt);
   CheckOrder OrderFor(const Rule& rule) const;
@@ -28,6 +29,7 @@ class Examination {
 
   const CheckSubject subject;
   const std::chrono::seconds limit;
+  const std::string runKey = MakeRunKey();
   CheckReport report;
   Evidence evidence;
   bool drawsWait = false;

@@ -26,8 +26,11 @@ struct CheckOrder {
   std::set<Step> badSteps;                   ///< known to end the process or to throw
   bool drawsWait;                            ///< draws are known to wait for a user or a device
   std::optional<SourceCalls> repeated = {};  ///< to make these calls alone, instead of the check
+  std::string runKey;                        ///< 16 random bytes, the same in all orders of a run
+  std::string earlierBlocks = {};            ///< what an earlier process of this check sent
 };
-RNGCTL_MESSAGE(CheckOrder, rule, plugin, seconds, badSteps, drawsWait, repeated)
+RNGCTL_MESSAGE(CheckOrder, rule, plugin, seconds, badSteps, drawsWait, repeated, runKey,
+               earlierBlocks)
 
 /// What that child has done and found so far.
 struct Transcript {
@@ -41,9 +44,12 @@ struct Transcript {
   bool threadsAreLeft = false;  ///< when it was closed, threads were running that were not before
   std::map<Step, std::string> exceptions = {};            ///< what was thrown, by step
   std::map<LifecycleFunction, Step> lifecycleCalls = {};  ///< the step, by function
+  /// Hashes of what it drew. If there are any and it found no fault, the check is made again in another
+  /// process, which compares its draws with them.
+  std::string blocks = {};
 };
 RNGCTL_MESSAGE(Transcript, step, isOwnStep, steps, avoided, finding, inDoubt, drawsWait,
-               threadsAreLeft, exceptions, lifecycleCalls)
+               threadsAreLeft, exceptions, lifecycleCalls, blocks)
 
 /// In a child: changes its transcript and sends it. Any thread.
 void Record(const std::function<void(Transcript&)>& change);

@@ -18,7 +18,7 @@ _rngctl() {
     name-in-catalogue description description-line hardware-id plain-texts device-report stable-flags some-flag
     self-test any-device unknown-device own-device empty-draw draw-succeeds waits-are-flagged
     refused-device draws-after-calls cancel failed-draw-is-zero draw-fills-buffer drawn-values
-    draws-differ concurrent-calls release-ends-threads release-closes-files no-handlers-left
+    draws-differ draws-look-random concurrent-calls release-ends-threads release-closes-files no-handlers-left
     clean-exit exit-without-release unmapped process-state load-cycles no-exceptions
     no-lifecycle-calls no-output"
   local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]} words

@@ -12,6 +12,10 @@ class GuardedBuffer {
       : size(bytes), guard(guardByte), memory(bytes + 2 * kGuardSize, guardByte) {
     std::fill_n(Data(), size, fill);
   }
+  explicit GuardedBuffer(const std::vector<unsigned char>& contents)
+      : GuardedBuffer(contents.size(), 0) {
+    std::copy(contents.begin(), contents.end(), Data());
+  }
 
   unsigned char* Data() { return memory.data() + kGuardSize; }
   const unsigned char* Data() const { return memory.data() + kGuardSize; }

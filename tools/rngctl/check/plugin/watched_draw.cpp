@@ -4,8 +4,6 @@
 
 namespace {
 
-constexpr char kWaits[] = "a draw takes long, or waits for a user or a device";
-
 // Cancels a draw that waits, and records for the other checks that draws wait.
 void RequireEnd(WatchedPlugin& plugin, const WatchedDraw& draw) {
   if (draw.EndsWithin(plugin.Patience())) return;
@@ -17,8 +15,8 @@ void RequireEnd(WatchedPlugin& plugin, const WatchedDraw& draw) {
 
 }  // namespace
 
-WatchedDraw::WatchedDraw(WatchedPlugin& plugin, std::size_t size, unsigned char fill)
-    : buffer(std::make_shared<GuardedBuffer>(size, fill)) {
+WatchedDraw::WatchedDraw(WatchedPlugin& plugin, const GuardedBuffer& before)
+    : buffer(std::make_shared<GuardedBuffer>(before)) {
   std::packaged_task<bool()> draw(
       [&plugin, memory = buffer] { return plugin.Generate(memory->Data(), memory->Size()); });
   answer = draw.get_future();
@@ -59,7 +57,7 @@ void CancelDraws(WatchedPlugin& plugin) {
 }
 
 Drawn Draw(WatchedPlugin& plugin, std::size_t size, unsigned char fill) {
-  if (plugin.DrawsWait()) throw EarlyEnd(Outcome::kNotExamined, kWaits);
+  if (plugin.DrawsWait()) throw EarlyEnd(Outcome::kNotExamined, kDrawsWait);
   WatchedDraw draw(plugin, size, fill);
   RequireEnd(plugin, draw);
   return {draw.Answer(), draw.Buffer()};
@@ -73,7 +71,7 @@ GuardedBuffer DrawBytes(WatchedPlugin& plugin, std::size_t size, unsigned char f
 
 void EndBecauseDrawsWait() {
   Record([](Transcript& transcript) { transcript.drawsWait = true; });
-  throw EarlyEnd(Outcome::kNotExamined, kWaits);
+  throw EarlyEnd(Outcome::kNotExamined, kDrawsWait);
 }
 
 bool MayWait(WatchedPlugin& plugin) {

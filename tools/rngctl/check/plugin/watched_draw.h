@@ -14,7 +14,9 @@ inline constexpr std::size_t kLargeDraw = 70000;
 /// A draw in a thread of its own, because it may wait for a user or a device, possibly forever.
 class WatchedDraw {
  public:
-  WatchedDraw(WatchedPlugin& plugin, std::size_t size, unsigned char fill);
+  WatchedDraw(WatchedPlugin& plugin, std::size_t size, unsigned char fill)
+      : WatchedDraw(plugin, GuardedBuffer(size, fill)) {}
+  WatchedDraw(WatchedPlugin& plugin, const GuardedBuffer& before);
   WatchedDraw(const WatchedDraw&) = delete;
   WatchedDraw& operator=(const WatchedDraw&) = delete;
   ~WatchedDraw();
@@ -37,6 +39,8 @@ std::string InSeconds(std::chrono::milliseconds time);
 inline constexpr char kCancelFix[] =
     "Cancel must not take a lock that a waiting draw holds: let the draw wait on a condition "
     "variable, which releases the lock, or set an atomic flag.";
+
+inline constexpr char kDrawsWait[] = "a draw takes long, or waits for a user or a device";
 
 /// Calls `Cancel` while a draw waits. If the call does not return, the check ends as failed, with an
 /// error: whatever the check is about, hosts that cancel a draw hang.

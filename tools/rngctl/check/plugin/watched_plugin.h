@@ -36,6 +36,10 @@ class WatchedPlugin final : public IRngProvider {
   std::chrono::milliseconds Limit() const { return std::chrono::seconds(order.seconds); }
   /// Draws are known to wait for a user or a device.
   bool DrawsWait() const { return order.drawsWait; }
+  /// Random bytes, the same for all processes of a run of `rngctl`.
+  const std::string& RunKey() const { return order.runKey; }
+  /// Hashes of what an earlier process drew; empty in the first.
+  const std::string& EarlierBlocks() const { return order.earlierBlocks; }
 
   /// Open and close it as the aggregator does.
   void Open();

@@ -4,7 +4,7 @@ std::vector<Rule> AllRules() {
   std::vector<Rule> rules;
   for (const auto& group :
        {FileRules, StartRules, TextRules, AnswerRules, DrawRules, CancelRules, DrawnByteRules,
-        ThreadRules, ReleaseRules, ProcessStateRules, CycleRules, EvidenceRules}) {
+        LooksRules, ThreadRules, ReleaseRules, ProcessStateRules, CycleRules, EvidenceRules}) {
     for (const Rule& rule : group()) rules.push_back(rule);
   }
   return rules;

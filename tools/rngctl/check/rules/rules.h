@@ -14,6 +14,7 @@ std::vector<Rule> AnswerRules();
 std::vector<Rule> DrawRules();
 std::vector<Rule> CancelRules();
 std::vector<Rule> DrawnByteRules();
+std::vector<Rule> LooksRules();
 std::vector<Rule> ThreadRules();
 std::vector<Rule> ReleaseRules();
 std::vector<Rule> ProcessStateRules();
