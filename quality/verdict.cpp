@@ -91,8 +91,8 @@ QualityVerdict Judge(const StreamTests& stream, const std::vector<FirstDraw>& dr
   if (draws.size() > 1) shared = CompareFirstDraws(draws, kFalseAlarmOfTest);
   return {{JudgeBlocks(stream.blocks, chance),
            JudgeHealth(QualityTest::kRepetition, stream.repetition, bytes.Size()),
-           JudgeHealth(QualityTest::kProportion, stream.proportion, bytes.Size()),
-           JudgeStatistic(QualityTest::kByteFrequencies, bytes.GetChiSquare()), JudgeBits(bytes),
+           JudgeHealth(QualityTest::kProportion, stream.proportion, bytes.Size()), JudgeBits(bytes),
+           JudgeStatistic(QualityTest::kByteFrequencies, bytes.GetChiSquare()),
            JudgeStatistic(QualityTest::kSerialCorrelation, bytes.GetSerialCorrelation()),
            JudgeRestarts(shared)},
           GetMostFailingBlocks(stream.blocks.blocks, chance, kFalseAlarmOfTest),

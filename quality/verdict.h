@@ -16,8 +16,8 @@ enum class QualityTest {
   kBlocks,
   kRepetition,
   kProportion,
-  kByteFrequencies,
   kBitFrequencies,
+  kByteFrequencies,
   kSerialCorrelation,
   kRestarts
 };

@@ -102,6 +102,10 @@ see "${tool}drawing/" \
   "${tool}(drawing|channel|process|settings|terminal)/|$common|$started|^rngaggregator/"
 see "${tool}commands/read/" \
   "${tool}commands/(read/|provider_text[.]h$)|${tool}(drawing|channel|process|terminal)/|$common|^rngaggregator/"
+see "${tool}test/" \
+  "${tool}(test|drawing|channel|process|terminal)/|${tool}commands/provider_text[.]h$|$common|^(quality|rngaggregator)/"
+keep_in "$tool" '^quality/' "${tool}(test|check)/"
+keep_in "$tool" '^png[.]h$' "${tool}test/picture[.]cpp$"
 see "${tool}doctor/" \
   "${tool}(doctor|devices|files|settings|channel|process|loader|terminal)/|$common|$started|^(providers|rngaggregator)/|^settings/"
 # What judges files needs no answer of a child.

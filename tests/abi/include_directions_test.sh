@@ -66,6 +66,10 @@ tools/rngctl/main.cpp #include <dlfcn.h>
 tools/rngctl/commands/list.cpp #include <dlfcn.h>
 tools/rngctl/commands/read/read.cpp #include "tools/rngctl/commands/list.h"
 tools/rngctl/commands/list.cpp #include "tools/rngctl/process/child.h"
+tools/rngctl/test/test.cpp #include "tools/rngctl/commands/read/draw.h"
+tools/rngctl/test/test.cpp #include <png.h>
+tools/rngctl/test/test.cpp #include "settings/known_path.h"
+tools/rngctl/commands/list.cpp #include "quality/blocks.h"
 tools/rngctl/drawing/output.cpp #include "tools/rngctl/commands/read/draw.h"
 tools/rngctl/commands/list.cpp #include "tools/rngctl/doctor/doctor.h"
 tools/rngctl/commands/list.cpp #include "providers/dll_loader.h"

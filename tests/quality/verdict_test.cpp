@@ -71,7 +71,7 @@ TEST(Verdict, NamesTheTestsThatFail) {
     if (chance[i] < 5) biased[i] |= 0x10;
   }
   EXPECT_THAT(Failed(biased),
-              ElementsAre(QualityTest::kByteFrequencies, QualityTest::kBitFrequencies));
+              ElementsAre(QualityTest::kBitFrequencies, QualityTest::kByteFrequencies));
 }
 
 TEST(Verdict, SomeBlocksMayFailAndMoreMayNot) {

@@ -12,6 +12,7 @@
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/text.h"
+#include "tools/rngctl/test/test.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -59,6 +60,10 @@ std::string CheckFileName(const std::string& text) {
 // An empty identifier would mean any device.
 std::string CheckDevice(const std::string& text) {
   return text.empty() ? "the hardware identifier is empty" : "";
+}
+
+std::string CheckPicture(const std::string& text) {
+  return text == "-" ? "a picture is not written to standard output" : CheckFileName(text);
 }
 
 void AddList(CLI::App& app, bool& asJson) {
@@ -188,6 +193,40 @@ void AddCheck(CLI::App& app, CheckRequest& request) {
   check->callback([&request] { RunCheck(request); });
 }
 
+void AddTest(CLI::App& app, TestRequest& request) {
+  CLI::App* const test =
+      app.add_subcommand("test", "Draw from a generator and test whether its bytes look random");
+  test->add_option("KIND", request.source.name, "The generator; default: the configured one");
+  test->add_option("-n", request.size,
+                   "The number of bytes; default: what comes in about five seconds, at most 64 MiB")
+      ->type_name("BYTES")
+      ->check(CheckDecimal)
+      ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40));
+  test->add_option(
+          "--restarts", request.restarts,
+          "How often to start the library afresh and compare the first bytes; default: 200")
+      ->type_name("N")
+      ->check(CheckDecimal);
+  test->add_option("--device", request.source.device,
+                   "Test the device with this hardware identifier")
+      ->type_name("ID")
+      ->check(CheckDevice);
+  test->add_flag("--json", request.asJson, "Print the report as JSON");
+  test->add_option("--picture", request.picture, "Write a picture of the bytes to FILE, as PNG")
+      ->type_name("FILE")
+      ->check(CheckPicture);
+  test->footer(
+      "A generator that needs the user is tested with 256 bytes and without restarts, unless you\n"
+      "choose otherwise. A perfect source fails fewer than one run in a million.\n\n"
+      "Statistics cannot show whether bytes can be predicted: a counter hashed with SHA-256 "
+      "passes\n"
+      "every test.\n\n"
+      "Exit status: 0 nothing was found; 1 the bytes are not random; 2 wrong usage, or the "
+      "picture\n"
+      "cannot be written there; 3 the generator could not be tested.");
+  test->callback([&request] { RunTest(request); });
+}
+
 // The commands that rngctl runs in child processes. They are not in the help.
 void AddChildren(CLI::App& app, int& channel) {
   const auto add = [&app, &channel](const char* command, void (*run)(int channel)) {
@@ -198,6 +237,7 @@ void AddChildren(CLI::App& app, int& channel) {
   add(kDoctorChildCommand, RunDoctorChild);
   add(kCheckChildCommand, [](int number) { RunCheckChild(number); });
   add(kDevicesChildCommand, [](int number) { RunDevicesChild(number); });
+  add(kTestChildCommand, RunTestChild);
 }
 
 int Run(int count, char** arguments) {
@@ -212,7 +252,8 @@ int Run(int count, char** arguments) {
                    "Run with --help for more information.");
   });
   app.footer(
-      "Exit status: 0 success, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator.");
+      "Exit status: 0 success, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator,\n"
+      "3 (test) not tested.");
   ReadRequest request;
   std::uint32_t mask =
       kDefaultFallbackBio | kDefaultFallbackBioQt | kDefaultFallbackBioX11 | kDefaultFallbackBioKb;
@@ -226,6 +267,8 @@ int Run(int count, char** arguments) {
   AddDoctor(app, doctorRequest);
   CheckRequest checkRequest;
   AddCheck(app, checkRequest);
+  TestRequest testRequest;
+  AddTest(app, testRequest);
   int channel = -1;
   AddChildren(app, channel);
   try {

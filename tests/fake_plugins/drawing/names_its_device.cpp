@@ -6,6 +6,10 @@ namespace {
 
 class NamingRng final : public CorrectRng {
  public:
+  std::int32_t GetHardwareId(char* buffer) override {
+    const char name[] = {'r', device, '\0'};
+    return Report(name, buffer);
+  }
   bool SelectDevice(const char* hardwareId) override {
     if (!hardwareId || !*hardwareId) return true;
     if (std::strcmp(hardwareId, "r1") != 0 && std::strcmp(hardwareId, "r2") != 0) return false;

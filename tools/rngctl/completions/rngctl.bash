@@ -24,7 +24,7 @@ _rngctl() {
   local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]} words
 
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    -o) compopt -o default; return ;;
+    -o | --picture) compopt -o default; return ;;
     --only)
       # The last of several: a comma does not begin a new word.
       local before=
@@ -32,19 +32,25 @@ _rngctl() {
       mapfile -t COMPREPLY < <(compgen -P "$before" -W "$checks" -- "${word##*,}")
       return
       ;;
-    -n | --device | --factory | --mask | --timeout) return ;; # the user types the value
+    -n | --device | --factory | --mask | --restarts | --timeout) return ;; # the user types the value
   esac
 
   [[ $command == default && $COMP_CWORD -gt 2 && ${COMP_WORDS[2]} == set ]] && command="default set"
   ((COMP_CWORD == 1)) && command=
   case $command in
-    "") words="list read default doctor check --help --version" ;;
+    "") words="list read default doctor check test --help --version" ;;
     list) words="--json --help" ;;
     read)
       compopt -o nosort
       # shellcheck disable=SC2086 # a list of words
       [[ $word == -* ]] || kinds=$(_rngctl_loaded_first $kinds)
       words="$kinds -n --raw --hex --base64 -o --force --device --unchecked --help"
+      ;;
+    test)
+      compopt -o nosort
+      # shellcheck disable=SC2086 # a list of words
+      [[ $word == -* ]] || kinds=$(_rngctl_loaded_first $kinds)
+      words="$kinds -n --restarts --device --json --picture --help"
       ;;
     default) words="set --mask --help" ;;
     "default set") words="$kinds --help" ;;

@@ -112,8 +112,9 @@ void ForkedProcess::WaitForEnd() {
 
 // Returns false if the process has ended and sent nothing more. A process that it left running may hold
 // the other end open, so waiting for the end of the messages alone could take forever.
-bool ForkedProcess::WaitForMessage() {
-  for (;;) {
+bool ForkedProcess::WaitForMessage(const GetLimit& limit) {
+  const std::chrono::milliseconds most = limit ? limit() : std::chrono::milliseconds::max();
+  for (std::chrono::milliseconds waited{0};;) {
     if (InterruptionWatch::Signal() != 0) {
       if (process > 0) ::kill(process, InterruptionWatch::Signal());
       throw Interrupted{InterruptionWatch::Signal(), {}};
@@ -123,6 +124,9 @@ bool ForkedProcess::WaitForMessage() {
     const int tick = messages.Get() < 0 ? kShortTick : kTick;
     if (::poll(&place, 1, isLast ? 0 : tick) > 0) return true;
     if (isLast) return false;
+    // Counted in ticks, so that the time for which this program is stopped does not count.
+    waited += std::chrono::milliseconds(tick);
+    if (waited >= most) RefuseSilence(limit());
   }
 }
 
@@ -135,17 +139,17 @@ SecretBytes ForkedProcess::ReceiveMessage() {
   return message;
 }
 
-void ForkedProcess::ForEachPiece(const TakePiece& take) {
-  while (WaitForMessage()) {
+void ForkedProcess::ForEachPiece(const TakePiece& take, const GetLimit& limit) {
+  while (WaitForMessage(limit)) {
     const SecretBytes message = ReceiveMessage();
     if (message.size() < 2) continue;
-    if (message[0] == kEnd) return Conclude(message);
+    if (message[0] == kEnd) return Conclude(message, limit);
     take(SecretBytes(message.begin() + 1, message.end()));
   }
   RefuseBadEnd();
 }
 
-void ForkedProcess::Conclude(const SecretBytes& message) {
+void ForkedProcess::Conclude(const SecretBytes& message, const GetLimit& limit) {
   const std::string text(message.begin() + 2, message.end());
   const std::size_t end = std::min(text.find('\0'), text.size());
   if (message[1] != kDone) {
@@ -153,9 +157,16 @@ void ForkedProcess::Conclude(const SecretBytes& message) {
                   text.substr(std::min(end + 1, text.size())));
   }
   while (!HasEnded()) {
-    if (WaitForMessage()) ReceiveMessage();
+    if (WaitForMessage(limit)) ReceiveMessage();
   }
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) RefuseBadEnd();
+}
+
+void ForkedProcess::RefuseSilence(std::chrono::seconds limit) const {
+  throw Refusal(
+      kNegativeAnswer,
+      std::string(suspects.who) + " did not answer within " + std::to_string(limit.count()) + " s.",
+      suspects.advice);
 }
 
 void ForkedProcess::RefuseBadEnd() const {

@@ -6,6 +6,7 @@
 #include "tools/rngctl/process/interruption.h"
 #include "tools/rngctl/process/terminal_settings.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <sys/types.h>
@@ -14,6 +15,9 @@
 constexpr std::size_t kLargestPiece = 3UL * 16384;
 
 using TakePiece = std::function<void(const SecretBytes& piece)>;
+
+/// How long the next piece may take. Asked again after each piece.
+using GetLimit = std::function<std::chrono::seconds()>;
 
 /// Whose code a process runs besides our own. If it ends badly, they are named, with a line of advice.
 struct Suspects {
@@ -41,15 +45,17 @@ class ForkedProcess {
   ~ForkedProcess();
 
   /// Returns when `work` has returned and the process has exited with status 0. Throws a `Refusal` if it
-  /// ended in any other way, and `Interrupted` if a signal asks this process to terminate.
-  void ForEachPiece(const TakePiece& take);
+  /// ended in any other way, or was silent for longer than the limit, if there is one; and `Interrupted` if a
+  /// signal asks this process to terminate.
+  void ForEachPiece(const TakePiece& take, const GetLimit& limit = nullptr);
 
  private:
   bool HasEnded();
   void WaitForEnd();
-  bool WaitForMessage();
+  bool WaitForMessage(const GetLimit& limit);
   SecretBytes ReceiveMessage();
-  void Conclude(const SecretBytes& message);
+  void Conclude(const SecretBytes& message, const GetLimit& limit);
+  [[noreturn]] void RefuseSilence(std::chrono::seconds limit) const;
   [[noreturn]] void RefuseBadEnd() const;
 
   const Suspects suspects;

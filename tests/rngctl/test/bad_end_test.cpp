@@ -1,0 +1,152 @@
+// Generators that cannot be tested, and what "rngctl test" leaves behind.
+
+#include "tests/rngctl/installed_tool.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+using BadEnd = std::pair<std::string, std::string>;  // what the plug-in does, and the message
+
+class RngctlTestBadEnd : public RngctlTest, public testing::WithParamInterface<BadEnd> {};
+
+TEST_P(RngctlTestBadEnd, IsNoVerdict) {
+  const auto [variant, message] = GetParam();
+  InstallPlugin("dsdr", variant);
+  const Result result = RunShell("RNG_THROW_IN_DRAW=1 " + Rngctl() +
+                                 " test dsdr -n 5000 --json --picture " + TreePath("picture.png"));
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("", result.output);
+  EXPECT_THAT(result.errors, HasSubstr("rngctl: " + message));
+  EXPECT_FALSE(fs::exists(TreePath("picture.png")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, RngctlTestBadEnd,
+    testing::Values(
+        BadEnd("failing_device", "The generator \"dsdr\" failed after 0 bytes.\n"),
+        BadEnd("breaking/runs_out", "The generator \"dsdr\" failed after "),
+        BadEnd("drawing/Exit", "A plug-in exited with status 0.\n"),
+        BadEnd("drawing/ExitAtOnce", "A plug-in exited with status 0.\n"),
+        BadEnd("drawing/ExitWithChild", "A plug-in exited with status 0.\n"),
+        BadEnd("drawing/Crash", "A plug-in crashed with signal 11 (Segmentation fault).\n"),
+        BadEnd("drawing/KillItself", "A plug-in crashed with signal 9 (Killed).\n"),
+        BadEnd("drawing/EndThread", "A plug-in crashed with signal 6 (Aborted).\n"),
+        BadEnd("drawing/CloseAll", "A plug-in exited with status 1.\n"),
+        BadEnd("drawing/Wait", "A plug-in did not answer within 10 s.\n"),
+        BadEnd("throws_own_class", "A plug-in or the system failed: a fault of its own\n"),
+        BadEnd("throwing_start", "A plug-in or the system failed"),
+        BadEnd("breaking/unavailable", "There is no usable generator \"dsdr\"")),
+    [](const auto& instance) {
+      std::string name = fs::path(instance.param.first).filename();
+      std::erase(name, '_');
+      return name;
+    });
+
+TEST_F(RngctlTest, TestWithoutDefaultIsNoVerdict) {
+  const Result result = Run("test -n 100");
+  EXPECT_EQ(3, result.status);
+  EXPECT_THAT(result.errors, StartsWith("rngctl: No usable default generator is configured."));
+}
+
+TEST_F(RngctlTest, AReportThatCannotBeWrittenIsNoVerdict) {
+  const Result result = Run("test unixdev -n 100 --restarts 0 >/dev/full");
+  EXPECT_EQ(3, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("Cannot write to standard output"));
+}
+
+TEST_F(RngctlTest, WhatAPluginPrintsIsNotInTheReportOfItsTest) {
+  InstallPlugin("dsdr", "drawing/Print");
+  const Result result = Run("test dsdr -n 5000 --restarts 0 --json");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ("dsdr", nlohmann::json::parse(result.output).at("generator"));
+  EXPECT_EQ("a message\n", result.errors);
+}
+
+TEST_F(RngctlTest, AnInterruptedTestLeavesNothing) {
+  InstallPlugin("dsdr", "drawing/Wait");
+  fs::create_directory(TreePath("pictures"));
+  const std::string test =
+      "env --default-signal " + Rngctl() + " test dsdr --picture " + TreePath("pictures/picture");
+  for (const char* signal : {"INT", "TERM", "HUP", "QUIT"}) {
+    const Result result =
+        RunShell(test + " & until ls " + TreePath("pictures/picture.*") +
+                 "; do sleep 0.01; done >/dev/null 2>&1; kill -" + signal + " $!; wait $!");
+    EXPECT_LT(128, result.status) << signal;
+    EXPECT_EQ("", result.output) << signal;
+    EXPECT_TRUE(fs::is_empty(TreePath("pictures"))) << signal;
+    while (CountProcessesOf(Rngctl()) != 0) ::usleep(1000);
+  }
+}
+
+TEST_F(RngctlTest, InterruptedRestartsLeaveNothing) {
+  InstallPlugin("dsdr", "drawing/WaitsInThirdStart");
+  fs::create_directory(TreePath("pictures"));
+  const std::string starts = TreePath("starts");
+  const Result result = RunShell("RNG_TEST_STARTS=" + starts + " env --default-signal " + Rngctl() +
+                                 " test dsdr -n 100 --picture " + TreePath("pictures/picture") +
+                                 " & until grep -q xxxx " + starts +
+                                 "; do sleep 0.01; done 2>/dev/null; kill -INT $!; wait $!");
+  EXPECT_EQ(128 + SIGINT, result.status);
+  EXPECT_TRUE(fs::is_empty(TreePath("pictures")));
+  while (CountProcessesOf(Rngctl()) != 0) ::usleep(1000);
+}
+
+// --- Usage
+
+TEST_F(RngctlTest, TestRefusesWrongNumbers) {
+  for (const char* arguments :
+       {"-n 0", "-n -1", "-n 1k", "-n 2000000000000", "--restarts -1", "--restarts many",
+        "--device \"\"", "--picture \"\"", "--picture -", "twice over"}) {
+    EXPECT_EQ(2, Run(std::string("test ") + arguments).status) << arguments;
+  }
+}
+
+TEST_F(RngctlTest, TestRefusesAPictureBeforeItDraws) {
+  WriteFile(TreePath("target"), "old");
+  fs::create_symlink("target", TreePath("link"));
+  for (const std::string& file : {TreePath("link"), TreePath("nosuch/file"), TreePath("")}) {
+    const Result result = Run("test unixdev --picture " + file);
+    EXPECT_EQ(2, result.status) << file;
+    EXPECT_THAT(result.errors, StartsWith("rngctl: Cannot write to ")) << file;
+    EXPECT_EQ("", result.output) << file;
+  }
+  EXPECT_EQ("old", ReadFile(TreePath("target")));
+}
+
+// --- Devices
+
+TEST_F(RngctlTest, TestSelectsTheDevice) {
+  InstallPlugin("dsdr", "drawing/NamesItsDevice");
+  const Result wrong = Run("test dsdr --device r3 -n 100 --restarts 0");
+  EXPECT_EQ(3, wrong.status);
+  EXPECT_EQ("rngctl: The generator \"dsdr\" has no device \"r3\".\n", wrong.errors);
+  // The draws of the restarts have the name of the device, so they are all alike.
+  EXPECT_THAT(Run("test dsdr --device r2 -n 100 --restarts 2").output,
+              HasSubstr("Starts 1 and 2 of 2 gave the same bytes"));
+}
+
+TEST_F(RngctlTest, TestReportsTheDevice) {
+  InstallPlugin("dsdr", "drawing/NamesItsDevice");
+  const std::string arguments = "test dsdr -n 10 --restarts 0 --device ";
+  EXPECT_EQ("r2", nlohmann::json::parse(Run(arguments + "r2 --json").output).at("device"));
+  EXPECT_THAT(Run(arguments + "r1").output, HasSubstr("\ndevice      r1\n"));
+}
+
+// --- A terminal
+
+TEST_F(RngctlTest, TestShowsItsProgress) {
+  InstallPlugin("dsdr", "drawing/BeSlow");  // for more than a second
+  const Result result = RunShell("script -qec '" + Rngctl() +
+                                 " test dsdr -n 200000 --restarts 0' " + TreePath("typescript"));
+  EXPECT_THAT(result.output, HasSubstr("\r["));
+  EXPECT_THAT(result.output, HasSubstr("\r\033[Kgenerator   dsdr"));
+}

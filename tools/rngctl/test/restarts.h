@@ -1,0 +1,20 @@
+#ifndef TOOLS_RNGCTL_TEST_RESTARTS_H
+#define TOOLS_RNGCTL_TEST_RESTARTS_H
+
+#include "quality/restarts.h"
+#include "tools/rngctl/drawing/chosen_generator.h"
+
+#include <chrono>
+#include <cstdint>
+#include <vector>
+
+constexpr std::uint64_t kUsualRestarts = 200;
+constexpr std::chrono::seconds kTimeForRestarts(30);
+
+/// Starts the library in that many processes, one after the other, and draws from the generator in each.
+/// Stops when `kTimeForRestarts` is over. Shows the progress. `limit` is for each of them. Throws a
+/// `Refusal`.
+std::vector<FirstDraw> DrawAfterRestarts(const GeneratorChoice& source, std::uint64_t restarts,
+                                         std::chrono::seconds limit);
+
+#endif
