@@ -30,8 +30,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "read unixdev -n 1 --raw -o ''", "default nosuch", "default --mask x",
                     "default --mask -1", "default --mask 010", "default --mask 4 set a",
                     "default set", "default set a b c", "default set a=b", "default set ' a'",
-                    "default set a 'x '", "default set 123456789012345678",
-                    "default set a 123456789012345678"));
+                    "default set 'a '", "default set a 'x '", "default set a ' x'",
+                    "default set 123456789012345678", "default set a 123456789012345678"));
 
 TEST_F(RngctlTest, AMisspeltCommandIsNamed) {
   EXPECT_THAT(Run("chekc x").errors, StartsWith("rngctl: There is no command \"chekc\"\n"));

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <pthread.h>
 #include <string>
+#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -51,6 +52,27 @@ namespace {
 }
 
 [[maybe_unused]] void BeSlow() { ::usleep(1'200'000); }
+
+// What the reader of the drawn bytes gets when a draw has succeeded.
+[[maybe_unused]] void ForgeTheEnd() {
+  for (int number = 3; number < 64; ++number) ::send(number, "e\0", 2, MSG_NOSIGNAL);
+  ::_exit(0);
+}
+
+[[maybe_unused]] void TellOfSignals() {
+  std::signal(SIGTERM, [](int) {
+    ::write(STDERR_FILENO, "terminated\n", 11);
+    ::_exit(0);
+  });
+  ::write(STDERR_FILENO, "waiting\n", 8);
+  ::pause();
+}
+
+[[maybe_unused]] void IgnoreSignals() {
+  std::signal(SIGTERM, SIG_IGN);
+  ::write(STDERR_FILENO, "waiting\n", 8);
+  for (;;) ::pause();
+}
 
 // Names in the folder of the output, which the case gives it.
 [[maybe_unused]] std::string InFolder(const char* name) {

@@ -64,6 +64,13 @@ TEST(Check, ATimerThatNotifiesAThreadIsNoFault) {
   EXPECT_EQ("", Failed(Report(Breaking("has_a_timer"))));
 }
 
+TEST(Check, TextsMayHaveTheirLargestSize) {
+  const std::string description = FakePlugin("dsdr", "description_is_largest");
+  EXPECT_EQ("description", Names(Report("--only description " + description), "passed"));
+  const std::string report = FakePlugin("dsdr", "report_is_largest");
+  EXPECT_EQ("device-report", Names(Report("--only device-report " + report), "passed"));
+}
+
 TEST(Check, ADescriptionMayChange) {
   EXPECT_EQ("", Failed(Report(Breaking("description_counts"))));
 }

@@ -1,9 +1,10 @@
-// What "default set" does with the file that an interrupted process left, where the settings are missing.
+// What "default set" does with the file that an interrupted process left, also where the settings are missing.
 
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <unistd.h>
 
@@ -38,4 +39,15 @@ TEST_F(LeftOver, AnEmptyFileIsNoUnfinishedOne) {
   const Result result = Run("default set unixdev");
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.errors, IsEmpty());
+}
+
+// Somebody else may have opened it for writing when its mode allowed that.
+TEST_F(LeftOver, IsReplacedRatherThanWrittenTo) {
+  WriteFile(Ini(), "[Devices]\n");
+  WriteFile(Temporary(), "left over");
+  std::ifstream opened(Temporary());
+  EXPECT_EQ(0, Run("default set unixdev").status);
+  std::string content;
+  std::getline(opened, content);
+  EXPECT_EQ("left over", content);
 }

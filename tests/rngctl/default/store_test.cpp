@@ -146,10 +146,23 @@ TEST_F(Store, RefusesTheLeftOverFileOfAnotherUser) {
 TEST_F(Store, ReplacesTheFileThatAnEarlierProcessLeft) {
   WriteFile(Ini(), kOld);
   WriteFile(Temporary(), "[Devi");
-  fs::permissions(Temporary(), fs::perms(0666));
-  Set();
-  EXPECT_EQ(0644U, ModeOf(Ini()));
+  for (const unsigned mode : {0666U, 0600U}) {
+    WriteFile(Temporary(), "[Devi");
+    fs::permissions(Temporary(), fs::perms(mode));
+    Set();
+    EXPECT_EQ(0644U, ModeOf(Ini())) << std::oct << mode;
+  }
   EXPECT_THAT(ReadFile(Ini()), EndsWith("\n\n[Other]\nkey=value\n"));
+}
+
+// The loader would not find the library of a set-user-ID tool here.
+TEST_F(Store, NothingIsStoredWithTheRightsOfAnother) {
+  WriteFile(Ini(), kOld);
+  const Result result =
+      RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/another_user.so " + Rngctl() + " default set unixdev");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("does not store a default with the rights of another user"));
+  EXPECT_EQ(kOld, ReadFile(Ini()));
 }
 
 TEST_F(Store, CompletesTheStoreOfAKilledProcess) {

@@ -59,6 +59,15 @@ TEST_F(UnreadableSettings, AFifoIsNotOpened) {
   ExpectRefusals("it is a named pipe (FIFO)). Replace it with a regular file, or remove it.");
 }
 
+// They would wait for ever if they read the settings themselves.
+TEST_F(UnreadableSettings, NoPluginIsStartedBeforeTheFileIsKnown) {
+  ASSERT_EQ(0, ::mkfifo(Ini().c_str(), 0666));
+  InstallPlugin("dsdr", "prints_start");
+  for (const std::string command : {"default", "read -n 2"}) {
+    EXPECT_THAT(Run(command).errors, StartsWith("rngctl: It is unknown which")) << command;
+  }
+}
+
 TEST_F(UnreadableSettings, ADeviceIsNotOpened) {
   fs::create_symlink("/dev/zero", Ini());
   ExpectRefusals("it is a device). ");

@@ -54,6 +54,28 @@ TEST_F(Doctor, AReportThatCrashesIsAWarning) {
   EXPECT_EQ(json({"Its device report crashed with signal 6 (Aborted)."}), row.at("warnings"));
 }
 
+// Each step of its start takes half of that.
+TEST_F(Doctor, APluginHasOneLimitForAllOfItsStart) {
+  InstallPlugin("dsdr", "slow_steps");
+  const json row = ExamineKind("dsdr", "", 1);
+  EXPECT_EQ("no-answer", row.at("verdict"));
+  EXPECT_THAT(Text(row.at("summary")), testing::StartsWith("did not answer within 1 s"));
+}
+
+// Together they take 3.2 s.
+TEST_F(Doctor, EachPluginOfAStartHasTheWholeLimit) {
+  for (const char* kind : {"dsdr", "accord", "sobol", "grandmaster"})
+    InstallPlugin(kind, "slow_start");
+  EXPECT_EQ("loaded", ExamineKind("dsdr", "", 2).at("verdict"));
+}
+
+// The start takes 1.5 s, the report 1 s.
+TEST_F(Doctor, AReportHasOneLimitTogetherWithTheStart) {
+  InstallPlugin("dsdr", "slow_steps");
+  const json row = ExamineKind("dsdr", "", 2);
+  EXPECT_THAT(row.at("warnings").dump(), HasSubstr("did not answer within 2 s"));
+}
+
 TEST_F(Doctor, AReportThatBreaksTheContractIsAWarning) {
   InstallBreaking("report_is_malformed");
   const json row = ExamineKind("dsdr");

@@ -62,6 +62,30 @@ TEST_F(RngctlTest, AReportThatFailsLeavesTheListWhole) {
             result.errors);
 }
 
+TEST_F(RngctlTest, AReportIsShownUpToItsLargestSize) {
+  InstallPlugin("dsdr", "report_is_largest");
+  const Result largest = Run("list");
+  EXPECT_THAT(largest.output, EndsWith("\n\ndsdr, device R1: " + std::string(65525, 'x') + "\n"));
+  EXPECT_THAT(largest.errors, IsEmpty());
+  InstallPlugin("dsdr", "report_is_not_written");
+  const Result larger = Run("list");
+  EXPECT_EQ(0, larger.status);
+  EXPECT_EQ("rngctl: \"dsdr\": Its device report has 65537 bytes; the maximum is 65536.\n",
+            larger.errors);
+}
+
+TEST_F(RngctlTest, APluginIsStartedBeforeItIsAskedForItsDevices) {
+  InstallPlugin("dsdr", "reports_after_start");
+  EXPECT_THAT(Run("list").output, EndsWith("\n\ndsdr, device R1: Reader 1\n"));
+}
+
+// It can only be found by that name, which no row of the catalogue has.
+TEST_F(RngctlTest, ListsAFlaglessProviderOfAKindWithoutPlugin) {
+  InstallPlugin("dsdr", "flagless_bio");
+  EXPECT_THAT(Run("list").output,
+              HasSubstr("\nbio      yes          -                 A quiet?source\n"));
+}
+
 TEST_F(RngctlTest, NoUsableGeneratorIsANegativeAnswer) {
   fs::remove(TreePath("lib/librngunixdev.so"));
   const Result result = Run("list");
@@ -165,6 +189,13 @@ TEST_F(ListAsJson, HasFlagsWithoutNamesAndTextsWithControls) {
   EXPECT_EQ("bit-2147483648", generators[0]["flags"][1]);
   EXPECT_EQ("A quiet\033source", generators[2]["description"]);
   EXPECT_TRUE(generators[2]["flags"].empty());
+}
+
+TEST_F(ListAsJson, AnEmptyNameIsNull) {
+  InstallPlugin("grandmaster", "nameless");
+  const nlohmann::json generators = List();
+  ASSERT_EQ(2U, generators.size());
+  EXPECT_EQ(nullptr, generators[1]["name"]);
 }
 
 TEST_F(ListAsJson, HasNothingThatPluginsPrint) {

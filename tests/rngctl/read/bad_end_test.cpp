@@ -17,6 +17,14 @@ namespace {
 
 constexpr char kAdvice[] = "\nRun \"rngctl doctor\" to find out which.\n";
 
+// Sends SIGTERM to "rngctl read" when its plug-in says that it waits, and prints the messages.
+Result InterruptDraw() {
+  const std::string log = TreePath("log");
+  return RunShell(Rngctl() + " read dsdr --unchecked -n 5000 2>" + log +
+                  " >/dev/null & until grep -q " + "waiting " + log +
+                  "; do sleep 0.01; done; kill $!; wait $!; echo $?; cat " + log);
+}
+
 }  // namespace
 
 TEST_F(RngctlTest, AFailedDrawLeavesTheOldFileAndNothingElse) {
@@ -79,6 +87,26 @@ TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
     EXPECT_TRUE(fs::is_empty(TreePath("keys"))) << signal;
     while (CountProcessesOf(Rngctl()) != 0) ::usleep(1000);
   }
+}
+
+TEST_F(RngctlTest, BytesThatNeverArrivedAreMissed) {
+  InstallPlugin("dsdr", "drawing/ForgeTheEnd");
+  const Result result = Run("read dsdr --unchecked -n 5000 --raw");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: A plug-in interfered with the draw: 768 bytes arrived instead of 5000." +
+                std::string(kAdvice),
+            result.errors);
+}
+
+TEST_F(RngctlTest, ADrawHearsOfASignal) {
+  InstallPlugin("dsdr", "drawing/TellOfSignals");
+  EXPECT_EQ("143\nwaiting\nterminated\n", InterruptDraw().output);
+}
+
+TEST_F(RngctlTest, ADrawThatIgnoresASignalIsKilled) {
+  InstallPlugin("dsdr", "drawing/IgnoreSignals");
+  EXPECT_EQ("143\nwaiting\n", InterruptDraw().output);
+  EXPECT_EQ(0U, CountProcessesOf(Rngctl()));
 }
 
 // It may use a device that others wait for.

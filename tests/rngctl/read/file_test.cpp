@@ -51,6 +51,15 @@ TEST_F(RngctlTest, WritesThroughADeviceAndNoticesThatItIsFull) {
   EXPECT_EQ("rngctl: Cannot write to \"/dev/full\": No space left on device.\n", result.errors);
 }
 
+TEST_F(RngctlTest, EverybodyMayWriteToTheNullDevice) {
+  const Result result = RunForked([] {
+    const Unprivileged user;
+    ::execl(Rngctl().c_str(), "rngctl", "read", "unixdev", "-n", "2", "-o", "/dev/null", nullptr);
+    return 127;
+  });
+  EXPECT_EQ(0, result.status) << result.errors;
+}
+
 TEST_F(RngctlTest, AnUnwritableFileIsASentence) {
   const Result result = Run("read unixdev -n 2 -o " + TreePath("missing/key"));
   EXPECT_EQ(1, result.status);

@@ -35,6 +35,14 @@ TEST_F(RngctlTest, JoinsThePiecesOfALongDraw) {
   EXPECT_EQ(std::string(size, '\xA5'), result.output);
 }
 
+TEST_F(RngctlTest, WritesThatAreShortAreContinued) {
+  InstallPlugin("sobol");
+  const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/writes_little.so " + Rngctl() +
+                                 " read sobol --raw --unchecked -n 50");
+  EXPECT_EQ(0, result.status);
+  EXPECT_EQ(std::string(50, '\xA5'), result.output);
+}
+
 TEST_F(RngctlTest, ReadsFromTheConfiguredDefault) {
   InstallPlugin("sobol");
   ASSERT_EQ(0, Run("default set sobol").status);
