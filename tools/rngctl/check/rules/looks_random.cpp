@@ -18,7 +18,7 @@ constexpr std::size_t kSizes[] = {16, 1, 2, 15, 17, 255, 256, 4096, kLargeDraw};
 constexpr std::size_t kLaterSizes[] = {16, 1, 2, 15, 17, 255, 256};
 
 // Parts of the time limit: for the first start, and for each of the two later ones.
-constexpr int kFirstPart = 3;
+constexpr int kFirstPart = 2;
 constexpr int kLaterPart = 6;
 
 SipKey KeyOf(const WatchedPlugin& plugin) {
