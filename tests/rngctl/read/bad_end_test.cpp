@@ -17,11 +17,13 @@ namespace {
 
 constexpr char kAdvice[] = "\nRun \"rngctl doctor\" to find out which.\n";
 
-// Sends SIGTERM to "rngctl read" when its plug-in says that it waits, and prints the messages.
+// Sends SIGTERM to "rngctl read" when its plug-in says that it waits and the parent has the bytes of the first
+// draw, and prints the messages.
 Result InterruptDraw() {
   const std::string log = TreePath("log");
-  return RunShell(Rngctl() + " read dsdr --unchecked -n 5000 2>" + log +
-                  " >/dev/null & until grep -q " + "waiting " + log +
+  const std::string drawn = TreePath("drawn");
+  return RunShell(Rngctl() + " read dsdr --unchecked -n 5000 2>" + log + " >" + drawn +
+                  " & until test -s " + drawn + " && grep -q waiting " + log +
                   "; do sleep 0.01; done; kill $!; wait $!; echo $?; cat " + log);
 }
 
