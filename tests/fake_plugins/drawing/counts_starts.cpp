@@ -39,6 +39,8 @@ std::uint64_t CountStart() {
   if (start == 4) ::pause();
 }
 
+[[maybe_unused]] void BeSlowAlways(std::uint64_t) { ::sleep(6); }
+
 [[maybe_unused]] void PrintAlways(std::uint64_t) { ::write(STDERR_FILENO, "a line\n", 7); }
 
 class CountingRng final : public CorrectRng {

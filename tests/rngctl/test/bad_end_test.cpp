@@ -139,6 +139,8 @@ TEST_F(RngctlTest, TestReportsTheDevice) {
   const std::string arguments = "test dsdr -n 10 --restarts 0 --device ";
   EXPECT_EQ("r2", nlohmann::json::parse(Run(arguments + "r2 --json").output).at("device"));
   EXPECT_THAT(Run(arguments + "r1").output, HasSubstr("\ndevice      r1\n"));
+  InstallPlugin("dsdr", "reports_devices");  // does not say which one is in use
+  EXPECT_THAT(Run(arguments + "R1").output, HasSubstr("\ndevice      R1\n"));
 }
 
 // --- A terminal

@@ -44,7 +44,7 @@ TestReport TestGenerator(const TestRequest& request, PictureFile* file) {
 // A script must not take a test that could not be made for a verdict on the generator.
 TestReport TestAndReport(const TestRequest& request, PictureFile* file) {
   try {
-    const TestReport report = TestGenerator(request, file);
+    TestReport report = TestGenerator(request, file);
     if (file) {
       file->output.Write(file->picture.AsPng());
       file->output.Commit();

@@ -16,7 +16,6 @@ static_assert(kLargestDraw + sizeof(Nanoseconds) <= kLargestPiece);
 
 constexpr int kSmallDraws = 1000;
 constexpr std::chrono::seconds kTimeForSmallDraws(1);
-constexpr std::size_t kFirstLargeDraw = 512;
 constexpr std::chrono::milliseconds kQuick(100);
 
 bool NeedsUser(std::uint32_t flags) { return (flags & kRngCapabilityNeedsUser) != 0; }
@@ -30,21 +29,22 @@ class TimedDraws {
         pass(taker),
         flags(rng.GetFlags()),
         left(GetMostBytes(wanted, flags)),
+        most(NeedsUser(flags) ? kLargestDraw : kSmallDraw),
         end(wanted || NeedsUser(flags) ? Clock::time_point::max() : Clock::now() + kTimeToDraw) {}
 
-  void SendFacts() const {
-    const std::string text = Encode(SourceFacts{
-        ReadText(rng, &IRngProvider::GetName), ReadText(rng, &IRngProvider::GetDescription),
-        ReadText(rng, &IRngProvider::GetHardwareId), flags});
+  // A generator that does not report its device has accepted the one that was asked for.
+  void SendFacts(const std::string& askedFor) const {
+    const std::string device = ReadText(rng, &IRngProvider::GetHardwareId);
+    const std::string text = Encode(SourceFacts{ReadText(rng, &IRngProvider::GetName),
+                                                ReadText(rng, &IRngProvider::GetDescription),
+                                                device.empty() ? askedFor : device, flags});
     pass(SecretBytes(text.begin(), text.end()));
   }
 
   void DrawAll() {
     if (!NeedsUser(flags)) DrawSmall();
-    std::size_t most = NeedsUser(flags) ? kLargestDraw : kFirstLargeDraw;
     while (left > 0 && Clock::now() < end) {
-      const auto time = Draw(static_cast<std::size_t>(std::min<std::uint64_t>(left, most)));
-      if (time < kQuick) most = std::min(2 * most, kLargestDraw);
+      Draw(static_cast<std::size_t>(std::min<std::uint64_t>(left, most)));
     }
   }
 
@@ -57,7 +57,7 @@ class TimedDraws {
   }
 
   // The bytes before the draw are zero, so that an unfilled part does not look like an earlier draw.
-  Clock::duration Draw(std::size_t size) {
+  void Draw(std::size_t size) {
     SecretBytes piece(sizeof(Nanoseconds) + size);
     const auto start = Clock::now();
     const bool hasDrawn = rng.Generate(piece.data() + sizeof(Nanoseconds), size);
@@ -72,7 +72,7 @@ class TimedDraws {
     pass(piece);
     drawn += size;
     left -= size;
-    return time;
+    if (size == most && time < kQuick) most = std::min(2 * most, kLargestDraw);
   }
 
   IRngProvider& rng;
@@ -80,6 +80,7 @@ class TimedDraws {
   const std::uint32_t flags;
   std::uint64_t left;
   std::uint64_t drawn = 0;
+  std::size_t most;  // to draw at once; grows while draws are quick
   const Clock::time_point end;
 };
 
@@ -98,7 +99,7 @@ void DrawAndTime(const GeneratorChoice& source, const std::optional<std::uint64_
                  const TakePiece& pass) {
   WithGenerator(source, [&](IRngProvider& rng) {
     TimedDraws draws(rng, wanted, pass);
-    draws.SendFacts();
+    draws.SendFacts(source.device);
     draws.DrawAll();
   });
 }

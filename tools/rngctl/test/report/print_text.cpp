@@ -39,7 +39,8 @@ void PrintSpeed(const Speed& speed) {
 
 void PrintSource(const TestReport& report) {
   const SourceFacts& facts = report.facts;
-  PrintLine("generator", facts.name + (facts.description.empty() ? "" : ": " + facts.description));
+  PrintLine("generator", (facts.name.empty() ? "no name reported" : facts.name) +
+                             (facts.description.empty() ? "" : ": " + facts.description));
   PrintLine("device", facts.device.empty() ? "none reported" : facts.device);
   PrintLine("drawn",
             Grouped(report.bytes) + " bytes" +

@@ -13,7 +13,7 @@ std::string FindReason(const TestReport& report) {
   if (failed != report.tests.end()) return "The bytes are not random. " + failed->found;
   const std::string few =
       report.bytes >= kFewestBytes ? "" : " So few bytes show only gross faults; -n draws more.";
-  return "No test can tell the bytes from random ones." + few;
+  return "No test found a difference from random bytes." + few;
 }
 
 }  // namespace

@@ -68,7 +68,7 @@ std::string DescribeBytes(const QualityResult& result, const StreamTests& stream
   const std::string numbers =
       ": chi-square " + Rounded(value, 4) + ", " + Probability(result) + ".";
   if (result.outcome == QualityOutcome::kPassed) {
-    return "The 256 values are as frequent as chance has it" + numbers;
+    return "The 256 values are as frequent as expected" + numbers;
   }
   return "The 256 values are too " + std::string(value > 255 ? "unequally" : "equally") +
          " frequent" + numbers;
@@ -88,7 +88,7 @@ std::string DescribeBits(const QualityResult& result, const StreamTests& stream)
 }
 
 std::string DescribeCorrelation(const QualityResult& result, const StreamTests& stream) {
-  return "Each byte correlates with the next by " +
+  return "The correlation of neighbouring bytes is " +
          Rounded(stream.bytes.GetSerialCorrelation()->value) + ", " + Probability(result) + ".";
 }
 
@@ -99,7 +99,7 @@ std::string DescribeShared(const SharedBits& shared, std::size_t starts) {
                        Counted(shared.most, "bit") + " agree.";
     if (bits > 0) {
       text += " With 2^" + std::to_string(bits) +
-              " possible seeds, or fewer, two would be alike with a probability of 99 %.";
+              " possible seeds, or fewer, two would be alike with a probability of at least 99 %.";
     }
     return text;
   }
