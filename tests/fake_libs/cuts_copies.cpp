@@ -1,5 +1,5 @@
 // Preloaded: after a file is removed, cuts the one with the suffix ".tmp" beside it to RNG_TEST_SIZE bytes, as a
-// disk without space does. With RNG_TEST_NO_SYNC, no file reaches the disk.
+// disk without space does. The first RNG_TEST_FAILED_SYNCS files that are synchronised do not reach the disk.
 
 #include <cerrno>
 #include <cstdlib>
@@ -20,7 +20,11 @@ EXPORT int unlink(const char* path) noexcept {
 }
 
 EXPORT int fsync(int descriptor) {
-  if (!std::getenv("RNG_TEST_NO_SYNC")) return static_cast<int>(::syscall(SYS_fsync, descriptor));
+  static int calls = 0;
+  const char* const failures = std::getenv("RNG_TEST_FAILED_SYNCS");
+  if (!failures || ++calls > std::atoi(failures)) {
+    return static_cast<int>(::syscall(SYS_fsync, descriptor));
+  }
   errno = EIO;
   return -1;
 }

@@ -138,6 +138,12 @@ TEST_F(Losses, ALastLineWithoutAnEndIsNamed) {
   EXPECT_EQ("The default is now unixdev, device 12345678901234567.\n", SetAndWarn());
 }
 
+TEST_F(Losses, CarriageReturnsAreNoLoss) {
+  WriteFile(Ini(), "[Devices]\r\nRandomNumberGeneratorType=a\r\n\r\n[Other]\r\nlast=1\r\n");
+  EXPECT_EQ("The default is now unixdev, device 12345678901234567.\n", SetAndWarn());
+  EXPECT_THAT(ReadFile(Ini()), EndsWith("\n\n[Other]\nlast=1\n"));
+}
+
 TEST_F(Losses, AZeroByteIsNamed) {
   WriteFile(Ini(), std::string(kBegin) + std::string("a\0b\n", 4) + kEnd);
   EXPECT_EQ("Warning: line 5 of " + Ini() +

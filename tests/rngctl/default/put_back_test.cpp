@@ -93,9 +93,15 @@ TEST_F(PutBack, ALinkIsALinkAgain) {
   EXPECT_EQ("../place/ini", fs::read_symlink(Ini()));
 }
 
+// The half file may have taken the last space.
+TEST_F(PutBack, ItIsTriedOnceMoreWithoutTheHalfFile) {
+  WriteFile(Ini(), kOld);
+  ExpectOldFile(SetWithCuts(5, "RNG_TEST_FAILED_SYNCS=1"), "reads back");
+}
+
 TEST_F(PutBack, AFailureToPutItBackIsSaid) {
   WriteFile(Ini(), kOld);
-  const Result result = SetWithCuts(5, "RNG_TEST_NO_SYNC=1");
+  const Result result = SetWithCuts(5, "RNG_TEST_FAILED_SYNCS=2");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.errors, HasSubstr(" The old content of " + Ini() +
                                        " could not be put back (Input/output error).\n"));
