@@ -27,8 +27,8 @@ constexpr std::size_t kQualityTests = 7;
 constexpr double kFalseAlarmOfRun = 1e-6;
 
 /// The share of one test. All together get half of what is allowed. The rest is for the tests whose
-/// probabilities come from an approximation: at the smallest size, and so far out, the one of the
-/// chi-square test is too small by about an eighth.
+/// probabilities come from an approximation: with 4,096 bytes, the upper tail of the chi-square statistic is a
+/// fifth heavier there than that of the distribution which stands for it.
 constexpr double kFalseAlarmOfTest = kFalseAlarmOfRun / 2 / kQualityTests;
 
 /// What the tests look at in a stream of bytes. They take all of them in one pass, and keep none.

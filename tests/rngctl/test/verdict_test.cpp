@@ -226,6 +226,7 @@ TEST_F(RngctlTest, TestAsksAUserOnce) {
 
 TEST_F(RngctlTest, TestAsksAUserMoreOnRequest) {
   InstallPlugin("dsdr", "drawing/NeedsUser");
+  EXPECT_THAT(Run("test dsdr -n 20000").output, HasSubstr("\ndrawn       20,000 bytes\n"));
   const nlohmann::json report = Parse(Run("test dsdr -n 20000 --restarts 3 --json"));
   EXPECT_EQ(20000, report.at("bytes"));
   EXPECT_EQ(3, report.at("restarts").at("made"));

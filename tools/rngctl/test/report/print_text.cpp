@@ -42,9 +42,9 @@ void PrintSource(const TestReport& report) {
   PrintLine("generator", (facts.name.empty() ? "no name reported" : facts.name) +
                              (facts.description.empty() ? "" : ": " + facts.description));
   PrintLine("device", facts.device.empty() ? "none reported" : facts.device);
-  PrintLine("drawn",
-            Grouped(report.bytes) + " bytes" +
-                (report.asksUser ? ", not more, because the generator needs the user" : ""));
+  const bool isAskedOnce = report.asksUser && report.bytes == kBytesFromUser;
+  PrintLine("drawn", Grouped(report.bytes) + " bytes" +
+                         (isAskedOnce ? ", not more, because the generator needs the user" : ""));
   if (!report.asksUser) PrintSpeed(report.speed);
 }
 
