@@ -42,6 +42,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadEnd("drawing/EndThread", "A plug-in crashed with signal 6 (Aborted).\n"),
         BadEnd("drawing/CloseAll", "A plug-in exited with status 1.\n"),
         BadEnd("drawing/Wait", "A plug-in did not answer within 10 s.\n"),
+        BadEnd("breaking/factory_hangs", "A plug-in did not answer within 20 s.\n"),
         BadEnd("throws_own_class", "A plug-in or the system failed: a fault of its own\n"),
         BadEnd("throwing_start", "A plug-in or the system failed"),
         BadEnd("breaking/unavailable", "There is no usable generator \"dsdr\"")),

@@ -185,7 +185,7 @@ TEST_F(RngctlRestarts, OneThatHangsIsNoVerdict) {
   const Result result = RunWith("WaitsInThirdStart", "-n 1000 --restarts 5");
   EXPECT_EQ(3, result.status);
   EXPECT_THAT(result.errors,
-              StartsWith("rngctl: In start 3: a plug-in did not answer within 10 s.\n"));
+              StartsWith("rngctl: In start 3: a plug-in did not answer within 20 s.\n"));
 }
 
 // Each takes six seconds.

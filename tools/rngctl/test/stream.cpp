@@ -11,6 +11,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+std::chrono::seconds GetLimitOfDraw(std::uint32_t flags) {
+  constexpr std::uint32_t kMayTakeLong = kRngCapabilityNeedsUser | kRngCapabilityMayBlock;
+  return std::chrono::seconds((flags & kMayTakeLong) != 0 ? 600 : 10);
+}
+
 // What progress is shown of: a thousandth.
 constexpr std::uint64_t kWhole = 1000;
 
@@ -71,7 +76,9 @@ class Taker {
     progress.Show(std::min(kWhole - 1, static_cast<std::uint64_t>(GetPart() * kWhole)));
   }
 
-  std::chrono::seconds GetLimit() const { return GetLimitOfCall(facts ? facts->flags : 0); }
+  std::chrono::seconds GetLimit() const {
+    return facts ? GetLimitOfDraw(facts->flags) : kTimeToStart;
+  }
 
   DrawnStream Finish() {
     const std::uint64_t size = tests ? tests->bytes.Size() : 0;
@@ -114,7 +121,6 @@ DrawnStream DrawStream(const TestRequest& request, Picture* picture,
   return taker.Finish();
 }
 
-std::chrono::seconds GetLimitOfCall(std::uint32_t flags) {
-  constexpr std::uint32_t kMayTakeLong = kRngCapabilityNeedsUser | kRngCapabilityMayBlock;
-  return std::chrono::seconds((flags & kMayTakeLong) != 0 ? 600 : 10);
+std::chrono::seconds GetLimitOfStart(std::uint32_t flags) {
+  return std::max(kTimeToStart, GetLimitOfDraw(flags));
 }

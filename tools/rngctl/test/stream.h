@@ -28,7 +28,8 @@ struct DrawnStream {
 DrawnStream DrawStream(const TestRequest& request, Picture* picture,
                        const std::function<void()>& leave);
 
-/// How long a call of this generator may take.
-std::chrono::seconds GetLimitOfCall(std::uint32_t flags);
+/// How long the start of the library may take, and a start with a draw by such a generator.
+constexpr std::chrono::seconds kTimeToStart(20);
+std::chrono::seconds GetLimitOfStart(std::uint32_t flags);
 
 #endif

@@ -37,7 +37,7 @@ TestReport TestGenerator(const TestRequest& request, PictureFile* file) {
   });
   const std::uint64_t restarts = GetRestarts(request, stream.facts.flags);
   const std::vector<FirstDraw> draws =
-      DrawAfterRestarts(request.source, restarts, GetLimitOfCall(stream.facts.flags));
+      DrawAfterRestarts(request.source, restarts, GetLimitOfStart(stream.facts.flags));
   return MakeReport(stream, restarts, draws);
 }
 
