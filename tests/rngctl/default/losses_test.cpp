@@ -239,8 +239,36 @@ TEST_F(Losses, ADirectoryThatItsOwnerMayNotUseIsMended) {
               EndsWith(" Nothing was changed. Fix: chmod u+rwX " + TreePath("etc") + "\n"));
   EXPECT_THAT(
       setWithMode(0311).errors,
-      EndsWith("cannot be locked (Permission denied). Nothing was changed. Fix: chmod u+r " +
+      EndsWith("cannot be locked (Permission denied). Nothing was changed. Fix: chmod u+rwX " +
                TreePath("etc") + "\n"));
   fs::permissions(TreePath("etc"), fs::perms(0755));
   EXPECT_EQ(kBegin, ReadFile(Ini()));
+}
+
+TEST_F(Losses, ADirectoryThatOthersMayNotReadIsNotTheirsToMend) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs a directory of root and another user";
+  WriteFile(Ini(), kBegin);
+  fs::permissions(TreePath("etc"), fs::perms(0711));
+  const Result result = RunForked([] {
+    const Unprivileged user;
+    ::execl(Rngctl().c_str(), "rngctl", "default", "set", "unixdev", nullptr);
+    return 127;
+  });
+  fs::permissions(TreePath("etc"), fs::perms(0755));
+  EXPECT_THAT(result.errors,
+              EndsWith("cannot be locked (Permission denied). Nothing was changed. " +
+                       TreePath("etc") + " belongs to root. Try again with sudo.\n"));
+  EXPECT_EQ(kBegin, ReadFile(Ini()));
+}
+
+TEST_F(Losses, ADiskWithoutRoomForANewFileAndItsCopyIsFull) {
+  const SmallDisk disk;
+  if (!disk.IsMounted()) GTEST_SKIP() << "this user cannot mount a small disk";
+  disk.Fill(1);
+  EXPECT_THAT(
+      Run("default set unixdev").errors,
+      HasSubstr("is full. Nothing was changed. Free some space on that disk, and try again."));
+  EXPECT_FALSE(fs::exists(Ini()));
+  disk.Fill(2);
+  EXPECT_EQ(0, Run("default set unixdev").status);
 }

@@ -37,14 +37,8 @@ std::string FindDenial(const std::string& file) {
 
 std::string WhatToDo(const std::string& file) {
   const std::string denial = FindDenial(file);
-  if (!denial.empty()) {
-    const uid_t owner = LookThrough(denial).owner;
-    if (owner == 0) return denial + " belongs to root. Try again with sudo.";
-    if (owner == ::geteuid()) return "Fix: chmod u+rwX " + denial;
-    return denial + " belongs to " + FindUsers().NameOfUser(owner) +
-           ". Try again as that user or with sudo.";
-  }
-  const bool isFull = !WhyNoSpace(NearestPlace(file), LookThrough(file).size + kMostAdded).empty();
+  if (!denial.empty()) return HowToGetAccess(denial);
+  const bool isFull = !WhyNoSpace(NearestPlace(file), SpaceToStore(file)).empty();
   return isFull ? "Free some space on that disk, and try again." : "Fix that, and try again.";
 }
 
@@ -102,6 +96,14 @@ std::string NameOwners(const PathFacts& file) {
 }
 
 }  // namespace
+
+std::string HowToGetAccess(const std::string& path) {
+  const uid_t owner = LookThrough(path).owner;
+  if (owner == ::geteuid()) return "Fix: chmod u+rwX " + path;
+  if (owner == 0) return path + " belongs to root. Try again with sudo.";
+  return path + " belongs to " + FindUsers().NameOfUser(owner) +
+         ". Try again as that user or with sudo.";
+}
 
 void RefuseToStore(const std::string& file, const std::string& why, const std::string& fix) {
   throw Refusal(kNegativeAnswer, "The default could not be stored in " + file + ": " + why +

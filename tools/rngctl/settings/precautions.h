@@ -10,6 +10,9 @@
 /// What must hold before the library stores a default in `file`. Those that find a reason not to store
 /// throw a `Refusal` with it.
 
+/// What to do if this user may not read or write `path`: a sentence, or one that ends with a command.
+std::string HowToGetAccess(const std::string& path);
+
 /// For use before anything is changed. `why` has no full stop; `fix` is a sentence or ends with a command.
 [[noreturn]] void RefuseToStore(const std::string& file, const std::string& why,
                                 const std::string& fix);

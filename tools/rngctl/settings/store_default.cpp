@@ -73,7 +73,7 @@ void CheckLock(const DirectoryLock& lock, const std::string& file) {
     RefuseToStore(file, "another process has kept " + directory + " locked for five seconds",
                   "Try again when it has finished.");
   }
-  const std::string fix = lock.Error() == EACCES ? "Fix: chmod u+r " + directory : kRetry;
+  const std::string fix = lock.Error() == EACCES ? HowToGetAccess(directory) : kRetry;
   RefuseToStore(file, directory + " cannot be locked (" + std::strerror(lock.Error()) + ")", fix);
 }
 

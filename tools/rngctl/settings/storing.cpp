@@ -119,10 +119,12 @@ std::string WhyNotReplaceable(const std::string& file, std::uint64_t bytes) {
 }
 
 // The nearest existing entry above the file: the missing directories are created in it. If it is not
-// a directory, they cannot be.
+// a directory, they cannot be. No part of a relative path need exist.
 std::string NearestDirectory(const std::string& file) {
   std::string directory = DirectoryOf(file);
-  while (LookAtEntry(directory).error == ENOENT) directory = DirectoryOf(directory);
+  while (LookAtEntry(directory).error == ENOENT && directory != DirectoryOf(directory)) {
+    directory = DirectoryOf(directory);
+  }
   return directory;
 }
 
@@ -154,12 +156,18 @@ std::string WhyNotStorable(const std::string& file) {
   // Storing overwrites it, first with the kind and then with the device alone.
   if (through.Exists()) return file + " cannot be read by this user";
   const std::string nearest = NearestDirectory(file);
+  const std::uint64_t space = SpaceToStore(file);
+  if (nearest != DirectoryOf(file)) return WhyNotCreatable(nearest, space);
+  const std::string refusal = WhyNotWritable(file, space);
+  return refusal.empty() ? WhyNotReplaceable(file, space) : refusal;
+}
+
+std::uint64_t SpaceToStore(const std::string& file) {
+  const PathFacts through = LookThrough(file);
+  if (through.Exists()) return through.size + kMostAdded;
   struct statvfs disk = {};
-  ::statvfs(nearest.c_str(), &disk);
-  const std::uint64_t twoBlocks = disk.f_frsize;  // the new file, and the copy that replaces it
-  if (nearest != DirectoryOf(file)) return WhyNotCreatable(nearest, twoBlocks);
-  const std::string refusal = WhyNotWritable(file, twoBlocks);
-  return refusal.empty() ? WhyNotReplaceable(file, twoBlocks) : refusal;
+  ::statvfs(NearestDirectory(file).c_str(), &disk);
+  return disk.f_frsize;  // makes two blocks: the new file, and the copy that replaces it
 }
 
 // The last few blocks are reserved for root.
