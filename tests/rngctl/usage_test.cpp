@@ -33,6 +33,13 @@ INSTANTIATE_TEST_SUITE_P(
                     "default set 'a '", "default set a 'x '", "default set a ' x'",
                     "default set 123456789012345678", "default set a 123456789012345678"));
 
+TEST_F(RngctlTest, ANumberThatIsTooLargeIsStillADecimalNumber) {
+  EXPECT_THAT(Run("read unixdev -n 18446744073709551616").errors,
+              StartsWith("rngctl: -n: \"18446744073709551616\" is too large\n"));
+  EXPECT_THAT(Run("read unixdev -n 18446744073709551616k").errors,
+              HasSubstr("not a decimal number"));
+}
+
 TEST_F(RngctlTest, AMisspeltCommandIsNamed) {
   EXPECT_THAT(Run("chekc x").errors, StartsWith("rngctl: There is no command \"chekc\"\n"));
   EXPECT_THAT(Run("list more").errors, HasSubstr("more"));

@@ -36,6 +36,9 @@ void PrintMessage(const std::string& sentence, const std::string& advice = "") {
 std::string CheckDecimal(const std::string& text) {
   std::uint64_t value = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  const bool isNumber = result.ptr == text.data() + text.size();
+  if (isNumber && result.ec == std::errc::result_out_of_range)
+    return Quoted(text) + " is too large";
   const bool isDecimal = result.ec == std::errc() && text == std::to_string(value);
   return isDecimal ? "" : "\"" + text + "\" is not a decimal number";
 }

@@ -59,8 +59,10 @@ TEST_F(RngctlTest, ReadFromADefaultThatIsNotLoadedIsANegativeAnswer) {
   ASSERT_EQ(0, Run("default set sobol").status);
   const Result result = Run("read -n 2");
   EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: The configured default generator \"sobol\" is not usable now.\n",
-            result.errors);
+  EXPECT_EQ(
+      "rngctl: The configured default generator \"sobol\" is not usable now. "
+      "Run \"rngctl doctor\" to find out why.\n",
+      result.errors);
 }
 
 TEST_F(RngctlTest, ReadFromAnUnknownGeneratorIsANegativeAnswer) {

@@ -94,8 +94,10 @@ TEST_F(OutsideText, TheConfiguredDefaultIsHarmless) {
       "default     a?[2J?, device b?\n"
       "loaded      no\n",
       RunHarmless("default").output);
-  EXPECT_EQ("rngctl: The configured default generator \"a?[2J?\" is not usable now.\n",
-            RunHarmless("read -n 1").errors);
+  EXPECT_EQ(
+      "rngctl: The configured default generator \"a?[2J?\" is not usable now. "
+      "Run \"rngctl doctor\" to find out why.\n",
+      RunHarmless("read -n 1").errors);
   EXPECT_THAT(RunHarmless("doctor").output, HasSubstr("a?[2J?"));
 }
 

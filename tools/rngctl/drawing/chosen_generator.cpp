@@ -42,7 +42,8 @@ IRngProvider& FindDefaultRng(const std::string& settings, const std::string& dev
   IRngProvider* const rng = GetRng(info.type);
   if (!rng) {
     throw Refusal(kNegativeAnswer,
-                  "The configured default generator " + Quoted(info.type) + " is not usable now.");
+                  "The configured default generator " + Quoted(info.type) +
+                      " is not usable now. Run \"rngctl doctor\" to find out why.");
   }
   SelectDevice(*rng, "The default generator " + Quoted(info.type),
                device.empty() ? info.hardwareId : device);
