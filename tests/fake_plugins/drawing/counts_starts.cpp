@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 namespace {
@@ -28,6 +29,13 @@ std::uint64_t CountStart() {
 [[maybe_unused]] std::uint64_t OneOfMany(std::uint64_t start) { return start; }
 
 [[maybe_unused]] std::uint64_t OneOf65536(std::uint64_t start) { return Mix(start) & 0xFFFF; }
+
+// Of the random bytes that the kernel gives each program that it runs.
+[[maybe_unused]] std::uint64_t OfTheKernel(std::uint64_t) {
+  std::uint32_t seed = 0;
+  std::memcpy(&seed, reinterpret_cast<const void*>(::getauxval(AT_RANDOM)), sizeof seed);
+  return seed;
+}
 
 [[maybe_unused]] void DoNothing(std::uint64_t) {}
 

@@ -157,6 +157,11 @@ TEST_F(RngctlRestarts, FindNothingInAGeneratorWithManySeeds) {
   EXPECT_EQ(41U, ReadFile(TreePath("starts")).size());  // with the one that draws for the others
 }
 
+// Forked copies of one process would all have the same seed.
+TEST_F(RngctlRestarts, RunTheProgramAnew) {
+  EXPECT_EQ(0, RunWith("HasTheKernelsSeed", "-n 1000 --restarts 20").status);
+}
+
 TEST_F(RngctlRestarts, FindASharedBeginning) {
   const Result result = RunWith("BeginsAlike", "-n 100000 --restarts 5");
   EXPECT_EQ(1, result.status);
