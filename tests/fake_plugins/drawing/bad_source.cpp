@@ -24,7 +24,9 @@ void Good(unsigned char* bytes, std::size_t size) {
 
 [[maybe_unused]] void Ascii(unsigned char* bytes, std::size_t size) {
   Good(bytes, size);
-  for (std::size_t i = 0; i < size; ++i) bytes[i] = "0123456789abcdef"[bytes[i] & 0xF];
+  for (std::size_t i = 0; i < size; ++i) {
+    bytes[i] = static_cast<unsigned char>("0123456789abcdef"[bytes[i] & 0xF]);
+  }
 }
 
 [[maybe_unused]] void StuckBit(unsigned char* bytes, std::size_t size) {

@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-using testing::Contains;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::IsSupersetOf;
 using testing::StartsWith;
@@ -43,7 +43,7 @@ TEST_F(RngctlTest, TestFindsNothingInTheSystemsGenerator) {
   EXPECT_EQ("", result.errors);
   EXPECT_THAT(result.output, StartsWith("generator   unixdev: The operating system's"));
   EXPECT_THAT(result.output, HasSubstr("\npassed      restarts "));
-  EXPECT_THAT(result.output, HasSubstr("With 2^12 possible seeds, or fewer,"));
+  EXPECT_THAT(result.output, ContainsRegex("With 2\\^1[0-2] possible seeds, or fewer,"));
   EXPECT_THAT(result.output,
               HasSubstr("\nverdict     No test found a difference from random bytes.\n"));
   EXPECT_THAT(result.output,
