@@ -204,7 +204,7 @@ void AddTest(CLI::App& app, TestRequest& request) {
                    "The number of bytes; default: what comes in about five seconds, at most 64 MiB")
       ->type_name("BYTES")
       ->check(CheckDecimal)
-      ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40));
+      ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40).description(""));
   test->add_option(
           "--restarts", request.restarts,
           "How often to start the library afresh and compare the first bytes; default: 200")
