@@ -7,34 +7,34 @@
 ///     CheckedRng rng(GetRng("dsdr"));
 ///     if (!rng.Generate(key, sizeof key)) ...   // failed, or the bytes are evidently not random
 ///
-/// It finds what hardware generators and their drivers most often do wrong: they report success and leave
-/// the buffer unfilled, in part or as a whole, or repeat what they gave before. It does not show that bytes
-/// cannot be predicted: health.h says why.
+/// It finds the most common defects of hardware generators and their drivers: a draw that reports success but
+/// leaves all or part of the buffer unfilled, and a draw that repeats earlier bytes. It cannot show that bytes
+/// are unpredictable; see health.h.
 
 #include <mutex>
 
 #include <rngaggregator/health.h>
 #include <rngaggregator/provider.h>
 
-/// Passes every operation on to a provider, and runs the tests of health.h over everything it draws, as one
+/// Passes every operation on to a provider, and runs the tests of health.h on all that it draws, as one
 /// stream of bytes.
 ///
 /// `Generate` zeroes the buffer before it draws, so a tail of 9 bytes or more that the provider does not
-/// fill gives an alarm. An alarm makes this draw and all later ones return false, with zeros in the buffer,
-/// until `Reset`. Good bytes give one with a probability of less than 10^-6 in a terabyte. This object keeps
-/// the last 16 bytes that were drawn until it ends or is reset.
+/// fill raises an alarm. After an alarm, this draw and all later ones return false, with zeros in the buffer,
+/// until `Reset`. Good bytes raise an alarm with a probability of less than 10^-6 per terabyte. This object
+/// keeps the last 16 bytes that were drawn until it is reset or destroyed.
 ///
-/// Ownership: borrows the provider, which must not be null, and must be listed as long as this object is used. `SetSettings` and
-///            `Release` do nothing: they are for the aggregator to call.
-/// Threads:   those of the provider; draws may be concurrent. The stream has the draws in the order in which
-///            they end.
+/// Ownership: borrows the provider, which must not be null and must stay loaded as long as this object is
+///            used. `SetSettings` and `Release` do nothing: only the aggregator calls them.
+/// Threads:   as the provider's; draws may be concurrent. Their bytes are tested in the order in which the
+///            draws end.
 class CheckedRng final : public IRngProvider {
  public:
   explicit CheckedRng(IRngProvider* provider) : rng(*provider), test({9, 23, 512, true}) {}
   CheckedRng(const CheckedRng&) = delete;
   CheckedRng& operator=(const CheckedRng&) = delete;
 
-  /// What gave the alarm, if there was one. Threads: any.
+  /// What raised the alarm, if there was one. Threads: any.
   RngHealthAlarm Alarm() const {
     const std::lock_guard<std::mutex> guard(lock);
     return test.Alarm();

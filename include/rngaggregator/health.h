@@ -4,11 +4,11 @@
 /// \file
 /// Continuous health tests of a source of random bytes, for plug-ins and hosts.
 ///
-/// They see defects that show in the bytes themselves: a device that has got stuck, a buffer that was not
-/// filled, values that come too often. They say nothing about whether bytes can be predicted: a counter
-/// that is encrypted passes every such test.
+/// They find defects that are visible in the bytes themselves: a device that is stuck, a buffer that was not
+/// filled, values that occur too often. They cannot show whether bytes are predictable: an encrypted counter
+/// passes every such test.
 ///
-///     RngHealthTest test(GetRngHealthCutoffs(1.0, std::ldexp(1.0, -30)));  // 1 bit a byte is claimed
+///     RngHealthTest test(GetRngHealthCutoffs(1.0, std::ldexp(1.0, -30)));  // claims 1 bit per byte
 ///     if (!test.Feed(noise, size)) return false;                            // until test.Reset()
 
 #include <cmath>
@@ -17,20 +17,21 @@
 #include <cstring>
 #include <emmintrin.h>
 
-/// When the tests give an alarm.
+/// When the tests raise an alarm.
 struct RngHealthCutoffs {
   std::uint32_t repetitions;  ///< this many equal bytes in a row
   std::uint32_t proportion;   ///< this many bytes in a window that equal its first, itself included
   std::uint32_t window;       ///< the bytes in such a window: a multiple of 16, at most 4,080
-  bool comparesBlocks;        ///< 16 bytes that equal the 16 before them, at any place
+  bool comparesBlocks;        ///< whether 16 bytes that equal the 16 before them do, at any offset
 };
 
 /// Computes the cutoffs of the repetition count test and the adaptive proportion test, as NIST SP 800-90B
 /// defines them in section 4.4. A sample is a byte.
 ///
-/// `minEntropy` is what the source claims, in bits a byte, more than 0 and at most 8. `falseAlarm` is the
-/// probability of an alarm at a sample (a window) if the claim is true, for example 2^-30: more than 0, less
-/// than 1. `samples` is the size of the window. Blocks are not compared; set that if the claim is near 8.
+/// `minEntropy` is what the source claims, in bits per byte: more than 0, at most 8. `falseAlarm` is the
+/// probability of an alarm at one sample (for the proportion: in one window) if the claim is true, for example
+/// 2^-30: more than 0, less than 1. `samples` is the size of the window. `comparesBlocks` is false in the
+/// result; set it if the claim is near 8.
 ///
 /// Threads: any. Failure: none.
 inline RngHealthCutoffs GetRngHealthCutoffs(double minEntropy, double falseAlarm,
@@ -51,13 +52,13 @@ inline RngHealthCutoffs GetRngHealthCutoffs(double minEntropy, double falseAlarm
   return {static_cast<std::uint32_t>(repetitions), count + 1, samples, false};
 }
 
-/// What gave an alarm.
+/// What raised an alarm.
 enum class RngHealthAlarm { kNone, kRepetition, kProportion, kBlock };
 
 /// The tests, over a stream of bytes that may come in pieces of any size. An alarm lasts until `Reset`.
 ///
-/// Copies are independent. Each keeps the last 16 bytes of the stream, because it compares them with the
-/// next, and wipes them when it ends or is reset. Threads: one at a time.
+/// Copies are independent. Each keeps the last 16 bytes of the stream to compare them with the next ones, and
+/// wipes them when it is reset or destroyed. Threads: one at a time.
 class RngHealthTest {
  public:
   explicit RngHealthTest(const RngHealthCutoffs& when) : cutoffs(when) {}
@@ -113,14 +114,14 @@ class RngHealthTest {
     if (position == cutoffs.window) position = 0;
   }
 
-  // Whether a whole window certainly gives no alarm. Taking its bytes one by one costs more than the system
-  // needs to draw them. False for about one window of good bytes in 100,000.
+  // Whether a whole window certainly raises no alarm. Testing its bytes one by one takes longer than the
+  // system needs to draw them. False for about one window of good bytes in 100,000.
   bool LooksHarmless(const unsigned char* window) const {
-    // Four equal bytes in an aligned word are suspicious: seven in a row contain such a word. Of fewer, up to
-    // three may continue the run before the window.
+    // An aligned word of four equal bytes is suspicious: any seven equal bytes in a row contain one. Without
+    // such a word, a run that began before the window can grow by three bytes at most.
     if (cutoffs.repetitions < 7 || (*window == last && run + 3 >= cutoffs.repetitions))
       return false;
-    // Likewise four bytes that equal those 16 before them.
+    // The same goes for an aligned word that equals the one 16 bytes before it.
     if (!hasBlock || equal + 3 >= kBlock) return false;
     const __m128i firsts = _mm_set1_epi8(static_cast<char>(*window));
     __m128i before = Load(block);
@@ -137,7 +138,7 @@ class RngHealthTest {
     return _mm_movemask_epi8(suspicions) == 0 && Sum(counts) < cutoffs.proportion;
   }
 
-  // The state after a harmless window. Neither run can be as long as the window.
+  // The state after a harmless window. Neither count reaches back to the beginning of the window.
   void SkipWindow(const unsigned char* window) {
     const unsigned char* const end = window + Window();
     last = end[-1];
@@ -162,9 +163,9 @@ class RngHealthTest {
   RngHealthCutoffs cutoffs;
   RngHealthAlarm alarm = RngHealthAlarm::kNone;
   std::uint32_t position = 0;  // in the window
-  std::uint32_t run = 0;       // equal bytes up to the last one
+  std::uint32_t run = 0;       // how many of the last bytes are equal
   std::uint32_t count = 0;     // bytes of the window that equal its first
-  std::uint32_t equal = 0;     // bytes up to the last one that equal those 16 before them
+  std::uint32_t equal = 0;     // how many of the last bytes equal those 16 before them
   unsigned char last = 0;
   unsigned char first = 0;
   bool hasBlock = false;
