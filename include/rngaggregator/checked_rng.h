@@ -7,9 +7,9 @@
 ///     CheckedRng rng(GetRng("dsdr"));
 ///     if (!rng.Generate(key, sizeof key)) ...   // failed, or the bytes are evidently not random
 ///
-/// It finds the most common defects of hardware generators and their drivers: a draw that reports success but
-/// leaves all or part of the buffer unfilled, and a draw that repeats earlier bytes. It cannot show that bytes
-/// are unpredictable; see health.h.
+/// It finds the most common defects of hardware generators and their drivers: a draw that reports success
+/// but leaves all or part of the buffer unfilled, and a draw that repeats earlier bytes. It cannot show that
+/// bytes are unpredictable; see health.h.
 
 #include <mutex>
 

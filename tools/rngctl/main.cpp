@@ -66,7 +66,8 @@ std::string CheckDevice(const std::string& text) {
 }
 
 std::string CheckPicture(const std::string& text) {
-  return text == "-" ? "a picture is not written to standard output" : CheckFileName(text);
+  return text == "-" ? "the picture cannot be written to standard output: name a file"
+                     : CheckFileName(text);
 }
 
 void AddList(CLI::App& app, bool& asJson) {
@@ -109,7 +110,7 @@ void AddRead(CLI::App& app, ReadRequest& request) {
       ->check(CheckDevice);
   read->add_flag_callback(
       "--unchecked", [&request] { request.draw.isChecked = false; },
-      "Do not stop at bytes that are evidently not random");
+      "Write the bytes without checking that they look random");
   read->callback([&request] { RunRead(request); });
 }
 
@@ -205,9 +206,9 @@ void AddTest(CLI::App& app, TestRequest& request) {
       ->type_name("BYTES")
       ->check(CheckDecimal)
       ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 40).description(""));
-  test->add_option(
-          "--restarts", request.restarts,
-          "How often to start the library afresh and compare the first bytes; default: 200")
+  test->add_option("--restarts", request.restarts,
+                   "The number of processes that start the library, to compare their first bytes; "
+                   "default: 200")
       ->type_name("N")
       ->check(CheckDecimal);
   test->add_option("--device", request.source.device,
@@ -219,14 +220,12 @@ void AddTest(CLI::App& app, TestRequest& request) {
       ->type_name("FILE")
       ->check(CheckPicture);
   test->footer(
-      "A generator that needs the user is tested with 256 bytes and without restarts, unless you\n"
-      "choose otherwise. A perfect source fails fewer than one run in a million.\n\n"
-      "Statistics cannot show whether bytes can be predicted: a counter hashed with SHA-256 "
-      "passes\n"
-      "every test.\n\n"
-      "Exit status: 0 nothing was found; 1 the bytes are not random; 2 wrong usage, or the "
-      "picture\n"
-      "cannot be written there; 3 the generator could not be tested.");
+      "A generator that needs the user is tested with 256 bytes and without restarts, unless -n\n"
+      "and --restarts say otherwise. A perfect source fails fewer than one run in a million.\n\n"
+      "Statistics cannot show whether bytes can be predicted: a counter hashed with SHA-256\n"
+      "passes every test.\n\n"
+      "Exit status: 0 nothing was found; 1 the bytes are not random; 2 wrong usage, or the file\n"
+      "of the picture cannot be created; 3 the generator could not be tested.");
   test->callback([&request] { RunTest(request); });
 }
 
@@ -255,8 +254,8 @@ int Run(int count, char** arguments) {
                    "Run with --help for more information.");
   });
   app.footer(
-      "Exit status: 0 success, 1 negative answer, 2 wrong usage, 3 (doctor) no usable generator,\n"
-      "3 (test) not tested.");
+      "Exit status: 0 success, 1 negative answer, 2 wrong usage, 3 no usable generator (doctor)\n"
+      "or generator not tested (test).");
   ReadRequest request;
   std::uint32_t mask =
       kDefaultFallbackBio | kDefaultFallbackBioQt | kDefaultFallbackBioX11 | kDefaultFallbackBioKb;

@@ -49,10 +49,11 @@ INSTANTIATE_TEST_SUITE_P(
                 kFill, "draw-fills-buffer "},
         BadLook{"leaves_a_tail_of_3", "None of seven draws of 16 bytes writes bytes 14 to 16: .*",
                 kFill, "draw-fills-buffer "},
-        BadLook{"writes_nothing",
-                "None of seven draws of 16 bytes writes bytes 1 to 16: the buffer keeps what it "
-                "held before[.]",
-                kFill, "draw-fills-buffer drawn-values draws-differ "},
+        BadLook{
+            "writes_nothing",
+            "None of seven draws of 16 bytes writes bytes 1 to 16: the buffer still has its old "
+            "contents there[.]",
+            kFill, "draw-fills-buffer drawn-values draws-differ "},
         BadLook{"leaves_the_middle", "None of seven draws of 16 bytes writes bytes 6 to 11: .*",
                 kFill, "draw-fills-buffer "},
         BadLook{"fills_only_the_beginning",
@@ -63,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "Take each byte from the source once", "drawn-values "},
         BadLook{"WriteHex", "All 112 bytes of the draws of 16 bytes are printable ASCII .*",
                 "Decode what the source sends as text", "drawn-values "},
-        BadLook{"Count", "In the first draw of 16 bytes, bytes 1 to 10 count: .*",
+        BadLook{"Count", "In the first draw of 16 bytes, bytes 1 to 10 are a counter: .*",
                 "Return bytes of the source instead of a counter", "draws-differ "},
         BadLook{"CountWords", "All seven draws of 16 bytes have zeros in bytes 2 to 4[.]", kFill,
                 "draws-differ "},
@@ -77,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
                 kBits},
         BadLook{"OmitValue255",
                 "In the [0-9]+ bytes of .*, the 256 values are not equally frequent: the rarest "
-                "comes 0 times, .*",
+                "occurs 0 times, .*",
                 "Do not map the source's values"},
         BadLook{"DrawPeriodically",
                 "In the first draw of 70000 bytes, bytes [0-9]+ to [0-9]+ repeat bytes [0-9]+ to "

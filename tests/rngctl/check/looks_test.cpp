@@ -104,9 +104,9 @@ TEST(Looks, SixDrawsCannotShowThatAByteIsNeverWritten) {
 }
 
 TEST(Looks, EightUnwrittenBytesOfOneDrawAreEnough) {
-  EXPECT_EQ("In the third draw of 255 bytes, bytes 101 to 108 keep what the buffer held before.",
+  EXPECT_EQ("In the third draw of 255 bytes, bytes 101 to 108 still have their old values.",
             Found(Draws(255, OnlyThird(Leave(100, 108)))));
-  EXPECT_EQ("In the third draw of 255 bytes, bytes 248 to 255 keep what the buffer held before.",
+  EXPECT_EQ("In the third draw of 255 bytes, bytes 248 to 255 still have their old values.",
             Found(Draws(255, OnlyThird(Leave(247, 255)))));
   EXPECT_EQ("", Found(Draws(255, OnlyThird(Leave(100, 107)))));
 }
@@ -124,7 +124,7 @@ TEST(Looks, AHalfOfZerosIsFoundAtEveryLargerSize) {
 
 TEST(Looks, AByteThatNeverChangesIsFound) {
   const auto spoil = [](DrawnBytes& draw) { draw.after[4] = 7; };
-  EXPECT_EQ("All seven draws of 17 bytes agree in byte 5.", Found(Draws(17, spoil)));
+  EXPECT_EQ("All seven draws of 17 bytes have equal values in byte 5.", Found(Draws(17, spoil)));
   DrawsOfSize six = Draws(17, spoil);
   six.draws.pop_back();
   EXPECT_EQ("", Found(six));
@@ -153,7 +153,7 @@ TEST(Looks, TenBytesThatCountAreFound) {
   };
   EXPECT_EQ("", Found(Draws(16, count(9))));
   EXPECT_THAT(Found(Draws(16, count(10))),
-              StartsWith("In the third draw of 16 bytes, bytes 1 to 10 count: "));
+              StartsWith("In the third draw of 16 bytes, bytes 1 to 10 are a counter: "));
 }
 
 TEST(Looks, RepeatedBytesAreFoundAtAnyPlace) {
@@ -210,7 +210,7 @@ TEST(Looks, ValuesThatAreNotEquallyFrequentAreFound) {
   EXPECT_THAT(
       Found(Draws(70000, ForEach([](unsigned byte) { return byte % 255; }))),
       AllOf(HasSubstr("490000 bytes of the draws of 70000 bytes, the 256 values are not equally"),
-            HasSubstr("the rarest comes 0 times")));
+            HasSubstr("the rarest occurs 0 times")));
 }
 
 TEST(Looks, ValuesThatAreTooEquallyFrequentAreFound) {
@@ -219,7 +219,7 @@ TEST(Looks, ValuesThatAreTooEquallyFrequentAreFound) {
   };
   EXPECT_EQ(
       "In the 28672 bytes of the draws of 4096 bytes, the 256 values are closer to equally "
-      "frequent than chance allows: the rarest comes 112 times, the most frequent 112 times.",
+      "frequent than chance allows: the rarest occurs 112 times, the most frequent 112 times.",
       FoundBy(FindBias, Draws(4096, number)));
 }
 

@@ -10,7 +10,7 @@ using testing::HasSubstr;
 namespace {
 
 constexpr char kAdvice[] =
-    "Do not use its bytes, not even those that it gave before. \"rngctl test\" examines it.\n";
+    "Do not use its bytes, including those that it returned before. \"rngctl test\" examines it.\n";
 
 }  // namespace
 
@@ -22,9 +22,8 @@ TEST_F(RngctlTest, ReadRefusesBytesThatAreNotRandom) {
     EXPECT_EQ(1, result.status);
     EXPECT_EQ("", result.output);
     EXPECT_EQ(
-        "rngctl: The generator \"sobol\" gives bytes that are not random: after 0 bytes, nine "
-        "equal "
-        "bytes in a row.\n" +
+        "rngctl: The generator \"sobol\" returned bytes that are not random (nine equal bytes in "
+        "a row) after 0 bytes.\n" +
             std::string(kAdvice),
         result.errors);
   }
@@ -35,17 +34,17 @@ TEST_F(RngctlTest, AFileIsNotReplacedByBytesThatAreNotRandom) {
   WriteFile(TreePath("key"), "old");
   const Result result = Run("read dsdr -n 5000 -o " + TreePath("key"));
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, HasSubstr(": after 768 bytes, nine equal bytes in a row.\n"));
+  EXPECT_THAT(result.errors, HasSubstr(" (nine equal bytes in a row) after 768 bytes.\n"));
   EXPECT_EQ("old", ReadFile(TreePath("key")));
 }
 
 TEST_F(RngctlTest, EveryKindOfDefectHasItsName) {
   InstallPlugin("dsdr", "drawing/RepeatBlocks");
   EXPECT_THAT(Run("read dsdr -n 5000").errors,
-              HasSubstr(": after 768 bytes, 16 bytes that equal the 16 before them.\n"));
+              HasSubstr(" (16 bytes equal to the 16 before them) after 768 bytes.\n"));
   InstallPlugin("dsdr", "drawing/PreferOneValue");
   EXPECT_THAT(Run("read dsdr -n 5000").errors,
-              HasSubstr(": after 768 bytes, one value far too often among 512 bytes.\n"));
+              HasSubstr(" (one value far too often in 512 bytes) after 768 bytes.\n"));
 }
 
 TEST_F(RngctlTest, UncheckedBytesAreTheGeneratorsOwn) {

@@ -81,7 +81,7 @@ TEST_F(RngctlTest, TestSaysWhatFewBytesCannotShow) {
   EXPECT_THAT(TestsWith("not-made", report),
               UnorderedElementsAre("blocks", "byte-frequencies", "serial-correlation", "restarts"));
   EXPECT_EQ("It needs 4,096 bytes.", Find(report, "byte-frequencies").at("found"));
-  EXPECT_THAT(report.at("reason"), HasSubstr("So few bytes show only gross faults"));
+  EXPECT_THAT(report.at("reason"), HasSubstr("So few bytes show only gross defects"));
 }
 
 using Defect =
@@ -117,15 +117,19 @@ TEST_F(RngctlTest, TestNamesTheBitThatIsOneMoreOften) {
   const Result result = Run("test dsdr -n 1048576 --restarts 0");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, HasSubstr("\nfailed      bit-frequencies      Bit 5 is one in 5"));
-  EXPECT_THAT(result.output,
-              HasSubstr("\nfailed      byte-frequencies     The 256 values are too unequally"));
+  EXPECT_THAT(
+      result.output,
+      HasSubstr("\nfailed      byte-frequencies     The 256 values are not equally frequent"));
   EXPECT_THAT(result.errors, StartsWith("rngctl: The bytes are not random. Bit 5 is one in 5"));
 }
 
 TEST_F(RngctlTest, TestTellsABytesCountFromItsPredecessor) {
   InstallPlugin("dsdr", "drawing/Counter");
   const Result result = Run("test dsdr -n 1048576 --restarts 0");
-  EXPECT_THAT(result.output, HasSubstr("The 256 values are too equally frequent: chi-square 0, "));
+  EXPECT_THAT(
+      result.output,
+      HasSubstr(
+          "The 256 values are closer to equally frequent than chance allows: chi-square 0, "));
 }
 
 // --- Restarts
@@ -172,7 +176,8 @@ TEST_F(RngctlRestarts, FindASharedBeginning) {
 TEST_F(RngctlRestarts, AreLeftOutOnRequest) {
   const Result result = RunWith("BeginsAlike", "-n 100000 --restarts 0");
   EXPECT_EQ(0, result.status);
-  EXPECT_THAT(result.output, HasSubstr("\nnot made    restarts             It was left out.\n"));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nnot made    restarts             It was skipped, as requested.\n"));
   EXPECT_EQ(1U, ReadFile(TreePath("starts")).size());
 }
 
@@ -202,7 +207,7 @@ TEST_F(RngctlRestarts, EndAfterHalfAMinute) {
   EXPECT_GE(report.at("restarts").at("made"), 2);
   EXPECT_LE(report.at("restarts").at("made"), 5);
   EXPECT_THAT(Find(report, "restarts").at("found"),
-              HasSubstr("There was no time for more: 200 were wanted."));
+              HasSubstr(" of the 200 starts could be made in 30 s."));
 }
 
 TEST_F(RngctlRestarts, DoNotRepeatWhatIsPrinted) {
@@ -226,7 +231,7 @@ TEST_F(RngctlTest, TestAsksAUserOnce) {
   EXPECT_EQ("Each start would ask the user.", Find(report, "restarts").at("found"));
   EXPECT_THAT(
       Run("test dsdr").output,
-      HasSubstr("\ndrawn       256 bytes, not more, because the generator needs the user\n"));
+      HasSubstr("\ndrawn       256 bytes: no more, because the generator needs the user\n"));
 }
 
 TEST_F(RngctlTest, TestAsksAUserMoreOnRequest) {

@@ -8,9 +8,9 @@
 
 namespace {
 
-// A perfect source gives a statistic that is as far out with this probability. Eight bits at seven sizes add
-// 5.6 * 10^-11. The byte values at the two largest sizes add 2.4 * 10^-12: that far out, the exact tails are
-// 1.4 and 1.02 times those of the chi-square distribution.
+// The probability of a false alarm in one statistic. Eight bits at seven sizes add 5.6 * 10^-11. The byte
+// values at the two largest sizes add 2.4 * 10^-12, because the exact tails are 1.4 and 1.02 times those of
+// the chi-square distribution there.
 constexpr double kUnlikely = 1e-12;
 
 // All bytes of so many are ASCII by chance with a probability below 10^-27.
@@ -42,7 +42,7 @@ std::string DescribeBit(unsigned bit, const ByteStatistics& bytes) {
   return name + "1 in " + Percent(static_cast<double>(ones) / static_cast<double>(bytes.Size()));
 }
 
-// The probability that this bit of a perfect source is one that often or that seldom.
+// The probability that a perfect source gives a frequency of this bit that is at least as extreme.
 double Chance(const ByteStatistics& bytes, unsigned bit) {
   const auto frequency = bytes.GetBitFrequency(bit);
   return frequency ? frequency->probability : 1;
@@ -64,28 +64,29 @@ Fault DescribeBits(const std::string& all, const ByteStatistics& bytes, unsigned
 
 Fault DescribeValues(const std::string& all, const ByteStatistics& bytes, bool areEven) {
   const auto [least, most] = std::minmax_element(bytes.Counts().begin(), bytes.Counts().end());
-  return {"In the " + all + ", the 256 values are " +
-              (areEven ? "closer to equally frequent than chance allows" : "not equally frequent") +
-              ": the rarest comes " + std::to_string(*least) + " times, the most frequent " +
-              std::to_string(*most) + " times.",
-          areEven
-              ? "Return the source's bytes as they come: a list that is shuffled, or a full period "
-                "of a small generator, has each value equally often."
-              : "Do not map the source's values to bytes with a remainder, a scale or a table that "
-                "prefers some of them, and leave nothing out."};
+  return {
+      "In the " + all + ", the 256 values are " +
+          (areEven ? "closer to equally frequent than chance allows" : "not equally frequent") +
+          ": the rarest occurs " + std::to_string(*least) + " times, the most frequent " +
+          std::to_string(*most) + " times.",
+      areEven
+          ? "Return the source's bytes as they come: a shuffled list, or a full period of a "
+            "small generator, contains each value equally often."
+          : "Do not map the source's values to bytes with a remainder, a scale factor or a table "
+            "that favours some bytes, and do not drop any."};
 }
 
 }  // namespace
 
-// A biased bit makes values more frequent, and a missing value biases bits. The less likely of the two is
-// what is wrong.
+// A biased bit makes some values more frequent, and a missing value biases bits. The less likely result is
+// reported: the other is probably its consequence.
 std::optional<Fault> FindBias(const DrawsOfSize& drawn) {
   ByteStatistics bytes;
   for (const DrawnBytes& draw : drawn.draws) bytes.Feed(draw.after.data(), draw.after.size());
   const std::string all = AllBytes(bytes, drawn);
   if (IsText(bytes)) {
     return Fault{"All " + all + " are printable ASCII characters.",
-                 "Decode what the source sends as text, and return the bytes that it stands for."};
+                 "Decode what the source sends as text, and return the bytes that it represents."};
   }
   const unsigned bit = FindWorstBit(bytes);
   const auto values = bytes.GetChiSquare();

@@ -44,7 +44,7 @@ std::optional<Fault> FindUnwritten(const DrawsOfSize& drawn) {
   const bool isComplete = drawn.draws.size() == kDrawsOfSize;
   if (const auto row = isComplete ? FindRow(drawn.size, 1, isNeverWritten) : std::nullopt) {
     return Fault{"None of " + AllDraws(drawn) + " writes " + InWords(*row) +
-                     ": the buffer keeps what it held before.",
+                     ": the buffer still has its old contents there.",
                  kFix};
   }
   constexpr std::size_t kWord = 8;
@@ -53,9 +53,9 @@ std::optional<Fault> FindUnwritten(const DrawsOfSize& drawn) {
     const auto row =
         FindRow(drawn.size, kWord, [&draw](std::size_t place) { return IsUnwritten(draw, place); });
     if (!row) continue;
-    return Fault{"In " + DrawInWords(i, drawn.size) + ", " + InWords(*row) +
-                     " keep what the buffer held before.",
-                 kFix};
+    return Fault{
+        "In " + DrawInWords(i, drawn.size) + ", " + InWords(*row) + " still have their old values.",
+        kFix};
   }
   return std::nullopt;
 }
@@ -75,7 +75,8 @@ std::optional<Fault> FindConstant(const DrawsOfSize& drawn) {
                                    first.begin() + static_cast<std::ptrdiff_t>(row->end),
                                    [](unsigned char byte) { return byte == 0; });
   return Fault{
-      "All " + AllDraws(drawn) + (areZero ? " have zeros in " : " agree in ") + InWords(*row) + ".",
-      "Fill the whole buffer with new bytes in each draw: a source may return fewer bytes than "
+      "All " + AllDraws(drawn) + (areZero ? " have zeros in " : " have equal values in ") +
+          InWords(*row) + ".",
+      "Fill the whole buffer with new bytes in each draw: the source may return fewer bytes than "
       "requested, or numbers that use only some of their bits."};
 }

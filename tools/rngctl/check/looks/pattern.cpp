@@ -18,7 +18,7 @@ constexpr RngHealthCutoffs kCutoffs = {9, 23, 512, true};
 constexpr RngHealthCutoffs kCounterCutoffs = {9, 513, 512, false};
 
 constexpr char kRepetitionFix[] =
-    "Take each byte from the source once, and let the draw fail when the source gives nothing new.";
+    "Take each byte from the source once, and let the draw fail if the source has nothing new.";
 
 // The number of bytes up to the one with which the test gives an alarm; 0 if it gives none.
 std::size_t FindAlarm(RngHealthTest& test, const Bytes& bytes) {
@@ -60,8 +60,8 @@ Fault Describe(const RngHealthTest& test, const Bytes& bytes, std::size_t alarm,
   return {
       "In " + draw + ", " + std::to_string(kCutoffs.proportion) + " of " + InWords({begin, alarm}) +
           " have the same value.",
-      "Return bytes in which every bit is random: combine several values of a source that has only "
-      "a few."};
+      "Return bytes in which every bit is random: if the source has only a few different values, "
+      "combine several of them."};
 }
 
 std::optional<Fault> FindPatternIn(const Bytes& bytes, const std::string& draw) {
@@ -72,7 +72,7 @@ std::optional<Fault> FindPatternIn(const Bytes& bytes, const std::string& draw) 
   if (alarm == 0) return std::nullopt;
   const Range counted = {alarm - kCounterCutoffs.repetitions, alarm + 1};
   return Fault{"In " + draw + ", " + InWords(counted) +
-                   " count: the difference from one byte to the next is always the same.",
+                   " are a counter: the difference from one byte to the next is always the same.",
                "Return bytes of the source instead of a counter or test pattern."};
 }
 

@@ -12,12 +12,12 @@
 
 namespace {
 
-// Begins with whole blocks, because a slow source may give no more. Later starts make the same calls until a
-// generator with a fixed seed would have shown some blocks again.
+// Whole blocks come first, because a slow source may not get any further. Later starts make the same calls,
+// so that a generator with a fixed seed repeats some blocks.
 constexpr std::size_t kSizes[] = {16, 1, 2, 15, 17, 255, 256, 4096, kLargeDraw};
 constexpr std::size_t kLaterSizes[] = {16, 1, 2, 15, 17, 255, 256};
 
-// Parts of the time limit: for the first start, and for each of the two later ones.
+// The first start gets a half of the time limit, each of the two later ones a sixth.
 constexpr int kFirstPart = 2;
 constexpr int kLaterPart = 6;
 
@@ -27,8 +27,8 @@ SipKey KeyOf(const WatchedPlugin& plugin) {
   return key;
 }
 
-// The random contents of the buffers, computed from the key: independent of what the plug-in draws, even if
-// it draws from the system.
+// Random contents for the buffers, computed from the key: they do not depend on what the plug-in draws, even
+// if that comes from the system.
 class Fills {
  public:
   explicit Fills(const SipKey& runKey) : key(runKey) {}
@@ -50,7 +50,7 @@ class Fills {
 
 using Clock = std::chrono::steady_clock;
 
-// Draws from a plug-in that is started, until a draw fails or takes long, or the time is over.
+// Draws from a started plug-in until a draw fails or takes long, or the time is over.
 class Source {
  public:
   Source(WatchedPlugin& watched, Clock::duration time)
@@ -67,13 +67,13 @@ class Source {
 
   bool HasEnded() const { return !whyEnded.empty(); }
   const std::string& WhyEnded() const { return whyEnded; }
-  /// The last draw was cancelled, and perhaps has not ended.
+  /// The last draw was cancelled, and may not have ended.
   bool HasWaited() const { return hasWaited; }
 
  private:
   static constexpr char kTooLong[] = "it takes too long; allow more time with --timeout";
 
-  // Most of a draw's time may depend on its size.
+  // As if the time of a draw were proportional to its size.
   Clock::duration ExpectedTime(std::size_t size) const { return fastest * (size / lastSize); }
 
   std::optional<DrawnBytes> DrawOnce(std::size_t size) {
@@ -121,8 +121,7 @@ void Judge(const DrawsOfSize& drawn, KnownBlocks& blocks) {
   RequireNone(FindBias(drawn));
 }
 
-// A source that is slow, or has few bytes, is judged by what it gives. That is enough if it gives all draws
-// of one size.
+// A source that is slow, or has few bytes, is judged by what it returns. All draws of one size are enough.
 void JudgeFirstStart(Source& source, KnownBlocks& blocks) {
   bool isEnough = false;
   for (const std::size_t size : kSizes) {
@@ -168,7 +167,7 @@ Finding CheckDrawsLookRandom(WatchedPlugin& plugin) {
 std::vector<Rule> LooksRules() {
   return {
       {"draws-look-random", Severity::kError,
-       "Drawn bytes are new, never repeat, and have all values equally often",
-       "Return only bytes of the source, and each of them once.", CheckDrawsLookRandom},
+       "Drawn bytes are new, do not repeat, and have all values equally often",
+       "Return only bytes from the source, and each of them only once.", CheckDrawsLookRandom},
   };
 }

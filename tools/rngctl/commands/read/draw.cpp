@@ -23,9 +23,9 @@ std::string Describe(RngHealthAlarm alarm) {
     case RngHealthAlarm::kRepetition:
       return "nine equal bytes in a row";
     case RngHealthAlarm::kProportion:
-      return "one value far too often among 512 bytes";
+      return "one value far too often in 512 bytes";
     case RngHealthAlarm::kBlock:
-      return "16 bytes that equal the 16 before them";
+      return "16 bytes equal to the 16 before them";
     case RngHealthAlarm::kNone:
       break;
   }
@@ -34,15 +34,15 @@ std::string Describe(RngHealthAlarm alarm) {
 
 [[noreturn]] void RefuseDraw(IRngProvider& rng, RngHealthAlarm alarm, std::uint64_t done) {
   const std::string name = Quoted(ReadText(rng, &IRngProvider::GetName));
-  const std::string place = "after " + std::to_string(done) + " bytes";
+  const std::string place = " after " + std::to_string(done) + " bytes.";
   if (alarm == RngHealthAlarm::kNone) {
-    throw Refusal(kNegativeAnswer, "The generator " + name + " failed " + place + ".");
+    throw Refusal(kNegativeAnswer, "The generator " + name + " failed" + place);
   }
-  throw Refusal(
-      kNegativeAnswer,
-      "The generator " + name + " gives bytes that are not random: " + place + ", " +
-          Describe(alarm) + ".",
-      "Do not use its bytes, not even those that it gave before. \"rngctl test\" examines it.");
+  throw Refusal(kNegativeAnswer,
+                "The generator " + name + " returned bytes that are not random (" +
+                    Describe(alarm) + ")" + place,
+                "Do not use its bytes, including those that it returned before. \"rngctl test\" "
+                "examines it.");
 }
 
 void DrawFrom(IRngProvider& rng, const DrawRequest& request, const TakePiece& pass) {

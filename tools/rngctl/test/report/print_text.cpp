@@ -44,7 +44,7 @@ void PrintSource(const TestReport& report) {
   PrintLine("device", facts.device.empty() ? "none reported" : facts.device);
   const bool isAskedOnce = report.asksUser && report.bytes == kBytesFromUser;
   PrintLine("drawn", Grouped(report.bytes) + " bytes" +
-                         (isAskedOnce ? ", not more, because the generator needs the user" : ""));
+                         (isAskedOnce ? ": no more, because the generator needs the user" : ""));
   if (!report.asksUser) PrintSpeed(report.speed);
 }
 

@@ -12,7 +12,7 @@ std::string FindReason(const TestReport& report) {
       [](const ReportedTest& test) { return test.outcome == QualityOutcome::kFailed; });
   if (failed != report.tests.end()) return "The bytes are not random. " + failed->found;
   const std::string few =
-      report.bytes >= kFewestBytes ? "" : " So few bytes show only gross faults; -n draws more.";
+      report.bytes >= kFewestBytes ? "" : " So few bytes show only gross defects; -n draws more.";
   return "No test found a difference from random bytes." + few;
 }
 

@@ -11,7 +11,7 @@
 struct ReportedTest {
   std::string name;
   QualityOutcome outcome;
-  std::string found;  ///< in a sentence; for a test that was not made, why
+  std::string found;  ///< one or two sentences; why, if the test was not made
   std::optional<double> probability;
 };
 
@@ -31,8 +31,7 @@ struct TestReport {
 /// Always part of the report.
 inline constexpr char kLimitOfStatistics[] =
     "Statistics cannot show whether bytes can be predicted: a counter hashed with SHA-256 passes "
-    "every "
-    "test. Only the vendor's entropy source and its assessment can speak of unpredictability.";
+    "every test. Only the design of the vendor's entropy source and an assessment of it can.";
 
 TestReport MakeReport(const DrawnStream& stream, std::uint64_t restartsWanted,
                       const std::vector<FirstDraw>& draws);

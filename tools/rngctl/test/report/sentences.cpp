@@ -23,12 +23,12 @@ std::string Percent(double part) {
 std::string NotMade(QualityTest test, const TestEvidence& evidence) {
   switch (test) {
     case QualityTest::kBlocks:
-      return "It needs a block of " + Grouped(kBlockSize) + " bytes.";
+      return "It needs at least one block of " + Grouped(kBlockSize) + " bytes.";
     case QualityTest::kRestarts:
-      if (evidence.restartsMade == 1) return "It needs two starts.";
-      return evidence.asksUser ? "Each start would ask the user." : "It was left out.";
+      if (evidence.restartsMade == 1) return "It needs at least two starts.";
+      return evidence.asksUser ? "Each start would ask the user." : "It was skipped, as requested.";
     default:
-      return "It needs " + Grouped(kFewestBytes) + " bytes.";
+      return "It needs at least " + Grouped(kFewestBytes) + " bytes.";
   }
 }
 
@@ -41,26 +41,25 @@ std::string DescribeBlocks(const TestEvidence& evidence) {
             ", runs " + Grouped(blocks.runs) + ", long run " + Grouped(blocks.longRun) + ")";
   }
   const std::uint64_t most = std::min(evidence.verdict.mostFailingBlocks, blocks.blocks);
-  return text + "; up to " + Grouped(most) + " may.";
+  return text + "; up to " + Grouped(most) + " may fail.";
 }
 
 std::string DescribeRepetition(const StreamTests& stream) {
   const std::string times = std::to_string(stream.cutoffs.repetitions) + " times in a row";
   switch (stream.repetition.Alarm()) {
     case RngHealthAlarm::kNone:
-      return "No byte came " + times + ", and no 16 bytes repeated the 16 before them.";
+      return "No byte occurred " + times + ", and no 16 bytes repeated the 16 before them.";
     case RngHealthAlarm::kBlock:
       return "16 bytes repeated the 16 before them.";
     default:
-      return "A byte came " + times + ".";
+      return "A byte occurred " + times + ".";
   }
 }
 
 std::string DescribeProportion(const StreamTests& stream) {
   const bool isFine = stream.proportion.Alarm() == RngHealthAlarm::kNone;
-  return std::string(isFine ? "No" : "A") + " byte came " +
-         std::to_string(stream.cutoffs.proportion) + " times among " +
-         std::to_string(stream.cutoffs.window) + ".";
+  return std::string(isFine ? "No" : "A") + " window of " + std::to_string(stream.cutoffs.window) +
+         " bytes contained its first byte " + std::to_string(stream.cutoffs.proportion) + " times.";
 }
 
 std::string DescribeBytes(const QualityResult& result, const StreamTests& stream) {
@@ -68,10 +67,11 @@ std::string DescribeBytes(const QualityResult& result, const StreamTests& stream
   const std::string numbers =
       ": chi-square " + Rounded(value, 4) + ", " + Probability(result) + ".";
   if (result.outcome == QualityOutcome::kPassed) {
-    return "The 256 values are as frequent as expected" + numbers;
+    return "The 256 values are about equally frequent" + numbers;
   }
-  return "The 256 values are too " + std::string(value > 255 ? "unequally" : "equally") +
-         " frequent" + numbers;
+  return std::string("The 256 values are ") +
+         (value > 255 ? "not equally frequent" : "closer to equally frequent than chance allows") +
+         numbers;
 }
 
 std::string DescribeBits(const QualityResult& result, const StreamTests& stream) {
@@ -95,11 +95,13 @@ std::string DescribeCorrelation(const QualityResult& result, const StreamTests& 
 std::string DescribeShared(const SharedBits& shared, std::size_t starts) {
   if (!shared.AreBeyondChance()) {
     const std::size_t bits = GetRuledOutSeedBits(starts);
-    std::string text = "No two of " + Grouped(starts) + " first draws begin alike: at most " +
-                       Counted(shared.most, "bit") + " agree.";
+    std::string text = "The first draws of " + Grouped(starts) +
+                       " starts differ: no two share more than their first " +
+                       Counted(shared.most, "bit") + ".";
     if (bits > 0) {
       text += " With 2^" + std::to_string(bits) +
-              " possible seeds, or fewer, two would be alike with a probability of at least 99 %.";
+              " possible seeds or fewer, two of them would be equal with a probability of at least "
+              "99 %.";
     }
     return text;
   }
@@ -109,14 +111,15 @@ std::string DescribeShared(const SharedBits& shared, std::size_t starts) {
     return which + " gave the same bytes: the generator has too few seeds.";
   }
   return which + " gave bytes whose first " + std::to_string(shared.most) +
-         " bits agree; chance explains " + std::to_string(shared.limit - 1) + ".";
+         " bits are equal; chance explains at most " + std::to_string(shared.limit - 1) + ".";
 }
 
 std::string DescribeRestarts(const TestEvidence& evidence) {
   const auto starts = static_cast<std::size_t>(evidence.restartsMade);
   std::string text = DescribeShared(*evidence.verdict.shared, starts);
   if (evidence.restartsMade < evidence.restartsWanted) {
-    text += " There was no time for more: " + Grouped(evidence.restartsWanted) + " were wanted.";
+    text += " Only " + Grouped(starts) + " of the " + Grouped(evidence.restartsWanted) +
+            " starts could be made in " + std::to_string(kTimeForRestarts.count()) + " s.";
   }
   return text;
 }
