@@ -13,8 +13,8 @@ namespace {
 // The probability of each number of runs, up to the largest that a block may have.
 using Counts = std::vector<double>;
 
-// The numbers of runs that are considered at some bit: all that are at most 500 away from the mean, which
-// is more than ten standard deviations.
+// The numbers of runs that are considered at some bit: those at most 500 away from the mean, which is more than
+// ten standard deviations.
 struct Window {
   Window(double mean, std::size_t size)
       : begin(static_cast<std::size_t>(std::max(0.0, mean - 500))),
@@ -23,9 +23,9 @@ struct Window {
   const std::size_t end;
 };
 
-// How many runs of ones of one length there are, bit after bit. A run counts when the zero behind it comes;
-// one of the last class, which may grow, counts when it is long enough. From the zero before the run to
-// the bit that counts it, all bits are known, and their number is `known`.
+// The distribution of the number of runs of ones of one length, updated bit by bit. A run is counted at the
+// zero that ends it; a run of the last class, which may grow, is counted as soon as it is long enough. All bits
+// from the zero before the run to the bit at which it is counted are known; `known` is their number.
 class RunsOfOnes {
  public:
   RunsOfOnes(std::uint32_t length, std::uint32_t most)
@@ -54,7 +54,7 @@ class RunsOfOnes {
     }
   }
 
-  // The probability of at least so many, and no more than the most, where the last bit is a zero.
+  // The probability of a number from `least` to `most`, given that the last bit is a zero.
   double GetChanceBeforeZero(std::uint32_t least) const {
     const Counts& cases = zeros[bits % zeros.size()];
     return 2 * std::accumulate(cases.begin() + least, cases.end(), 0.0);
@@ -71,7 +71,8 @@ class RunsOfOnes {
 
 double GetRunChance(std::uint32_t length, const RunLimits& limits) {
   RunsOfOnes runs(length, limits.most);
-  for (std::uint32_t i = 0; i <= kBlockBits; ++i) runs.AddBit();  // a zero behind it ends the block
+  for (std::uint32_t i = 0; i <= kBlockBits; ++i)
+    runs.AddBit();  // a zero after the block ends its last run
   return 1 - runs.GetChanceBeforeZero(limits.least);
 }
 
@@ -81,15 +82,15 @@ double GetRunsChance() {
   return 2 * chance;  // runs of zeros are as likely as runs of ones
 }
 
-// A run of that many equal bits is one less that equal the bit before them. `without[i]` is the
-// probability that there are not so many in a row among the first i comparisons.
+// A run of kLongRun equal bits has kEqual bits that equal the one before them. `without[i]` is the probability
+// that the first i comparisons of neighbours have no kEqual such bits in a row.
 double GetLongRunChance() {
   constexpr std::uint32_t kEqual = kLongRun - 1;
   const double chance = std::ldexp(1, -static_cast<int>(kEqual));
   std::vector<double> without(kBlockBits, 1.0);
   without[kEqual] = 1 - chance;
   for (std::uint32_t i = kEqual + 1; i < kBlockBits; ++i) {
-    // The first such row ends here: it follows a difference, before which there was none.
+    // The first such row ends here; it follows a difference, and there was no row before that.
     without[i] = without[i - 1] - without[i - kEqual - 1] * chance / 2;
   }
   return 1 - without[kBlockBits - 1];

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-/// The probability that a block of a true generator fails each of the tests. Computed exactly, except for
-/// the poker test, where the chi-square distribution stands for the exact one. The runs test has twelve
-/// limits; its value is the sum of theirs.
+/// The probability that a block of a perfect source fails each of the tests. Computed exactly, except for the
+/// poker test, which uses the chi-square distribution instead of the exact one. The runs test has twelve
+/// limits; its value is the sum over them.
 struct BlockChances {
   double monobit;
   double poker;
@@ -20,7 +20,7 @@ struct BlockChances {
 /// Takes about a tenth of a second.
 BlockChances GetBlockChances();
 
-/// The most of that many blocks that may fail: a true generator exceeds it with a probability of at most
+/// How many of that many blocks may fail: a perfect source exceeds this with a probability of at most
 /// `falseAlarm`. `chance` is the probability that one block fails.
 std::uint64_t GetMostFailingBlocks(std::uint64_t blocks, double chance, double falseAlarm);
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The limits of FIPS 140-2, change notice 1, for a block of 20,000 bits. Those of the standard exclude
-/// the limit for ones and for the poker statistic, and include it for runs.
+/// The limits of FIPS 140-2, change notice 1, for a block of 20,000 bits. In the standard, the limits for ones
+/// and for the poker statistic are exclusive, and those for runs inclusive.
 constexpr std::uint32_t kBlockBits = 20000;
 
 constexpr std::uint32_t kFewestOnes = 9726;

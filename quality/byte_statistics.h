@@ -6,15 +6,15 @@
 #include <cstdint>
 #include <optional>
 
-/// A statistic, and the probability that bytes of a perfect source give one at least as far out, to
-/// either side.
+/// A statistic, and the probability that bytes of a perfect source give one that is at least as extreme, in
+/// either direction.
 struct Statistic {
   double value;
   double probability;
 };
 
-/// Fewer bytes are not judged by `GetChiSquare` and `GetSerialCorrelation`: the distributions that they
-/// use for their probabilities are then too far from the exact ones.
+/// `GetChiSquare` and `GetSerialCorrelation` do not judge fewer bytes: the distributions from which they take
+/// their probabilities are then too far from the exact ones.
 constexpr std::uint64_t kFewestBytes = 4096;
 
 /// What can be said about a stream of bytes by counting them.

@@ -4,15 +4,15 @@
 #include <cstdint>
 
 /// Tails of the distributions that a perfect source follows: the probability of a result that is at least
-/// as far out as the one seen.
+/// as extreme as the observed one.
 
 /// At least `count` successes in `trials` independent trials.
 double GetBinomialTail(std::uint64_t trials, double probability, std::uint64_t count);
 
-/// As many heads or as few as `count` in `trials` throws of a fair coin, or farther from one half.
+/// A number of heads that is at least as far from one half as `count`, in `trials` tosses of a fair coin.
 double GetCoinTails(std::uint64_t trials, std::uint64_t count);
 
-/// A value that large or that small, whichever is less likely, and the same at the other end.
+/// Twice the smaller of the two tails: a value as large, or a value as small.
 double GetChiSquareTails(double value, double degreesOfFreedom);
 double GetNormalTails(double value);
 

@@ -23,7 +23,7 @@ std::size_t GetLimit(std::size_t draws, double falseAlarm) {
   return std::min(kDrawBits, static_cast<std::size_t>(std::max(bits, 1.0)));
 }
 
-// That all draws differ, if each takes one of that many seeds.
+// The probability that all draws differ if each takes one of that many seeds.
 double GetChanceOfNoneAlike(std::size_t draws, double seeds) {
   if (static_cast<double>(draws) > seeds) return 0;
   double logarithm = 0;

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Of full entropy, and an alarm anywhere in the stream within the share of the test.
+// For full entropy, and a false alarm anywhere in the stream within the share of the test.
 RngHealthCutoffs ChooseCutoffs(std::uint64_t bytes) {
   const auto number = static_cast<double>(std::max<std::uint64_t>(bytes, 1));
   RngHealthCutoffs cutoffs = GetRngHealthCutoffs(8, kFalseAlarmOfTest / number);
@@ -49,7 +49,7 @@ QualityResult JudgeBlocks(const BlockTests& blocks, double chance) {
   return JudgeChance(QualityTest::kBlocks, GetBinomialTail(blocks.blocks, chance, blocks.failing));
 }
 
-// The worst of eight.
+// The worst of the eight bits; eight times its probability is a bound on that of any of them.
 QualityResult JudgeBits(const ByteStatistics& bytes) {
   std::optional<double> worst;
   for (unsigned bit = 0; bit < 8; ++bit) {

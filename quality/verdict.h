@@ -26,15 +26,15 @@ constexpr std::size_t kQualityTests = 7;
 /// A perfect source fails fewer runs of all tests than this.
 constexpr double kFalseAlarmOfRun = 1e-6;
 
-/// The share of one test. All together get half of what is allowed. The rest is for the tests whose
-/// probabilities come from an approximation: with 4,096 bytes, the upper tail of the chi-square statistic is a
-/// fifth heavier there than that of the distribution which stands for it.
+/// The share of one test. All tests together get half of the bound. The other half is a reserve for tests whose
+/// probabilities are approximations: with 4,096 bytes, the upper tail of the chi-square statistic is a fifth
+/// heavier at this probability than that of the distribution that is used for it.
 constexpr double kFalseAlarmOfTest = kFalseAlarmOfRun / 2 / kQualityTests;
 
-/// What the tests look at in a stream of bytes. They take all of them in one pass, and keep none.
+/// The tests of a stream of bytes. They take all bytes in one pass, and keep none.
 class StreamTests {
  public:
-  /// `most` is the number of bytes that will come, or more. It decides when the health tests alarm.
+  /// `most` is an upper bound on the number of bytes. The cutoffs of the health tests depend on it.
   explicit StreamTests(std::uint64_t most);
 
   void Feed(const void* data, std::size_t size);
@@ -51,7 +51,8 @@ enum class QualityOutcome { kPassed, kFailed, kNotMade };
 struct QualityResult {
   QualityTest test;
   QualityOutcome outcome;
-  std::optional<double> probability = {};  ///< of a result so far out, from a perfect source
+  std::optional<double> probability =
+      {};  ///< that a perfect source gives a result at least as extreme
 };
 
 struct QualityVerdict {
@@ -62,7 +63,7 @@ struct QualityVerdict {
   std::size_t CountFailed() const;
 };
 
-/// Judges the stream and the first draws of several starts; those may be none. A test is not made if
+/// Judges the stream and the first draws of several starts, of which there may be none. A test is not made if
 /// there are too few bytes, blocks or draws for it.
 QualityVerdict Judge(const StreamTests& stream, const std::vector<FirstDraw>& draws);
 

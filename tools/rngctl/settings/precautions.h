@@ -10,7 +10,7 @@
 /// What must hold before the library stores a default in `file`. Those that find a reason not to store
 /// throw a `Refusal` with it.
 
-/// What to do if this user may not read or write `path`: a sentence, or one that ends with a command.
+/// Advice for a user who may not read or write `path`.
 std::string HowToGetAccess(const std::string& path);
 
 /// For use before anything is changed. `why` has no full stop; `fix` is a sentence or ends with a command.

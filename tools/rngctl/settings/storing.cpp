@@ -119,7 +119,7 @@ std::string WhyNotReplaceable(const std::string& file, std::uint64_t bytes) {
 }
 
 // The nearest existing entry above the file: the missing directories are created in it. If it is not
-// a directory, they cannot be. No part of a relative path need exist.
+// a directory, they cannot be. Of a relative path, nothing may exist at all.
 std::string NearestDirectory(const std::string& file) {
   std::string directory = DirectoryOf(file);
   while (LookAtEntry(directory).error == ENOENT && directory != DirectoryOf(directory)) {

@@ -19,7 +19,7 @@ constexpr std::uint64_t kMostAdded = 128;
 /// a security module forbids cannot be predicted.
 std::string WhyNotStorable(const std::string& file);
 
-/// The bytes of disk space that storing a default in `file` needs at least, for `WhyNoSpace`.
+/// The least disk space, in bytes, that storing a default in `file` needs; for `WhyNoSpace`.
 std::uint64_t SpaceToStore(const std::string& file);
 
 /// Why the directory's file system cannot take that many bytes, "" if it can.

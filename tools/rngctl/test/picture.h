@@ -9,10 +9,10 @@
 
 /// Bytes as a picture, so that structure shows to the eye.
 ///
-/// Left: the first 65,536 bytes, line by line, 256 to a line, black for 0 and white for 255; blue where none
-/// were drawn. Right: how often each byte (from the left) is followed by each other (from the top), in all
-/// bytes. Grey is as often as chance has it; eight standard deviations more are white, and as many less
-/// are black. Random bytes give noise on both sides.
+/// The left half shows the first 65,536 bytes, 256 to a line, from black for 0 to white for 255, and blue where
+/// none were drawn. The right half shows how often, in all bytes, each value (from the left) is followed by each
+/// value (from the top). The expected frequency is grey; eight standard deviations above it is white, and eight
+/// below it is black. Random bytes look like noise in both halves.
 class Picture {
  public:
   static constexpr std::size_t kSide = 256;  ///< of each half, in values

@@ -12,9 +12,9 @@ constexpr std::uint64_t kUsualRestarts = 200;
 constexpr std::chrono::seconds kTimeForRestarts(30);
 
 /// Starts the library in that many processes, one after the other, and draws from the generator in each.
-/// Each runs this program anew. A copy of this process would have its addresses and the random bytes that the kernel
-/// gave it, and a generator may make its seed from those.
-/// Stops when `kTimeForRestarts` is over. Shows the progress. `limit` is for each of them. Throws a
+/// Each process executes this program anew. A forked one would share addresses and the random bytes of the
+/// kernel with this one, and a generator may make its seed from those.
+/// Starts no more after `kTimeForRestarts`. Shows the progress. `limit` applies to each process. Throws a
 /// `Refusal`.
 std::vector<FirstDraw> DrawAfterRestarts(const GeneratorChoice& source, std::uint64_t restarts,
                                          std::chrono::seconds limit);

@@ -28,8 +28,10 @@ struct DrawnStream {
 DrawnStream DrawStream(const TestRequest& request, Picture* picture,
                        const std::function<void()>& leave);
 
-/// How long the start of the library may take, and a start with a draw by such a generator.
+/// How long the start of the library may take.
 constexpr std::chrono::seconds kTimeToStart(20);
+
+/// How long a process that starts the library and draws once from a generator with these flags may take.
 std::chrono::seconds GetLimitOfStart(std::uint32_t flags);
 
 #endif

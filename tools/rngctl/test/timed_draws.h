@@ -9,13 +9,14 @@
 #include <cstdint>
 #include <optional>
 
-/// A draw of this size is what a host needs for a key. Its time is reported.
+/// The size of a key. The time of such draws is reported.
 constexpr std::size_t kSmallDraw = 32;
 
-/// What is drawn if the user does not choose a size: what comes in about five seconds, but not more than
-/// this. A user who takes part in the draw is asked once, for this much: a few keys.
+/// Without a size from the user, drawing ends after this many bytes or this time, whichever comes first.
 constexpr std::uint64_t kMostBytes = 64UL << 20;
 constexpr std::chrono::seconds kTimeToDraw(5);
+
+/// A generator that needs the user is asked once, for this many bytes: enough for a few keys.
 constexpr std::uint64_t kBytesFromUser = 256;
 
 /// How much will be drawn at most.
@@ -26,7 +27,7 @@ std::uint64_t GetMostBytes(const std::optional<std::uint64_t>& wanted, std::uint
 void DrawAndTime(const GeneratorChoice& source, const std::optional<std::uint64_t>& wanted,
                  const TakePiece& pass);
 
-/// Those pieces, where they arrive. Throw a `Refusal` if they are something else.
+/// Decode those pieces in the process that receives them. Throw a `Refusal` if they are not valid.
 SourceFacts ReadFacts(const SecretBytes& piece);
 struct TimedDraw {
   std::chrono::nanoseconds time;

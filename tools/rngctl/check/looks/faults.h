@@ -5,8 +5,8 @@
 
 #include <optional>
 
-/// What shows in the draws of one size. The sum of the probabilities that a perfect source gives an alarm is
-/// in rules/looks_random.cpp; each function says what it adds.
+/// Faults that are visible in the draws of one size. Each function says how likely its false alarms are; their
+/// sum is in rules/looks_random.cpp.
 
 /// Smaller draws have too few bytes for all but `FindUnwritten`.
 inline constexpr std::size_t kSmallestJudged = 15;

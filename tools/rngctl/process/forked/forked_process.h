@@ -19,7 +19,8 @@ using TakePiece = std::function<void(const SecretBytes& piece)>;
 /// How long the next piece may take. Asked again after each piece.
 using GetLimit = std::function<std::chrono::seconds()>;
 
-/// Whose code a process runs besides our own. If it ends badly, they are named, with a line of advice.
+/// Whose code runs in a process besides our own. If the process ends badly, the message names them, and adds
+/// the advice.
 struct Suspects {
   const char* who;
   const char* advice;
@@ -30,9 +31,9 @@ inline constexpr Suspects kService = {"The known-path service",
 inline constexpr Suspects kPluginsAndService = {"A plug-in or the known-path service",
                                                 kPlugins.advice};
 
-/// Runs code of others in a forked process. Code that terminates it can neither change what this process
-/// writes nor make it look complete. Standard output there is standard error, so what a plug-in prints
-/// does not get into the result.
+/// Runs the code of others in a forked process. Code that terminates that process can neither change what this
+/// one writes nor make an incomplete result look complete. Standard output of the forked process is standard
+/// error, so what a plug-in prints does not get into the result.
 class ForkedProcess {
  public:
   /// `work` runs in the new process, and passes on its result. If it throws, so does `ForEachPiece`.
