@@ -1,4 +1,4 @@
-// Preloaded: the process seems to have been started by another user than the one whose rights it has.
+// Preloaded: the process seems to have been started by a user other than the one whose rights it has.
 
 #include <sys/syscall.h>
 #include <unistd.h>

@@ -43,7 +43,7 @@ Bytes BlockOfRuns(const std::vector<int>& counts) {
   return Pack(bits);
 }
 
-// The tests once more, bit by bit as the standard tells them.
+// The tests once more, bit by bit, as the standard describes them.
 BlockFailures Recount(const Bytes& block) {
   const Bits bits = Unpack(block);
   const auto ones = std::count(bits.begin(), bits.end(), true);
@@ -158,7 +158,7 @@ TEST(Blocks, ARunOf26BitsIsTooLongWhereverItIs) {
 TEST(Blocks, AreJudgedAsTheStandardTellsBitByBit) {
   for (std::uint64_t seed = 0; seed < 160; ++seed) {
     Bytes block = GoodBytes(kBlockSize, seed);
-    // Of each eight blocks, seven are spoilt, each in another way and the later ones more.
+    // Seven of every eight blocks are spoilt, each in its own way, and later ones more.
     const auto ever = static_cast<std::size_t>(800 / (seed + 1) + 1);
     for (std::size_t i = 0; i < block.size(); i += ever) {
       const auto next = static_cast<unsigned char>(block[(i + 1) % kBlockSize]);

@@ -113,7 +113,7 @@ TEST(ByteStatistics, FindsABitThatIsOneMoreOften) {
   EXPECT_GT(statistics.GetBitFrequency(3)->probability, 1e-3);
 }
 
-// Ten in a hundred of the values are that far out, if the probabilities are right.
+// 10 % of the values are that extreme, if the probabilities are right.
 TEST(ByteStatistics, ProbabilitiesAreThoseOfAGoodSource) {
   int chiSquares = 0;
   int correlations = 0;

@@ -1,4 +1,4 @@
-// Needs the user, as it says. Whoever asks for a second draw would ask the user again, and gets nothing.
+// Reports that it needs the user. Its second draw fails, because it would ask the user again.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -184,7 +184,8 @@ TEST(Looks, BitsThatAreStuckAreFoundAtEveryLargerSize) {
   }
 }
 
-// Among 105 fair bits, 17 ones or a number as far out have a probability of 9.95 * 10^-13; 18 have 4.9 * 10^-12.
+// Among 105 fair bits, 17 ones or a more extreme number have a probability of 9.95 * 10^-13, and 18 ones
+// 4.9 * 10^-12.
 TEST(Looks, ABitMayBeOneAsOftenAsChanceAllows) {
   const auto haveOnes = [](std::size_t count) {
     return [left = count](DrawnBytes& draw) mutable {

@@ -1,4 +1,4 @@
-// What "default set" does with the settings file if storing goes wrong after it has begun.
+// What "default set" does with the settings file if storing fails partway.
 
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/permissions.h"
@@ -104,7 +104,7 @@ TEST_F(PutBack, AFailureToPutItBackIsSaid) {
   const Result result = SetWithCuts(5, "RNG_TEST_FAILED_SYNCS=2");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.errors, HasSubstr(" The old content of " + Ini() +
-                                       " could not be put back (Input/output error).\n"));
+                                       " could not be restored (Input/output error).\n"));
   EXPECT_EQ(0U, CountFiles());  // no half file
 }
 

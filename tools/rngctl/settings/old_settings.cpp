@@ -50,7 +50,7 @@ std::string OldSettings::PutBack() const {
   const int error = errno;
   ::unlink((file + ".tmp").c_str());  // what the library or this may have left
   if (!isRestored) {
-    return "The old content of " + file + " could not be put back (" + std::strerror(error) + ").";
+    return "The old content of " + file + " could not be restored (" + std::strerror(error) + ").";
   }
   return entry.Exists() ? file + " is as it was before." : "There is still no " + file + ".";
 }

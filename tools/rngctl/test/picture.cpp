@@ -59,7 +59,7 @@ SecretBytes Picture::AsPng() const {
   png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
   SecretBytes file(size);
   if (png_image_write_to_memory(&image, file.data(), &size, 0, pixels.data(), 0, nullptr) == 0) {
-    throw Refusal(kNothingUsable, std::string("Cannot make the picture: ") + image.message + ".");
+    throw Refusal(kNothingUsable, std::string("Cannot encode the picture: ") + image.message + ".");
   }
   file.resize(size);
   return file;

@@ -57,9 +57,10 @@ unsigned FindWorstBit(const ByteStatistics& bytes) {
 }
 
 Fault DescribeBits(const std::string& all, const ByteStatistics& bytes, unsigned bit) {
-  return {"In the " + all + ", " + DescribeBit(bit, bytes) + ".",
-          "Return bytes in which every bit is random: if the source gives fewer bits at a time, or "
-          "biased ones, combine several values, for example with a hash function."};
+  return {
+      "In the " + all + ", " + DescribeBit(bit, bytes) + ".",
+      "Return bytes in which every bit is random: if the source delivers fewer bits at a time, or "
+      "biased ones, combine several values, for example with a hash function."};
 }
 
 Fault DescribeValues(const std::string& all, const ByteStatistics& bytes, bool areEven) {

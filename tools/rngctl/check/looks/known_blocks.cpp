@@ -6,11 +6,11 @@ namespace {
 
 constexpr std::size_t kBlock = 16;
 
-// What another process gets must fit into a socket before anybody reads it.
+// The hashes for another process must fit into a socket, because they are sent before anybody reads them.
 constexpr std::size_t kLargestHandedOn = 4096;
 
 constexpr char kSeedFix[] =
-    "Seed any software generator with new bytes of a source at each start, such as getrandom().";
+    "Seed any software generator with new bytes at each start, from a source such as getrandom().";
 
 }  // namespace
 
