@@ -1,6 +1,6 @@
 #!/bin/sh
-# false_alarms.sh RNGCTL RUNS: tests the system's generator that often, with small sizes, and fails if it is
-# ever found not to be random. A perfect source fails fewer than one run in a million.
+# false_alarms.sh RNGCTL RUNS: tests the system's generator RUNS times, with small sizes, and fails at the first
+# alarm. A perfect source fails fewer than one run in a million.
 set -eu
 rngctl=$1
 runs=$2
