@@ -124,7 +124,7 @@ TEST(Looks, AHalfOfZerosIsFoundAtEveryLargerSize) {
 
 TEST(Looks, AByteThatNeverChangesIsFound) {
   const auto spoil = [](DrawnBytes& draw) { draw.after[4] = 7; };
-  EXPECT_EQ("All seven draws of 17 bytes have equal values in byte 5.", Found(Draws(17, spoil)));
+  EXPECT_EQ("The seven draws of 17 bytes do not differ in byte 5.", Found(Draws(17, spoil)));
   DrawsOfSize six = Draws(17, spoil);
   six.draws.pop_back();
   EXPECT_EQ("", Found(six));

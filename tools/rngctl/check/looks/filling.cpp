@@ -75,7 +75,8 @@ std::optional<Fault> FindConstant(const DrawsOfSize& drawn) {
                                    first.begin() + static_cast<std::ptrdiff_t>(row->end),
                                    [](unsigned char byte) { return byte == 0; });
   return Fault{
-      "All " + AllDraws(drawn) + (areZero ? " have zeros in " : " have equal values in ") +
+      (areZero ? "All " + AllDraws(drawn) + " have zeros in "
+               : "The " + AllDraws(drawn) + " do not differ in ") +
           InWords(*row) + ".",
       "Fill the whole buffer with new bytes in each draw: the source may return fewer bytes than "
       "requested, or numbers that use only some of their bits."};
