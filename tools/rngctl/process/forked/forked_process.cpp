@@ -73,7 +73,7 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
   const bool isLimit = errno == EMFILE || errno == ENFILE;
   throw Refusal(kNegativeAnswer,
                 std::string("Cannot start a process: ") + std::strerror(errno) + ".",
-                isLimit ? "Raise the limit with \"ulimit -n\"; 16 is enough." : "");
+                isLimit ? "Allow more with ulimit -n; 16 are enough." : "");
 }
 
 }  // namespace
