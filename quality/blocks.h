@@ -12,7 +12,7 @@ constexpr std::size_t kBlockSize = 2500;
 /// Which tests a block fails.
 struct BlockFailures {
   bool monobit;  ///< too many ones, or too few
-  bool poker;    ///< the sixteen values of half a byte occur too unequally, or too equally
+  bool poker;    ///< the 16 values of half a byte are too unequally frequent, or too equally
   bool runs;     ///< too many or too few runs of equal bits of some length
   bool longRun;  ///< a run of 26 equal bits or more
 

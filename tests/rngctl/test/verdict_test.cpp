@@ -112,6 +112,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Defect("HalfFilled", {"blocks", "repetition-count", "adaptive-proportion"})),
     [](const auto& instance) { return instance.param.first; });
 
+TEST_F(RngctlTest, TestSaysWhatTheBlocksFailed) {
+  InstallPlugin("dsdr", "drawing/Constant");
+  const Result result = Run("test dsdr -n 1048576 --restarts 0");
+  EXPECT_THAT(result.errors,
+              StartsWith("rngctl: The bytes are not random. 419 of 419 blocks failed FIPS "
+                         "140-2 tests (monobit 0, poker 419, runs 419, long run 0); up to "));
+}
+
 TEST_F(RngctlTest, TestNamesTheBitThatIsOneMoreOften) {
   InstallPlugin("dsdr", "drawing/LeaningBit");
   const Result result = Run("test dsdr -n 1048576 --restarts 0");

@@ -11,13 +11,13 @@
 /// Smaller draws have too few bytes for all but `FindUnwritten`.
 inline constexpr std::size_t kSmallestJudged = 15;
 
-/// Bytes that keep what the buffer held before.
+/// Bytes that still have the values from before the draw.
 std::optional<Fault> FindUnwritten(const DrawsOfSize& drawn);
 
 /// Bytes that have the same values in each draw.
 std::optional<Fault> FindConstant(const DrawsOfSize& drawn);
 
-/// Runs of equal bytes, counters, a value that comes too often, bytes that repeat those before them.
+/// Runs of equal bytes, counters, a value that occurs too often, bytes that repeat those before them.
 std::optional<Fault> FindPattern(const DrawsOfSize& drawn);
 
 /// Bits or byte values that are not equally frequent.

@@ -35,7 +35,7 @@ std::string NotMade(QualityTest test, const TestEvidence& evidence) {
 std::string DescribeBlocks(const TestEvidence& evidence) {
   const BlockTests& blocks = evidence.stream.blocks;
   std::string text = Grouped(blocks.failing) + " of " + Grouped(blocks.blocks) +
-                     (blocks.blocks == 1 ? " block failed" : " blocks failed");
+                     (blocks.blocks == 1 ? " block" : " blocks") + " failed FIPS 140-2 tests";
   if (blocks.failing > 0) {
     text += " (monobit " + Grouped(blocks.monobit) + ", poker " + Grouped(blocks.poker) +
             ", runs " + Grouped(blocks.runs) + ", long run " + Grouped(blocks.longRun) + ")";
