@@ -121,8 +121,9 @@ class RngHealthTest {
     // such a word, a run that began before the window can grow by three bytes at most.
     if (cutoffs.repetitions < 7 || (*window == last && run + 3 >= cutoffs.repetitions))
       return false;
-    // The same goes for an aligned word that equals the one 16 bytes before it.
-    if (!hasBlock || equal + 3 >= kBlock) return false;
+    // The same goes for an aligned word that equals the one 16 bytes before it. `SkipWindow` looks for that one
+    // in the window, because the caller's bytes before the window may be gone.
+    if (!hasBlock || equal + 3 >= kBlock || cutoffs.window == kBlock) return false;
     const __m128i firsts = _mm_set1_epi8(static_cast<char>(*window));
     __m128i before = Load(block);
     __m128i counts = _mm_setzero_si128();

@@ -159,6 +159,21 @@ TEST(HealthTest, SeesSixteenRepeatedBytesWhereverTheyBeginAndNoFewer) {
   }
 }
 
+// With the shortest window, the 16 bytes before it came in an earlier piece.
+TEST(HealthTest, ComparesAWindowOfSixteenBytesWithThoseOfAnEarlierPiece) {
+  const Bytes first = Source(8).Draw(16);
+  Bytes memory = Source(9).Draw(32);  // of which the second half is fed
+  std::copy_n(first.begin() + 13, 3, memory.begin() + 29);
+  memory[28] = static_cast<unsigned char>(first[12] + 1);
+  for (std::size_t i = 13; i < 16; ++i) memory[i] = static_cast<unsigned char>(first[i] + 1);
+  RngHealthTest test({1000, 1000, 16, true});
+  EXPECT_TRUE(test.Feed(first.data(), 16));
+  EXPECT_TRUE(test.Feed(&memory[16], 16));  // ends with three equal bytes
+  const Bytes thirteen(memory.begin() + 16, memory.begin() + 29);
+  EXPECT_FALSE(test.Feed(thirteen.data(), 13));
+  EXPECT_EQ(RngHealthAlarm::kBlock, test.Alarm());
+}
+
 TEST(HealthTest, HasNoBytesBeforeTheFirst) {
   Bytes bytes = Source(7).Draw(2000);
   std::fill_n(bytes.begin(), 20, static_cast<unsigned char>(0));
