@@ -49,7 +49,7 @@ class CheckedRng final : public IRngProvider {
   /// Returns true when the provider has drawn the whole buffer and there is no alarm. Otherwise, also when
   /// the provider throws, the buffer holds zeros.
   bool Generate(void* buffer, std::size_t size) override {
-    if (size == 0) return rng.Generate(buffer, size);
+    if (size == 0) return Alarm() == RngHealthAlarm::kNone && rng.Generate(buffer, size);
     Eraser eraser(buffer, size);
     if (Alarm() != RngHealthAlarm::kNone || !rng.Generate(buffer, size)) return false;
     const std::lock_guard<std::mutex> guard(lock);

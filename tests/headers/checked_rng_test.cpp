@@ -159,6 +159,19 @@ TEST(CheckedRng, AnEmptyDrawTouchesNothing) {
   EXPECT_TRUE(rng.Generate(nullptr, 0));
 }
 
+TEST(CheckedRng, AfterAnAlarmAnEmptyDrawFailsToo) {
+  ScriptedSource source;
+  source.draw = [](unsigned char*, std::size_t) { return true; };
+  CheckedRng rng(&source);
+  Bytes bytes(32);
+  EXPECT_FALSE(rng.Generate(bytes.data(), bytes.size()));
+  source.calls.clear();
+  EXPECT_FALSE(rng.Generate(nullptr, 0));
+  EXPECT_EQ("", source.calls);
+  rng.Reset();
+  EXPECT_TRUE(rng.Generate(nullptr, 0));
+}
+
 TEST(CheckedRng, CanBeCancelledAndResetWhileADrawWaits) {
   ScriptedSource source;
   std::promise<void> begun;
