@@ -17,10 +17,21 @@ std::size_t CountSharedBits(const FirstDraw& one, const FirstDraw& other) {
          static_cast<std::size_t>(std::countl_zero(difference));
 }
 
+std::size_t AsLimit(double bits) {
+  return std::min(kDrawBits, static_cast<std::size_t>(std::max(std::ceil(bits), 1.0)));
+}
+
+// The part of the false alarms that a beginning which all draws share may give. It is small, because it costs
+// few bits: with 200 draws, one bit is beyond chance in any case.
+constexpr double kPartOfCommon = 0.001;
+
 std::size_t GetLimit(std::size_t draws, double falseAlarm) {
   const auto number = static_cast<double>(draws);
-  const double bits = std::ceil(std::log2(number * (number - 1) / 2 / falseAlarm));
-  return std::min(kDrawBits, static_cast<std::size_t>(std::max(bits, 1.0)));
+  return AsLimit(std::log2(number * (number - 1) / 2 / (falseAlarm * (1 - kPartOfCommon))));
+}
+
+std::size_t GetCommonLimit(std::size_t draws, double falseAlarm) {
+  return AsLimit(-std::log2(falseAlarm * kPartOfCommon) / static_cast<double>(draws - 1));
 }
 
 // The probability that all draws differ if each takes one of that many seeds.
@@ -40,7 +51,13 @@ SharedBits CompareFirstDraws(const std::vector<FirstDraw>& draws, double falseAl
   std::stable_sort(order.begin(), order.end(), [&draws](std::size_t one, std::size_t other) {
     return draws[one] < draws[other];
   });
-  SharedBits found = {0, GetLimit(draws.size(), falseAlarm), 0, 1};
+  // What the first and the last of them share, all share.
+  SharedBits found = {0,
+                      GetLimit(draws.size(), falseAlarm),
+                      0,
+                      1,
+                      CountSharedBits(draws[order.front()], draws[order.back()]),
+                      GetCommonLimit(draws.size(), falseAlarm)};
   for (std::size_t i = 1; i < order.size(); ++i) {
     const std::size_t shared = CountSharedBits(draws[order[i - 1]], draws[order[i]]);
     if (shared <= found.most) continue;

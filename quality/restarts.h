@@ -15,13 +15,18 @@ using FirstDraw = std::array<unsigned char, 16>;
 /// Two draws of a perfect source share their first L bits with a probability of 2^-L. There are
 /// N (N - 1) / 2 pairs, so some pair does with a probability of at most N (N - 1) / 2 * 2^-L. The limit is
 /// the smallest L for which that is at most the false-alarm probability.
+///
+/// Chance does not explain a shorter beginning, either, if all draws share it: a header that a device sends
+/// before its first random bytes, for example. All N share L bits with a probability of 2^-(L (N - 1)).
 struct SharedBits {
   std::size_t most;   ///< the bits that the most similar two share; 128 if they are equal
   std::size_t limit;  ///< chance does not explain that many
   std::size_t first;  ///< the two draws, counted from zero
   std::size_t second;
+  std::size_t common;       ///< the bits that all of them share
+  std::size_t commonLimit;  ///< chance does not explain that many
 
-  bool AreBeyondChance() const { return most >= limit; }
+  bool AreBeyondChance() const { return most >= limit || common >= commonLimit; }
 };
 
 /// Needs at least two draws.

@@ -49,6 +49,26 @@ TEST(Restarts, ASharedBeginningIsFound) {
   EXPECT_TRUE(found.AreBeyondChance());
 }
 
+// Two of so many draws may share 17 bits by chance.
+TEST(Restarts, AShortBeginningOfAllDrawsIsFound) {
+  std::vector<FirstDraw> draws = DrawWithDifferentSeeds(200);
+  for (FirstDraw& draw : draws) draw[0] = 0x5A;
+  const SharedBits found = CompareFirstDraws(draws, 1e-7);
+  EXPECT_GT(found.limit, found.most);
+  EXPECT_EQ(8U, found.common);
+  EXPECT_TRUE(found.AreBeyondChance());
+  draws[77][0] = 0xDA;  // one of them differs, in the first bit
+  EXPECT_EQ(0U, CompareFirstDraws(draws, 1e-7).common);
+  EXPECT_FALSE(CompareFirstDraws(draws, 1e-7).AreBeyondChance());
+}
+
+TEST(Restarts, FewDrawsMustShareMoreThanMany) {
+  // 2^-33.2 is a thousandth of 1e-7.
+  EXPECT_EQ(34U, CompareFirstDraws(DrawWithDifferentSeeds(2), 1e-7).commonLimit);
+  EXPECT_EQ(9U, CompareFirstDraws(DrawWithDifferentSeeds(5), 1e-7).commonLimit);
+  EXPECT_EQ(1U, CompareFirstDraws(DrawWithDifferentSeeds(200), 1e-7).commonLimit);
+}
+
 TEST(Restarts, TheLimitIsTheShortestBeginningThatChanceExcludes) {
   // 19,900 pairs: 2^37 = 1.374e11 is less than 19,900 / 1e-7 = 1.99e11, and 2^38 is more.
   EXPECT_EQ(38U, CompareFirstDraws(DrawWithDifferentSeeds(200), 1e-7).limit);

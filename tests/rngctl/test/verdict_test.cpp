@@ -181,6 +181,12 @@ TEST_F(RngctlRestarts, FindASharedBeginning) {
   EXPECT_THAT(result.output, HasSubstr(" bits are equal; chance explains at most 2"));
 }
 
+TEST_F(RngctlRestarts, FindAShortBeginningThatAllHave) {
+  const Result result = RunWith("BeginsBriefly", "-n 100000 --restarts 5");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output, HasSubstr("The first draws of 5 starts all begin with the same 1"));
+}
+
 TEST_F(RngctlRestarts, AreLeftOutOnRequest) {
   const Result result = RunWith("BeginsAlike", "-n 100000 --restarts 0");
   EXPECT_EQ(0, result.status);

@@ -110,6 +110,10 @@ std::string DescribeShared(const SharedBits& shared, std::size_t starts) {
   if (shared.most == 8 * sizeof(FirstDraw)) {
     return which + " gave the same bytes: the generator has too few seeds.";
   }
+  if (shared.most < shared.limit) {
+    return "The first draws of " + Grouped(starts) + " starts all begin with the same " +
+           Counted(shared.common, "bit") + ".";
+  }
   return which + " gave bytes whose first " + std::to_string(shared.most) +
          " bits are equal; chance explains at most " + std::to_string(shared.limit - 1) + ".";
 }
