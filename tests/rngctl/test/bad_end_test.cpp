@@ -144,6 +144,21 @@ TEST_F(RngctlTest, TestReportsTheDevice) {
   EXPECT_THAT(Run(arguments + "R1").output, HasSubstr("\ndevice      R1\n"));
 }
 
+TEST_F(RngctlTest, TestShortensLongTexts) {
+  const auto startOf = [](const std::string& text) { return text.substr(0, 4096) + "..."; };
+  InstallPlugin("dsdr", "drawing/LongTexts");
+  const Result result = Run("test dsdr -n 100 --restarts 2 --json");
+  ASSERT_EQ(0, result.status) << result.errors;
+  const nlohmann::json report = nlohmann::json::parse(result.output);
+  EXPECT_EQ(startOf(std::string(4097, 'x')), report.at("description"));
+  EXPECT_EQ(startOf(std::string(4097, 'x')), report.at("device"));
+  InstallPlugin("dsdr", "breaking/takes_every_device");  // and reports none
+  const std::string device(100000, 'y');
+  const Result other = Run("test dsdr -n 100 --restarts 0 --json --device " + device);
+  ASSERT_EQ(0, other.status) << other.errors;
+  EXPECT_EQ(startOf(device), nlohmann::json::parse(other.output).at("device"));
+}
+
 // --- A terminal
 
 TEST_F(RngctlTest, TestShowsItsProgress) {

@@ -14,11 +14,18 @@ using Nanoseconds = std::int64_t;  // before the bytes of a draw
 constexpr std::size_t kLargestDraw = 32768;
 static_assert(kLargestDraw + sizeof(Nanoseconds) <= kLargestPiece);
 
+// Of a text about the generator. All of them must fit into one piece.
+constexpr std::size_t kLongestText = 4096;
+
 constexpr int kSmallDraws = 1000;
 constexpr std::chrono::seconds kTimeForSmallDraws(1);
 constexpr std::chrono::milliseconds kQuick(100);
 
 bool NeedsUser(std::uint32_t flags) { return (flags & kRngCapabilityNeedsUser) != 0; }
+
+std::string Shortened(const std::string& text) {
+  return text.size() <= kLongestText ? text : text.substr(0, kLongestText) + "...";
+}
 
 // Draws until there is enough, or the time is over.
 class TimedDraws {
@@ -35,9 +42,10 @@ class TimedDraws {
   // A generator that does not report its device has accepted the one that was asked for.
   void SendFacts(const std::string& askedFor) const {
     const std::string device = ReadText(rng, &IRngProvider::GetHardwareId);
-    const std::string text = Encode(SourceFacts{ReadText(rng, &IRngProvider::GetName),
-                                                ReadText(rng, &IRngProvider::GetDescription),
-                                                device.empty() ? askedFor : device, flags});
+    const std::string text =
+        Encode(SourceFacts{Shortened(ReadText(rng, &IRngProvider::GetName)),
+                           Shortened(ReadText(rng, &IRngProvider::GetDescription)),
+                           Shortened(device.empty() ? askedFor : device), flags});
     pass(SecretBytes(text.begin(), text.end()));
   }
 
