@@ -101,6 +101,18 @@ TEST_F(RngctlTest, InterruptedRestartsLeaveNothing) {
   while (CountProcessesOf(Rngctl()) != 0) ::usleep(1000);
 }
 
+TEST_F(RngctlTest, RestartsNeedTheNullDevice) {
+  const std::string emptyDev =
+      "unshare --map-root-user --mount sh -c 'mount -t tmpfs none /dev && ";
+  if (RunShell(emptyDev + "true'").status != 0) {
+    GTEST_SKIP() << "this machine allows no mount namespace with an empty /dev";
+  }
+  const Result result =
+      RunShell(emptyDev + "exec " + Rngctl() + " test unixdev -n 100 --restarts 2'");
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("rngctl: rngctl needs /dev/null to start a process. Fix: mount /dev.\n", result.errors);
+}
+
 // --- Usage
 
 TEST_F(RngctlTest, TestRefusesWrongNumbers) {

@@ -18,6 +18,10 @@ namespace {
   if (::access("/proc/self/exe", F_OK) != 0) {
     throw Refusal(kNegativeAnswer, "rngctl needs /proc to start a process. Fix: mount /proc.");
   }
+  // The standard input of the process.
+  if (::access("/dev/null", F_OK) != 0) {
+    throw Refusal(kNegativeAnswer, "rngctl needs /dev/null to start a process. Fix: mount /dev.");
+  }
   const char* const fix = error == EMFILE ? " Fix: allow more with ulimit -n; 16 are enough." : "";
   throw Refusal(kNegativeAnswer,
                 std::string("Cannot start a process: ") + std::strerror(error) + "." + fix);
