@@ -135,6 +135,32 @@ TEST_F(RngctlTest, TestRefusesAPictureBeforeItDraws) {
   EXPECT_EQ("old", ReadFile(TreePath("target")));
 }
 
+TEST_F(RngctlTest, TestWritesNoPictureIntoTheReportOrOntoATerminal) {
+  for (const char* file : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
+    const Result result = Run(std::string("test unixdev -n 100 --restarts 0 --picture ") + file);
+    EXPECT_EQ(2, result.status) << file;
+    EXPECT_EQ("rngctl: A picture is not written to standard output.\n", result.errors) << file;
+    EXPECT_EQ("", result.output) << file;
+  }
+  const Result result =
+      RunShell("script -qec '" + Rngctl() +
+               " test unixdev -n 100 --restarts 0 --picture /dev/tty >/dev/null' " +
+               TreePath("typescript") + " </dev/null");
+  EXPECT_EQ("rngctl: A picture is not written to a terminal.\r\n", result.output);
+  EXPECT_EQ(2, result.status);
+}
+
+TEST_F(RngctlTest, TestDoesNotReplaceAPictureOfAnotherUser) {
+  WriteFile(TreePath("theirs"), "old");
+  const bool isGivenAway = ::chown(TreePath("theirs").c_str(), 4711, 4711) == 0;
+  const std::string picture = isGivenAway ? TreePath("theirs") : "/etc/passwd";
+  const Result result = Run("test unixdev -n 100 --restarts 0 --picture " + picture);
+  EXPECT_EQ(2, result.status);
+  EXPECT_THAT(result.errors, EndsWith(std::string(": it belongs to another user (UID ") +
+                                      (isGivenAway ? "4711" : "0") + ").\n"));
+  EXPECT_EQ("old", ReadFile(TreePath("theirs")));
+}
+
 // --- Devices
 
 TEST_F(RngctlTest, TestSelectsTheDevice) {

@@ -54,8 +54,8 @@ bool IsSame(const struct stat& one, const struct stat& other) {
 
 }  // namespace
 
-Output::Output(const std::string& path, bool mayReplaceOthers)
-    : name(path), replacesOthers(mayReplaceOthers), descriptor(STDOUT_FILENO) {
+Output::Output(const std::string& path, OthersFile othersFile)
+    : name(path), ofOthers(othersFile), descriptor(STDOUT_FILENO) {
   if (name.empty()) return;
   try {
     Open();
@@ -91,9 +91,10 @@ struct stat Output::Look(const Place& place) const {
 }
 
 void Output::CheckOwner(const struct stat& found) const {
-  if (found.st_mode == 0 || found.st_uid == ::geteuid() || replacesOthers) return;
-  Refuse("it belongs to another user (UID " + std::to_string(found.st_uid) +
-         "); use --force to replace it");
+  if (found.st_mode == 0 || found.st_uid == ::geteuid()) return;
+  if (ofOthers == OthersFile::kReplaced) return;
+  Refuse("it belongs to another user (UID " + std::to_string(found.st_uid) + ")" +
+         (ofOthers == OthersFile::kRefusedUnlessForced ? "; use --force to replace it" : ""));
 }
 
 void Output::OpenSpecialFile(const Place& place, const struct stat& found) {
@@ -110,6 +111,8 @@ void Output::OpenSpecialFile(const Place& place, const struct stat& found) {
 }
 
 bool Output::IsTerminal() const { return ::isatty(descriptor) == 1; }
+
+bool Output::IsStandardOutput() const { return descriptor == STDOUT_FILENO; }
 
 bool Output::MayBeShown() const {
   struct stat status = {};

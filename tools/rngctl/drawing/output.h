@@ -7,17 +7,21 @@
 #include <optional>
 #include <string>
 
+/// What happens to a file that belongs to another user.
+enum class OthersFile { kRefused, kRefusedUnlessForced, kReplaced };
+
 /// Where the bytes go: standard output, another descriptor, a device or FIFO, or a file. Only a file is
 /// replaced as a whole, see `NewFile`. Refuses a link, whose owner could choose where the bytes go, and
 /// what belongs to another user, who could read them. Throws a `Refusal` with the reason.
 class Output {
  public:
-  /// An empty path is standard output. `mayReplaceOthers`: also replaces a file of another user.
-  Output(const std::string& path, bool mayReplaceOthers);
+  /// An empty path is standard output.
+  Output(const std::string& path, OthersFile othersFile);
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
   bool IsTerminal() const;
+  bool IsStandardOutput() const;
   bool MayBeShown() const;  ///< a terminal, or a pipe, which may lead to one
   void Write(const SecretBytes& bytes);
   void Commit();  ///< after the last byte: makes the file appear
@@ -34,7 +38,7 @@ class Output {
   [[noreturn]] void RefuseWith(int error) const;
 
   const std::string name;  // the path
-  const bool replacesOthers;
+  const OthersFile ofOthers;
   std::optional<NewFile> file;
   Descriptor special;
   int descriptor;

@@ -13,7 +13,14 @@ namespace {
 // The file of the picture, and what is painted. Both exist from the beginning, so that a path that cannot
 // be written is found before anything is drawn.
 struct PictureFile {
-  explicit PictureFile(const std::string& path) : output(path, false) {}
+  explicit PictureFile(const std::string& path) : output(path, OthersFile::kRefused) {
+    if (output.IsStandardOutput()) {
+      throw Refusal(kWrongUsage, "A picture is not written to standard output.");
+    }
+    if (output.IsTerminal()) {
+      throw Refusal(kWrongUsage, "A picture is not written to a terminal.");
+    }
+  }
   Output output;
   Picture picture;
 };

@@ -6,7 +6,8 @@
 #include "tools/rngctl/refusal.h"
 
 void RunRead(const ReadRequest& request) {
-  Output output(request.file, request.replacesOthers);
+  Output output(request.file,
+                request.replacesOthers ? OthersFile::kReplaced : OthersFile::kRefusedUnlessForced);
   if (request.encoding == Encoding::kRaw && output.IsTerminal()) {
     throw Refusal(kWrongUsage,
                   "Raw bytes are not written to a terminal: choose --hex, --base64 or a file.");
