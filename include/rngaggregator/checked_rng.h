@@ -8,8 +8,9 @@
 ///     if (!rng.Generate(key, sizeof key)) ...   // failed, or the bytes are evidently not random
 ///
 /// It finds the most common defects of hardware generators and their drivers: a draw that reports success
-/// but leaves all or part of the buffer unfilled, and a draw that repeats earlier bytes. It cannot show that
-/// bytes are unpredictable; see health.h.
+/// but leaves all or part of the buffer unfilled, and 16 bytes that repeat the 16 before them. It does not
+/// find repetitions at other distances: the same 32 bytes in each draw can pass. "rngctl check" looks for those. Nor
+/// can it show that bytes are unpredictable; see health.h.
 
 #include <mutex>
 

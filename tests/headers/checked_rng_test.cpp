@@ -130,6 +130,18 @@ TEST(CheckedRng, SeesDefectsAcrossDraws) {
   EXPECT_EQ(RngHealthAlarm::kBlock, repeated.Alarm());
 }
 
+// It keeps no more than the last 16 bytes. Among 512 bytes, each of these occurs 16 times.
+TEST(CheckedRng, DoesNotSeeThirtyTwoBytesThatEachDrawRepeats) {
+  ScriptedSource source;
+  source.draw = [](unsigned char* buffer, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i) buffer[i] = static_cast<unsigned char>(37 * i);
+    return true;
+  };
+  CheckedRng rng(&source);
+  Bytes bytes(32);
+  for (int i = 0; i < 1000; ++i) ASSERT_TRUE(rng.Generate(bytes.data(), bytes.size()));
+}
+
 TEST(CheckedRng, AFailedDrawIsNoAlarmAndLeavesZeros) {
   ScriptedSource source;
   source.draw = [](unsigned char* buffer, std::size_t size) { return !DrawGood(buffer, size); };
