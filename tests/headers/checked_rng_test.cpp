@@ -142,6 +142,37 @@ TEST(CheckedRng, DoesNotSeeThirtyTwoBytesThatEachDrawRepeats) {
   for (int i = 0; i < 1000; ++i) ASSERT_TRUE(rng.Generate(bytes.data(), bytes.size()));
 }
 
+TEST(CheckedRng, AlarmsAt23OfAWindowAndNoFewer) {
+  for (const std::size_t equal : {22, 23}) {
+    Bytes stream = OldBytes(1024);
+    for (std::size_t i = 513; i < 1024; ++i) {  // the second window
+      if (stream[i] == stream[512]) ++stream[i];
+    }
+    for (std::size_t i = 1; i < equal; ++i) stream[512 + 20 * i] = stream[512];
+    ScriptedSource source;
+    source.draw = [&stream](unsigned char* buffer, std::size_t size) {
+      std::copy_n(stream.begin(), size, buffer);
+      return true;
+    };
+    CheckedRng rng(&source);
+    Bytes bytes(1024);
+    EXPECT_EQ(equal < 23, rng.Generate(bytes.data(), bytes.size()));
+    EXPECT_EQ(equal < 23 ? RngHealthAlarm::kNone : RngHealthAlarm::kProportion, rng.Alarm());
+  }
+}
+
+// Providers zero the buffer when they fail. Those zeros are not part of the stream.
+TEST(CheckedRng, WhatAFailedDrawLeavesIsNotTested) {
+  ScriptedSource source;
+  source.draw = [](unsigned char*, std::size_t) { return false; };
+  CheckedRng rng(&source);
+  Bytes bytes(64);
+  EXPECT_FALSE(rng.Generate(bytes.data(), bytes.size()));
+  EXPECT_EQ(RngHealthAlarm::kNone, rng.Alarm());
+  source.draw = DrawGood;
+  EXPECT_TRUE(rng.Generate(bytes.data(), bytes.size()));
+}
+
 TEST(CheckedRng, AFailedDrawIsNoAlarmAndLeavesZeros) {
   ScriptedSource source;
   source.draw = [](unsigned char* buffer, std::size_t size) { return !DrawGood(buffer, size); };
@@ -169,6 +200,7 @@ TEST(CheckedRng, AnEmptyDrawTouchesNothing) {
   source.draw = [](unsigned char* buffer, std::size_t) { return buffer == nullptr; };
   CheckedRng rng(&source);
   EXPECT_TRUE(rng.Generate(nullptr, 0));
+  EXPECT_EQ("Generate ", source.calls);
 }
 
 TEST(CheckedRng, AfterAnAlarmAnEmptyDrawFailsToo) {

@@ -85,6 +85,7 @@ TEST(HealthCutoffs, AreThoseOfTheStandard) {
         answer.minEntropy, std::ldexp(1.0, answer.logFalseAlarm), answer.window);
     EXPECT_EQ(answer.repetitions, cutoffs.repetitions) << answer.minEntropy;
     EXPECT_EQ(answer.proportion, cutoffs.proportion) << answer.minEntropy;
+    EXPECT_EQ(answer.window, cutoffs.window);
     EXPECT_FALSE(cutoffs.comparesBlocks);
   }
 }
@@ -144,6 +145,38 @@ TEST(HealthTest, SeesNineEqualBytesWhereverTheyBeginAndNoFewer) {
   }
 }
 
+// Whole windows are screened for four equal bytes at a multiple of four, which shorter runs may not contain.
+TEST(HealthTest, SeesShorterRunsWhereverTheyBegin) {
+  Source source(8);
+  for (const std::uint32_t cutoff : {2U, 5U, 6U, 7U, 8U}) {
+    for (std::size_t place = 600; place < 620; ++place) {
+      Bytes bytes = source.Draw(2048);
+      for (std::size_t i = 1; i < bytes.size(); ++i) {
+        if (bytes[i] == bytes[i - 1]) ++bytes[i];
+      }
+      std::fill_n(&bytes[place], cutoff, static_cast<unsigned char>(bytes[place - 1] + 1));
+      EXPECT_FALSE(Passes(bytes, {cutoff, 1000, 512, true})) << cutoff << " at " << place;
+    }
+  }
+}
+
+// A run that ended before a window does not continue after it.
+TEST(HealthTest, CountsNothingFromBeforeAWholeWindow) {
+  Bytes run = Source(9).Draw(1536);
+  std::fill_n(&run[509], 3, static_cast<unsigned char>(run[508] + 1));
+  run[512] = static_cast<unsigned char>(run[511] + 1);
+  std::fill_n(&run[1023], 8, static_cast<unsigned char>(run[1022] + 1));
+  run[1031] = static_cast<unsigned char>(run[1030] + 1);
+  EXPECT_TRUE(Passes(run, kGoodBytes));
+
+  Bytes copy = Source(10).Draw(1536);
+  std::copy_n(&copy[484], 12, &copy[500]);  // twelve up to the end of the first window
+  copy[1023] = static_cast<unsigned char>(copy[1007] + 1);
+  std::copy_n(&copy[1008], 15, &copy[1024]);
+  copy[1039] = static_cast<unsigned char>(copy[1023] + 1);
+  EXPECT_TRUE(Passes(copy, kGoodBytes));
+}
+
 TEST(HealthTest, SeesSixteenRepeatedBytesWhereverTheyBeginAndNoFewer) {
   Source source(6);
   for (std::size_t place = 1; place < 1100; ++place) {
@@ -197,6 +230,34 @@ TEST(HealthTest, AnAlarmLastsUntilItIsReset) {
   test.Reset();
   EXPECT_TRUE(test.Feed(good.data(), good.size()));
   EXPECT_TRUE(test.Feed(zeros.data(), 8));  // of the earlier zeros, none counts
+}
+
+TEST(HealthTest, ResetForgetsTheBytesBefore) {
+  RngHealthTest test(kGoodBytes);
+  const Bytes zeros(8, 0);
+  const Bytes block = Source(11).Draw(16);
+  EXPECT_TRUE(test.Feed(zeros.data(), zeros.size()));
+  test.Reset();
+  EXPECT_TRUE(test.Feed(zeros.data(), zeros.size()));
+  test.Reset();
+  EXPECT_TRUE(test.Feed(block.data(), block.size()));
+  test.Reset();
+  EXPECT_TRUE(test.Feed(block.data(), block.size()));
+}
+
+TEST(HealthTest, KeepsNoBytesBeyondItsEndOrAReset) {
+  alignas(RngHealthTest) unsigned char memory[sizeof(RngHealthTest)];
+  const Bytes bytes = Source(12).Draw(1024);
+  const auto holdsBytes = [&] {
+    return std::search(memory, std::end(memory), bytes.end() - 16, bytes.end()) != std::end(memory);
+  };
+  for (const bool isReset : {false, true}) {
+    auto* const test = new (memory) RngHealthTest(kGoodBytes);
+    EXPECT_TRUE(test->Feed(bytes.data(), bytes.size()));
+    EXPECT_TRUE(holdsBytes());
+    isReset ? test->Reset() : test->~RngHealthTest();
+    EXPECT_FALSE(holdsBytes()) << isReset;
+  }
 }
 
 TEST(HealthTest, NothingIsFoundInNothing) {
