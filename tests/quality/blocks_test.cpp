@@ -183,6 +183,20 @@ TEST(BlockTests, CountWhichTestsFail) {
   EXPECT_EQ(0U, tests.longRun);
 }
 
+TEST(BlockTests, CountEachTestForItself) {
+  Bytes hasLongRun = GoodBytes(kBlockSize);
+  std::fill_n(hasLongRun.begin() + 1000, 4, static_cast<unsigned char>(0));
+  Bytes hasFrequentDigits = GoodBytes(kBlockSize);  // with as many ones, in runs of usual lengths
+  for (std::size_t i = 0; i < kBlockSize; i += 20) hasFrequentDigits[i] = 0x1B;
+  BlockTests tests;
+  for (const Bytes& block : {hasLongRun, hasFrequentDigits}) tests.Feed(block.data(), block.size());
+  EXPECT_EQ(2U, tests.failing);
+  EXPECT_EQ(0U, tests.monobit);
+  EXPECT_EQ(1U, tests.poker);
+  EXPECT_EQ(0U, tests.runs);
+  EXPECT_EQ(1U, tests.longRun);
+}
+
 TEST(BlockTests, DoNotDependOnThePieces) {
   Bytes bytes = GoodBytes(3 * kBlockSize + 100);
   std::fill_n(bytes.begin() + kBlockSize, kBlockSize, static_cast<unsigned char>(7));

@@ -1,5 +1,6 @@
 #include "quality/byte_statistics.h"
 
+#include "quality/distributions.h"
 #include "tests/quality/sources.h"
 
 #include <cmath>
@@ -76,6 +77,23 @@ TEST(ByteStatistics, CorrelatesEachByteWithTheNext) {
   Bytes inTurn = Bytes(4096, 10);
   for (std::size_t i = 0; i < inTurn.size(); i += 2) inTurn[i] = 200;
   EXPECT_NEAR(-1, Count(inTurn).GetSerialCorrelation()->value, 1e-12);
+}
+
+// 128 values come 20 times and 128 come 12 times: each adds 4 * 4 / 16.
+TEST(ByteStatistics, TheProbabilityOfChiSquareIsThatOf255DegreesOfFreedom) {
+  Bytes bytes = Counter(4096);
+  for (std::size_t i = 0; i < 1024; ++i) bytes[i] &= 0x7F;
+  const Statistic chiSquare = Count(bytes).GetChiSquare().value();
+  EXPECT_DOUBLE_EQ(256, chiSquare.value);
+  EXPECT_DOUBLE_EQ(GetChiSquareTails(256, 255), chiSquare.probability);
+}
+
+// The mean is a little less than zero.
+TEST(ByteStatistics, TheProbabilityOfACorrelationIsThatOfItsDistanceFromTheMean) {
+  const Bytes bytes = GoodBytes(4096, 3);
+  const double value = CorrelateNeighbours(bytes);
+  EXPECT_NEAR(GetNormalTails(64 * (value + 1.0 / 4095)),
+              Count(bytes).GetSerialCorrelation()->probability, 1e-9);
 }
 
 TEST(ByteStatistics, DoesNotDependOnThePieces) {

@@ -38,6 +38,23 @@ TEST(Restarts, TwoEqualDrawsAreFound) {
   EXPECT_EQ(8U, found.second);
 }
 
+TEST(Restarts, OfSeveralEqualDrawsTheFirstTwoAreNamed) {
+  const SharedBits found = CompareFirstDraws(DrawWithSeeds({3, 1, 4, 0, 5, 4, 2, 4}), 1e-7);
+  EXPECT_EQ(2U, found.first);
+  EXPECT_EQ(5U, found.second);
+}
+
+TEST(Restarts, TheEarlierDrawIsNamedFirst) {
+  for (const bool isGreater : {false, true}) {
+    std::vector<FirstDraw> draws = {{1}, {1}, {9}};
+    draws[isGreater ? 0 : 1][15] = 1;
+    const SharedBits found = CompareFirstDraws(draws, 1e-7);
+    EXPECT_EQ(127U, found.most);
+    EXPECT_EQ(0U, found.first);
+    EXPECT_EQ(1U, found.second);
+  }
+}
+
 TEST(Restarts, ASharedBeginningIsFound) {
   std::vector<FirstDraw> draws = DrawWithDifferentSeeds(200);
   std::copy_n(draws[150].begin(), 5, draws[20].begin());

@@ -1,5 +1,6 @@
 #include "quality/verdict.h"
 
+#include "quality/distributions.h"
 #include "tests/quality/sources.h"
 
 #include <gmock/gmock.h>
@@ -54,7 +55,7 @@ TEST(Verdict, ATestIsNotMadeWithTooFewBytes) {
 
 TEST(Verdict, NamesTheTestsThatFail) {
   Bytes repeated = GoodBytes(1 << 16);
-  std::fill_n(repeated.begin() + 30000, 9, static_cast<unsigned char>(0));
+  std::fill_n(repeated.begin() + 60000, 9, static_cast<unsigned char>(0));
   EXPECT_THAT(Failed(repeated), ElementsAre(QualityTest::kRepetition));
 
   Bytes copied = GoodBytes(1 << 16);
@@ -84,6 +85,33 @@ TEST(Verdict, SomeBlocksMayFailAndMoreMayNot) {
   EXPECT_EQ(0U, JudgeBytes(bytes).CountFailed());
   for (std::size_t i = 0; i < 11; ++i) spoil(50 * i);
   EXPECT_THAT(Failed(bytes), ElementsAre(QualityTest::kBlocks));
+}
+
+// Each fails on its own in some of the spoilt blocks, not only by a long run.
+TEST(Verdict, ABlockFailsByAnyOfItsTests) {
+  Bytes bytes = GoodBytes(100 * kBlockSize);
+  EXPECT_EQ(QualityOutcome::kPassed, JudgeBytes(bytes).results.front().outcome);
+  for (std::size_t i = 0; i < bytes.size(); i += 10) bytes[i] = 0x55;
+  StreamTests stream(bytes.size());
+  stream.Feed(bytes.data(), bytes.size());
+  ASSERT_LT(stream.blocks.longRun, 5U);
+  EXPECT_EQ(QualityOutcome::kFailed, Judge(stream, {}).results.front().outcome);
+}
+
+TEST(Verdict, TheProbabilityOfTheBitsIsThatOfTheWorstOfEight) {
+  Bytes bytes(1000);
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = i % 2 == 0 ? 0xFF : 0;
+  for (std::size_t i = 1; i < 100; i += 2) bytes[i] = 0x10;  // bit 4 is one in 550 bytes
+  const QualityResult bits = JudgeBytes(bytes).results[3];
+  ASSERT_EQ(QualityTest::kBitFrequencies, bits.test);
+  EXPECT_DOUBLE_EQ(8 * GetCoinTails(1000, 550), bits.probability.value());
+}
+
+TEST(Verdict, FirstDrawsHaveTheLimitOfTheirShare) {
+  const StreamTests none(0);
+  const std::vector<FirstDraw> draws = {{1}, {2}};
+  // 2^23 = 8.4e6 is less than 1 / kFalseAlarmOfTest = 1.4e7, and 2^24 is more.
+  EXPECT_EQ(24U, Judge(none, draws).shared.value().limit);
 }
 
 TEST(Verdict, FirstDrawsAreJudgedFromTwoOn) {
