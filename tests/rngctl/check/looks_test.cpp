@@ -16,8 +16,9 @@ constexpr SipKey kKey = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
 using Spoil = std::function<void(DrawnBytes& draw)>;
 
-DrawsOfSize Draws(
-    std::size_t size, const Spoil& spoil = [](DrawnBytes&) {}, std::uint64_t seed = 1) {
+void LeaveAlone(DrawnBytes&) {}
+
+DrawsOfSize Draws(std::size_t size, const Spoil& spoil = LeaveAlone, std::uint64_t seed = 1) {
   DrawsOfSize drawn{size};
   for (std::uint64_t i = 0; i < kDrawsOfSize; ++i) {
     drawn.draws.push_back(
@@ -50,12 +51,14 @@ Spoil Leave(std::size_t begin, std::size_t end) {
   };
 }
 
-// Applies it to the third draw alone.
-Spoil OnlyThird(const Spoil& spoil) {
-  return [spoil, number = 0](DrawnBytes& draw) mutable {
-    if (++number == 3) spoil(draw);
+// Applies it to one of the draws, counted from 1.
+Spoil Only(int which, const Spoil& spoil) {
+  return [which, spoil, number = 0](DrawnBytes& draw) mutable {
+    if (++number == which) spoil(draw);
   };
 }
+
+Spoil OnlyThird(const Spoil& spoil) { return Only(3, spoil); }
 
 Spoil ForEach(const std::function<unsigned(unsigned byte)>& change) {
   return [change](DrawnBytes& draw) {
@@ -78,8 +81,7 @@ TEST(Looks, GoodBytesHaveNoFault) {
   for (std::uint64_t seed = 1; seed <= 10; ++seed) {
     KnownBlocks blocks(kKey);
     for (const std::size_t size : kSizes) {
-      const DrawsOfSize drawn = Draws(
-          size, [](DrawnBytes&) {}, size * 100 + seed);
+      const DrawsOfSize drawn = Draws(size, LeaveAlone, size * 100 + seed);
       EXPECT_EQ("", Found(drawn)) << size;
       EXPECT_EQ("", FoundOf(blocks.Add(drawn))) << size;
     }
@@ -109,6 +111,16 @@ TEST(Looks, EightUnwrittenBytesOfOneDrawAreEnough) {
   EXPECT_EQ("In the third draw of 255 bytes, bytes 248 to 255 still have their old values.",
             Found(Draws(255, OnlyThird(Leave(247, 255)))));
   EXPECT_EQ("", Found(Draws(255, OnlyThird(Leave(100, 107)))));
+}
+
+TEST(Looks, TheFirstAndTheLastDrawAreLookedAtToo) {
+  const auto repeat = [](DrawnBytes& draw) { std::fill_n(&draw.after[20], 9, draw.after[20]); };
+  for (const auto& [which, name] : {std::pair{1, "first"}, {7, "seventh"}}) {
+    const auto draw = std::string("In the ") + name + " draw of 255 bytes, ";
+    EXPECT_EQ(draw + "bytes 101 to 108 still have their old values.",
+              Found(Draws(255, Only(which, Leave(100, 108)))));
+    EXPECT_EQ(draw + "bytes 21 to 29 are all equal.", Found(Draws(255, Only(which, repeat))));
+  }
 }
 
 TEST(Looks, AHalfOfZerosIsFoundAtEveryLargerSize) {
@@ -154,6 +166,22 @@ TEST(Looks, TenBytesThatCountAreFound) {
   EXPECT_EQ("", Found(Draws(16, count(9))));
   EXPECT_THAT(Found(Draws(16, count(10))),
               StartsWith("In the third draw of 16 bytes, bytes 1 to 10 are a counter: "));
+}
+
+// Only equal differences in a row count, not those that are frequent or repeat.
+TEST(Looks, DifferencesMayRepeatOtherwise) {
+  const auto prefer = OnlyThird([](DrawnBytes& draw) {
+    for (std::size_t i = 1; i < 120; i += 3) {
+      draw.after[i] = static_cast<unsigned char>(draw.after[i - 1] + 3);
+    }
+  });
+  EXPECT_EQ("", FoundBy(FindPattern, Draws(255, prefer)));
+  const auto shift = OnlyThird([](DrawnBytes& draw) {
+    for (std::size_t i = 16; i < 48; ++i) {
+      draw.after[i] = static_cast<unsigned char>(draw.after[i - 16] + 1);
+    }
+  });
+  EXPECT_EQ("", FoundBy(FindPattern, Draws(255, shift)));
 }
 
 TEST(Looks, RepeatedBytesAreFoundAtAnyPlace) {
@@ -207,6 +235,32 @@ TEST(Looks, TextIsFound) {
               HasSubstr(", the bit 0x"));
 }
 
+TEST(Looks, LinesOfTextAreText) {
+  const auto end = [number = 0](DrawnBytes& draw) mutable {
+    for (unsigned char& byte : draw.after) byte = static_cast<unsigned char>(' ' + byte % 95);
+    draw.after[14] = number++ % 2 == 0 ? '\r' : '\n';
+  };
+  EXPECT_EQ("All 112 bytes of the draws of 16 bytes are printable ASCII characters.",
+            FoundBy(FindBias, Draws(16, end)));
+}
+
+// A perfect source does that once in two million times.
+TEST(Looks, ADrawOf15PrintableBytesMayBeChance) {
+  DrawsOfSize drawn = Draws(15, ForEach([](unsigned byte) { return ' ' + byte % 95; }));
+  drawn.draws.resize(1);
+  EXPECT_EQ("", FoundBy(FindBias, drawn));
+}
+
+TEST(Looks, OfSeveralBitsTheWorstIsNamed) {
+  const auto lean = [number = 0U](DrawnBytes& draw) mutable {
+    for (unsigned char& byte : draw.after) {
+      if (++number % 16 != 0) byte &= 0xFDU;
+      if (number % 4 == 0) byte |= 0x40U;
+    }
+  };
+  EXPECT_THAT(FoundBy(FindBias, Draws(255, lean)), HasSubstr(", the bit 0x02 is 1 in "));
+}
+
 TEST(Looks, ValuesThatAreNotEquallyFrequentAreFound) {
   EXPECT_THAT(
       Found(Draws(70000, ForEach([](unsigned byte) { return byte % 255; }))),
@@ -235,11 +289,19 @@ TEST(KnownBlocks, ABlockMayComeOnce) {
       FoundOf(blocks.Add(drawn)));
 }
 
+TEST(KnownBlocks, DifferIfOneByteDoes) {
+  for (std::size_t place = 0; place < 16; ++place) {
+    DrawsOfSize drawn = Draws(16);
+    drawn.draws[4].after = drawn.draws[1].after;
+    ++drawn.draws[4].after[place];
+    EXPECT_EQ("", FoundOf(KnownBlocks(kKey).Add(drawn))) << place;
+  }
+}
+
 TEST(KnownBlocks, DrawsOfOtherSizesCount) {
   KnownBlocks blocks(kKey);
   const DrawsOfSize small = Draws(16);
-  DrawsOfSize large = Draws(
-      70000, [](DrawnBytes&) {}, 2);
+  DrawsOfSize large = Draws(70000, LeaveAlone, 2);
   large.draws[6].after.resize(69984);
   large.draws[6].after.insert(large.draws[6].after.end(), small.draws[0].after.begin(),
                               small.draws[0].after.end());
@@ -254,8 +316,7 @@ TEST(KnownBlocks, AreFoundAgainAtAnyPlace) {
   KnownBlocks blocks(kKey);
   const DrawsOfSize first = Draws(256);
   ASSERT_EQ("", FoundOf(blocks.Add(first)));
-  DrawsOfSize later = Draws(
-      17, [](DrawnBytes&) {}, 2);
+  DrawsOfSize later = Draws(17, LeaveAlone, 2);
   EXPECT_EQ("", FoundOf(blocks.Find(later, "Later")));
   std::copy_n(&first.draws[6].after[240], 16, &later.draws[2].after[1]);
   EXPECT_EQ("Later: bytes 2 to 17 of the third draw of 17 bytes.",
@@ -271,6 +332,9 @@ TEST(KnownBlocks, AreFoundInAnotherProcess) {
   second.AddEarlier(first.Hashes());
   EXPECT_EQ("Later: bytes 1 to 16 of the first draw of 4096 bytes.",
             FoundOf(second.Find(drawn, "Later")));
+  DrawsOfSize last = Draws(16, LeaveAlone, 2);
+  last.draws[0].after.assign(drawn.draws[6].after.end() - 16, drawn.draws[6].after.end());
+  EXPECT_NE("", FoundOf(second.Find(last, "Later")));
   SipKey otherKey = kKey;
   otherKey[0] = 1;
   KnownBlocks other(otherKey);
