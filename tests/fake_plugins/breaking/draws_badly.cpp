@@ -14,6 +14,10 @@ using Byte = unsigned char;
   std::memset(bytes + size - size / 2, 0, size / 2);
 }
 
+[[maybe_unused]] void ZeroHalfOf4096(Byte* bytes, std::size_t size) {
+  if (size == 4096) ZeroHalf(bytes, size);
+}
+
 // A fresh one for each draw.
 [[maybe_unused]] void RepeatBlock(Byte* bytes, std::size_t size) {
   for (std::size_t i = 16; i < size; ++i) bytes[i] = bytes[i - 16];
@@ -72,6 +76,13 @@ std::uint64_t Mix(std::uint64_t value) {
   }();
   static std::atomic<std::uint16_t> next;
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<Byte>(Mix(seed + next++) >> 56);
+}
+
+// Bytes that are the same after each load, but not from the beginning.
+[[maybe_unused]] void RepeatLate(Byte* bytes, std::size_t size) {
+  static std::uint64_t next;
+  if (size != 17) return;
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<Byte>(Mix(++next) >> 56);
 }
 
 class DrawsBadlyRng final : public CorrectRng {

@@ -43,6 +43,10 @@ INSTANTIATE_TEST_SUITE_P(
     Each, CheckLook,
     testing::Values(
         BadLook{"ZeroHalf", "All seven draws of 16 bytes have zeros in bytes 9 to 16[.]", kFill},
+        BadLook{"ZeroHalfOf4096",
+                "All seven draws of 4096 bytes have zeros in bytes 2049 to 4096[.]", kFill},
+        BadLook{"leaves_small_draws", "None of seven draws of 1 byte writes byte 1: the .*", kFill,
+                "draw-fills-buffer "},
         BadLook{"leaves_a_tail_of_1", "None of seven draws of 16 bytes writes byte 16: the .*",
                 kFill, "draw-fills-buffer "},
         BadLook{"leaves_a_tail_of_2", "None of seven draws of 16 bytes writes bytes 15 to 16: .*",
@@ -89,6 +93,10 @@ INSTANTIATE_TEST_SUITE_P(
             "After a second start it repeats what it drew after the first: bytes 1 to 16 of the "
             "first draw of 16 bytes[.]",
             kSeed, "draws-differ "},
+        BadLook{"RepeatLate",
+                "After a second start it repeats what it drew after the first: bytes 1 to 16 of "
+                "the first draw of 17 bytes[.]",
+                kSeed},
         BadLook{"repeats_in_each_process",
                 "In a second process it repeats what it drew in the first: bytes 1 to 16 of the "
                 "first draw of 16 bytes[.]",
