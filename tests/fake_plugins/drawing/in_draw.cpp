@@ -8,6 +8,7 @@
 #include <pthread.h>
 #include <string>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -44,6 +45,16 @@ namespace {
     ::_exit(0);
   }
   std::exit(0);
+}
+
+// A helper process that does not get as far as running its program.
+[[maybe_unused]] void LoseHelper() {
+  const pid_t helper = ::fork();
+  if (helper == 0) {
+    std::raise(SIGTERM);
+    ::_exit(0);
+  }
+  ::waitpid(helper, nullptr, 0);
 }
 
 [[maybe_unused]] void Print() {

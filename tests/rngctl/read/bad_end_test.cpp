@@ -146,6 +146,34 @@ TEST_F(RngctlTest, AnIgnoredSignalStaysIgnored) {
   EXPECT_TRUE(fs::is_empty(TreePath("keys")));
 }
 
+TEST_F(RngctlTest, SignalsThatEndNothingLeaveTheFile) {
+  InstallPlugin("dsdr", "drawing/BeSlow");
+  fs::create_directory(TreePath("keys"));
+  const Result result =
+      RunShell(Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") + " & until ls " +
+               TreePath("keys/key.*") + "; do sleep 0.01; done >/dev/null 2>&1; " +
+               "for signal in WINCH URG CONT CHLD; do kill -$signal $!; done; wait $!");
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_EQ(10001U, ReadFile(TreePath("keys/key")).size());
+}
+
+// A handler that removes the file belongs to the parent alone.
+TEST_F(RngctlTest, AHelperOfAPluginThatIsTerminatedLeavesTheFile) {
+  InstallPlugin("dsdr", "drawing/LoseHelper");
+  const Result result = Run("read dsdr -n 5000 -o " + TreePath("key"));
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_EQ(10001U, ReadFile(TreePath("key")).size());
+}
+
+TEST_F(RngctlTest, ACrashAfterTheLastByteIsAFailure) {
+  InstallPlugin("dsdr", "breaking/exit_handler_stays");  // its code is no longer there
+  fs::create_directory(TreePath("keys"));
+  const Result result = Run("read dsdr -n 5 -o " + TreePath("keys/key"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("A plug-in crashed with signal 11"));
+  EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+}
+
 TEST_F(RngctlTest, WhatAPluginPrintsIsNotAmongTheBytes) {
   InstallPlugin("dsdr", "drawing/Print");
   const Result result = Run("read dsdr -n 5000 --raw");

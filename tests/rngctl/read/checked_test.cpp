@@ -63,6 +63,11 @@ TEST_F(RngctlTest, ReadsFromTheDeviceThatIsNamed) {
   EXPECT_EQ("rngctl: The generator \"dsdr\" has no device \"r3?\".\n", result.errors);
 }
 
+TEST_F(RngctlTest, SelectsNoDeviceUnlessOneIsNamed) {
+  InstallPlugin("dsdr", "breaking/refuses_the_empty_device");
+  EXPECT_EQ(0, Run("read dsdr -n 2").status);
+}
+
 TEST_F(RngctlTest, AnotherDeviceThanTheDefaultsCanBeNamed) {
   InstallPlugin("dsdr", "drawing/NamesItsDevice");
   ASSERT_EQ(0, Run("default set dsdr r3").status);

@@ -58,6 +58,28 @@ TEST_F(RngctlTest, EverybodyMayWriteToTheNullDevice) {
     return 127;
   });
   EXPECT_EQ(0, result.status) << result.errors;
+  const Result full = RunForked([] {
+    const Unprivileged user;
+    ::execl(Rngctl().c_str(), "rngctl", "read", "unixdev", "-n", "2", "-o", "/dev/full", nullptr);
+    return 127;
+  });
+  EXPECT_EQ(1, full.status);
+  EXPECT_THAT(full.errors, HasSubstr("No space left on device"));
+}
+
+TEST_F(RngctlTest, ADirectoryThatMayNotBeListedIsEnough) {
+  fs::create_directory(TreePath("keys"));
+  GiveToNobody(TreePath("keys"));
+  fs::permissions(TreePath("keys"), fs::perms(0300));
+  const std::string file = TreePath("keys/key");
+  const Result result = RunForked([&file] {
+    const Unprivileged user;
+    ::execl(Rngctl().c_str(), "rngctl", "read", "unixdev", "-n", "2", "-o", file.c_str(), nullptr);
+    return 127;
+  });
+  fs::permissions(TreePath("keys"), fs::perms(0700));
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_EQ(5U, ReadFile(file).size());
 }
 
 TEST_F(RngctlTest, AnUnwritableFileIsASentence) {
