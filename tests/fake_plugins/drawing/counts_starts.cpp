@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <stdexcept>
 #include <sys/auxv.h>
 #include <unistd.h>
 
@@ -26,6 +27,8 @@ std::uint64_t CountStart() {
   return static_cast<std::uint64_t>(number);
 }
 
+bool g_hasFailed = false;
+
 [[maybe_unused]] std::uint64_t OneOfMany(std::uint64_t start) { return start; }
 
 [[maybe_unused]] std::uint64_t OneOf65536(std::uint64_t start) { return Mix(start) & 0xFFFF; }
@@ -38,6 +41,12 @@ std::uint64_t CountStart() {
 }
 
 [[maybe_unused]] void DoNothing(std::uint64_t) {}
+
+[[maybe_unused]] void ThrowInThird(std::uint64_t start) {
+  if (start == 4) throw std::runtime_error("out of range");
+}
+
+[[maybe_unused]] void FailInThird(std::uint64_t start) { g_hasFailed = start == 4; }
 
 [[maybe_unused]] void CrashInThird(std::uint64_t start) {
   if (start == 4) std::raise(SIGSEGV);  // one start came before the restarts
@@ -58,6 +67,7 @@ class CountingRng final : public CorrectRng {
       start = CountStart();
       AT_START(start);
     }
+    if (g_hasFailed) return false;
     auto* const bytes = static_cast<unsigned char*>(buffer);
     const std::uint64_t seed = SEED(start);
     for (std::size_t i = 0; i < size; ++i) {

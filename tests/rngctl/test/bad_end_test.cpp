@@ -33,7 +33,8 @@ INSTANTIATE_TEST_SUITE_P(
     Each, RngctlTestBadEnd,
     testing::Values(
         BadEnd("failing_device", "The generator \"dsdr\" failed after 0 bytes.\n"),
-        BadEnd("breaking/runs_out", "The generator \"dsdr\" failed after "),
+        BadEnd("breaking/runs_out", "The generator \"dsdr\" failed after 992 bytes.\n"),
+        BadEnd("drawing/ForgeTheEnd", "A plug-in interfered with the draw: 32 bytes arrived.\n"),
         BadEnd("drawing/Exit", "A plug-in exited with status 0.\n"),
         BadEnd("drawing/ExitAtOnce", "A plug-in exited with status 0.\n"),
         BadEnd("drawing/ExitWithChild", "A plug-in exited with status 0.\n"),
@@ -113,6 +114,14 @@ TEST_F(RngctlTest, RestartsNeedTheNullDevice) {
   EXPECT_EQ("rngctl: rngctl needs /dev/null to start a process. Fix: mount /dev.\n", result.errors);
 }
 
+// A handler that removes the picture belongs to the parent alone.
+TEST_F(RngctlTest, AHelperOfAPluginThatIsTerminatedLeavesThePicture) {
+  InstallPlugin("dsdr", "drawing/LoseHelper");
+  const Result result = Run("test dsdr -n 5000 --restarts 0 --picture " + TreePath("picture.png"));
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_TRUE(fs::exists(TreePath("picture.png")));
+}
+
 // --- Usage
 
 TEST_F(RngctlTest, TestRefusesWrongNumbers) {
@@ -171,6 +180,7 @@ TEST_F(RngctlTest, TestSelectsTheDevice) {
   // The draws of the restarts have the name of the device, so they are all alike.
   EXPECT_THAT(Run("test dsdr --device r2 -n 100 --restarts 2").output,
               HasSubstr("Starts 1 and 2 of 2 gave the same bytes"));
+  EXPECT_EQ(0, Run("test dsdr --device rr -n 100 --restarts 2").status);
 }
 
 TEST_F(RngctlTest, TestReportsTheDevice) {

@@ -178,7 +178,7 @@ TEST_F(RngctlRestarts, FindASharedBeginning) {
   const Result result = RunWith("BeginsAlike", "-n 100000 --restarts 5");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, HasSubstr("gave bytes whose first "));
-  EXPECT_THAT(result.output, HasSubstr(" bits are equal; chance explains at most 2"));
+  EXPECT_THAT(result.output, HasSubstr(" bits are equal; chance explains at most 27."));
 }
 
 TEST_F(RngctlRestarts, FindAShortBeginningThatAllHave) {
@@ -205,6 +205,20 @@ TEST_F(RngctlRestarts, ACrashInOneIsNoVerdict) {
       result.errors);
 }
 
+TEST_F(RngctlRestarts, AFailureInOneIsNoVerdict) {
+  const Result failed = RunWith("FailsInThirdStart", "-n 1000 --restarts 5");
+  EXPECT_EQ(3, failed.status);
+  EXPECT_EQ("rngctl: In start 3: the generator \"dsdr\" failed in its first draw.\n",
+            failed.errors);
+  WriteFile(TreePath("starts"), "");
+  const Result thrown = RunWith("ThrowsInThirdStart", "-n 1000 --restarts 5");
+  EXPECT_EQ(3, thrown.status);
+  EXPECT_EQ(
+      "rngctl: In start 3: A plug-in or the system failed: out of range\n"
+      "Run \"rngctl doctor\" to find out which.\n",
+      thrown.errors);
+}
+
 TEST_F(RngctlRestarts, OneThatHangsIsNoVerdict) {
   const Result result = RunWith("WaitsInThirdStart", "-n 1000 --restarts 5");
   EXPECT_EQ(3, result.status);
@@ -229,6 +243,16 @@ TEST_F(RngctlRestarts, DoNotRepeatWhatIsPrinted) {
   EXPECT_EQ(0, result.status);
   Parse(result);
   EXPECT_EQ("a line\n", result.errors);
+}
+
+// --- Speed
+
+TEST_F(RngctlTest, TestReportsTheTimesOfSmallDraws) {
+  InstallPlugin("dsdr", "drawing/SlowAtTimes");
+  const nlohmann::json report = Parse(Run("test dsdr -n 32000 --restarts 0 --json"));
+  const nlohmann::json draws = report.at("speed").at("small_draws");
+  EXPECT_GE(draws.at("median_seconds"), 0.0001);        // of 30 draws in 50
+  EXPECT_GE(draws.at("percentile_99_seconds"), 0.001);  // of one draw in 50
 }
 
 // --- A generator that needs the user
