@@ -18,6 +18,11 @@ using Byte = unsigned char;
   if (size == 4096) ZeroHalf(bytes, size);
 }
 
+// The size of most keys.
+[[maybe_unused]] void ZeroHalfOf32(Byte* bytes, std::size_t size) {
+  if (size == 32) ZeroHalf(bytes, size);
+}
+
 // A fresh one for each draw.
 [[maybe_unused]] void RepeatBlock(Byte* bytes, std::size_t size) {
   for (std::size_t i = 16; i < size; ++i) bytes[i] = bytes[i - 16];

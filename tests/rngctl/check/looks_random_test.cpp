@@ -43,6 +43,8 @@ INSTANTIATE_TEST_SUITE_P(
     Each, CheckLook,
     testing::Values(
         BadLook{"ZeroHalf", "All seven draws of 16 bytes have zeros in bytes 9 to 16[.]", kFill},
+        BadLook{"ZeroHalfOf32", "All seven draws of 32 bytes have zeros in bytes 17 to 32[.]",
+                kFill},
         BadLook{"ZeroHalfOf4096",
                 "All seven draws of 4096 bytes have zeros in bytes 2049 to 4096[.]", kFill},
         BadLook{"leaves_small_draws", "None of seven draws of 1 byte writes byte 1: the .*", kFill,

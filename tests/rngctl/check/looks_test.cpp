@@ -11,7 +11,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr std::size_t kSizes[] = {1, 2, 15, 16, 17, 255, 256, 4096, 70000};
+constexpr std::size_t kSizes[] = {1, 2, 15, 16, 17, 32, 255, 256, 4096, 70000};
 constexpr SipKey kKey = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
 using Spoil = std::function<void(DrawnBytes& draw)>;
@@ -202,7 +202,7 @@ TEST(Looks, AValueThatComesTooOftenIsFound) {
 }
 
 TEST(Looks, BitsThatAreStuckAreFoundAtEveryLargerSize) {
-  for (const std::size_t size : {15, 16, 17, 255, 256, 4096}) {
+  for (const std::size_t size : {15, 16, 17, 32, 255, 256, 4096}) {
     const std::string all = "In the " + std::to_string(7 * size) + " bytes of the draws of " +
                             std::to_string(size) + " bytes, the bit ";
     EXPECT_EQ(all + "0x80 is always 0.",

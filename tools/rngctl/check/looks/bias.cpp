@@ -8,7 +8,7 @@
 
 namespace {
 
-// The probability of a false alarm in one statistic. Eight bits at seven sizes add 5.6 * 10^-11. The byte
+// The probability of a false alarm in one statistic. Eight bits at eight sizes add 6.4 * 10^-11. The byte
 // values at the two largest sizes add 2.4 * 10^-12, because the exact tails are 1.4 and 1.02 times those of
 // the chi-square distribution there.
 constexpr double kUnlikely = 1e-12;

@@ -8,14 +8,14 @@
 
 // The probability that a perfect source fails is below 4 * 10^-10 in a whole run. The parts, each computed
 // beside its test: unwritten bytes 1.1 * 10^-12, bytes that are the same in seven draws 2.7 * 10^-10, runs
-// and counters 5 * 10^-13, blocks 3.6 * 10^-11, bits 5.6 * 10^-11, byte values 2.4 * 10^-12.
+// and counters 5 * 10^-13, blocks 3.6 * 10^-11, bits 6.4 * 10^-11, byte values 2.4 * 10^-12.
 
 namespace {
 
 // Whole blocks come first, because a slow source may not get any further. Later starts make the same calls,
 // so that a generator with a fixed seed repeats some blocks.
-constexpr std::size_t kSizes[] = {16, 1, 2, 15, 17, 255, 256, 4096, kLargeDraw};
-constexpr std::size_t kLaterSizes[] = {16, 1, 2, 15, 17, 255, 256};
+constexpr std::size_t kSizes[] = {16, 1, 2, 15, 17, 32, 255, 256, 4096, kLargeDraw};
+constexpr std::size_t kLaterSizes[] = {16, 1, 2, 15, 17, 32, 255, 256};
 
 // The first start gets a half of the time limit, each of the two later ones a sixth.
 constexpr int kFirstPart = 2;
