@@ -63,7 +63,7 @@ TEST(CheckedRng, PassesGoodDrawsOfEverySize) {
   ScriptedSource source;
   source.draw = DrawGood;
   CheckedRng rng(&source);
-  for (const std::size_t size : {1, 2, 15, 16, 17, 255, 256, 4096, 70000}) {
+  for (const std::size_t size : {1UL, 2UL, 15UL, 16UL, 17UL, 255UL, 256UL, 4096UL, 70000UL}) {
     Bytes bytes(size, 0);
     EXPECT_TRUE(rng.Generate(bytes.data(), size));
     EXPECT_TRUE(size < 17 || bytes != Bytes(size, 0));
@@ -72,7 +72,7 @@ TEST(CheckedRng, PassesGoodDrawsOfEverySize) {
 }
 
 TEST(CheckedRng, SeesATailThatWasNotFilledWhateverTheBufferHeld) {
-  for (const std::size_t size : {16, 32, 256, 4096, 70000}) {
+  for (const std::size_t size : {16UL, 32UL, 256UL, 4096UL, 70000UL}) {
     ScriptedSource source;
     source.draw = [](unsigned char* buffer, std::size_t count) {
       return DrawGood(buffer, count - 9);
@@ -143,7 +143,7 @@ TEST(CheckedRng, DoesNotSeeThirtyTwoBytesThatEachDrawRepeats) {
 }
 
 TEST(CheckedRng, AlarmsAt23OfAWindowAndNoFewer) {
-  for (const std::size_t equal : {22, 23}) {
+  for (const std::size_t equal : {22UL, 23UL}) {
     Bytes stream = OldBytes(1024);
     for (std::size_t i = 513; i < 1024; ++i) {  // the second window
       if (stream[i] == stream[512]) ++stream[i];

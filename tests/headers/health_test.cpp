@@ -114,17 +114,17 @@ TEST(HealthTest, DecidesAsTheDefinitionsDoHoweverTheStreamIsCut) {
 }
 
 TEST(HealthTest, EachTestAloneHasItsExactCutoff) {
-  for (const std::size_t size : {8, 9}) {
+  for (const std::size_t size : {8UL, 9UL}) {
     EXPECT_EQ(size < 9, Passes(Bytes(size, 7), {9, 1000, 512, false})) << size;
   }
-  for (const std::size_t equal : {22, 23}) {
+  for (const std::size_t equal : {22UL, 23UL}) {
     Bytes window;
     for (std::size_t i = 0; i < 512; ++i) {
       window.push_back(i % 2 == 0 && i / 2 < equal ? 1 : static_cast<unsigned char>(2 + i % 200));
     }
     EXPECT_EQ(equal < 23, Passes(window, {1000, 23, 512, false})) << equal;
   }
-  for (const std::size_t equal : {15, 16}) {
+  for (const std::size_t equal : {15UL, 16UL}) {
     Bytes bytes = Source(2).Draw(4096);
     std::copy_n(bytes.begin() + 1000, equal, bytes.begin() + 1016);
     bytes[1016 + equal] = static_cast<unsigned char>(bytes[1000 + equal] + 1);
@@ -135,7 +135,7 @@ TEST(HealthTest, EachTestAloneHasItsExactCutoff) {
 TEST(HealthTest, SeesNineEqualBytesWhereverTheyBeginAndNoFewer) {
   Source source(3);
   for (std::size_t place = 1; place < 1100; ++place) {
-    for (const std::size_t size : {8, 9}) {
+    for (const std::size_t size : {8UL, 9UL}) {
       Bytes bytes = source.Draw(2048);
       const auto byte = static_cast<unsigned char>(bytes[place - 1] + 1);
       std::fill_n(&bytes[place], size, byte);
@@ -180,7 +180,7 @@ TEST(HealthTest, CountsNothingFromBeforeAWholeWindow) {
 TEST(HealthTest, SeesSixteenRepeatedBytesWhereverTheyBeginAndNoFewer) {
   Source source(6);
   for (std::size_t place = 1; place < 1100; ++place) {
-    for (const std::size_t size : {15, 16}) {
+    for (const std::size_t size : {15UL, 16UL}) {
       Bytes bytes = source.Draw(2048);
       std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(place), size, &bytes[place + 16]);
       if (size == 15) {  // neither the byte before nor the one after may be the sixteenth by chance
