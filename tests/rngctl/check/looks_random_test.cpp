@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "None of seven draws of 70000 bytes writes bytes 8193 to 70000: .*", kFill,
                 "draw-fills-buffer "},
         BadLook{"RepeatBlock",
-                "In the first draw of 255 bytes, bytes 17 to 32 repeat the 16 bytes before them[.]",
+                "In the first draw of 32 bytes, bytes 17 to 32 repeat the 16 bytes before them[.]",
                 "Take each byte from the source once", "drawn-values "},
         BadLook{"WriteHex", "All 112 bytes of the draws of 16 bytes are printable ASCII .*",
                 "Decode what the source sends as text", "drawn-values "},
