@@ -1,7 +1,7 @@
 #include "tools/rngctl/terminal/colour.h"
 #include "tools/rngctl/terminal/text.h"
+#include "tools/rngctl/test/report/numbers.h"
 #include "tools/rngctl/test/report/report.h"
-#include "tools/rngctl/test/report/sentences.h"
 #include "tools/rngctl/test/timed_draws.h"
 
 #include <iostream>
@@ -12,21 +12,6 @@ constexpr std::size_t kLabelWidth = 12;
 
 void PrintLine(const std::string& label, const std::string& text) {
   std::cout << Padded(label, kLabelWidth) << Printable(text) << '\n';
-}
-
-std::string WithUnit(double seconds) {
-  if (seconds < 1e-6) return Rounded(seconds * 1e9, 3) + " ns";
-  if (seconds < 1e-3) return Rounded(seconds * 1e6, 3) + " us";
-  if (seconds < 1) return Rounded(seconds * 1e3, 3) + " ms";
-  return Rounded(seconds, 3) + " s";
-}
-
-// Three digits are enough.
-std::string BytesPerSecond(std::uint64_t bytes) {
-  const auto number = static_cast<double>(bytes);
-  if (bytes >= 1'000'000) return Rounded(number / 1e6, 3) + " MB per second";
-  if (bytes >= 1000) return Rounded(number / 1e3, 3) + " kB per second";
-  return std::to_string(bytes) + " bytes per second";
 }
 
 void PrintSpeed(const Speed& speed) {

@@ -1,6 +1,7 @@
 #include "tools/rngctl/test/report/sentences.h"
 
 #include "tools/rngctl/terminal/text.h"
+#include "tools/rngctl/test/report/numbers.h"
 #include "tools/rngctl/test/restarts.h"
 
 #include <algorithm>
@@ -156,16 +157,4 @@ std::string Describe(const QualityResult& result, const TestEvidence& evidence) 
     default:
       return DescribeRestarts(evidence);
   }
-}
-
-std::string Grouped(std::uint64_t number) {
-  std::string text = std::to_string(number);
-  for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, ",");
-  return text;
-}
-
-std::string Rounded(double number, int digits) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.*g", digits, number);
-  return text;
 }

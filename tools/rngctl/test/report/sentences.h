@@ -20,10 +20,4 @@ std::string NameOf(QualityTest test);
 /// What the test found, or why it was not made.
 std::string Describe(const QualityResult& result, const TestEvidence& evidence);
 
-/// "1,000,000".
-std::string Grouped(std::uint64_t number);
-
-/// Rounded to that many digits: "0.012", "1.3e-12".
-std::string Rounded(double number, int digits = 2);
-
 #endif
