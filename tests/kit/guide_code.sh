@@ -57,11 +57,33 @@ timeout 300 ./host >log 2>&1 || fail "the limit of a draw: $?"
 # A checked draw of a host.
 {
   printf '%s\n' '#include <rngaggregator/aggregator.h>'
-  block host-guide cpp CheckedRng | sed '/^CheckedRng/i int main() {\n  Initialize(nullptr);\n  {'
+  block host-guide cpp CheckedRng | sed '/^IRngProvider/i int main() {\n  Initialize(nullptr);\n  {'
   printf '%s\n' '  }' '  ShutDown();' '}'
 } >checked.cpp
 g++ -std=c++11 -Wall -Wextra -Werror -pthread checked.cpp -o checked -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
 ./checked || fail "a checked draw: $?"
+
+# The health tests of raw noise.
+{
+  block plugin-guide cpp RngHealthTest
+  cat <<'NOISE'
+#include <cstring>
+bool Noise::ReadDevice(unsigned char* bytes, std::size_t size) {
+  static unsigned char isStuck = 0;
+  std::memset(bytes, 0, size);
+  for (std::size_t i = 0; i < size && !isStuck; ++i) bytes[i] = static_cast<unsigned char>(i % 251);
+  isStuck = 1;
+  return true;
+}
+int main() {
+  Noise noise;
+  unsigned char bytes[600];
+  return noise.Read(bytes, sizeof bytes) && !noise.Read(bytes, sizeof bytes) ? 0 : 1;
+}
+NOISE
+} >noise.cpp
+g++ -std=c++11 -Wall -Wextra -Werror -pthread noise.cpp -o noise -I"$P/include"
+./noise || fail "the tests of raw noise: $?"
 
 # A plug-in is found, debugged and examined in the folder of its build.
 cp -r "$source/examples/minimal-plugin/." .
