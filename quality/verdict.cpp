@@ -45,7 +45,7 @@ QualityResult JudgeHealth(QualityTest test, const RngHealthTest& health, std::ui
 }
 
 QualityResult JudgeBlocks(const BlockTests& blocks, double chance) {
-  if (blocks.blocks == 0) return {QualityTest::kBlocks, QualityOutcome::kNotMade};
+  if (blocks.blocks < kFewestBlocks) return {QualityTest::kBlocks, QualityOutcome::kNotMade};
   return JudgeChance(QualityTest::kBlocks, GetBinomialTail(blocks.blocks, chance, blocks.failing));
 }
 

@@ -31,6 +31,10 @@ constexpr double kFalseAlarmOfRun = 1e-6;
 /// heavier at this probability than that of the distribution that is used for it.
 constexpr double kFalseAlarmOfTest = kFalseAlarmOfRun / 2 / kQualityTests;
 
+/// With fewer blocks their test is not made: it could not fail. Two failing blocks of two are more frequent
+/// with a perfect source than the share of a test allows.
+constexpr std::uint64_t kFewestBlocks = 3;
+
 /// The tests of a stream of bytes. They take all bytes in one pass, and keep none.
 class StreamTests {
  public:

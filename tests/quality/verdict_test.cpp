@@ -1,5 +1,6 @@
 #include "quality/verdict.h"
 
+#include "quality/block_chance.h"
 #include "quality/distributions.h"
 #include "tests/quality/sources.h"
 
@@ -7,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <numeric>
 
+using testing::Contains;
 using testing::ElementsAre;
 
 namespace {
@@ -44,13 +46,21 @@ TEST(Verdict, GoodBytesPassEveryTest) {
 
 TEST(Verdict, ATestIsNotMadeWithTooFewBytes) {
   EXPECT_EQ(kQualityTests, NotMade({}).size());
-  EXPECT_THAT(NotMade(GoodBytes(2499)),
+  EXPECT_THAT(NotMade(GoodBytes(4095)),
               ElementsAre(QualityTest::kBlocks, QualityTest::kByteFrequencies,
                           QualityTest::kSerialCorrelation, QualityTest::kRestarts));
-  EXPECT_THAT(NotMade(GoodBytes(2500)),
-              ElementsAre(QualityTest::kByteFrequencies, QualityTest::kSerialCorrelation,
-                          QualityTest::kRestarts));
-  EXPECT_THAT(NotMade(GoodBytes(4096)), ElementsAre(QualityTest::kRestarts));
+  EXPECT_THAT(NotMade(GoodBytes(4096)), ElementsAre(QualityTest::kBlocks, QualityTest::kRestarts));
+  EXPECT_THAT(NotMade(GoodBytes(3 * kBlockSize - 1)),
+              ElementsAre(QualityTest::kBlocks, QualityTest::kRestarts));
+  EXPECT_THAT(NotMade(GoodBytes(3 * kBlockSize)), ElementsAre(QualityTest::kRestarts));
+}
+
+// A test that passes although every block fails would mislead.
+TEST(Verdict, BlocksAreTestedOnlyIfTheyCanFail) {
+  const double chance = GetBlockChances().Any();
+  EXPECT_EQ(2U, GetMostFailingBlocks(2, chance, kFalseAlarmOfTest));
+  EXPECT_EQ(2U, GetMostFailingBlocks(kFewestBlocks, chance, kFalseAlarmOfTest));
+  EXPECT_THAT(Failed(Bytes(3 * kBlockSize)), Contains(QualityTest::kBlocks));
 }
 
 TEST(Verdict, NamesTheTestsThatFail) {

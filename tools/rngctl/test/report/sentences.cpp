@@ -24,7 +24,8 @@ std::string Percent(double part) {
 std::string NotMade(QualityTest test, const TestEvidence& evidence) {
   switch (test) {
     case QualityTest::kBlocks:
-      return "It needs at least one block of " + Grouped(kBlockSize) + " bytes.";
+      return "It needs at least " + Grouped(kFewestBlocks) + " blocks of " + Grouped(kBlockSize) +
+             " bytes.";
     case QualityTest::kRestarts:
       if (evidence.restartsMade == 1) return "It needs at least two starts.";
       return evidence.asksUser ? "Each start would ask the user." : "It was skipped, as requested.";
@@ -35,14 +36,13 @@ std::string NotMade(QualityTest test, const TestEvidence& evidence) {
 
 std::string DescribeBlocks(const TestEvidence& evidence) {
   const BlockTests& blocks = evidence.stream.blocks;
-  std::string text = Grouped(blocks.failing) + " of " + Grouped(blocks.blocks) +
-                     (blocks.blocks == 1 ? " block" : " blocks") + " failed FIPS 140-2 tests";
+  std::string text =
+      Grouped(blocks.failing) + " of " + Grouped(blocks.blocks) + " blocks failed FIPS 140-2 tests";
   if (blocks.failing > 0) {
     text += " (monobit " + Grouped(blocks.monobit) + ", poker " + Grouped(blocks.poker) +
             ", runs " + Grouped(blocks.runs) + ", long run " + Grouped(blocks.longRun) + ")";
   }
-  const std::uint64_t most = std::min(evidence.verdict.mostFailingBlocks, blocks.blocks);
-  return text + "; up to " + Grouped(most) + " may fail.";
+  return text + "; up to " + Grouped(evidence.verdict.mostFailingBlocks) + " may fail.";
 }
 
 std::string DescribeRepetition(const StreamTests& stream) {
