@@ -65,7 +65,7 @@ TEST_F(Doctor, APluginHasOneLimitForAllOfItsStart) {
 // Together they take 3.2 s.
 TEST_F(Doctor, EachPluginOfAStartHasTheWholeLimit) {
   for (const char* kind : {"dsdr", "accord", "sobol", "grandmaster"})
-    InstallPlugin(kind, "slow_start");
+    InstallPlugin(kind, "slow_starts");
   EXPECT_EQ(json(), Examine("dsdr", "", 2).at("start").at("problem"));
 }
 
