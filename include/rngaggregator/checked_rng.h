@@ -9,8 +9,8 @@
 ///
 /// It finds the most common defects of hardware generators and their drivers: a draw that reports success
 /// but leaves all or part of the buffer unfilled, and 16 bytes that repeat the 16 before them. It does not
-/// find repetitions at other distances: the same 32 bytes in each draw can pass. "rngctl check" looks for those. Nor
-/// can it show that bytes are unpredictable; see health.h.
+/// find repetitions at other distances: the same 32 bytes in each draw can pass. "rngctl check" looks for
+/// those. Nor can it show that bytes are unpredictable; see health.h.
 
 #include <mutex>
 
@@ -31,6 +31,7 @@
 ///            draws end.
 class CheckedRng final : public IRngProvider {
  public:
+  /// Calls nothing yet.
   explicit CheckedRng(IRngProvider* provider) : rng(*provider), test({9, 23, 512, true}) {}
   CheckedRng(const CheckedRng&) = delete;
   CheckedRng& operator=(const CheckedRng&) = delete;

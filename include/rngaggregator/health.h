@@ -61,9 +61,10 @@ enum class RngHealthAlarm { kNone, kRepetition, kProportion, kBlock };
 /// wipes them when it is reset or destroyed. Threads: one at a time.
 class RngHealthTest {
  public:
+  /// A stream without bytes, and without an alarm.
   explicit RngHealthTest(const RngHealthCutoffs& when) : cutoffs(when) {}
-  RngHealthTest(const RngHealthTest&) = default;
-  RngHealthTest& operator=(const RngHealthTest&) = default;
+  RngHealthTest(const RngHealthTest&) = default;             ///< with the stream so far
+  RngHealthTest& operator=(const RngHealthTest&) = default;  ///< likewise
   ~RngHealthTest() { ::explicit_bzero(block, sizeof block); }
 
   /// Takes the next `size` bytes of the stream. Returns false from the first alarm on.
@@ -81,6 +82,7 @@ class RngHealthTest {
     return alarm == RngHealthAlarm::kNone;
   }
 
+  /// What raised the alarm, if there was one.
   RngHealthAlarm Alarm() const { return alarm; }
 
   /// Forgets the stream and its alarm.

@@ -47,14 +47,14 @@ std::string Describe(RngHealthAlarm alarm) {
 
 void DrawFrom(IRngProvider& rng, const DrawRequest& request, const TakePiece& pass) {
   CheckedRng checked(&rng);
-  IRngProvider& source = request.isChecked ? checked : rng;
+  IRngProvider* const source = request.isChecked ? &checked : &rng;
   const NoCore noCore;
   SecretBytes piece;
   std::size_t most = kFirstPiece;
   for (std::uint64_t done = 0; done < request.size; done += piece.size()) {
     piece.resize(static_cast<std::size_t>(std::min<std::uint64_t>(request.size - done, most)));
     const auto start = Clock::now();
-    if (!source.Generate(piece.data(), piece.size())) RefuseDraw(rng, checked.Alarm(), done);
+    if (!source->Generate(piece.data(), piece.size())) RefuseDraw(rng, checked.Alarm(), done);
     if (Clock::now() - start < kQuick) most = std::min(2 * most, kLargestPiece);
     pass(piece);
   }
