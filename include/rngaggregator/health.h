@@ -65,7 +65,11 @@ class RngHealthTest {
   explicit RngHealthTest(const RngHealthCutoffs& when) : cutoffs(when) {}
   RngHealthTest(const RngHealthTest&) = default;             ///< with the stream so far
   RngHealthTest& operator=(const RngHealthTest&) = default;  ///< likewise
-  ~RngHealthTest() { ::explicit_bzero(block, sizeof block); }
+  ~RngHealthTest() {
+    ::explicit_bzero(block, sizeof block);
+    ::explicit_bzero(&last, sizeof last);
+    ::explicit_bzero(&first, sizeof first);
+  }
 
   /// Takes the next `size` bytes of the stream. Returns false from the first alarm on.
   bool Feed(const void* bytes, std::size_t size) {

@@ -260,6 +260,20 @@ TEST(HealthTest, KeepsNoBytesBeyondItsEndOrAReset) {
   }
 }
 
+// The last one, and the first of the window.
+TEST(HealthTest, KeepsNoSingleByteBeyondItsEndOrAReset) {
+  constexpr unsigned char kByte = 0xD7;
+  alignas(RngHealthTest) unsigned char memory[sizeof(RngHealthTest)] = {};
+  const auto countBytes = [&] { return std::count(memory, std::end(memory), kByte); };
+  for (const bool isReset : {false, true}) {
+    auto* const test = new (memory) RngHealthTest(kGoodBytes);
+    EXPECT_TRUE(test->Feed(&kByte, 1));
+    EXPECT_EQ(3, countBytes());
+    isReset ? test->Reset() : test->~RngHealthTest();
+    EXPECT_EQ(0, countBytes()) << isReset;
+  }
+}
+
 TEST(HealthTest, NothingIsFoundInNothing) {
   EXPECT_TRUE(RngHealthTest(kGoodBytes).Feed(nullptr, 0));
   EXPECT_TRUE(Passes(Bytes(900, 0), kNothingElse));
