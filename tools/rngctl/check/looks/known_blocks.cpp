@@ -43,7 +43,7 @@ std::optional<Fault> KnownBlocks::Add(const DrawsOfSize& drawn) {
 }
 
 // The 3,507 places of a later start and the 32,662 blocks of the first are 1.1 * 10^8 pairs: 6.2 * 10^-12.
-// For another process, which has no more than 2,023 blocks to compare with, it is less.
+// For another process, which has no more than 2,037 blocks to compare with, it is less.
 std::optional<Fault> KnownBlocks::Find(const DrawsOfSize& drawn, const std::string& when) const {
   for (std::size_t number = 0; number < drawn.draws.size(); ++number) {
     const Bytes& bytes = drawn.draws[number].after;

@@ -10,7 +10,7 @@
 namespace {
 
 // As for checked draws. Good bytes give nine equal ones in a row at one of 2^64 places, and 22 more of the
-// first byte of a window in one of 2.7 * 10^15. In 522,809 bytes and 1,050 windows that is 2.9 * 10^-14 and
+// first byte of a window in one of 2.7 * 10^15. In 522,809 bytes and 1,057 windows that is 2.9 * 10^-14 and
 // 3.9 * 10^-13; equal blocks have 2^-109.
 constexpr RngHealthCutoffs kCutoffs = {9, 23, 512, true};
 
