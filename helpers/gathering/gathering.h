@@ -1,0 +1,55 @@
+#ifndef HELPERS_GATHERING_GATHERING_H
+#define HELPERS_GATHERING_GATHERING_H
+
+#include "helpers/gathering/hmac_drbg.h"
+#include "helpers/gathering/key_credit.h"
+#include "helpers/gathering/motion_credit.h"
+
+#include <rngaggregator/health.h>
+
+/// 64 bytes of the system's generator. They are never credited. With them the result is no worse than what
+/// the system gives if the user is a machine, and no worse than the user if the system's generator is broken.
+using SystemBytes = std::array<unsigned char, 64>;
+
+/// Collects what a user does, until there is enough for 256 bits of strength: the entropy of one draw.
+/// Without input or output of its own.
+class Gathering {
+ public:
+  /// 256 bits of strength need 64 more.
+  static constexpr int kNeededBits = 320;
+
+  /// The algorithm must outlive this object. `isRemote`: see `KeyCredit`.
+  Gathering(const HmacAlgorithm& algorithm, const SystemBytes& system, bool isRemote);
+  Gathering(const Gathering&) = delete;
+  Gathering& operator=(const Gathering&) = delete;
+
+  /// Everything that happens is taken into the result, whether it is credited or not.
+  void Add(const KeyPress& press);
+  void Add(const Motion& motion);
+
+  /// The bits that are credited so far, at most `kNeededBits`.
+  int Bits() const { return bits; }
+  bool IsComplete() const { return bits == kNeededBits; }
+
+  /// True once the credited events are too much alike to be a person's. The draw must then fail.
+  bool HasAlarm() const { return !isHealthy; }
+
+  /// The generator of this draw, once. Throws a `std::logic_error` if there is not enough, or an alarm.
+  HmacDrbg Finish();
+
+ private:
+  void Record(unsigned char type, std::chrono::nanoseconds time, std::uint32_t first,
+              std::uint32_t second, std::uint32_t third);
+  void Credit(int count, unsigned char sample, RngHealthTest& test);
+
+  const HmacAlgorithm& algorithm;
+  Hmac conditioning;
+  KeyCredit keyCredit;
+  MotionCredit motionCredit;
+  RngHealthTest keyTest;
+  RngHealthTest motionTest;
+  int bits = 0;
+  bool isHealthy = true;
+};
+
+#endif

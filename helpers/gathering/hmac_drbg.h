@@ -1,0 +1,36 @@
+#ifndef HELPERS_GATHERING_HMAC_DRBG_H
+#define HELPERS_GATHERING_HMAC_DRBG_H
+
+#include "helpers/gathering/hmac.h"
+
+#include <array>
+#include <string_view>
+
+/// HMAC_DRBG with SHA-256, as NIST SP 800-90A, section 10.1.2, defines it. It is never reseeded: each draw
+/// of a helper has a generator of its own. Its state is wiped when it ends.
+class HmacDrbg {
+ public:
+  /// `entropy` with at least 256 bits of entropy and `nonce` are the bytes that the standard calls so. The
+  /// algorithm must outlive this object.
+  HmacDrbg(const HmacAlgorithm& algorithm, std::string_view entropy, std::string_view nonce);
+  HmacDrbg(const HmacDrbg&) = delete;
+  HmacDrbg& operator=(const HmacDrbg&) = delete;
+  ~HmacDrbg();
+
+  /// Fills the buffer, with one request of the standard for each 65,536 bytes.
+  void Generate(void* buffer, std::size_t size, std::string_view additional = {});
+
+ private:
+  using Value = std::array<unsigned char, 32>;
+
+  void GenerateRequest(unsigned char* buffer, std::size_t size, std::string_view additional);
+  void Update(std::string_view first, std::string_view second = {});
+  void UpdateKey(unsigned char round, std::string_view first, std::string_view second);
+  void UpdateValue();
+
+  const HmacAlgorithm& algorithm;
+  Value key = {};
+  Value value = {};
+};
+
+#endif

@@ -1,0 +1,34 @@
+#ifndef HELPERS_GATHERING_KEY_CREDIT_H
+#define HELPERS_GATHERING_KEY_CREDIT_H
+
+#include "helpers/gathering/event.h"
+
+/// How many bits of entropy a key press counts for. The figures are fixed and never estimated from the data:
+/// a program that imitates a person would get any estimate it likes.
+class KeyCredit {
+ public:
+  /// `isRemote`: the keys come over a network, so an eavesdropper sees when they are pressed.
+  explicit KeyCredit(bool isRemote) : bits(isRemote ? 1 : 2) {}
+
+  /// The credit of the next press: 2 bits, or 1 if remote. Nothing for
+  /// - the first press,
+  /// - presses that arrive together,
+  /// - a press less than 8 ms after the one before,
+  /// - the third and each later press of the same key in a row, as auto-repeat makes them,
+  /// - a press whose interval is within 2 ms of one of the two intervals before, as a machine makes them.
+  int Take(const KeyPress& press);
+
+ private:
+  using Time = std::chrono::nanoseconds;
+
+  bool IsRegular(Time interval) const;
+
+  const int bits;
+  int presses = 0;   // so far; the first three matter
+  int sameKeys = 0;  // in a row
+  std::uint32_t lastKey = 0;
+  Time lastTime{};
+  Time intervals[2] = {};  // the last, the one before
+};
+
+#endif
