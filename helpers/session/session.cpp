@@ -1,0 +1,99 @@
+#include "helpers/session/session.h"
+
+#include "helpers/gathering/self_test.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <fstream>
+#include <openssl/crypto.h>
+#include <poll.h>
+#include <stdexcept>
+#include <string>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/random.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+void ProtectMemory() {
+  ::prctl(PR_SET_DUMPABLE, 0);
+  ::mlockall(MCL_CURRENT |
+             MCL_FUTURE);  // fails where the limit is small, which is no reason to refuse
+}
+
+bool IsReadable(int descriptor) {
+  pollfd wait = {descriptor, POLLIN | POLLRDHUP, 0};
+  return ::poll(&wait, 1, 0) == 1;
+}
+
+bool Send(const unsigned char* bytes, std::size_t size) {
+  while (size > 0) {
+    const ssize_t sent = ::send(kHelperSocket, bytes, size, MSG_NOSIGNAL);
+    if (sent < 0 && errno != EINTR) return false;
+    if (sent > 0) {
+      bytes += sent;
+      size -= static_cast<std::size_t>(sent);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+Session::Session() {
+  ProtectMemory();
+  ucred peer = {};
+  socklen_t size = sizeof peer;
+  if (::getsockopt(kHelperSocket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
+      ::recv(kHelperSocket, &request, sizeof request, MSG_WAITALL) != sizeof request) {
+    throw std::runtime_error("This program is started by a plug-in. Run \"rngctl read\" instead.");
+  }
+  process = peer.pid;
+  host = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
+  if (host < 0) throw std::runtime_error("The program that asked for random bytes has ended.");
+}
+
+Session::~Session() { ::close(host); }
+
+bool Session::HasEnded() const { return IsReadable(kHelperSocket) || IsReadable(host); }
+
+// The state follows the name of the program, which is in parentheses and may contain any character.
+bool Session::IsHostStopped() const {
+  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+  std::string line;
+  std::getline(file, line);
+  const std::size_t end = line.rfind(") ");
+  return end != std::string::npos && line[end + 2] == 'T';
+}
+
+bool Session::Answer(HmacDrbg&& generator) const {
+  std::array<unsigned char, 4096> piece;
+  bool isWanted = true;
+  for (std::uint64_t done = 0; isWanted && done < request.size;) {
+    const std::size_t part =
+        static_cast<std::size_t>(std::min<std::uint64_t>(request.size - done, piece.size()));
+    generator.Generate(piece.data(), part);
+    isWanted = Send(piece.data(), part);
+    done += part;
+  }
+  OPENSSL_cleanse(piece.data(), piece.size());
+  return isWanted;
+}
+
+void Session::AnswerSelfTest() const {
+  if (TestGathering()) Send(&kHelperPassed, 1);
+}
+
+SystemBytes DrawSystemBytes() {
+  SystemBytes bytes;
+  for (std::size_t done = 0; done < bytes.size();) {
+    const ssize_t count = ::getrandom(bytes.data() + done, bytes.size() - done, 0);
+    if (count < 0 && errno != EINTR) throw std::runtime_error("The system's generator fails.");
+    if (count > 0) done += static_cast<std::size_t>(count);
+  }
+  return bytes;
+}

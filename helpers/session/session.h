@@ -1,0 +1,46 @@
+#ifndef HELPERS_SESSION_SESSION_H
+#define HELPERS_SESSION_SESSION_H
+
+#include "helpers/gathering/gathering.h"
+#include "plugins/interactive/request.h"
+
+#include <sys/types.h>
+
+/// The connection of a helper with the plug-in that started it.
+class Session {
+ public:
+  /// Protects this process (no core dump, no tracing, memory that is not swapped as far as that is allowed),
+  /// and waits for the request. Throws a `std::runtime_error` if there is no plug-in.
+  Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
+
+  const HelperRequest& Request() const { return request; }
+
+  /// Descriptors that become readable when the draw is cancelled and when the host has ended.
+  int Socket() const { return kHelperSocket; }
+  int Host() const { return host; }
+
+  /// Whether the draw has been cancelled, or the host has ended.
+  bool HasEnded() const;
+
+  /// Whether the host is stopped now, for example by its user's shell.
+  bool IsHostStopped() const;
+
+  /// Sends the bytes of a draw. False if the plug-in does not want them any more.
+  bool Answer(HmacDrbg&& generator) const;
+
+  /// Runs the self-test and sends its result.
+  void AnswerSelfTest() const;
+
+ private:
+  HelperRequest request = {};
+  pid_t process = 0;
+  int host = -1;
+};
+
+/// From the system's generator. Throws a `std::runtime_error` if it fails.
+SystemBytes DrawSystemBytes();
+
+#endif

@@ -1,0 +1,17 @@
+// The kind "bioqt": a person with a mouse and a keyboard, who sees a dialog in the style of the desktop.
+
+#include "plugins/interactive/display.h"
+#include "plugins/interactive/interactive_rng.h"
+
+namespace {
+
+InteractiveRng g_provider;
+
+}  // namespace
+
+const InteractiveKind kKind = {
+    "bioqt",         "movements of the mouse in a dialog, or keys pressed there",
+    "rng-gather-qt", "rng-plugin-bioqt",
+    HasDisplay,      FindProblemOfDisplay};
+
+extern "C" IRngProvider* GetBioQtRng() { return &g_provider; }

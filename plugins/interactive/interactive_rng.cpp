@@ -1,0 +1,130 @@
+#include "plugins/interactive/interactive_rng.h"
+
+#include "plugins/interactive/request.h"
+#include "plugins/interactive/start_helper.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sched.h>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+std::int32_t Report(const char* text, char* buffer) {
+  const std::size_t size = std::strlen(text) + 1;
+  if (buffer) std::memcpy(buffer, text, size);
+  return static_cast<std::int32_t>(size);
+}
+
+bool CanStartHelper() {
+  return !HasMoreRightsThanUser() && ::access(FindHelper().c_str(), X_OK) == 0;
+}
+
+}  // namespace
+
+// The right to ask the user. A person needs half a minute for a draw, so those that wait look now and then.
+class InteractiveRng::Turn {
+ public:
+  Turn(InteractiveRng& provider, std::uint64_t cancelsBefore) : rng(provider) {
+    while (!(isMine = TryToTake()) && rng.cancels == cancelsBefore) ::usleep(20'000);
+  }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  ~Turn() {
+    if (isMine) rng.drawing = 0;
+  }
+  bool IsMine() const { return isMine; }
+
+ private:
+  // In a forked copy of the host, a turn of the original does not count, nor does its socket.
+  bool TryToTake() {
+    pid_t owner = rng.drawing;
+    const pid_t self = ::getpid();
+    return owner != self && rng.drawing.compare_exchange_strong(owner, self);
+  }
+
+  InteractiveRng& rng;
+  bool isMine = false;
+};
+
+// The connection with a helper.
+class InteractiveRng::Helper {
+ public:
+  explicit Helper(HelperRequest::Task task, std::uint64_t size)
+      : descriptor(StartHelper(FindHelper().c_str())) {
+    const HelperRequest request = {task, 0, size};
+    isAsked = descriptor >= 0 &&
+              ::send(descriptor, &request, sizeof request, MSG_NOSIGNAL) == sizeof request;
+  }
+  Helper(const Helper&) = delete;
+  Helper& operator=(const Helper&) = delete;
+  // A shutdown, because a forked copy of the host may keep the socket open.
+  ~Helper() {
+    if (descriptor < 0) return;
+    ::shutdown(descriptor, SHUT_RDWR);
+    ::close(descriptor);
+  }
+
+  int Get() const { return descriptor; }
+
+  bool Receive(unsigned char* buffer, std::size_t size) const {
+    for (std::size_t done = 0; isAsked && done < size;) {
+      const ssize_t count = ::recv(descriptor, buffer + done, size - done, 0);
+      if (count == 0 || (count < 0 && errno != EINTR)) return false;
+      if (count > 0) done += static_cast<std::size_t>(count);
+    }
+    return isAsked;
+  }
+
+ private:
+  int descriptor;
+  bool isAsked;
+};
+
+std::int32_t InteractiveRng::GetName(char* buffer) { return Report(kKind.name, buffer); }
+
+std::int32_t InteractiveRng::GetDescription(char* buffer) {
+  return Report(kKind.description, buffer);
+}
+
+bool InteractiveRng::IsAvailable() { return CanStartHelper() && kKind.canAsk(); }
+
+bool InteractiveRng::Generate(void* buffer, std::size_t size) {
+  if (size == 0) return true;
+  const std::uint64_t cancelsBefore = cancels;
+  const Turn turn(*this, cancelsBefore);
+  if (turn.IsMine() && Draw(static_cast<unsigned char*>(buffer), size, cancelsBefore)) return true;
+  std::memset(buffer, 0, size);
+  return false;
+}
+
+bool InteractiveRng::Draw(unsigned char* buffer, std::size_t size, std::uint64_t cancelsBefore) {
+  if (!IsAvailable()) return false;
+  const Helper helper(HelperRequest::kDraw, size);
+  // From here on, a Cancel finds the socket. One that came before is seen in the count.
+  socket = helper.Get();
+  const bool isDrawn = cancels == cancelsBefore && helper.Receive(buffer, size);
+  // A Cancel in another thread has borrowed the socket for a moment: it must not be closed before it is back.
+  for (int own = helper.Get(); !socket.compare_exchange_weak(own, -1); own = helper.Get()) {
+    ::sched_yield();
+  }
+  return isDrawn;
+}
+
+void InteractiveRng::Cancel() {
+  ++cancels;
+  if (drawing != ::getpid()) return;
+  const int borrowed = socket.exchange(-1);
+  if (borrowed < 0) return;
+  ::shutdown(borrowed, SHUT_RDWR);
+  socket = borrowed;
+}
+
+bool InteractiveRng::SelfTest() {
+  if (!CanStartHelper()) return false;
+  const Helper helper(HelperRequest::kSelfTest, 0);
+  unsigned char answer = 0;
+  return helper.Receive(&answer, 1) && answer == kHelperPassed;
+}

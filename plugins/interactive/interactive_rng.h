@@ -1,0 +1,40 @@
+#ifndef PLUGINS_INTERACTIVE_INTERACTIVE_RNG_H
+#define PLUGINS_INTERACTIVE_INTERACTIVE_RNG_H
+
+#include "plugins/interactive/kind.h"
+
+#include <atomic>
+#include <sys/types.h>
+
+#include <rngaggregator/provider.h>
+
+/// A generator that asks its user. A program of its own, the helper, does so for each draw: no terminal
+/// settings, window or library of it ever gets into the host's process. Draws take turns.
+class InteractiveRng final : public IRngProvider {
+ public:
+  std::int32_t GetName(char* buffer) override;
+  std::int32_t GetDescription(char* buffer) override;
+  std::int32_t GetHardwareId(char*) override { return 0; }
+  bool SelectDevice(const char* hardwareId) override { return !hardwareId || !*hardwareId; }
+  bool Generate(void* buffer, std::size_t size) override;
+  bool IsAvailable() override;
+  bool SelfTest() override;
+  void Cancel() override;
+  std::uint32_t GetFlags() override { return kRngCapabilityNeedsUser | kRngCapabilityMayBlock; }
+  void SetSettings(IRngSettings*) override {}
+  void Release() override {}
+
+ private:
+  class Turn;
+  class Helper;
+
+  bool Draw(unsigned char* buffer, std::size_t size, std::uint64_t cancelsBefore);
+
+  // Atomic, and without a lock: a lock that another thread holds during a fork is never released in the copy.
+  std::atomic<pid_t> drawing =
+      0;  // the process with the draw that has the turn: a fork copies it, too
+  std::atomic<int> socket = -1;            // to the helper of that draw
+  std::atomic<std::uint64_t> cancels = 0;  // so far
+};
+
+#endif

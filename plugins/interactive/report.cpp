@@ -1,0 +1,49 @@
+// Why a draw is not possible now, for tools of administrators.
+
+#include "plugins/interactive/kind.h"
+
+#include <cerrno>
+#include <cstring>
+#include <unistd.h>
+
+#include <rngaggregator/provider.h>
+
+namespace {
+
+std::string ProblemOfHelper() {
+  const std::string helper = FindHelper();
+  if (helper.empty()) {
+    return "The plug-in was loaded by a relative path, so it does not look for its program " +
+           std::string(kKind.helper) + ". Make LD_LIBRARY_PATH absolute.";
+  }
+  if (::access(helper.c_str(), X_OK) == 0) return "";
+  const int error = errno;
+  const std::string fix = error == ENOENT ? "Reinstall " + std::string(kKind.package) + '.'
+                                          : "Run: chmod 755 " + helper;
+  return "The program that asks the user cannot be run: " + helper + ": " + std::strerror(error) +
+         ". " + fix;
+}
+
+std::string FindProblem() {
+  if (HasMoreRightsThanUser()) {
+    return "The program has more rights than its user (set-user-ID, set-group-ID or capabilities), "
+           "so it asks "
+           "nobody. Choose another generator for it.";
+  }
+  const std::string helper = ProblemOfHelper();
+  return helper.empty() ? kKind.problem() : helper;
+}
+
+std::string g_report;  // from the call without a buffer to the one with
+
+}  // namespace
+
+std::int32_t GetRngReport(char* buffer) {
+  if (!buffer) {
+    const std::string problem = FindProblem();
+    g_report = problem.empty() ? "" : "problem\t" + problem + '\n';
+  }
+  if (g_report.empty()) return 0;
+  if (buffer) std::memcpy(buffer, g_report.c_str(), g_report.size() + 1);
+  return static_cast<std::int32_t>(g_report.size() + 1);
+}

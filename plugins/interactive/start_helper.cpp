@@ -1,0 +1,141 @@
+#include "plugins/interactive/start_helper.h"
+
+#include "plugins/interactive/request.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// Where the terminal and the display are, in what language to speak, and whether there is a network between
+// the user and this machine. Nothing that could change what the helper loads.
+constexpr const char* kKept[] = {
+    "TERM",       "LANG", "LANGUAGE", "LC_ALL",     "LC_CTYPE",       "LC_MESSAGES", "DISPLAY",
+    "XAUTHORITY", "HOME", "SSH_TTY",  "SSH_CLIENT", "SSH_CONNECTION", "TMUX",        "STY"};
+constexpr std::size_t kMostVariables = sizeof kKept / sizeof *kKept;
+
+// "NAME=value" for each kept variable that is set. Built before the process is copied, because memory cannot
+// be allocated in the copy of a process with threads.
+class Environment {
+ public:
+  Environment() {
+    for (const char* const name : kKept) {
+      const char* const value = std::getenv(name);
+      const std::size_t size = value ? std::strlen(name) + std::strlen(value) + 2 : 0;
+      char* const entry = size ? static_cast<char*>(std::malloc(size)) : nullptr;
+      if (!entry) continue;
+      std::strcat(std::strcat(std::strcpy(entry, name), "="), value);
+      entries[count++] = entry;
+    }
+  }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+  ~Environment() {
+    for (std::size_t i = 0; i < count; ++i) std::free(entries[i]);
+  }
+  char* const* Get() const { return entries; }
+
+ private:
+  char* entries[kMostVariables + 1] = {};
+  std::size_t count = 0;
+};
+
+// No handler of the host may run in a copy of its process.
+class AllSignalsBlocked {
+ public:
+  AllSignalsBlocked() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  }
+  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
+  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+  ~AllSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+
+ private:
+  sigset_t before;
+};
+
+// The functions below run in copies of the process: they only make system calls.
+
+// A copy of the process which sends no signal when it ends.
+pid_t CopyProcess() {
+  return static_cast<pid_t>(::syscall(SYS_clone, 0UL, nullptr, nullptr, nullptr, 0UL));
+}
+
+void ResetSignals() {
+  struct sigaction action = {};
+  action.sa_handler = SIG_DFL;
+  for (int number = 1; number < NSIG; ++number) ::sigaction(number, &action, nullptr);
+  sigset_t none;
+  ::sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+void CloseFrom(unsigned first) {
+  if (::syscall(SYS_close_range, first, ~0U, 0U) == 0) return;
+  rlimit limit = {};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  for (rlim_t number = first; number < limit.rlim_cur; ++number) ::close(static_cast<int>(number));
+}
+
+bool ArrangeDescriptors(int socket) {
+  // Out of the way of those that are replaced.
+  const int high = ::fcntl(socket, F_DUPFD, kHelperSocket + 1);
+  const int null = ::open("/dev/null", O_RDWR);
+  if (high < 0 || null < 0) return false;
+  for (int standard = 0; standard < kHelperSocket; ++standard) {
+    if (::dup2(null, standard) < 0) return false;
+  }
+  if (::dup2(high, kHelperSocket) < 0) return false;
+  CloseFrom(kHelperSocket + 1);
+  return true;
+}
+
+[[noreturn]] void BecomeHelper(const char* path, int socket, char* const* environment) {
+  char* const arguments[] = {const_cast<char*>(path), nullptr};
+  if (ArrangeDescriptors(socket) && ::chdir("/") == 0) {
+    ResetSignals();
+    ::execve(path, arguments, environment);
+  }
+  ::_exit(127);
+}
+
+// The helper is started by a process in between, which leaves at once, so it becomes a child of init, or of
+// the next process that has declared itself a reaper of orphans.
+bool StartOrphan(const char* path, int socket, char* const* environment) {
+  const AllSignalsBlocked blocked;
+  const pid_t between = CopyProcess();
+  if (between == 0) {
+    const pid_t helper = CopyProcess();
+    if (helper == 0) BecomeHelper(path, socket, environment);
+    ::_exit(helper > 0 ? 0 : 1);
+  }
+  if (between < 0) return false;
+  int status = 0;
+  while (::waitpid(between, &status, __WCLONE) < 0) {
+    if (errno != EINTR) return false;
+  }
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+}  // namespace
+
+int StartHelper(const char* path) {
+  const Environment environment;
+  int sockets[2];
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) return -1;
+  const bool isStarted = StartOrphan(path, sockets[1], environment.Get());
+  ::close(sockets[1]);
+  if (isStarted) return sockets[0];
+  ::close(sockets[0]);
+  return -1;
+}
