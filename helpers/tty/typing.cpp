@@ -81,8 +81,7 @@ void Typing::ShowProgress(const std::string& more) {
   const int part = gathering.Bits() * kWidth / Gathering::kNeededBits;
   terminal.ShowLine('[' + std::string(static_cast<std::size_t>(part), '#') +
                     std::string(static_cast<std::size_t>(kWidth - part), ' ') + "] " +
-                    std::to_string(gathering.Bits() * 100 / Gathering::kNeededBits) + " per cent" +
-                    more);
+                    std::to_string(gathering.Bits() * 100 / Gathering::kNeededBits) + " % " + more);
 }
 
 void Typing::Wait() {
@@ -140,7 +139,7 @@ void Typing::Suspend() {
 
 // What is still being typed must not reach the shell: until half a second of silence, three at most.
 void Typing::SwallowTheRest() {
-  ShowProgress(": that is enough, thank you. Please stop typing.");
+  ShowProgress("Enough, thank you. Please stop typing.");
   const Time start = Now();
   for (Time last = start; !isOver && Now() - last < 500ms && Now() - start < 3s;) {
     const Time before = Now();

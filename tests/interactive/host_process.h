@@ -1,0 +1,54 @@
+#ifndef TESTS_INTERACTIVE_HOST_PROCESS_H
+#define TESTS_INTERACTIVE_HOST_PROCESS_H
+
+#include <functional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/// Looks every few milliseconds whether something has come true; false after half a minute.
+bool WaitUntil(const std::function<bool()>& isTrue);
+
+/// A program that runs in a session of its own, with a terminal or without, so everything it starts can be
+/// found. What is left of the session when this object is destroyed is killed.
+class HostProcess {
+ public:
+  using Words = std::vector<std::string>;
+
+  /// `command`: an absolute path and arguments. `variables`: "NAME=value", the whole environment. `terminal`:
+  /// the path of what becomes the controlling terminal; "" for none. Standard input is /dev/null, standard
+  /// output and errors are collected.
+  HostProcess(const Words& command, const Words& variables, const std::string& terminal = "");
+  HostProcess(const HostProcess&) = delete;
+  HostProcess& operator=(const HostProcess&) = delete;
+  ~HostProcess();
+
+  pid_t Get() const { return process; }
+  void Send(int signal) const;
+
+  /// Whether the text appears in the output, before the program ends.
+  bool Prints(const std::string& text);
+
+  /// Waits until the program has ended (half a minute at most), and returns all of its output.
+  const std::string& Finish();
+
+  /// The wait status; -1 while it runs.
+  int Status() const { return status; }
+
+  /// The processes of that session that run or are dead and not reaped, other than the program itself: those
+  /// with that name (at most 15 characters), or all.
+  std::vector<pid_t> Others(const std::string& name = "") const;
+
+  /// Whether none of them is left within half a minute.
+  bool IsAlone() const;
+
+ private:
+  void ReadOutput();
+
+  pid_t process = 0;
+  int outputEnd = -1;
+  std::string output;
+  int status = -1;
+};
+
+#endif

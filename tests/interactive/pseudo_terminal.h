@@ -1,0 +1,42 @@
+#ifndef TESTS_INTERACTIVE_PSEUDO_TERMINAL_H
+#define TESTS_INTERACTIVE_PSEUDO_TERMINAL_H
+
+#include <string>
+#include <termios.h>
+
+/// A terminal whose keys and screen the test has.
+class PseudoTerminal {
+ public:
+  PseudoTerminal();
+  PseudoTerminal(const PseudoTerminal&) = delete;
+  PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+  ~PseudoTerminal() { Close(); }
+
+  const std::string& Path() const { return path; }
+
+  /// As if a user pressed these keys at once.
+  void Press(const std::string& keys);
+
+  /// All that has been written so far, as bytes.
+  const std::string& Screen();
+
+  /// Whether the text appears on the screen after the last one that was waited for.
+  bool Shows(const std::string& text);
+
+  termios Settings() const;
+  void Resize(unsigned short rows, unsigned short columns);
+
+  /// As if the user closed the window.
+  void Close();
+
+ private:
+  int master;
+  int slave = -1;  // keeps the terminal and its settings when no program has it open
+  std::string path;
+  std::string screen;
+  std::size_t seen = 0;
+};
+
+bool operator==(const termios& left, const termios& right);
+
+#endif
