@@ -19,12 +19,6 @@
 
 namespace {
 
-void ProtectMemory() {
-  ::prctl(PR_SET_DUMPABLE, 0);
-  ::mlockall(MCL_CURRENT |
-             MCL_FUTURE);  // fails where the limit is small, which is no reason to refuse
-}
-
 bool IsReadable(int descriptor) {
   pollfd wait = {descriptor, POLLIN | POLLRDHUP, 0};
   return ::poll(&wait, 1, 0) == 1;
@@ -45,7 +39,7 @@ bool Send(const unsigned char* bytes, std::size_t size) {
 }  // namespace
 
 Session::Session() {
-  ProtectMemory();
+  ::prctl(PR_SET_DUMPABLE, 0);
   ucred peer = {};
   socklen_t size = sizeof peer;
   if (::getsockopt(kHelperSocket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
@@ -88,7 +82,10 @@ void Session::AnswerSelfTest() const {
   if (TestGathering()) Send(&kHelperPassed, 1);
 }
 
+// What is mapped later is not locked: where the limit is small, a process that locks all it maps soon gets
+// no more memory. Where even this is too much, it fails, which is no reason to refuse a draw.
 SystemBytes DrawSystemBytes() {
+  ::mlockall(MCL_CURRENT);
   SystemBytes bytes;
   for (std::size_t done = 0; done < bytes.size();) {
     const ssize_t count = ::getrandom(bytes.data() + done, bytes.size() - done, 0);

@@ -9,8 +9,8 @@
 /// The connection of a helper with the plug-in that started it.
 class Session {
  public:
-  /// Protects this process (no core dump, no tracing, memory that is not swapped as far as that is allowed),
-  /// and waits for the request. Throws a `std::runtime_error` if there is no plug-in.
+  /// Protects this process from core dumps and tracing, and waits for the request. Throws a
+  /// `std::runtime_error` if there is no plug-in.
   Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -40,7 +40,8 @@ class Session {
   int host = -1;
 };
 
-/// From the system's generator. Throws a `std::runtime_error` if it fails.
+/// From the system's generator. Throws a `std::runtime_error` if it fails. Also keeps the memory of this
+/// process from being swapped, as far as the process is allowed to. Call it right before gathering.
 SystemBytes DrawSystemBytes();
 
 #endif
