@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fstream>
-#include <openssl/crypto.h>
 #include <poll.h>
 #include <stdexcept>
 #include <string>
@@ -74,7 +74,7 @@ bool Session::Answer(HmacDrbg&& generator) const {
     isWanted = Send(piece.data(), part);
     done += part;
   }
-  OPENSSL_cleanse(piece.data(), piece.size());
+  ::explicit_bzero(piece.data(), piece.size());
   return isWanted;
 }
 

@@ -6,9 +6,9 @@ cd "$1"
 
 # "file header" for every include. A header without a folder is the file's neighbour. Only the
 # project's own headers keep an "=" before them: quoted ones, and those in a folder of ours.
-ours='^([.]|(rngaggregator|include|aggregator|providers|settings|plugins|quality|tools|examples|benchmarks|tests)/)'
+ours='^([.]|(rngaggregator|include|aggregator|providers|settings|plugins|helpers|quality|tools|examples|benchmarks|tests)/)'
 list_includes() {
-  find include aggregator providers settings plugins quality tools examples benchmarks \
+  find include aggregator providers settings plugins helpers quality tools examples benchmarks \
     -name '*.h' -o -name '*.cpp' -o -name '*.c' 2>/dev/null | sort |
     xargs awk -v ours="$ours" '
       /^[ \t]*#[ \t]*include/ {
@@ -57,7 +57,7 @@ list=$(mktemp)
 hits=$(mktemp)
 trap 'rm -f "$list" "$hits"' EXIT
 list_includes >"$list"
-for folder in include aggregator providers settings plugins quality tools; do
+for folder in include aggregator providers settings plugins helpers quality tools; do
   grep -q "^$folder/" "$list" || {
     echo "no includes found in $folder/"
     exit 1
@@ -77,10 +77,30 @@ keep_in '^providers/' '^dlfcn[.]h$' '/((display_probe|dll_loader)[.]cpp|library_
 keep_in '^settings/' '^dlfcn[.]h$' '/known_path[.]cpp$'
 
 # --- What uses the library
-see '^plugins/' '^(plugins|rngaggregator)/'
+see '^plugins/unixdev/' '^(plugins/unixdev|rngaggregator)/'
+see '^plugins/interactive/' '^(plugins/interactive|rngaggregator)/'
 see '^examples/' '^(examples|rngaggregator)/'
 see '^quality/' '^(quality|rngaggregator)/'
-keep_in '^(include|plugins|quality)/' '^dlfcn[.]h$' '^$'
+keep_in '^(include|quality)/' '^dlfcn[.]h$' '^$'
+# A plug-in that starts a program finds out where its own file is.
+keep_in '^plugins/' '^dlfcn[.]h$' '^plugins/interactive/kind[.]cpp$'
+
+# --- The programs that the interactive plug-ins start. The front ends stand beside each other, on rooms that know
+# none of them.
+see '^helpers/gathering/' '^(helpers/gathering|rngaggregator)/'
+see '^helpers/session/' '^helpers/(gathering|session)/|^plugins/interactive/request[.]h$'
+for front_end in tty x11 qt; do
+  see "^helpers/$front_end/" "^helpers/(gathering|session|$front_end)/"
+done
+see '^helpers/' '^(helpers|plugins/interactive|rngaggregator)/'
+# No input and no output: of the system's headers none, and of the language's none that reads or writes.
+keep_in '^helpers/gathering/' '^([a-z0-9_]+[.]h|sys/.*|[a-z]*stream|cstdio|filesystem|print|format)$' '^$'
+keep '^openssl/' '^(helpers/gathering|benchmarks/timing/peers)/'
+keep '^X11/' '^helpers/x11/'  # the library's display probe looks up what it calls
+keep '^cairo' '^helpers/x11/'
+keep '^Q[A-Za-z]*(/|$)|^ui_' '^helpers/qt/'
+keep '^(termios|sys/ioctl|curses)[.]h$' '^(helpers/tty|tools/rngctl)/'
+keep_in '^helpers/' '^dlfcn[.]h$' '^$'
 
 # --- The tool. Two families of commands, doctor and check, stand beside each other on rooms that know
 # neither.
@@ -124,7 +144,7 @@ keep_in "$tool" '^CLI/' "${tool}main[.]cpp$"
 keep '^tests/' '^tests/'
 
 # Comments may name it.
-grep -rn CKP_GetPath include aggregator providers settings plugins tools |
+grep -rn CKP_GetPath include aggregator providers settings plugins helpers tools |
   awk -F: '$1 != "settings/known_path.cpp"' | sed 's,//.*,,' | grep CKP_GetPath >"$hits" || :
 report "CKP_GetPath is kept to settings/known_path.cpp"
 

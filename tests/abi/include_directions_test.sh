@@ -7,7 +7,7 @@ root=$2
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
-for folder in include aggregator providers settings plugins quality tools; do
+for folder in include aggregator providers settings plugins helpers quality tools; do
   cp -r "$root/$folder" "$copy/"
 done
 
@@ -60,6 +60,48 @@ settings/default_settings.cpp extern "C" int CKP_GetPath(int);
 tools/rngctl/main.cpp void* service = dlsym(nullptr, "CKP_GetPath");
 plugins/unixdev/unix_dev_rng.cpp #include "aggregator/rng_info.h"
 plugins/unixdev/unix_dev_rng.cpp #include <tests/support/fakes.h>
+plugins/unixdev/unix_dev_rng.cpp #include "plugins/interactive/kind.h"
+plugins/interactive/report.cpp #include "providers/catalogue.h"
+plugins/interactive/report.cpp #include "helpers/session/session.h"
+plugins/interactive/report.cpp #include "plugins/unixdev/parts.h"
+plugins/interactive/report.cpp #include <dlfcn.h>
+plugins/interactive/display.cpp #include <X11/Xlib.h>
+plugins/interactive/biokb.cpp #include <termios.h>
+plugins/interactive/start_helper.cpp #include <openssl/evp.h>
+helpers/gathering/gathering.cpp #include "helpers/session/session.h"
+helpers/gathering/gathering.cpp #include "helpers/tty/terminal.h"
+helpers/gathering/gathering.cpp #include "plugins/interactive/request.h"
+helpers/gathering/gathering.cpp #include "quality/blocks.h"
+helpers/gathering/key_credit.cpp #include <unistd.h>
+helpers/gathering/key_credit.cpp #include <poll.h>
+helpers/gathering/key_credit.cpp #include <sys/random.h>
+helpers/gathering/key_credit.cpp #include <fstream>
+helpers/gathering/key_credit.cpp #include <cstdio>
+helpers/session/session.cpp #include "helpers/tty/terminal.h"
+helpers/session/session.cpp #include "plugins/interactive/kind.h"
+helpers/session/session.cpp #include <openssl/crypto.h>
+helpers/session/session.cpp #include <termios.h>
+helpers/session/session.cpp #include "aggregator/process_state.h"
+helpers/tty/keys.cpp #include "helpers/x11/window.h"
+helpers/tty/keys.cpp #include "plugins/interactive/request.h"
+helpers/tty/keys.cpp #include <X11/Xlib.h>
+helpers/tty/keys.cpp #include <dlfcn.h>
+helpers/tty/keys.cpp #include "tests/support/tree.h"
+helpers/tty/keys.cpp #include "tools/rngctl/refusal.h"
+helpers/x11/new_file.cpp #include "helpers/tty/keys.h"
+helpers/x11/new_file.cpp #include "helpers/qt/dialog.h"
+helpers/x11/new_file.cpp #include <QDialog>
+helpers/x11/new_file.cpp #include <QtWidgets/QDialog>
+helpers/x11/new_file.cpp #include <sys/ioctl.h>
+helpers/qt/new_file.cpp #include "helpers/x11/window.h"
+helpers/qt/new_file.cpp #include <X11/Xlib.h>
+helpers/qt/new_file.cpp #include <cairo/cairo.h>
+helpers/qt/new_file.cpp #include <cairo-xlib.h>
+helpers/qt/new_file.cpp #include <openssl/rand.h>
+helpers/other/new_file.cpp #include "aggregator/process_state.h"
+providers/display_probe.cpp #include <X11/Xlib.h>
+tools/rngctl/main.cpp #include "helpers/gathering/gathering.h"
+tools/rngctl/main.cpp #include "plugins/interactive/request.h"
 tools/rngctl/main.cpp #include "settings/profile_file.h"
 tools/rngctl/main.cpp #include "../../aggregator/process_state.h"
 tools/rngctl/main.cpp #include <dlfcn.h>
