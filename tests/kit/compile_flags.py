@@ -6,7 +6,7 @@ import pathlib
 import shlex
 import sys
 
-ROOMS = {"aggregator", "plugins", "providers", "settings", "tools"}
+ROOMS = {"aggregator", "helpers", "plugins", "providers", "settings", "tools"}
 
 
 def is_kept(flag, arguments):

@@ -1,0 +1,57 @@
+// The installation: it may be moved, and parts of it may be missing.
+
+#include "tests/interactive/host_process.h"
+#include "tests/interactive/pseudo_terminal.h"
+#include "tests/interactive/typing_robot.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A copy of the installation in another place. LD_LIBRARY_PATH is stronger than the run path of the host.
+class MovedInstallation : public testing::Test {
+ protected:
+  MovedInstallation() {
+    fs::copy(INSTALLATION, moved, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  }
+
+  const fs::path moved = TreePath("moved");
+  const fs::path helper = moved / "libexec/rngaggregator/rng-gather-tty";
+  const HostProcess::Words command = {DRAWING_HOST, "biokbd", "32"};
+  const HostProcess::Words variables = {"TERM=dumb", "LD_LIBRARY_PATH=" + (moved / "lib").string()};
+  PseudoTerminal terminal;
+  TypingRobot robot{terminal};
+};
+
+}  // namespace
+
+TEST_F(MovedInstallation, Draws) {
+  HostProcess host(command, variables, terminal.Path());
+  ASSERT_TRUE(terminal.Shows("Ctrl-C cancels"));
+  const std::string maps = ReadFile("/proc/" + std::to_string(host.Get()) + "/maps");
+  EXPECT_THAT(maps, HasSubstr((moved / "lib/librngbiokb.so").string()));
+  EXPECT_THAT(maps, Not(HasSubstr(INSTALLATION)));
+  ASSERT_TRUE(robot.TypeUntil("100 %"));
+  EXPECT_THAT(host.Finish(), StartsWith("ready\ndrawn\n"));
+}
+
+// The one in the place where it was before is not a substitute.
+TEST_F(MovedInstallation, HasNoGeneratorWithoutItsHelper) {
+  fs::remove(helper);
+  HostProcess host(command, variables, terminal.Path());
+  EXPECT_EQ("no biokbd\n", host.Finish());
+}
+
+TEST_F(MovedInstallation, HasNoGeneratorIfItsHelperIsNotExecutable) {
+  fs::permissions(helper, fs::perms::owner_read);
+  HostProcess host(command, variables, terminal.Path());
+  EXPECT_EQ("no biokbd\n", host.Finish());
+}
