@@ -7,6 +7,8 @@
 #include <csignal>
 #include <cstring>
 #include <fstream>
+#include <iterator>
+#include <openssl/crypto.h>
 #include <poll.h>
 #include <stdexcept>
 #include <string>
@@ -15,6 +17,7 @@
 #include <sys/random.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -54,6 +57,14 @@ Session::Session() {
 Session::~Session() { ::close(host); }
 
 bool Session::HasEnded() const { return IsReadable(kHelperSocket) || IsReadable(host); }
+
+void Session::ExitAtEnd() const {
+  std::thread([host = host] {
+    pollfd ends[] = {{kHelperSocket, POLLIN | POLLRDHUP, 0}, {host, POLLIN, 0}};
+    while (::poll(ends, std::size(ends), -1) <= 0) continue;
+    ::_exit(0);
+  }).detach();
+}
 
 // The state follows the name of the program, which is in parentheses and may contain any character.
 bool Session::IsHostStopped() const {

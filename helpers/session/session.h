@@ -25,6 +25,10 @@ class Session {
   /// Whether the draw has been cancelled, or the host has ended.
   bool HasEnded() const;
 
+  /// From now on, this process exits at once when that becomes true, whatever it is doing. For programs that
+  /// talk to a display: its server may never answer. The display then removes the window.
+  void ExitAtEnd() const;
+
   /// Whether the host is stopped now, for example by its user's shell.
   bool IsHostStopped() const;
 
