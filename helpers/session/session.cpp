@@ -8,7 +8,6 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <openssl/crypto.h>
 #include <poll.h>
 #include <stdexcept>
 #include <string>
