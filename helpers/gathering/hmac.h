@@ -14,7 +14,7 @@ class HmacAlgorithm {
 
  private:
   struct Free {
-    void operator()(OSSL_LIB_CTX* context) const { OSSL_LIB_CTX_free(context); }
+    void operator()(OSSL_LIB_CTX* object) const { OSSL_LIB_CTX_free(object); }
     void operator()(EVP_MAC* mac) const { EVP_MAC_free(mac); }
   };
   std::unique_ptr<OSSL_LIB_CTX, Free> context;
@@ -34,7 +34,7 @@ class Hmac {
 
  private:
   struct Free {
-    void operator()(EVP_MAC_CTX* context) const { EVP_MAC_CTX_free(context); }  // wipes it, too
+    void operator()(EVP_MAC_CTX* object) const { EVP_MAC_CTX_free(object); }  // wipes it, too
   };
   std::unique_ptr<EVP_MAC_CTX, Free> context;
 };

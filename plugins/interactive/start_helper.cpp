@@ -121,7 +121,7 @@ bool StartOrphan(const char* path, int socket, char* const* environment) {
   }
   if (between < 0) return false;
   int status = 0;
-  while (::waitpid(between, &status, __WCLONE) < 0) {
+  while (::waitpid(between, &status, static_cast<int>(__WCLONE)) < 0) {
     if (errno != EINTR) return false;
   }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;

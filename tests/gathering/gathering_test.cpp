@@ -18,8 +18,8 @@ std::string Draw(Gathering& gathering, std::size_t size) {
 
 std::string Hexadecimal(const std::string& bytes) {
   std::string digits;
-  for (const unsigned char byte : bytes) {
-    digits += "0123456789abcdef"[byte >> 4];
+  for (const char byte : bytes) {
+    digits += "0123456789abcdef"[byte >> 4 & 0xF];
     digits += "0123456789abcdef"[byte & 0xF];
   }
   return digits;

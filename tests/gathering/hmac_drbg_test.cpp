@@ -143,7 +143,7 @@ TEST(HmacDrbg, ALargeDrawIsOneRequestForEach65536Bytes) {
   HmacDrbg whole(algorithm, std::string(32, 'e'), "nonce");
   HmacDrbg pieces(algorithm, std::string(32, 'e'), "nonce");
   std::string expected;
-  for (const std::size_t size : {65536, 65536, 10}) expected += Generate(pieces, size);
+  for (const std::size_t size : {65536UL, 65536UL, 10UL}) expected += Generate(pieces, size);
   EXPECT_TRUE(expected == Generate(whole, expected.size()));
 }
 
