@@ -32,7 +32,8 @@ foreach(package IN LISTS packages)
   configure_file(${debian}/copyright ${documents}/copyright COPYONLY)
   configure_file(${debian}/changelog ${documents}/changelog.Debian COPYONLY)
   configure_file(${debian}/../../CHANGELOG.md ${documents}/changelog COPYONLY)
-  configure_file(${debian}/${package}.lintian-overrides ${share}/lintian/overrides/${package} COPYONLY)
+  string(REGEX REPLACE "^(rng-plugin)-.*" "\\1" overrides ${package})  # which all plug-ins share
+  configure_file(${debian}/${overrides}.lintian-overrides ${share}/lintian/overrides/${package} COPYONLY)
   file(GLOB_RECURSE texts ${share}/man/* ${documents}/changelog*)
   run(gzip -9n ${texts})
 
@@ -58,9 +59,20 @@ function(copy_debug_information package binary)
   run(chmod 644 ${file})
 endfunction()
 
-# Strips the binaries and adds the packages of their libraries as dependencies. While those are looked up, a
-# folder DEBIAN marks the folder of each package. (CPACK_DEBIAN_PACKAGE_SHLIBDEPS is not used: it also calls
-# ldconfig from maintainer scripts, which the trigger makes unnecessary.)
+# add_dependencies_of(PACKAGE BINARY...): adds the packages of the libraries that its binaries need. While those
+# are looked up, a folder DEBIAN marks the folder of each package. (CPACK_DEBIAN_PACKAGE_SHLIBDEPS is not used: it
+# also calls ldconfig from maintainer scripts, which the trigger makes unnecessary.)
+macro(add_dependencies_of package)
+  file(MAKE_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
+  run(dpkg-shlibdeps -O -Slibrngaggregator1 -xlibrngaggregator1 ${ARGN})
+  if(NOT output MATCHES "^shlibs:Depends=(.+)\n$")
+    message(FATAL_ERROR "unexpected output of dpkg-shlibdeps for ${package}: ${output}")
+  endif()
+  string(TOUPPER ${package} PACKAGE)
+  set(depends ${CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS} ${CMAKE_MATCH_1})
+  list(JOIN depends ", " CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS)
+endmacro()
+
 file(COPY ${CPACK_DEBIAN_LIBRNGAGGREGATOR1_PACKAGE_CONTROL_EXTRA}
   DESTINATION ${CPACK_TEMPORARY_DIRECTORY}/librngaggregator1/DEBIAN)
 file(WRITE ${CPACK_TEMPORARY_DIRECTORY}/debian/control "")
@@ -68,24 +80,23 @@ file(WRITE ${CPACK_TEMPORARY_DIRECTORY}/debian/control "")
 # that of every symbol in the list; a missing symbol of exactly the given version would go unnoticed.
 run(dpkg-gensymbols -c4 -plibrngaggregator1 -v${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}
   -Plibrngaggregator1 -Ilibrngaggregator1/DEBIAN/symbols -Osymbols)
-foreach(binary
-    librngaggregator1:lib/librngaggregator.so.${CPACK_PACKAGE_VERSION}
-    rng-plugin-unixdev:lib/librngunixdev.so
-    rngctl:bin/rngctl)
-  string(REGEX MATCH "^[^:]+" package ${binary})
-  string(REPLACE ":" "${CPACK_PACKAGING_INSTALL_PREFIX}/" binary ${binary})
-  file(MAKE_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
-  if(NOT package STREQUAL rngctl)  # which is built without debug information
-    copy_debug_information(${package} ${binary})
+foreach(package IN LISTS packages)
+  set(prefix ${CPACK_TEMPORARY_DIRECTORY}/${package}${CPACK_PACKAGING_INSTALL_PREFIX})
+  file(GLOB files ${prefix}/bin/* ${prefix}/lib/*.so ${prefix}/lib/*.so.* ${prefix}/libexec/rngaggregator/*)
+  set(binaries)
+  foreach(file IN LISTS files)
+    if(IS_SYMLINK ${file})
+      continue()
+    endif()
+    list(APPEND binaries ${file})
+    if(NOT package STREQUAL rngctl)  # which is built without debug information
+      copy_debug_information(${package} ${file})
+    endif()
+    run(strip --strip-unneeded --remove-section=.comment --remove-section=.note ${file})
+  endforeach()
+  if(binaries)
+    add_dependencies_of(${package} ${binaries})
   endif()
-  run(strip --strip-unneeded --remove-section=.comment --remove-section=.note ${binary})
-  run(dpkg-shlibdeps -O -Slibrngaggregator1 -xlibrngaggregator1 ${binary})
-  if(NOT output MATCHES "^shlibs:Depends=(.+)\n$")
-    message(FATAL_ERROR "unexpected output of dpkg-shlibdeps for ${binary}: ${output}")
-  endif()
-  string(TOUPPER ${package} PACKAGE)
-  set(depends ${CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS} ${CMAKE_MATCH_1})
-  list(JOIN depends ", " CPACK_DEBIAN_${PACKAGE}_PACKAGE_DEPENDS)
 endforeach()
 foreach(package IN LISTS packages)
   file(REMOVE_RECURSE ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)

@@ -3,9 +3,10 @@
 # purges them. The machine itself is not changed.
 #
 # The system consists of the essential packages and the dependencies of ours, copied from this machine: no
-# compiler, no Boost, no X library. Its own dpkg installs our packages, with dependencies and triggers. It
-# runs in a user namespace with one user, root, so the test does not show what other users may do. It tests
-# only with the package versions of this machine.
+# compiler, no Boost, and no X library until the plug-ins that open a window are installed at the end. Its own
+# dpkg installs our packages, with dependencies and triggers. It runs in a user namespace with one user, root,
+# so the test does not show what other users may do. It has no X server, so no window is seen. It tests only
+# with the package versions of this machine.
 #
 # Exits with 3 if this system does not allow such a namespace, so nothing could be tested.
 set -eu
@@ -25,19 +26,43 @@ build=$2
 room=$3
 root=$room/root
 
+mkdir "$room/window" "$room/plain"
+cp "$build"/*.deb "$room/plain"
+find "$room/plain" -name 'rng-plugin-bio[xq]*' -exec mv {} "$room/window" \;
+
 fail() {
   echo "install_test: $*"
   exit 1
 }
 
-# The essential packages, the dependencies of ours, and their dependencies in turn.
+# names DEB...: of the packages in these files
+names() { for deb in "$@"; do dpkg-deb -f "$deb" Package; done; }
+
+# needed_packages DEB...: the essential packages, the dependencies of ours, and their dependencies in turn.
 needed_packages() {
   {
     dpkg-query -W -f '${Essential} ${Package}\n' | sed -n 's/^yes //p'
-    for deb in "$build"/*.deb; do dpkg-deb -f "$deb" Depends; done | tr ',' '\n' | sed 's/(.*//'
+    for deb in "$@"; do dpkg-deb -f "$deb" Depends; done | tr ',' '\n' | sed 's/(.*//'
   } | xargs apt-cache depends --important --recurse --installed | grep '^[a-z0-9]' |
     xargs dpkg-query -W -f '${db:Status-Status} ${binary:Package}\n' 2>/dev/null |
     sed -n 's/^installed //p' | sort -u
+}
+
+# copy_packages DEB...: what these need and the system does not have yet.
+copy_packages() {
+  touch "$root/tmp/packages"
+  needed_packages "$@" | comm -23 - "$root/tmp/packages" >"$room/packages"
+  while read -r package; do
+    dpkg-query -L "$package" >>"$room/files"
+    dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
+    echo >>"$root/var/lib/dpkg/status"
+    cp "/var/lib/dpkg/info/$package".* "$root/var/lib/dpkg/info"
+  done <"$room/packages"
+  # Files that are listed but missing here are documents that this machine does not install: ignored.
+  sed 's,^/,,' "$room/files" | sort -u |
+    tar -C / --no-recursion --ignore-failed-read -cf - -T - 2>"$room/log" |
+    tar -C "$root" --no-same-owner -xf -
+  sort -o "$root/tmp/packages" "$root/tmp/packages" "$room/packages"
 }
 
 lay_out_system() {
@@ -46,25 +71,30 @@ lay_out_system() {
     mkdir -p "$root/usr/$folder"
     ln -s usr/$folder "$root/$folder"
   done
-  needed_packages >"$root/tmp/packages"
-  while read -r package; do
-    dpkg-query -L "$package" >>"$root/tmp/files"
-    dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
-    echo >>"$root/var/lib/dpkg/status"
-    cp "/var/lib/dpkg/info/$package".* "$root/var/lib/dpkg/info"
-  done <"$root/tmp/packages"
+  copy_packages "$room"/plain/*.deb
   cp /var/lib/dpkg/info/format "$root/var/lib/dpkg/info"
   cp /var/lib/dpkg/triggers/ldconfig "$root/var/lib/dpkg/triggers"
-  # Files that are listed but missing here are documents that this machine does not install: ignored.
-  sed 's,^/,,' "$root/tmp/files" | sort -u |
-    tar -C / --no-recursion --ignore-failed-read -cf - -T - 2>"$root/tmp/log" |
-    tar -C "$root" --no-same-owner -xf -
-  touch "$root/dev/null"
-  mount --bind /dev/null "$root/dev/null"
+  for device in null tty; do
+    touch "$root/dev/$device"
+    mount --bind /dev/$device "$root/dev/$device"
+  done
   mount -t proc proc "$root/proc"
 }
 
-inside() { chroot "$root" "$@"; }
+# Without a terminal, whether this test has one or not.
+inside() { setsid -w chroot "$root" "$@"; }
+
+# inside_terminal WORDS: the same with a terminal, on which standard input is typed.
+inside_terminal() { script -qec "chroot $root $*" /dev/null; }
+
+# Some 15 keys per second for 20 seconds, not at regular times.
+type_keys() {
+  awk 'BEGIN { srand(); for (i = 0; i < 300; ++i) printf "%c %.3f\n", 97 + int(rand() * 26), 0.02 + rand() * 0.09 }' |
+    while read -r key pause; do
+      sleep "$pause"
+      printf %s "$key"
+    done
+}
 
 # passes COMMAND...: runs it inside, fails if it fails, and leaves its output in the log.
 passes() { inside "$@" >"$room/log" 2>&1 || fail "$*: $(cat "$room/log")"; }
@@ -80,7 +110,7 @@ lay_out_system
 for absent in usr/bin/g++ usr/include/boost usr/lib/x86_64-linux-gnu/libX11.so.6; do
   [ ! -e "$root/$absent" ] || fail "the system must not contain $absent"
 done
-cp "$build"/*.deb "$root/tmp"
+cp "$room"/plain/*.deb "$root/tmp"
 inside ldconfig
 listing >"$room/before"
 
@@ -93,7 +123,7 @@ passes ldconfig -p
 says 'librngaggregator\.so\.1 \(libc6,x86-64\) => /lib/librngaggregator\.so\.1'
 # Of ours alone: folders that an ordinary user cannot read, such as /root, are not part of the small system.
 # shellcheck disable=SC2046 # words
-passes dpkg --verify $(for deb in "$build"/*.deb; do dpkg-deb -f "$deb" Package; done)
+passes dpkg --verify $(names "$room"/plain/*.deb)
 [ ! -s "$room/log" ] || fail "changed files: $(cat "$room/log")"
 
 # Only root may write the settings, before and after they are stored, whatever the umask.
@@ -115,6 +145,16 @@ says unixdev
 passes rngctl read unixdev -n 32
 says '^[0-9a-f]{64}$'
 
+# The user is asked where there is a terminal.
+passes rngctl list
+if grep biokbd "$room/log"; then fail "biokbd without a terminal"; fi
+inside rngctl doctor biokbd >"$room/log" 2>&1 && fail "the doctor finds nothing wrong with biokbd"
+says 'There is no terminal'
+inside_terminal rngctl list >"$room/log"
+says '^biokbd '
+type_keys 2>/dev/null | inside_terminal rngctl read biokbd -n 32 >"$room/log" || fail "no draw: $(cat "$room/log")"
+says '^[0-9a-f]{64}.?$'
+
 # A host built with the development package finds the library and the plug-in where they are installed.
 examples=$root/usr/share/doc/librngaggregator-dev/examples
 PKG_CONFIG_PATH=$root/usr/lib/pkgconfig
@@ -129,9 +169,9 @@ passes /tmp/host
 says '^[0-9a-f]{64}$'
 
 # A debugger finds the debug symbols of the library and the plug-in by their build IDs.
-for binary in librngaggregator.so.1 librngunixdev.so; do
-  identity=$(readelf -n "$root/usr/lib/$binary" | sed -n 's/^ *Build ID: //p')
-  readelf -SW "$root/usr/lib/debug/.build-id/$(echo "$identity" | sed 's,^..,&/,').debug" | grep -qF .debug_info ||
+for binary in lib/librngaggregator.so.1 lib/librngunixdev.so lib/librngbiokb.so libexec/rngaggregator/rng-gather-tty; do
+  identity=$(readelf -n "$root/usr/$binary" | sed -n 's/^ *Build ID: //p')
+  readelf -SW "$root/usr/lib/debug/.build-id/$(echo "$identity" | sed 's,^..,&/,').debug" 2>/dev/null | grep -qF .debug_info ||
     fail "no debug symbols for $binary"
 done
 
@@ -146,12 +186,40 @@ says unixdev
 passes sh -c 'dpkg -i /tmp/librng*.deb'
 
 # The plug-in can be removed alone. After a purge only the user's choice is left.
-passes dpkg -r rng-plugin-unixdev rng-plugin-unixdev-dbgsym
+# shellcheck disable=SC2046 # words
+passes dpkg -r $(names "$room"/plain/rng-plugin-*.deb)
 if inside rngctl list >"$room/log" 2>&1; then fail "still listed: $(cat "$room/log")"; fi
 says '^rngctl: No generator is usable'
-passes dpkg -P rngctl librngaggregator-dev rng-plugin-unixdev librngaggregator1 librngaggregator1-dbgsym
+# shellcheck disable=SC2046 # words
+passes dpkg -P $(names "$room"/plain/*.deb)
 listing | diff "$room/before" - >"$room/left" || true
 [ "$(sed -n 's/^[<>] //p' "$room/left")" = "./etc/rngaggregator
 ./etc/rngaggregator/rng.ini" ] || fail "files differ after the purge: $(cat "$room/left")"
-
 echo "Installed beside $(wc -l <"$root/tmp/packages") packages of the system, used, and purged."
+
+[ -n "$(ls "$room/window")" ] || exit 0
+# The plug-ins that open a window. Their packages bring all libraries that the helpers need.
+cp "$room"/window/*.deb "$root/tmp"
+passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/rngctl_*.deb'
+for plugin in biox11:libcairo2 bioqt:libqt6widgets6; do
+  inside sh -c "dpkg -i /tmp/rng-plugin-${plugin%:*}_*.deb" >"$room/log" 2>&1 && fail "${plugin%:*} needs no library"
+  says "rng-plugin-${plugin%:*} depends on ${plugin#*:}"
+done
+copy_packages "$room"/window/*.deb
+passes ldconfig
+passes sh -c 'dpkg -i /tmp/rng-plugin-bio[xq]*.deb'
+for helper in x11 qt; do
+  inside /usr/libexec/rngaggregator/rng-gather-$helper >"$room/log" 2>&1 && fail "$helper: works alone"
+  says 'This program is started by a plug-in'
+done
+[ -f "$root/usr/lib/x86_64-linux-gnu/qt6/plugins/platforms/libqxcb.so" ] || fail "Qt has no X11"
+if inside rngctl list >"$room/log" 2>&1; then fail "listed without a display: $(cat "$room/log")"; fi
+for kind in unixx11 bioqt; do
+  inside rngctl doctor $kind >"$room/log" 2>&1 && fail "the doctor finds nothing wrong with $kind"
+  says 'There is no display'
+done
+# shellcheck disable=SC2046 # words
+passes dpkg -P $(names "$room"/window/*.deb)
+[ ! -e "$root/usr/libexec/rngaggregator" ] || fail "helpers are left after the purge"
+
+echo "The plug-ins that open a window: the same, beside $(wc -l <"$root/tmp/packages") packages, without a display."

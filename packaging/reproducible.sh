@@ -28,11 +28,14 @@ mkdir "$copy"
   exit 1
 }
 
-compared=0
-cd "$first"
-for file in aggregator/librngaggregator.so.*.*.* plugins/unixdev/librngunixdev.so tools/rngctl/rngctl *.deb; do
-  cmp "$file" "$again/$file"
-  compared=$((compared + 1))
-done
-[ $compared = 9 ] || { echo "compared $compared files, not 9"; exit 1; }
-echo "Built twice, in different folders: library, plug-in, tool and the six packages are identical."
+results() {
+  cd "$1" && ls aggregator/librngaggregator.so.*.*.* tools/rngctl/rngctl plugins/*/librng*.so helpers/*/rng-gather-* ./*.deb
+}
+
+(results "$first") >"$room/results"
+(results "$again") | diff "$room/results" - || { echo "one build has other files than the other"; exit 1; }
+while read -r file; do
+  cmp "$first/$file" "$again/$file"
+done <"$room/results"
+echo "Built twice, in different folders: library, tool, plug-ins, helpers and packages are identical," \
+  "$(wc -l <"$room/results") files."

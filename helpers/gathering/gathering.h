@@ -19,7 +19,7 @@ class Gathering {
   static constexpr int kNeededBits = 320;
 
   /// The algorithm must outlive this object. `isRemote`: see `KeyCredit`.
-  Gathering(const HmacAlgorithm& algorithm, const SystemBytes& system, bool isRemote);
+  Gathering(const HmacAlgorithm& hmac, const SystemBytes& system, bool isRemote);
   Gathering(const Gathering&) = delete;
   Gathering& operator=(const Gathering&) = delete;
 

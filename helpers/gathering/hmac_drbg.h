@@ -12,7 +12,7 @@ class HmacDrbg {
  public:
   /// `entropy` with at least 256 bits of entropy and `nonce` are the bytes that the standard calls so. The
   /// algorithm must outlive this object.
-  HmacDrbg(const HmacAlgorithm& algorithm, std::string_view entropy, std::string_view nonce);
+  HmacDrbg(const HmacAlgorithm& hmac, std::string_view entropy, std::string_view nonce);
   HmacDrbg(const HmacDrbg&) = delete;
   HmacDrbg& operator=(const HmacDrbg&) = delete;
   ~HmacDrbg();

@@ -88,6 +88,7 @@ bool Session::Answer(HmacDrbg&& generator) const {
   return isWanted;
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): only a session has a socket
 void Session::AnswerSelfTest() const {
   if (TestGathering()) Send(&kHelperPassed, 1);
 }

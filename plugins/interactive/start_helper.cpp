@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -32,7 +33,7 @@ class Environment {
       const std::size_t size = value ? std::strlen(name) + std::strlen(value) + 2 : 0;
       char* const entry = size ? static_cast<char*>(std::malloc(size)) : nullptr;
       if (!entry) continue;
-      std::strcat(std::strcat(std::strcpy(entry, name), "="), value);
+      std::snprintf(entry, size, "%s=%s", name, value);
       entries[count++] = entry;
     }
   }
