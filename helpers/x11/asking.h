@@ -1,0 +1,33 @@
+#ifndef HELPERS_X11_ASKING_H
+#define HELPERS_X11_ASKING_H
+
+#include "helpers/gathering/gathering.h"
+#include "helpers/x11/window.h"
+
+/// Asks the user, in a window, to move the mouse or to type until a gathering is complete.
+class Asking {
+ public:
+  /// `isRemote`: the display may be reached over a network.
+  Asking(Gathering& gathering, bool isRemote);
+  Asking(const Asking&) = delete;
+  Asking& operator=(const Asking&) = delete;
+
+  /// Returns true when there is enough, and false if the user cancels, or does something that is too regular
+  /// to be random.
+  bool Run();
+
+ private:
+  using Time = std::chrono::nanoseconds;
+
+  void ShowProgress();
+  std::vector<UserInput> Wait();
+  void Gather(const std::vector<UserInput>& inputs);
+  void ShowAlarm();
+  void SwallowTheRest();
+
+  Gathering& gathering;
+  Picture picture;
+  UserWindow window;
+};
+
+#endif
