@@ -39,6 +39,8 @@ std::vector<char*> Pointers(const HostProcess::Words& words) {
 
 struct Entry {
   std::string name;
+  char state = 0;
+  pid_t parent = 0;
   pid_t session = 0;
 };
 
@@ -52,10 +54,8 @@ Entry ReadEntry(const std::filesystem::path& folder) {
   if (begin == std::string::npos || end == std::string::npos) return {};
   Entry entry;
   entry.name = line.substr(begin + 1, end - begin - 1);
-  char state = 0;
-  pid_t parent = 0;
   pid_t group = 0;
-  std::istringstream(line.substr(end + 2)) >> state >> parent >> group >> entry.session;
+  std::istringstream(line.substr(end + 2)) >> entry.state >> entry.parent >> group >> entry.session;
   return entry;
 }
 
@@ -123,6 +123,7 @@ std::vector<pid_t> HostProcess::Others(const std::string& name) const {
     const pid_t other = std::atoi(folder.path().filename().c_str());
     if (other <= 0 || other == process) continue;
     const Entry entry = ReadEntry(folder.path());
+    if (entry.state == 'Z' && entry.parent != process) continue;
     if (entry.session == process && (name.empty() || entry.name == name)) found.push_back(other);
   }
   return found;

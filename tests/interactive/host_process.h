@@ -35,8 +35,9 @@ class HostProcess {
   /// The wait status; -1 while it runs.
   int Status() const { return status; }
 
-  /// The processes of that session that run or are dead and not reaped, other than the program itself: those
-  /// with that name (at most 15 characters), or all.
+  /// The processes of that session other than the program itself: those with that name (at most 15
+  /// characters), or all. A dead one counts only if the program has to reap it: the init process of a
+  /// container may take its time.
   std::vector<pid_t> Others(const std::string& name = "") const;
 
   /// Whether none of them is left within half a minute.

@@ -6,7 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-XServer::XServer() {
+XServer::XServer(const std::vector<std::string>& options) {
   int ends[2];
   if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
   process = ::fork();
@@ -14,7 +14,11 @@ XServer::XServer() {
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     const std::string end = std::to_string(ends[1]);
     // Without -noreset the server restarts when its last client leaves, and refuses clients meanwhile.
-    ::execlp("Xvfb", "Xvfb", "-noreset", "-displayfd", end.c_str(), "-nolisten", "tcp", nullptr);
+    std::vector<const char*> arguments = {"Xvfb",      "-noreset",  "-displayfd",
+                                          end.c_str(), "-nolisten", "tcp"};
+    for (const std::string& option : options) arguments.push_back(option.c_str());
+    arguments.push_back(nullptr);
+    ::execvp("Xvfb", const_cast<char**>(arguments.data()));
     ::_exit(127);
   }
   ::close(ends[1]);
@@ -23,6 +27,8 @@ XServer::XServer() {
   ::close(ends[0]);
   if (display == ":") throw std::runtime_error("Xvfb does not start");
 }
+
+void XServer::Send(int signal) const { ::kill(process, signal); }
 
 void XServer::Stop() {
   if (process == 0) return;

@@ -3,16 +3,19 @@
 
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 /// An X server without a physical screen, on a free display.
 class XServer {
  public:
-  XServer();  ///< throws std::runtime_error when the server does not start
+  /// `options`: more arguments for Xvfb. Throws std::runtime_error when the server does not start.
+  explicit XServer(const std::vector<std::string>& options = {});
   XServer(const XServer&) = delete;
   XServer& operator=(const XServer&) = delete;
   ~XServer() { Stop(); }
 
   void Stop();
+  void Send(int signal) const;
 
   std::string display;
 

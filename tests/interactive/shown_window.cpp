@@ -1,0 +1,131 @@
+#include "tests/interactive/shown_window.h"
+
+#include "tests/interactive/host_process.h"
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <algorithm>
+#include <stdexcept>
+
+namespace {
+
+// Windows may disappear at any time.
+int IgnoreError(Display*, XErrorEvent*) { return 0; }
+
+}  // namespace
+
+ShownWindow::ShownWindow(const std::string& server, const std::string& name)
+    : display(XOpenDisplay(server.c_str())), title(name) {
+  if (!display) throw std::runtime_error("no display " + server);
+  XSetErrorHandler(IgnoreError);
+}
+
+ShownWindow::~ShownWindow() { Leave(); }
+
+void ShownWindow::Leave() {
+  if (display) XCloseDisplay(display);
+  display = nullptr;
+}
+
+std::vector<unsigned long> ShownWindow::Find() {
+  Window root = 0;
+  Window parent = 0;
+  Window* children = nullptr;
+  unsigned count = 0;
+  std::vector<unsigned long> found;
+  XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
+  for (unsigned i = 0; i < count; ++i) {
+    XWindowAttributes attributes = {};
+    char* name = nullptr;
+    if (XFetchName(display, children[i], &name) && name == title &&
+        XGetWindowAttributes(display, children[i], &attributes) &&
+        attributes.map_state == IsViewable) {
+      found.push_back(children[i]);
+    }
+    if (name) XFree(name);
+  }
+  if (children) XFree(children);
+  return found;
+}
+
+bool ShownWindow::Appears() {
+  return WaitUntil([this] {
+    const std::vector<unsigned long> found = Find();
+    if (!found.empty()) window = found[0];
+    return !found.empty();
+  });
+}
+
+bool ShownWindow::Disappears() {
+  return WaitUntil([this] {
+    const std::vector<unsigned long> found = Find();
+    return std::find(found.begin(), found.end(), window) == found.end();
+  });
+}
+
+int ShownWindow::Count() { return static_cast<int>(Find().size()); }
+
+ShownWindow::Area ShownWindow::Place() {
+  XWindowAttributes attributes = {};
+  XGetWindowAttributes(display, window, &attributes);
+  return {attributes.x, attributes.y, attributes.width, attributes.height};
+}
+
+std::vector<unsigned long> ShownWindow::Pixels() {
+  const Area area = Place();
+  XImage* const image = XGetImage(display, window, 0, 0, static_cast<unsigned>(area.width),
+                                  static_cast<unsigned>(area.height), AllPlanes, ZPixmap);
+  if (!image) return {};
+  std::vector<unsigned long> pixels;
+  for (int y = 0; y < area.height; ++y) {
+    for (int x = 0; x < area.width; ++x) pixels.push_back(XGetPixel(image, x, y) & 0xFFFFFF);
+  }
+  XDestroyImage(image);
+  return pixels;
+}
+
+std::string ShownWindow::Property(const std::string& name) {
+  Atom type = 0;
+  int format = 0;
+  unsigned long count = 0;
+  unsigned long rest = 0;
+  unsigned char* value = nullptr;
+  XGetWindowProperty(display, window, XInternAtom(display, name.c_str(), False), 0, 1024, False,
+                     AnyPropertyType, &type, &format, &count, &rest, &value);
+  std::string text;
+  if (value && format == 8) text.assign(reinterpret_cast<char*>(value), count);
+  if (value && format == 32 && type == XA_ATOM) {
+    char* const atom = XGetAtomName(display, *reinterpret_cast<Atom*>(value));
+    text = atom;
+    XFree(atom);
+  }
+  if (value) XFree(value);
+  return text;
+}
+
+void ShownWindow::Resize(int width, int height) {
+  XResizeWindow(display, window, static_cast<unsigned>(width), static_cast<unsigned>(height));
+  XSync(display, False);
+}
+
+void ShownWindow::Close() {
+  XEvent event = {};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = window;
+  event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
+  XSendEvent(display, window, False, NoEventMask, &event);
+  XSync(display, False);
+}
+
+void ShownWindow::Destroy() {
+  XDestroyWindow(display, window);
+  XSync(display, False);
+}
+
+void ShownWindow::Disconnect() {
+  XKillClient(display, window);
+  XSync(display, False);
+}

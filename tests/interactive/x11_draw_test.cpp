@@ -1,0 +1,199 @@
+// Draws from "unixx11" on an X server.
+
+#include "tests/interactive/host_process.h"
+#include "tests/interactive/moving_robot.h"
+#include "tests/interactive/shown_window.h"
+#include "tests/support/x_server.h"
+
+#include <chrono>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr char kTitle[] = "Random bytes are needed";
+constexpr char kHelper[] = "rng-gather-x11";
+constexpr int kEnough = 500;  // motions or presses
+
+// What the host prints after one draw, or several, that left nothing.
+std::string Output(const std::string& results) {
+  return "ready\n" + results + "\ndescriptors 0\nchildren 0\n";
+}
+
+class X11Draw : public testing::Test {
+ protected:
+  explicit X11Draw(const std::string& draws = "1") : count(draws) {}
+  void SetUp() override { ASSERT_TRUE(window.Appears()); }
+
+  void ExpectEnd(const std::string& results) {
+    EXPECT_EQ(Output(results), host.Finish());
+    EXPECT_TRUE(host.IsAlone());
+  }
+
+  void SendToHelper(int signal) {
+    const std::vector<pid_t> helpers = host.Others(kHelper);
+    ASSERT_EQ(1u, helpers.size());
+    ::kill(helpers[0], signal);
+  }
+
+  std::string count;
+  XServer server{{"-screen", "0", "1024x768x24", "-dpi", "96"}};
+  HostProcess host{{DRAWING_HOST, "unixx11", "32", count}, {"DISPLAY=" + server.display}};
+  ShownWindow window{server.display, kTitle};
+  MovingRobot robot{server.display, 512, 384};
+};
+
+}  // namespace
+
+TEST_F(X11Draw, SucceedsAfterEnoughMotions) {
+  robot.Move(kEnough);
+  ExpectEnd("drawn");
+}
+
+TEST_F(X11Draw, SucceedsAfterEnoughKeys) {
+  robot.Type(kEnough);
+  ExpectEnd("drawn");
+}
+
+TEST_F(X11Draw, EscapeCancels) {
+  robot.Do({"key", "Escape"});
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, CloseButtonCancels) {
+  window.Close();
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, FailsIfTheWindowIsDestroyed) {
+  window.Destroy();
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, FailsIfTheConnectionIsClosed) {
+  window.Disconnect();
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, FailsIfTheServerEnds) {
+  window.Leave();
+  server.Stop();
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, IsCancelledByAnotherThread) {
+  host.Send(SIGUSR1);
+  ExpectEnd("zeros");
+  EXPECT_TRUE(window.Disappears());
+}
+
+TEST_F(X11Draw, IsCancelledWhileTheServerDoesNotAnswer) {
+  server.Send(SIGSTOP);
+  host.Send(SIGUSR1);
+  ExpectEnd("zeros");
+  server.Send(SIGCONT);
+}
+
+TEST_F(X11Draw, FailsIfTheHelperIsTerminated) {
+  SendToHelper(SIGTERM);
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, FailsIfTheHelperIsHungUp) {
+  SendToHelper(SIGHUP);
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, FailsIfTheHelperIsKilled) {
+  SendToHelper(SIGKILL);
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, WindowClosesIfTheHostIsKilled) {
+  host.Send(SIGKILL);
+  EXPECT_TRUE(window.Disappears());
+  host.Finish();
+  EXPECT_TRUE(host.IsAlone());
+}
+
+TEST_F(X11Draw, StraightLineNeverFinishes) {
+  robot.MoveStraight(400);
+  robot.Do({"key", "Escape"});
+  ExpectEnd("zeros");
+}
+
+// The second press of a key counts, and is less than one per cent.
+TEST_F(X11Draw, HeldKeyShowsNoProgress) {
+  const auto before = window.Pixels();
+  robot.Do({"keydown", "a", "sleep", "1.5", "keyup", "a"});
+  robot.Wait();
+  EXPECT_TRUE(before == window.Pixels());
+  robot.Do({"key", "Escape"});
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, TextOfAProgramNeverFinishes) {
+  std::string text;
+  for (int i = 0; i < kEnough; ++i) text += static_cast<char>('a' + i * i % 26);
+  robot.Do({"type", "--delay", "0", text});
+  robot.Do({"key", "Escape"});
+  ExpectEnd("zeros");
+}
+
+// Such motions look the same to the health tests. The window says so, and closes by itself.
+TEST_F(X11Draw, RegularMotionsRaiseAnAlarm) {
+  robot.Shake(60);
+  ExpectEnd("zeros");
+}
+
+// What other programs only pretend to have happened is sent to the window before its new size.
+TEST_F(X11Draw, PretendedKeysDoNotCount) {
+  robot.Do({"key", "--window", std::to_string(window.Number()), "Escape"});
+  robot.Wait();
+  window.Resize(600, 300);
+  EXPECT_TRUE(WaitUntil([&] {
+    const auto pixels = window.Pixels();
+    return pixels.size() == 600u * 300 && pixels.back() != 0xFFFFFF;
+  }));
+  host.Send(SIGUSR1);
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, WindowSaysWhatItIs) {
+  EXPECT_EQ(kTitle, window.Property("WM_NAME"));
+  EXPECT_EQ(kTitle, window.Property("_NET_WM_NAME"));
+  EXPECT_EQ(std::string("rng-gather-x11\0Rng-gather-x11\0", 30), window.Property("WM_CLASS"));
+  EXPECT_EQ("WM_DELETE_WINDOW", window.Property("WM_PROTOCOLS"));
+  EXPECT_EQ("_NET_WM_WINDOW_TYPE_DIALOG", window.Property("_NET_WM_WINDOW_TYPE"));
+}
+
+namespace {
+
+class SeveralX11Draws : public X11Draw {
+ protected:
+  SeveralX11Draws() : X11Draw("3") {}
+};
+
+}  // namespace
+
+TEST_F(SeveralX11Draws, TakeTurnsAndAreAllCancelled) {
+  EXPECT_EQ(1, window.Count());
+  const std::vector<pid_t> first = host.Others(kHelper);
+  window.Close();
+  ASSERT_TRUE(WaitUntil([&] {
+    const std::vector<pid_t> helpers = host.Others(kHelper);
+    return helpers.size() == 1 && helpers != first;
+  }));
+  ASSERT_TRUE(window.Appears());
+  EXPECT_EQ(1, window.Count());
+  host.Send(SIGUSR1);
+  ExpectEnd("zeros\nzeros\nzeros");
+}
+
+TEST(X11Kind, IsAbsentWithoutADisplay) {
+  HostProcess host({DRAWING_HOST, "unixx11", "32"}, {});
+  EXPECT_EQ("no unixx11\n", host.Finish());
+}

@@ -1,0 +1,68 @@
+// The window of "unixx11" on screens of different kinds. With the environment variable PICTURES, the name of a
+// folder, the cases write what they see to files there.
+
+#include "tests/interactive/host_process.h"
+#include "tests/interactive/moving_robot.h"
+#include "tests/interactive/shown_window.h"
+#include "tests/support/x_server.h"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+
+namespace {
+
+// The window half way to the end of a draw.
+class WindowOnScreen {
+ public:
+  WindowOnScreen(int width, int height, int dpi, const std::string& picture)
+      : server({"-screen", "0", std::to_string(width) + "x" + std::to_string(height) + "x24",
+                "-dpi", std::to_string(dpi)}),
+        robot(server.display, width / 2, height / 2) {
+    EXPECT_TRUE(window.Appears());
+    if (const char* const folder = std::getenv("PICTURES")) {
+      Record(std::string(folder) + '/' + picture);
+    }
+  }
+
+  ShownWindow::Area Place() { return window.Place(); }
+  std::vector<unsigned long> Pixels() { return window.Pixels(); }
+
+ private:
+  void Record(const std::string& file) {
+    robot.Move(180);
+    robot.Wait();
+    const std::string command = "import -display " + server.display + " -window " +
+                                std::to_string(window.Number()) + " -strip -colors 64 " + file;
+    EXPECT_EQ(0, std::system(command.c_str()));
+  }
+
+  XServer server;
+  HostProcess host{{DRAWING_HOST, "unixx11", "32"}, {"DISPLAY=" + server.display}};
+  ShownWindow window{server.display, "Random bytes are needed"};
+  MovingRobot robot;
+};
+
+}  // namespace
+
+TEST(X11Window, IsInTheMiddleOfTheScreen) {
+  WindowOnScreen screen(1024, 768, 96, "unixx11.png");
+  const ShownWindow::Area area = screen.Place();
+  EXPECT_NEAR(512, area.x + area.width / 2, 1);
+  EXPECT_NEAR(384, area.y + area.height / 2, 1);
+}
+
+TEST(X11Window, IsTwiceAsLargeAtTwiceTheResolution) {
+  WindowOnScreen usual(1600, 1000, 96, "unixx11_96.png");
+  WindowOnScreen fine(1600, 1000, 192, "unixx11_192.png");
+  EXPECT_NEAR(2 * usual.Place().width, fine.Place().width, 4);
+  EXPECT_NEAR(2 * usual.Place().height, fine.Place().height, 8);
+}
+
+TEST(X11Window, FitsASmallScreen) {
+  WindowOnScreen screen(320, 200, 96, "unixx11_small.png");
+  const ShownWindow::Area area = screen.Place();
+  EXPECT_GE(area.x, 0);
+  EXPECT_GE(area.y, 0);
+  EXPECT_LE(area.x + area.width, 320);
+  EXPECT_LE(area.y + area.height, 200);
+}
