@@ -197,26 +197,26 @@ listing | diff "$room/before" - >"$room/left" || true
 ./etc/rngaggregator/rng.ini" ] || fail "files differ after the purge: $(cat "$room/left")"
 echo "Installed beside $(wc -l <"$root/tmp/packages") packages of the system, used, and purged."
 
-[ -n "$(ls "$room/window")" ] || exit 0
-# The plug-ins that open a window. Their packages bring all libraries that the helpers need.
+# The plug-ins that open a window.
+needs_library() { # PLUGIN LIBRARY: its package brings the libraries of the helper
+  inside sh -c "dpkg -i /tmp/rng-plugin-$1_*.deb" >"$room/log" 2>&1 && fail "$1 needs no library"
+  says "rng-plugin-$1 depends on $2"
+}
+
+starts() { # HELPER KIND
+  inside "/usr/libexec/rngaggregator/$1" >"$room/log" 2>&1 && fail "$1 works alone"
+  says 'This program is started by a plug-in'
+  inside rngctl doctor "$2" >"$room/log" 2>&1 && fail "the doctor finds nothing wrong with $2"
+  says 'there is no X display'
+}
+
 cp "$room"/window/*.deb "$root/tmp"
 passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/rngctl_*.deb'
-for plugin in biox11:libcairo2; do
-  inside sh -c "dpkg -i /tmp/rng-plugin-${plugin%:*}_*.deb" >"$room/log" 2>&1 && fail "${plugin%:*} needs no library"
-  says "rng-plugin-${plugin%:*} depends on ${plugin#*:}"
-done
+needs_library biox11 libcairo2
 copy_packages "$room"/window/*.deb
 passes ldconfig
 passes sh -c 'dpkg -i /tmp/rng-plugin-bio[xq]*.deb'
-for helper in x11; do
-  inside /usr/libexec/rngaggregator/rng-gather-$helper >"$room/log" 2>&1 && fail "$helper: works alone"
-  says 'This program is started by a plug-in'
-done
-if inside rngctl list >"$room/log" 2>&1; then fail "listed without a display: $(cat "$room/log")"; fi
-for kind in unixx11; do
-  inside rngctl doctor $kind >"$room/log" 2>&1 && fail "the doctor finds nothing wrong with $kind"
-  says 'there is no X display'
-done
+starts rng-gather-x11 unixx11
 # shellcheck disable=SC2046 # words
 passes dpkg -P $(names "$room"/window/*.deb)
 [ ! -e "$root/usr/libexec/rngaggregator" ] || fail "helpers are left after the purge"
