@@ -1,33 +1,55 @@
 // rng-gather-tty: gathers entropy from the keys that a user presses in the terminal, for the kind "biokbd".
+// rng-gather-tty --record FILE: stores the events instead, for an assessment of their entropy.
 
 #include "helpers/session/session.h"
 #include "helpers/tty/network.h"
+#include "helpers/tty/record.h"
 #include "helpers/tty/terminal.h"
 #include "helpers/tty/typing.h"
 
 #include <exception>
 #include <iostream>
+#include <poll.h>
+#include <string>
 
 namespace {
 
-void Draw(Session& session) {
-  const HmacAlgorithm algorithm;
+// Others that draw from this terminal come first.
+bool WaitForTerminal(Terminal& terminal, const Session& session) {
+  constexpr int kLook = 100;  // milliseconds
+  while (!terminal.Reserve() && !session.HasEnded()) ::poll(nullptr, 0, kLook);
+  return !session.HasEnded();
+}
+
+void Draw(const Session& session) {
+  const Signals signals;
   Terminal terminal;
-  const bool isRemote = MayBeRemote(terminal.Get());
+  if (!WaitForTerminal(terminal, session)) return;
+  if (!terminal.IsForeground()) {
+    return terminal.Say(
+        "A program in the background needs keys. Bring it to the foreground with fg.");
+  }
+  terminal.StartGuard(session.Socket());
+  const bool isRemote = MayBeRemote(terminal.Name());
+  const HmacAlgorithm algorithm;
   Gathering gathering(algorithm, DrawSystemBytes(), isRemote);
-  if (Typing(session, terminal, gathering, isRemote).Run()) session.Answer(gathering.Finish());
+  const bool isDone = Typing(session, signals, terminal, gathering, isRemote).Run();
+  terminal.Say("");
+  if (isDone) session.Answer(gathering.Finish());
+}
+
+void Answer() {
+  const Session session;
+  if (session.Request().task == HelperRequest::kSelfTest) session.AnswerSelfTest();
+  if (session.Request().task == HelperRequest::kDraw) Draw(session);
 }
 
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
   try {
-    Session session;
-    if (session.Request().task == HelperRequest::kSelfTest) {
-      session.AnswerSelfTest();
-    } else if (session.Request().task == HelperRequest::kDraw) {
-      Draw(session);
-    }
+    const bool records = count == 3 && std::string(arguments[1]) == "--record";
+    records ? RecordKeys(arguments[2]) : Answer();
     return 0;
   } catch (const std::exception& error) {
     std::cerr << "rng-gather-tty: " << error.what() << '\n';

@@ -2,16 +2,15 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <string>
-#include <unistd.h>
 #include <utmpx.h>
 
 namespace {
 
-// The remote host of the terminal's login record. A local display begins with a colon.
-bool HasRemoteLogin(const std::string& line) {
+// The remote host of the login record. A local display begins with a colon.
+bool HasRemoteLogin(const std::string& terminal) {
   utmpx wanted = {};
-  std::strncpy(wanted.ut_line, line.c_str(), sizeof wanted.ut_line);
+  if (terminal.empty() || terminal.size() >= sizeof wanted.ut_line) return false;
+  std::memcpy(wanted.ut_line, terminal.data(), terminal.size());
   ::setutxent();
   const utmpx* const record = ::getutxline(&wanted);
   const bool isRemote = record && record->ut_host[0] != '\0' && record->ut_host[0] != ':';
@@ -19,14 +18,19 @@ bool HasRemoteLogin(const std::string& line) {
   return isRemote;
 }
 
+// By the type of the terminal, too: sudo removes the variables.
+bool IsInMultiplexer() {
+  const char* const type = std::getenv("TERM");
+  const std::string name = type ? type : "";
+  return std::getenv("TMUX") || std::getenv("STY") || name.rfind("screen", 0) == 0 ||
+         name.rfind("tmux", 0) == 0;
+}
+
 }  // namespace
 
-bool MayBeRemote(int terminal) {
-  for (const char* const variable : {"SSH_CONNECTION", "SSH_CLIENT", "SSH_TTY", "TMUX", "STY"}) {
+bool MayBeRemote(const std::string& terminal) {
+  for (const char* const variable : {"SSH_CONNECTION", "SSH_CLIENT", "SSH_TTY"}) {
     if (std::getenv(variable)) return true;
   }
-  char name[64] = "";
-  const bool hasName =
-      ::ttyname_r(terminal, name, sizeof name) == 0 && std::strncmp(name, "/dev/", 5) == 0;
-  return hasName && HasRemoteLogin(name + 5);
+  return IsInMultiplexer() || HasRemoteLogin(terminal);
 }

@@ -2,90 +2,55 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <fcntl.h>
+#include <filesystem>
 #include <stdexcept>
+#include <sys/file.h>
 #include <sys/ioctl.h>
-#include <sys/syscall.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
-
-namespace {
-
-// Messages to the guard.
-constexpr char kTaken = 't';
-constexpr char kRestored = 'r';
-
-// Outside the group of the front end, so that what kills the group spares it. SIGTTOU is blocked, because it
-// is not in the foreground then.
-[[noreturn]] void Guard(int pipe, int terminal, const termios& settings) {
-  ::setpgid(0, 0);
-  sigset_t all;
-  ::sigfillset(&all);
-  ::sigprocmask(SIG_SETMASK, &all, nullptr);
-  // Nothing else stays open: the plug-in sees that the front end has ended when its socket is closed.
-  ::dup2(pipe, STDIN_FILENO);
-  ::dup2(terminal, STDOUT_FILENO);
-  ::syscall(SYS_close_range, STDERR_FILENO, ~0U, 0);
-  char message = kRestored;
-  while (::read(STDIN_FILENO, &message, 1) > 0) continue;
-  if (message == kTaken) ::tcsetattr(STDOUT_FILENO, TCSAFLUSH, &settings);
-  ::_exit(0);
-}
-
-}  // namespace
 
 Terminal::Terminal() : descriptor(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
   if (descriptor < 0) throw std::runtime_error("There is no terminal to type in.");
-  ::tcgetattr(descriptor, &before);
-  if (!IsForeground()) {
-    Say("rng-gather-tty: a program in the background asks for keys. Bring it to the foreground and "
-        "repeat.");
-    ::close(descriptor);
-    throw std::runtime_error("The program is in the background.");
-  }
-  StartGuard();
 }
 
 Terminal::~Terminal() {
-  Restore();
-  ::close(guard);
+  LeaveKeys();
+  guard.reset();
   ::close(descriptor);
+  ::close(reservation);
 }
 
-void Terminal::StartGuard() {
-  int ends[2];
-  if (::pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("There are too many open files.");
-  const pid_t process = ::fork();
-  if (process == 0) {
-    ::close(ends[1]);
-    Guard(ends[0], descriptor, before);
+// /dev/tty is the same file in all terminals, so its own name does not tell.
+std::string Terminal::Name() const {
+  unsigned device = 0;
+  if (::ioctl(descriptor, TIOCGDEV, &device) != 0) return "";
+  constexpr unsigned kPseudoTerminals = 136;
+  if (major(device) == kPseudoTerminals) return "pts/" + std::to_string(minor(device));
+  const std::string link =
+      "/sys/dev/char/" + std::to_string(major(device)) + ':' + std::to_string(minor(device));
+  std::error_code unknown;
+  return std::filesystem::read_symlink(link, unknown).filename();
+}
+
+bool Terminal::Reserve() {
+  if (reservation < 0) {
+    reservation = ::open(("/dev/" + Name()).c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
   }
-  ::close(ends[0]);
-  guard = ends[1];
-  if (process < 0) throw std::runtime_error("There are too many processes.");
-}
-
-void Terminal::Tell(char message) const {
-  if (::write(guard, &message, 1) != 1)
-    throw std::runtime_error("The guard of the terminal's settings has ended.");
+  return reservation < 0 || ::flock(reservation, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
 void Terminal::TakeKeys() {
-  termios keys = before;
-  keys.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL | ICANON | ISIG | IEXTEN);
-  keys.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | ICRNL | INLCR | IGNCR);
-  keys.c_cc[VMIN] = 1;
-  keys.c_cc[VTIME] = 0;
-  Tell(kTaken);
-  hasKeys = true;
-  ::tcsetattr(descriptor, TCSADRAIN, &keys);
+  if (!settings.areTaken) settings = PrepareSettings(descriptor);
+  if (!guard || !guard->Tell(settings))
+    throw std::runtime_error("The guard of the terminal has ended.");
+  ::tcsetattr(descriptor, TCSANOW, &settings.now);
 }
 
-void Terminal::Restore() {
-  if (!hasKeys) return;
-  ::tcsetattr(descriptor, TCSADRAIN, &before);
-  hasKeys = false;
-  Tell(kRestored);
+void Terminal::LeaveKeys() {
+  RestoreSettings(descriptor, settings);
+  settings.areTaken = false;
+  if (guard) guard->Tell(settings);
 }
 
 bool Terminal::IsForeground() const { return ::tcgetpgrp(descriptor) == ::getpgrp(); }

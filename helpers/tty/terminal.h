@@ -1,14 +1,15 @@
 #ifndef HELPERS_TTY_TERMINAL_H
 #define HELPERS_TTY_TERMINAL_H
 
-#include <string>
-#include <termios.h>
+#include "helpers/tty/guard.h"
 
-/// The controlling terminal, in the foreground. Its settings come back when this object is destroyed, and
-/// also if this process is killed: a second process, the guard, keeps them and waits for that.
+#include <optional>
+#include <string>
+
+/// The controlling terminal. Its settings come back when this object is destroyed or this process is killed.
 class Terminal {
  public:
-  /// Throws a `std::runtime_error` if there is no terminal, or if this process is in the background.
+  /// Throws a `std::runtime_error` if there is none.
   Terminal();
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
@@ -16,11 +17,22 @@ class Terminal {
 
   int Get() const { return descriptor; }
 
-  /// No echo, no lines, no signals from keys, no flow control: every key arrives at once.
+  /// The name of its device without "/dev/", such as "pts/3"; "" if it cannot be found out.
+  std::string Name() const;
+
+  /// False while another front end takes keys there. Without the right to open the device by its name, as
+  /// after su, this is not known, and the result true.
+  bool Reserve();
+
+  /// Must come before `TakeKeys`, and before there is anything secret in memory. `kept`: see `Guard`.
+  void StartGuard(int kept) { guard.emplace(descriptor, kept); }
+
+  /// Changes the settings, so that every key arrives at once. Throws a `std::runtime_error` if the guard has
+  /// been killed.
   void TakeKeys();
 
-  /// The settings as they were, if `TakeKeys` has changed them. In between, they belong to others.
-  void Restore();
+  /// The settings as they were. In between, they belong to others.
+  void LeaveKeys();
 
   bool IsForeground() const;
 
@@ -34,16 +46,14 @@ class Terminal {
   void Say(const std::string& text);
 
  private:
-  void StartGuard();
-  void Tell(char message) const;
   void Write(const std::string& text);
   std::size_t Width() const;
 
   int descriptor;
-  int guard = -1;  // the guard acts when this end of its pipe is closed
-  termios before = {};
+  int reservation = -1;
+  std::optional<Guard> guard;
+  TakenSettings settings = {};
   std::size_t shown = 0;  // characters of the line of the cursor
-  bool hasKeys = false;
   bool isGone = false;
 };
 

@@ -1,11 +1,10 @@
 #include "helpers/tty/typing.h"
 
+#include "helpers/session/monotonic_clock.h"
 #include "helpers/tty/keys.h"
 
 #include <csignal>
-#include <ctime>
 #include <poll.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -17,78 +16,57 @@ constexpr int kControlC = 3;
 constexpr int kControlD = 4;
 constexpr int kControlZ = 26;
 
-std::chrono::nanoseconds Now() {
-  timespec now = {};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
-}
+void Sleep() { ::poll(nullptr, 0, kLook); }
 
-// As events for the loop. SIGCONT needs no handling of its own: it only wakes.
-int BlockSignals() {
-  sigset_t handled;
-  ::sigemptyset(&handled);
-  for (const int number :
-       {SIGTERM, SIGHUP, SIGINT, SIGQUIT, SIGTSTP, SIGTTIN, SIGTTOU, SIGPIPE, SIGALRM}) {
-    ::sigaddset(&handled, number);
-  }
-  ::sigprocmask(SIG_SETMASK, &handled, nullptr);
-  return ::signalfd(-1, &handled, SFD_CLOEXEC | SFD_NONBLOCK);
+std::string Bar(int bits) {
+  constexpr int kWidth = 20;
+  const auto filled = static_cast<std::size_t>(bits * kWidth / Gathering::kNeededBits);
+  return '[' + std::string(filled, '#') + std::string(kWidth - filled, ' ') + "] " +
+         std::to_string(bits * 100 / Gathering::kNeededBits) + " per cent";
 }
 
 }  // namespace
 
-Typing::Typing(Session& of, Terminal& where, Gathering& into, bool overNetwork)
+Typing::Typing(const Session& of, const Signals& incoming, Terminal& where, Gathering& into,
+               bool overNetwork)
     : session(of),
+      signals(incoming),
       terminal(where),
       gathering(into),
       isRemote(overNetwork),
-      signals(BlockSignals()),
-      hostRan(Now()) {}
-
-Typing::~Typing() { ::close(signals); }
+      hostRan(MonotonicNow()) {}
 
 bool Typing::Run() {
-  terminal.TakeKeys();
-  Ask();
+  Resume();
   while (!isOver && !gathering.IsComplete()) {
     ShowProgress();
     Wait();
   }
   const bool isDone = !isOver;
-  if (isDone) SwallowTheRest();
-  if (isOver && gathering.HasAlarm()) {
-    terminal.ShowLine("The same keys come too often to be random. Nothing was drawn.");
-  } else if (isOver) {
-    terminal.ShowLine("Cancelled. Nothing was drawn.");
-  }
-  terminal.Say("");
-  terminal.Restore();
+  if (isDone || gathering.HasAlarm()) SwallowTheRest();
+  if (!isDone) SayWhyNot();
+  terminal.LeaveKeys();
   return isDone && !isOver;
 }
 
 void Typing::Ask() {
-  terminal.Say(
-      "Random bytes are needed. Type any keys, without a rhythm, until the bar is full. Ctrl-C "
-      "cancels.");
+  terminal.Say("Random bytes are needed: type any keys until the bar is full. Ctrl-C cancels.");
   if (isRemote) {
-    terminal.Say(
-        "This terminal may be reached over a network, so it takes twice as many keys as usual.");
+    terminal.Say("This terminal may be used over a network, so it takes twice as many keys.");
   }
 }
 
-void Typing::ShowProgress(const std::string& more) {
-  constexpr int kWidth = 20;
-  const int part = gathering.Bits() * kWidth / Gathering::kNeededBits;
-  terminal.ShowLine('[' + std::string(static_cast<std::size_t>(part), '#') +
-                    std::string(static_cast<std::size_t>(kWidth - part), ' ') + "] " +
-                    std::to_string(gathering.Bits() * 100 / Gathering::kNeededBits) + " % " + more);
+void Typing::ShowProgress() {
+  if (gathering.Bits() == shown) return;
+  shown = gathering.Bits();
+  terminal.ShowLine(Bar(shown));
 }
 
 void Typing::Wait() {
   pollfd events[] = {{terminal.Get(), POLLIN, 0},
                      {session.Socket(), POLLIN | POLLRDHUP, 0},
                      {session.Host(), POLLIN, 0},
-                     {signals, POLLIN, 0}};
+                     {signals.Get(), POLLIN, 0}};
   ::poll(events, std::size(events), kLook);
   if (events[0].revents != 0) HandleKeys(terminal.Read());
   HandleSignals();
@@ -96,55 +74,76 @@ void Typing::Wait() {
            !terminal.IsForeground();
 }
 
+// The settings come back before the job stops: its shell has its own as soon as it has.
 void Typing::HandleKeys(const std::string& bytes) {
-  for (const KeyPress& press : SplitKeys(bytes, Now())) {
+  for (const KeyPress& press : SplitKeys(bytes, MonotonicNow())) {
     gathering.Add(press);
     if (!press.isAlone) continue;
     if (press.key == kControlC || press.key == kControlD) isOver = true;
-    if (press.key == kControlZ) ::kill(0, SIGTSTP);  // the whole job, which includes this process
+    if (press.key == kControlZ) {
+      terminal.LeaveKeys();
+      ::kill(0, SIGTSTP);  // the whole job, which includes this process
+    }
   }
   isOver = isOver || gathering.HasAlarm();
 }
 
 void Typing::HandleSignals() {
-  signalfd_siginfo signal = {};
-  while (::read(signals, &signal, sizeof signal) == sizeof signal) {
-    if (signal.ssi_signo == SIGTSTP) {
-      Suspend();
-    } else if (signal.ssi_signo != SIGTTIN && signal.ssi_signo != SIGTTOU) {
-      isOver = true;
+  while (const int signal = signals.Next()) {
+    switch (signal) {
+      case SIGTSTP:
+        Suspend();
+        break;
+      case SIGCONT:  // a shell may have changed the settings while this process was stopped
+        if (terminal.IsForeground()) Resume();
+        break;
+      case SIGTTIN:
+      case SIGTTOU:
+        break;
+      default:
+        isOver = true;
     }
   }
 }
 
 // A stop of the whole job also stops this process or sends it a signal.
 bool Typing::IsHostStoppedAlone() {
-  if (!session.IsHostStopped()) hostRan = Now();
-  return Now() - hostRan > 1s;
+  if (!session.IsHostStopped()) hostRan = MonotonicNow();
+  return MonotonicNow() - hostRan > 1s;
 }
 
-// The user's shell gets the terminal as it was. When the host runs again, so does the draw, unless the host
-// is in the background then. A host that ignores the signal is not waited for.
+// When the host runs again, so does the draw, unless the host is in the background then. A host that ignores
+// the signal is not waited for.
 void Typing::Suspend() {
+  terminal.LeaveKeys();
   terminal.Say("");
-  terminal.Restore();
-  const auto sleep = [] { ::poll(nullptr, 0, kLook); };
-  for (int look = 0; look < 10 && !session.IsHostStopped(); ++look) sleep();
-  while (session.IsHostStopped() && !session.HasEnded()) sleep();
-  hostRan = Now();
-  if (session.HasEnded() || !terminal.IsForeground()) return;
+  for (int look = 0; look < 10 && !session.IsHostStopped(); ++look) Sleep();
+  while (session.IsHostStopped() && !session.HasEnded()) Sleep();
+  hostRan = MonotonicNow();
+  if (!session.HasEnded() && terminal.IsForeground()) Resume();
+}
+
+void Typing::Resume() {
   terminal.TakeKeys();
   Ask();
+  shown = -1;
 }
 
 // What is still being typed must not reach the shell: until half a second of silence, three at most.
 void Typing::SwallowTheRest() {
-  ShowProgress("Enough, thank you. Please stop typing.");
-  const Time start = Now();
-  for (Time last = start; !isOver && Now() - last < 500ms && Now() - start < 3s;) {
-    const Time before = Now();
+  terminal.ShowLine(Bar(gathering.Bits()) + ". Enough, please stop typing.");
+  const Time start = MonotonicNow();
+  for (Time last = start; MonotonicNow() - last < 500ms && MonotonicNow() - start < 3s;) {
     pollfd event = {terminal.Get(), POLLIN, 0};
-    if (::poll(&event, 1, kLook) == 1 && !terminal.Read().empty()) last = before;
-    isOver = terminal.IsGone();
+    if (::poll(&event, 1, kLook) == 1 && !terminal.Read().empty()) last = MonotonicNow();
+    if (terminal.IsGone()) break;
   }
+}
+
+// Not on the screen of another job.
+void Typing::SayWhyNot() {
+  if (!terminal.IsForeground()) return;
+  terminal.ShowLine(gathering.HasAlarm()
+                        ? "These keys are too regular to be random. Nothing was drawn."
+                        : "Cancelled. Nothing was drawn.");
 }

@@ -2,15 +2,17 @@
 #define HELPERS_TTY_TYPING_H
 
 #include "helpers/session/session.h"
+#include "helpers/tty/signals.h"
 #include "helpers/tty/terminal.h"
 
 /// Asks the user to type until a gathering is complete.
 class Typing {
  public:
-  Typing(Session& session, Terminal& terminal, Gathering& gathering, bool isRemote);
+  /// `isRemote`: tell the user that it takes more keys.
+  Typing(const Session& session, const Signals& signals, Terminal& terminal, Gathering& gathering,
+         bool isRemote);
   Typing(const Typing&) = delete;
   Typing& operator=(const Typing&) = delete;
-  ~Typing();
 
   /// Returns true when there is enough, and false when the draw has ended: cancelled by the user or the
   /// host, or because the keys raise an alarm. Afterwards the terminal has its settings.
@@ -20,20 +22,23 @@ class Typing {
   using Time = std::chrono::nanoseconds;
 
   void Ask();
-  void ShowProgress(const std::string& more = "");
+  void ShowProgress();
   void Wait();
   void HandleSignals();
   void HandleKeys(const std::string& bytes);
   void Suspend();
+  void Resume();
   bool IsHostStoppedAlone();
   void SwallowTheRest();
+  void SayWhyNot();
 
-  Session& session;
+  const Session& session;
+  const Signals& signals;
   Terminal& terminal;
   Gathering& gathering;
   const bool isRemote;
-  int signals;
-  Time hostRan;  // when it was last seen not to be stopped
+  Time hostRan;    // when it was last seen not to be stopped
+  int shown = -1;  // the bits of the progress on the screen
   bool isOver = false;
 };
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 #include <sched.h>
 #include <string>
 #include <sys/socket.h>
@@ -52,8 +53,9 @@ class InteractiveRng::Turn {
 // The connection with a helper.
 class InteractiveRng::Helper {
  public:
-  explicit Helper(HelperRequest::Task task, std::uint64_t size)
-      : descriptor(StartHelper(FindHelper().c_str())) {
+  Helper(HelperRequest::Task task, std::uint64_t size, const std::atomic<std::uint64_t>& counter,
+         std::uint64_t before)
+      : descriptor(StartHelper(FindHelper().c_str())), cancels(counter), cancelsBefore(before) {
     const HelperRequest request = {task, 0, size};
     isAsked = descriptor >= 0 &&
               ::send(descriptor, &request, sizeof request, MSG_NOSIGNAL) == sizeof request;
@@ -71,6 +73,7 @@ class InteractiveRng::Helper {
 
   bool Receive(unsigned char* buffer, std::size_t size) const {
     for (std::size_t done = 0; isAsked && done < size;) {
+      if (!WaitForMore()) return false;
       const ssize_t count = ::recv(descriptor, buffer + done, size - done, 0);
       if (count == 0 || (count < 0 && errno != EINTR)) return false;
       if (count > 0) done += static_cast<std::size_t>(count);
@@ -79,7 +82,20 @@ class InteractiveRng::Helper {
   }
 
  private:
-  int descriptor;
+  // A helper that is cancelled gets a second to tidy up and close the socket: when the draw has ended, the
+  // terminal is as it was.
+  bool WaitForMore() const {
+    constexpr int kLook = 50;  // milliseconds
+    for (int looks = 0; looks < 20; looks += cancels != cancelsBefore) {
+      pollfd event = {descriptor, POLLIN, 0};
+      if (::poll(&event, 1, kLook) == 1) return true;
+    }
+    return false;
+  }
+
+  const int descriptor;
+  const std::atomic<std::uint64_t>& cancels;
+  const std::uint64_t cancelsBefore;
   bool isAsked;
 };
 
@@ -102,10 +118,11 @@ bool InteractiveRng::Generate(void* buffer, std::size_t size) {
 
 bool InteractiveRng::Draw(unsigned char* buffer, std::size_t size, std::uint64_t cancelsBefore) {
   if (!IsAvailable()) return false;
-  const Helper helper(HelperRequest::kDraw, size);
+  const Helper helper(HelperRequest::kDraw, size, cancels, cancelsBefore);
   // From here on, a Cancel finds the socket. One that came before is seen in the count.
   socket = helper.Get();
-  const bool isDrawn = cancels == cancelsBefore && helper.Receive(buffer, size);
+  if (cancels != cancelsBefore) ::shutdown(helper.Get(), SHUT_WR);
+  const bool isDrawn = helper.Receive(buffer, size) && cancels == cancelsBefore;
   // A Cancel in another thread has borrowed the socket for a moment: it must not be closed before it is back.
   for (int own = helper.Get(); !socket.compare_exchange_weak(own, -1); own = helper.Get()) {
     ::sched_yield();
@@ -118,13 +135,14 @@ void InteractiveRng::Cancel() {
   if (drawing != ::getpid()) return;
   const int borrowed = socket.exchange(-1);
   if (borrowed < 0) return;
-  ::shutdown(borrowed, SHUT_RDWR);
+  ::shutdown(borrowed,
+             SHUT_WR);  // seen by the helper even if a forked copy of the host has the socket open
   socket = borrowed;
 }
 
 bool InteractiveRng::SelfTest() {
   if (!CanStartHelper()) return false;
-  const Helper helper(HelperRequest::kSelfTest, 0);
+  const Helper helper(HelperRequest::kSelfTest, 0, cancels, cancels);
   unsigned char answer = 0;
   return helper.Receive(&answer, 1) && answer == kHelperPassed;
 }

@@ -122,8 +122,9 @@ bool StartOrphan(const char* path, int socket, char* const* environment) {
   }
   if (between < 0) return false;
   int status = 0;
+  // Somebody else may have reaped it. The socket tells whether it worked.
   while (::waitpid(between, &status, static_cast<int>(__WCLONE)) < 0) {
-    if (errno != EINTR) return false;
+    if (errno != EINTR) return true;
   }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }

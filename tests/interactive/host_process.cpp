@@ -27,12 +27,12 @@ std::vector<char*> Pointers(const HostProcess::Words& words) {
                           const std::string& terminal, int output) {
   ::setsid();
   if (!terminal.empty()) {
-    const int descriptor = ::open(terminal.c_str(), O_RDWR | O_CLOEXEC);
-    ::ioctl(descriptor, TIOCSCTTY, 0);
+    ::ioctl(::open(terminal.c_str(), O_RDWR | O_CLOEXEC), TIOCSCTTY, 0);
   }
-  ::dup2(::open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+  const std::string input = terminal.empty() ? "/dev/null" : terminal;
+  ::dup2(::open(input.c_str(), O_RDWR | O_CLOEXEC), STDIN_FILENO);
   ::dup2(output, STDOUT_FILENO);
-  ::dup2(output, STDERR_FILENO);
+  ::dup2(terminal.empty() ? output : STDIN_FILENO, STDERR_FILENO);
   ::execve(command[0].c_str(), Pointers(command).data(), Pointers(variables).data());
   ::_exit(127);
 }

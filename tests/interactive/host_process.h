@@ -16,8 +16,8 @@ class HostProcess {
   using Words = std::vector<std::string>;
 
   /// `command`: an absolute path and arguments. `variables`: "NAME=value", the whole environment. `terminal`:
-  /// the path of what becomes the controlling terminal; "" for none. Standard input is /dev/null, standard
-  /// output and errors are collected.
+  /// the path of what becomes the controlling terminal, standard input and standard error; "" for none. Then
+  /// standard input is /dev/null and standard error goes where standard output goes: it is collected.
   HostProcess(const Words& command, const Words& variables, const std::string& terminal = "");
   HostProcess(const HostProcess&) = delete;
   HostProcess& operator=(const HostProcess&) = delete;

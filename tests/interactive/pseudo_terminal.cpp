@@ -52,6 +52,16 @@ termios PseudoTerminal::Settings() const {
   return settings;
 }
 
+// In the mode for lines, only whole lines would count.
+int PseudoTerminal::CountUnreadKeys() const {
+  termios settings = Settings();
+  settings.c_lflag &= ~static_cast<tcflag_t>(ICANON);
+  ::tcsetattr(slave, TCSANOW, &settings);
+  int count = -1;
+  ::ioctl(slave, FIONREAD, &count);
+  return count;
+}
+
 void PseudoTerminal::Resize(unsigned short rows, unsigned short columns) {
   const winsize size = {rows, columns, 0, 0};
   ::ioctl(master, TIOCSWINSZ, &size);

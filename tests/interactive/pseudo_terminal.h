@@ -24,6 +24,10 @@ class PseudoTerminal {
   bool Shows(const std::string& text);
 
   termios Settings() const;
+
+  /// How many bytes of keys no program has read.
+  int CountUnreadKeys() const;
+
   void Resize(unsigned short rows, unsigned short columns);
 
   /// As if the user closed the window.

@@ -1,35 +1,136 @@
-// Draws from "biokbd" on a terminal.
+// Draws from "biokbd" on a terminal: what the user does.
 
-#include "tests/interactive/host_process.h"
-#include "tests/interactive/pseudo_terminal.h"
-#include "tests/interactive/typing_robot.h"
-
-#include <gmock/gmock.h>
+#include "tests/interactive/terminal_draw.h"
 
 using testing::HasSubstr;
-using testing::StartsWith;
+using testing::Not;
+
+TEST_F(TerminalDraw, SucceedsAfterEnoughKeys) {
+  ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(robot.TypeUntil(kEnough));
+  EXPECT_EQ("ready\ndrawn\ndescriptors 0\nchildren 0\n", host.Finish());
+  ExpectNothingLeft();
+  EXPECT_GE(robot.Presses(), 161);
+  EXPECT_LE(robot.Presses(), 400);
+}
+
+// The keys are also those that end the draw: nothing of what is typed may appear on the screen.
+TEST_F(TerminalDraw, ShowsNoKeys) {
+  ASSERT_TRUE(terminal.Shows(kPrompt));
+  for (int i = 0; i < 20; ++i) {
+    robot.PressKey("q");
+    robot.PressKey("z");
+  }
+  EXPECT_TRUE(terminal.Shows("per cent"));
+  const std::string after = terminal.Screen().substr(terminal.Screen().find(kPrompt));
+  EXPECT_THAT(after, Not(HasSubstr("q")));
+  EXPECT_THAT(after, Not(HasSubstr("z")));
+}
+
+TEST_F(TerminalDraw, SwallowsWhatIsTypedAfterEnough) {
+  ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(robot.TypeUntil(kEnough));
+  for (int i = 0; i < 20; ++i) robot.Press();
+  EXPECT_THAT(host.Finish(), HasSubstr("\ndrawn\n"));
+  EXPECT_EQ(0, terminal.CountUnreadKeys());
+}
+
+TEST_F(TerminalDraw, IsCancelledByControlC) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  terminal.Press("\x03");
+  ExpectNoBytes();
+  EXPECT_TRUE(terminal.Shows("Cancelled"));
+}
+
+TEST_F(TerminalDraw, IsCancelledByControlD) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  terminal.Press("\x04");
+  ExpectNoBytes();
+}
+
+TEST_F(TerminalDraw, GivesPastedTextNoCredit) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  for (int i = 0; i < 100; ++i) {
+    terminal.Press("The quick brown fox jumps over the lazy dog. ");
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  ExpectProgressBelow(20);
+  terminal.Press("\x03");
+  ExpectNoBytes();
+}
+
+// As a terminal repeats it. All but the second press go without credit.
+TEST_F(TerminalDraw, GivesAHeldKeyNoCredit) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  for (int i = 0; i < 200; ++i) {
+    terminal.Press("a");
+    std::this_thread::sleep_for(std::chrono::milliseconds(15 + i * 7 % 11));
+  }
+  ExpectProgressBelow(2);
+  terminal.Press("\x03");
+  ExpectNoBytes();
+}
+
+// Cyrillic letters have two bytes each in UTF-8.
+TEST_F(TerminalDraw, TakesAnyScript) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  const std::vector<std::string> letters = {"ж", "д", "ы", "щ", "ф", "ю"};
+  for (std::size_t i = 0; i < 60; ++i) {
+    robot.PressKey(letters[i * i % letters.size()]);
+  }
+  EXPECT_TRUE(terminal.Shows("10 per cent"));
+}
+
+TEST_F(TerminalDraw, SurvivesResizing) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  for (const unsigned short columns : std::vector<unsigned short>{20, 1, 0, 300}) {
+    terminal.Resize(10, columns);
+    robot.Press();
+  }
+  EXPECT_TRUE(robot.TypeUntil("5 per cent"));
+  terminal.Press("\x03");
+  ExpectNoBytes();
+}
 
 namespace {
 
-constexpr char kCancels[] = "Ctrl-C cancels";
-constexpr char kEnough[] = "100 %";
-
-class TerminalDraw : public testing::Test {
+class RemoteDraw : public TerminalDraw {
  protected:
-  PseudoTerminal terminal;
-  const termios before = terminal.Settings();
-  TypingRobot robot{terminal};
-  HostProcess host{{DRAWING_HOST, "biokbd", "32"}, {"TERM=dumb"}, terminal.Path()};
+  RemoteDraw() : TerminalDraw({DRAWING_HOST, "biokbd", "32"}, {"SSH_TTY=/dev/pts/0"}) {}
+};
+
+class ThreeDraws : public TerminalDraw {
+ protected:
+  ThreeDraws() : TerminalDraw({DRAWING_HOST, "biokbd", "32", "3"}) {}
 };
 
 }  // namespace
 
-TEST_F(TerminalDraw, SucceedsAfterEnoughKeys) {
-  ASSERT_TRUE(terminal.Shows(kCancels));
+TEST_F(RemoteDraw, TakesTwiceAsManyKeys) {
+  ASSERT_TRUE(terminal.Shows("twice as many keys"));
+  for (int i = 0; i < 165; ++i) robot.Press();
+  EXPECT_TRUE(terminal.Shows("30 per cent"));
+  EXPECT_THAT(terminal.Screen(), Not(HasSubstr("55 per cent")));
+}
+
+TEST_F(ThreeDraws, TakeTurns) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
   ASSERT_TRUE(robot.TypeUntil(kEnough));
-  EXPECT_EQ("ready\ndrawn\ndescriptors 0\nchildren 0\n", host.Finish());
-  EXPECT_TRUE(host.IsAlone());
-  EXPECT_TRUE(before == terminal.Settings());
-  EXPECT_GE(robot.Presses(), 161);
-  EXPECT_LE(robot.Presses(), 400);
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(terminal.Shows(kPrompt));
+    ASSERT_TRUE(terminal.Shows("0 per cent"));
+    terminal.Press("\x03");
+  }
+  const std::string output = host.Finish();
+  EXPECT_THAT(output, HasSubstr("drawn"));
+  EXPECT_THAT(output, HasSubstr("zeros"));
+  EXPECT_THAT(output, HasSubstr("descriptors 0\nchildren 0\n"));
+  ExpectNothingLeft();
+}
+
+TEST_F(ThreeDraws, AreAllCancelledAtOnce) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  host.Send(SIGUSR1);
+  EXPECT_EQ("ready\nzeros\nzeros\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
+  ExpectNothingLeft();
 }

@@ -13,10 +13,11 @@ class TypingRobot {
  public:
   explicit TypingRobot(PseudoTerminal& where) : terminal(where) {}
 
-  void Press() {
+  void Press() { PressKey(std::string(1, static_cast<char>('a' + generator() % 26))); }
+  void PressKey(const std::string& key) {
     const double interval = 0.018 * std::exp(0.45 * normal(generator));
     std::this_thread::sleep_for(std::chrono::duration<double>(std::max(interval, 0.009)));
-    terminal.Press(std::string(1, static_cast<char>('a' + generator() % 26)));
+    terminal.Press(key);
     ++presses;
   }
 

@@ -1,0 +1,48 @@
+#include "helpers/tty/guard.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+// Outside the group of the front end, so that what kills the group spares it. All signals are blocked, SIGTTOU
+// among them, because it is not in the foreground then.
+[[noreturn]] void Watch(int pipe, int terminal, int kept) {
+  ::setpgid(0, 0);
+  sigset_t all;
+  ::sigfillset(&all);
+  ::sigprocmask(SIG_SETMASK, &all, nullptr);
+  ::dup2(pipe, STDIN_FILENO);
+  ::dup2(terminal, STDOUT_FILENO);
+  ::dup2(kept, STDERR_FILENO);
+  ::syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, 0);
+  TakenSettings settings = {};
+  while (::read(STDIN_FILENO, &settings, sizeof settings) > 0) continue;
+  RestoreSettings(STDOUT_FILENO, settings);
+  ::_exit(0);
+}
+
+}  // namespace
+
+Guard::Guard(int terminal, int kept) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("There are too many open files.");
+  const pid_t process = ::fork();
+  if (process == 0) {
+    ::close(ends[1]);
+    Watch(ends[0], terminal, kept);
+  }
+  ::close(ends[0]);
+  pipe = ends[1];
+  if (process < 0) throw std::runtime_error("There are too many processes.");
+}
+
+Guard::~Guard() { ::close(pipe); }
+
+// Shorter than a pipe's buffer, so it is written whole.
+bool Guard::Tell(const TakenSettings& settings) const {
+  return ::write(pipe, &settings, sizeof settings) == sizeof settings;
+}

@@ -1,0 +1,131 @@
+// How the program for a draw is started, and what it inherits.
+
+#include "plugins/interactive/start_helper.h"
+
+#include "tests/support/open_files.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+std::string ReadToEnd(int socket) {
+  std::string text;
+  char part[4096];
+  ssize_t count = 0;
+  while ((count = ::read(socket, part, sizeof part)) > 0) {
+    text.append(part, static_cast<std::size_t>(count));
+  }
+  ::close(socket);
+  return text;
+}
+
+std::string WhatIsInherited() { return ReadToEnd(StartHelper(INHERITED)); }
+
+volatile sig_atomic_t g_signals = 0;
+
+}  // namespace
+
+TEST(StartHelper, GivesTheSocketAndNoOtherDescriptors) {
+  ::dup2(STDERR_FILENO, 100);
+  ::dup2(STDERR_FILENO, 3000);
+  EXPECT_THAT(WhatIsInherited(),
+              HasSubstr("descriptors 0=/dev/null 1=/dev/null 2=/dev/null 3=socket\n"));
+}
+
+TEST(StartHelper, WorksWithoutStandardStreams) {
+  const int errors = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 10);
+  for (int number = 0; number < 3; ++number) ::close(number);
+  const std::string inherited = WhatIsInherited();
+  ::dup2(errors, STDOUT_FILENO);
+  ::dup2(errors, STDERR_FILENO);
+  EXPECT_THAT(inherited, HasSubstr("descriptors 0=/dev/null 1=/dev/null 2=/dev/null 3=socket\n"));
+}
+
+TEST(StartHelper, ResetsSignals) {
+  for (const int number : {SIGTERM, SIGHUP, SIGPIPE, SIGCHLD, SIGUSR1}) ::signal(number, SIG_IGN);
+  sigset_t all;
+  ::sigfillset(&all);
+  ::sigprocmask(SIG_SETMASK, &all, nullptr);
+  const std::string inherited = WhatIsInherited();
+  EXPECT_THAT(inherited, HasSubstr("SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n"));
+  sigset_t after;
+  ::sigprocmask(SIG_SETMASK, nullptr, &after);
+  EXPECT_EQ(1, ::sigismember(&after, SIGTERM));
+}
+
+TEST(StartHelper, KeepsOnlyVariablesThatSayWhereTheUserIs) {
+  ::clearenv();
+  for (const char* const name :
+       {"LD_PRELOAD", "LD_LIBRARY_PATH", "QT_PLUGIN_PATH", "QT_STYLE_OVERRIDE", "OPENSSL_CONF",
+        "OPENSSL_MODULES", "GTK_MODULES", "PATH", "IFS"}) {
+    ::setenv(name, "/nowhere", 1);
+  }
+  ::setenv("TERM", "dumb", 1);
+  ::setenv("DISPLAY", ":5", 1);
+  ::setenv("LANG", "", 1);
+  const std::string inherited = WhatIsInherited();
+  EXPECT_THAT(inherited,
+              HasSubstr("variable DISPLAY=:5\nvariable LANG=\nvariable TERM=dumb\nfolder"));
+  EXPECT_THAT(inherited, Not(HasSubstr("/nowhere")));
+}
+
+TEST(StartHelper, DoesNotHoldTheFolderOfTheHost) {
+  EXPECT_THAT(WhatIsInherited(), HasSubstr("folder /\n"));
+}
+
+TEST(StartHelper, SendsNoSignalAndLeavesNoChild) {
+  ::signal(SIGCHLD, [](int) { g_signals = g_signals + 1; });
+  EXPECT_THAT(WhatIsInherited(), HasSubstr("descriptors"));
+  EXPECT_EQ(0, g_signals);
+  EXPECT_EQ(-1, ::waitpid(-1, nullptr, __WALL | WNOHANG));
+  EXPECT_EQ(ECHILD, errno);
+}
+
+TEST(StartHelper, WorksWhereChildrenAreNotWaitedFor) {
+  ::signal(SIGCHLD, SIG_IGN);
+  EXPECT_THAT(WhatIsInherited(), HasSubstr("descriptors"));
+}
+
+// Such a host may reap the process in between.
+TEST(StartHelper, WorksBesideAThreadThatReapsEveryProcess) {
+  std::thread([] {
+    for (;;) ::waitpid(-1, nullptr, __WALL);
+  }).detach();
+  for (int i = 0; i < 50; ++i) EXPECT_THAT(WhatIsInherited(), HasSubstr("descriptors"));
+}
+
+TEST(StartHelper, LeavesNoDescriptors) {
+  const auto before = CountOpenFiles();
+  WhatIsInherited();
+  ReadToEnd(StartHelper("/nowhere/no-such-program"));
+  EXPECT_EQ(before, CountOpenFiles());
+}
+
+TEST(StartHelper, FailsWithAFullTableOfDescriptors) {
+  const rlimit few = {static_cast<rlim_t>(CountOpenFiles()), 4096};
+  ::setrlimit(RLIMIT_NOFILE, &few);
+  for (int number = 0; number >= 0;) number = ::dup(STDERR_FILENO);
+  EXPECT_EQ(-1, StartHelper(INHERITED));
+}
+
+TEST(StartHelper, EndsTheSocketWhereThereIsNoProgram) {
+  const int socket = StartHelper("/nowhere/no-such-program");
+  ASSERT_GE(socket, 0);
+  EXPECT_EQ("", ReadToEnd(socket));
+}
+
+TEST(StartHelper, EndsTheSocketWhereTheProgramIsNone) {
+  const int socket = StartHelper("/etc/passwd");
+  ASSERT_GE(socket, 0);
+  EXPECT_EQ("", ReadToEnd(socket));
+}

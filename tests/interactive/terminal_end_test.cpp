@@ -1,0 +1,96 @@
+// How a draw from "biokbd" ends when the user does nothing.
+
+#include "tests/interactive/terminal_draw.h"
+
+#include <sys/wait.h>
+
+using testing::SizeIs;
+
+namespace {
+
+constexpr char kHelper[] = "rng-gather-tty";
+
+class TerminalEnd : public TerminalDraw {
+ protected:
+  void SetUp() override {
+    ASSERT_TRUE(terminal.Shows("0 per cent"));
+    ASSERT_FALSE(before == terminal.Settings());
+    const std::vector<pid_t> processes = host.Others(kHelper);
+    ASSERT_THAT(processes, SizeIs(2));
+    // The guard leads a group of its own.
+    const bool isFirst = ::getpgid(processes[0]) == host.Get();
+    helper = processes[isFirst ? 0 : 1];
+    guard = processes[isFirst ? 1 : 0];
+    ASSERT_EQ(guard, ::getpgid(guard));
+  }
+
+  pid_t helper = 0;
+  pid_t guard = 0;
+};
+
+}  // namespace
+
+TEST_F(TerminalEnd, ByCancel) {
+  host.Send(SIGUSR1);
+  ExpectNoBytes();
+}
+
+TEST_F(TerminalEnd, ByATerminatedHelper) {
+  ::kill(helper, SIGTERM);
+  ExpectNoBytes();
+}
+
+TEST_F(TerminalEnd, ByAHangup) {
+  ::kill(helper, SIGHUP);
+  ExpectNoBytes();
+}
+
+TEST_F(TerminalEnd, ByAKilledHelper) {
+  ::kill(helper, SIGKILL);
+  ExpectNoBytes();
+}
+
+TEST_F(TerminalEnd, ByAKilledHost) {
+  host.Send(SIGKILL);
+  EXPECT_EQ("ready\n", host.Finish());
+  ExpectNothingLeft();
+}
+
+TEST_F(TerminalEnd, ByATerminatedHost) {
+  host.Send(SIGTERM);
+  EXPECT_EQ("ready\n", host.Finish());
+  ExpectNothingLeft();
+}
+
+TEST_F(TerminalEnd, ByAClosedTerminal) {
+  terminal.Close();
+  EXPECT_EQ("ready\n", host.Finish());
+  EXPECT_EQ(SIGHUP, WTERMSIG(host.Status()));
+  EXPECT_TRUE(host.IsAlone());
+}
+
+// The draw goes on, and the front end restores the settings itself.
+TEST_F(TerminalEnd, ByACancelAfterTheGuardHasBeenKilled) {
+  ::kill(guard, SIGKILL);
+  robot.Press();
+  robot.Press();
+  host.Send(SIGUSR1);
+  ExpectNoBytes();
+}
+
+TEST_F(TerminalEnd, ByAStoppedHelperThatIsCancelled) {
+  ::kill(helper, SIGSTOP);
+  host.Send(SIGUSR1);
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
+  ::kill(helper, SIGCONT);
+  ExpectNothingLeft();
+}
+
+// Somebody else has the terminal then, and it belongs to him.
+TEST_F(TerminalEnd, ByAStoppedHost) {
+  host.Send(SIGSTOP);
+  EXPECT_TRUE(WaitUntil([this] { return host.Others(kHelper).empty(); }));
+  EXPECT_TRUE(before == terminal.Settings());
+  host.Send(SIGCONT);
+  ExpectNoBytes();
+}

@@ -1,0 +1,64 @@
+// "biokbd" under a shell that controls jobs.
+
+#include "tests/interactive/terminal_draw.h"
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+namespace {
+
+class Job : public TerminalDraw {
+ protected:
+  // What the script does with the draw.
+  explicit Job(const std::string& script)
+      : TerminalDraw(
+            {"/bin/bash", "-m", "-c", "draw() { " DRAWING_HOST " biokbd 32; }; " + script}) {}
+};
+
+struct StoppedJob : Job {
+  StoppedJob()
+      : Job("set +e; " DRAWING_HOST
+            " biokbd 32; echo stopped $?; read -r line </dev/tty; "
+            "echo line $line; fg; echo end $?") {}
+};
+
+struct BackgroundJob : Job {
+  BackgroundJob() : Job("draw & wait; echo end") {}
+};
+
+struct Pipeline : Job {
+  Pipeline() : Job(DRAWING_HOST " biokbd 32 | " DRAWING_HOST " biokbd 32; echo end") {}
+};
+
+}  // namespace
+
+TEST_F(StoppedJob, GivesTheTerminalBackAndGoesOn) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  for (int i = 0; i < 30; ++i) robot.Press();
+  terminal.Press("\x1a");
+  ASSERT_TRUE(host.Prints("stopped 148"));
+  EXPECT_TRUE(before == terminal.Settings());
+  terminal.Press("hello\n");
+  ASSERT_TRUE(host.Prints("line hello"));
+  ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(robot.TypeUntil(kEnough));
+  EXPECT_THAT(host.Finish(), HasSubstr("\ndrawn\ndescriptors 0\nchildren 0\nend 0\n"));
+  ExpectNothingLeft();
+}
+
+TEST_F(BackgroundJob, GetsNoBytesAndNoKeys) {
+  EXPECT_TRUE(terminal.Shows("Bring it to the foreground with fg."));
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
+  ExpectNothingLeft();
+}
+
+// Two programs ask for keys in one terminal. The second one waits, or it would take keys of the first.
+TEST_F(Pipeline, AsksForOneDrawAfterTheOther) {
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_TRUE(terminal.Shows("0 per cent"));
+    EXPECT_EQ(i == 0 ? 3U : 2U, host.Others("rng-gather-tty").size());
+    terminal.Press("\x03");
+  }
+  EXPECT_THAT(host.Finish(), EndsWith("zeros\ndescriptors 0\nchildren 0\nend\n"));
+  ExpectNothingLeft();
+}
