@@ -43,7 +43,7 @@ class RecordFile {
 };
 
 bool EndsRecord(const KeyPress& press) {
-  return press.isAlone && (press.key == 3 || press.key == 4);  // Ctrl-C, Ctrl-D
+  return press.key == 3 || press.key == 4;  // Ctrl-C, Ctrl-D
 }
 
 // Returns how many presses there were.

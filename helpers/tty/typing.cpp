@@ -78,7 +78,6 @@ void Typing::Wait() {
 void Typing::HandleKeys(const std::string& bytes) {
   for (const KeyPress& press : SplitKeys(bytes, MonotonicNow())) {
     gathering.Add(press);
-    if (!press.isAlone) continue;
     if (press.key == kControlC || press.key == kControlD) isOver = true;
     if (press.key == kControlZ) {
       terminal.LeaveKeys();

@@ -42,6 +42,15 @@ TEST_F(TerminalDraw, IsCancelledByControlC) {
   EXPECT_TRUE(terminal.Shows("Cancelled"));
 }
 
+// A computer that is busy delivers several keys at once.
+TEST_F(TerminalDraw, IsCancelledByControlCAmongOtherKeys) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  terminal.Press(
+      "ab\x03"
+      "cd");
+  ExpectNoBytes();
+}
+
 TEST_F(TerminalDraw, IsCancelledByControlD) {
   ASSERT_TRUE(terminal.Shows("0 per cent"));
   terminal.Press("\x04");
