@@ -8,10 +8,9 @@
 
 namespace {
 
-// Outside the group of the front end, so that what kills the group spares it. All signals are blocked, SIGTTOU
+// All signals are blocked, SIGTTOU
 // among them, because it is not in the foreground then.
 [[noreturn]] void Watch(int pipe, int terminal, int kept) {
-  ::setpgid(0, 0);
   sigset_t all;
   ::sigfillset(&all);
   ::sigprocmask(SIG_SETMASK, &all, nullptr);
@@ -35,6 +34,7 @@ Guard::Guard(int terminal, int kept) {
     ::close(ends[1]);
     Watch(ends[0], terminal, kept);
   }
+  ::setpgid(process, process);  // what kills the group of the front end must spare the guard
   ::close(ends[0]);
   pipe = ends[1];
   if (process < 0) throw std::runtime_error("There are too many processes.");
