@@ -16,11 +16,15 @@
 
 namespace {
 
-// Where the terminal and the display are, in what language to speak, and whether there is a network between
-// the user and this machine. Nothing that could change what the helper loads.
+// Nothing that names a file to load.
 constexpr const char* kKept[] = {
-    "TERM",       "LANG", "LANGUAGE", "LC_ALL",     "LC_CTYPE",       "LC_MESSAGES", "DISPLAY",
-    "XAUTHORITY", "HOME", "SSH_TTY",  "SSH_CLIENT", "SSH_CONNECTION", "TMUX",        "STY"};
+    "TERM", "DISPLAY", "XAUTHORITY", "HOME",
+    // The language to speak.
+    "LANG", "LANGUAGE", "LC_ALL", "LC_CTYPE", "LC_MESSAGES",
+    // Whether there is a network between the user and this machine.
+    "SSH_TTY", "SSH_CLIENT", "SSH_CONNECTION", "TMUX", "STY",
+    // Whose style a dialog takes, and the bus over which screen readers reach it.
+    "XDG_CURRENT_DESKTOP", "KDE_SESSION_VERSION", "XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS"};
 constexpr std::size_t kMostVariables = sizeof kKept / sizeof *kKept;
 
 // "NAME=value" for each kept variable that is set. Built before the process is copied, because memory cannot

@@ -79,6 +79,14 @@ TEST(StartHelper, KeepsOnlyVariablesThatSayWhereTheUserIs) {
   EXPECT_THAT(inherited, Not(HasSubstr("/nowhere")));
 }
 
+TEST(StartHelper, KeepsVariablesOfTheDesktop) {
+  for (const char* const name : {"XDG_CURRENT_DESKTOP", "KDE_SESSION_VERSION", "XDG_RUNTIME_DIR",
+                                 "DBUS_SESSION_BUS_ADDRESS"}) {
+    ::setenv(name, "5", 1);
+    EXPECT_THAT(WhatIsInherited(), HasSubstr("variable " + std::string(name) + "=5\n"));
+  }
+}
+
 TEST(StartHelper, DoesNotHoldTheFolderOfTheHost) {
   EXPECT_THAT(WhatIsInherited(), HasSubstr("folder /\n"));
 }

@@ -1,0 +1,66 @@
+// rng-gather-qt: gathers entropy from what a user does in a dialog, for the kind "bioqt".
+
+#include "helpers/qt/dialog.h"
+#include "helpers/session/remote_display.h"
+#include "helpers/session/session.h"
+
+#include <QApplication>
+#include <QLocale>
+#include <QTranslator>
+#include <exception>
+#include <iostream>
+#include <unistd.h>
+
+namespace {
+
+// Without a display, Qt aborts: a crash in the records of the system, though nothing is wrong.
+void EndQuietly(QtMsgType type, const QMessageLogContext&, const QString&) {
+  if (type == QtFatalMsg) ::_exit(1);
+}
+
+void PrepareQt() {
+  ::qputenv("QT_QPA_PLATFORM", "xcb");
+  // Where no bus of the desktop is named, Qt would start one, which would stay.
+  if (!::qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) {
+    ::qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + ::qgetenv("XDG_RUNTIME_DIR") + "/bus");
+  }
+  ::qInstallMessageHandler(EndQuietly);
+}
+
+void Draw(const Session& session) {
+  session.ExitAtEnd();
+  PrepareQt();
+  int count = 1;
+  char name[] = "rng-gather-qt";
+  char* arguments[] = {name, nullptr};
+  QApplication application(count, arguments);
+  // Events that are joined lose their times. Qt sets this when it connects to the display.
+  QApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
+  QTranslator translator;
+  if (translator.load(QLocale(), "rng-gather-qt", "_", ":/")) {
+    QApplication::installTranslator(&translator);
+  }
+
+  const HmacAlgorithm algorithm;
+  const bool isRemote = IsDisplayRemote();
+  Gathering gathering(algorithm, DrawSystemBytes(), isRemote);
+  Dialog dialog(gathering, isRemote);
+  if (dialog.exec() == QDialog::Accepted) session.Answer(gathering.Finish());
+}
+
+}  // namespace
+
+int main() {
+  try {
+    const Session session;
+    if (session.Request().task == HelperRequest::kSelfTest) {
+      session.AnswerSelfTest();
+    } else if (session.Request().task == HelperRequest::kDraw) {
+      Draw(session);
+    }
+    return 0;
+  } catch (const std::exception& error) {
+    std::cerr << "rng-gather-qt: " << error.what() << '\n';
+    return 1;
+  }
+}

@@ -1,0 +1,71 @@
+#include "helpers/qt/user_events.h"
+
+#include "helpers/session/monotonic_clock.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QWindow>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+// Of the X protocol: the events of keys and the mouse have these codes, and a bit more if another program has
+// sent them.
+constexpr int kKeyPress = 2;
+constexpr int kMotion = 6;
+constexpr int kSent = 0x80;
+
+}  // namespace
+
+UserEvents::UserEvents(Gathering& into, std::function<void(int key)> then)
+    : gathering(into), whenTaken(std::move(then)) {
+  QCoreApplication::instance()->installEventFilter(this);
+  QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+UserEvents::~UserEvents() { QCoreApplication::instance()->removeNativeEventFilter(this); }
+
+// What other programs pretend that the user does goes nowhere.
+bool UserEvents::nativeEventFilter(const QByteArray&, void* event, qintptr*) {
+  const int code = *static_cast<const unsigned char*>(event);
+  return code >= (kSent | kKeyPress) && code <= (kSent | kMotion);
+}
+
+// Only what a window gets: there each event passes once, whether or not a widget tracks the mouse. Then it is
+// sent to one widget after another, until one accepts it.
+bool UserEvents::eventFilter(QObject* receiver, QEvent* event) {
+  if (!receiver->isWindowType()) return false;
+  const Time now = MonotonicNow();
+  switch (event->type()) {
+    case QEvent::KeyPress:
+      Take(static_cast<const QKeyEvent&>(*event), now);
+      break;
+    case QEvent::MouseMove:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+      Take(static_cast<const QMouseEvent&>(*event), static_cast<const QWindow&>(*receiver), now);
+      break;
+    default:
+      break;
+  }
+  return false;
+}
+
+// Presses with the same time of the server came together, however long this program took to read them.
+void UserEvents::Take(const QKeyEvent& event, Time now) {
+  gathering.Add(KeyPress{now, event.nativeScanCode(), event.timestamp() != lastPress});
+  lastPress = event.timestamp();
+  whenTaken(event.key());
+}
+
+// In pixels of the device: those of Qt are larger on a screen of high resolution.
+void UserEvents::Take(const QMouseEvent& event, const QWindow& window, Time now) {
+  const QPointF place = event.scenePosition() * window.devicePixelRatio();
+  gathering.Add(Motion{now, static_cast<std::int32_t>(std::lround(place.x())),
+                       static_cast<std::int32_t>(std::lround(place.y())),
+                       static_cast<std::uint32_t>(event.buttons())});
+  whenTaken(0);
+}

@@ -1,0 +1,195 @@
+// Draws from "bioqt" on a display, and all ways in which they end.
+
+#include "tests/interactive/host_process.h"
+#include "tests/interactive/moving_robot.h"
+#include "tests/interactive/shown_window.h"
+#include "tests/support/x_server.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char kTitle[] = "Random bytes are needed";
+constexpr char kHelper[] = "rng-gather-qt";
+
+class QtDraw : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(window.Appears()); }
+
+  // The user uses keys alone, as in a desktop that has made the new window active.
+  void Press(const std::vector<std::string>& keys) {
+    std::vector<std::string> commands;
+    for (const std::string& key : keys) commands.insert(commands.end(), {"key", key});
+    robot.Do(commands);
+    robot.Wait();
+  }
+
+  void ClickTheButton() {
+    const ShownWindow::Area area = window.Place();
+    robot.Do({"mousemove", std::to_string(area.x + area.width - 40),
+              std::to_string(area.y + area.height - 20), "click", "1"});
+    robot.Wait();
+  }
+
+  // Nothing is left, whatever the result is.
+  void ExpectEnd(const std::string& result) {
+    EXPECT_EQ("ready\n" + result + "\ndescriptors 0\nchildren 0\n", host.Finish());
+    EXPECT_TRUE(host.IsAlone());
+  }
+
+  // The dialog is still there, and takes keys.
+  void ExpectCancelByEscape() {
+    EXPECT_EQ(1U, host.Others(kHelper).size());
+    EXPECT_EQ(1, window.Count());
+    Press({"Escape"});
+    ExpectEnd("zeros");
+  }
+
+  void SendToHelper(int signal) {
+    const std::vector<pid_t> helpers = host.Others(kHelper);
+    ASSERT_EQ(1U, helpers.size());
+    ::kill(helpers[0], signal);
+  }
+
+  XServer server{{"-screen", "0", "1024x768x24", "-dpi", "96"}};
+  HostProcess host{{DRAWING_HOST, "bioqt", "32"}, {"DISPLAY=" + server.display}};
+  ShownWindow window{server.display, kTitle};
+  MovingRobot robot{server.display, 512, 384};
+};
+
+}  // namespace
+
+// Each motion is worth one bit at most, of 320.
+TEST_F(QtDraw, SucceedsAfterEnoughMotions) {
+  robot.Move(320);
+  robot.Wait();
+  EXPECT_EQ(1, window.Count());
+  robot.Move(200);
+  ExpectEnd("drawn");
+}
+
+// Each press is worth two bits at most, and the first nothing.
+TEST_F(QtDraw, SucceedsAfterEnoughKeys) {
+  robot.Type(160);
+  robot.Wait();
+  EXPECT_EQ(1, window.Count());
+  robot.Type(200);
+  ExpectEnd("drawn");
+}
+
+TEST_F(QtDraw, IsCancelledByEscape) {
+  Press({"Escape"});
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, IsCancelledByTheButton) {
+  ClickTheButton();
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, IsCancelledByTheButtonWithReturn) {
+  Press({"Tab", "Return"});
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, IsCancelledByTheButtonWithSpace) {
+  Press({"Tab", "space"});
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, IsCancelledByClosingTheWindow) {
+  window.Close();
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, IsCancelledByAnotherThread) {
+  host.Send(SIGUSR1);
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, FailsIfTheHelperIsTerminated) {
+  SendToHelper(SIGTERM);
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, FailsIfTheHelperIsKilled) {
+  SendToHelper(SIGKILL);
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, FailsIfTheServerEnds) {
+  window.Leave();
+  server.Stop();
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, LeavesNothingIfTheHostIsKilled) {
+  host.Send(SIGKILL);
+  EXPECT_EQ("ready\n", host.Finish());
+  EXPECT_TRUE(host.IsAlone());
+}
+
+// A person who types does not cancel by accident, even after having moved to the button.
+TEST_F(QtDraw, TypingDoesNotPressTheButton) {
+  Press({"space", "Return", "KP_Enter", "Tab", "x", "space", "Return"});
+  ExpectCancelByEscape();
+}
+
+// The server makes a repetition of a press of a key that is down.
+TEST_F(QtDraw, HeldKeyNeverFinishes) {
+  std::vector<std::string> commands;
+  for (int i = 0; i < 250; ++i) {
+    const std::string interval = "0.0" + std::to_string(10 + i * i % 13);
+    commands.insert(commands.end(), {"keydown", "a", "sleep", interval});
+  }
+  commands.insert(commands.end(), {"keyup", "a"});
+  robot.Do(commands);
+  robot.Wait();
+  ExpectCancelByEscape();
+}
+
+TEST_F(QtDraw, StraightLineNeverFinishes) {
+  robot.MoveStraight(360);
+  robot.Wait();
+  ExpectCancelByEscape();
+}
+
+TEST_F(QtDraw, TextOfAProgramNeverFinishes) {
+  std::string text;
+  for (int i = 0; i < 500; ++i) text += static_cast<char>('a' + i * i % 26);
+  robot.Do({"type", "--delay", "0", text});
+  robot.Wait();
+  ExpectCancelByEscape();
+}
+
+// What other programs only pretend to have happened. xdotool presses real keys in a window with the focus, so
+// that goes to none (1) first.
+TEST_F(QtDraw, PretendedKeysDoNotCancel) {
+  robot.Do({"windowfocus", "1", "key", "--window", std::to_string(window.Number()), "Escape"});
+  robot.Wait();
+  Press({"x"});
+  ExpectCancelByEscape();
+}
+
+// Such motions look the same to the health tests.
+TEST_F(QtDraw, RegularMotionsRaiseAnAlarm) {
+  ShownWindow alarm(server.display, "No random bytes");
+  robot.Shake(200);
+  ASSERT_TRUE(alarm.Appears());
+  ClickTheButton();
+  ExpectEnd("zeros");
+}
+
+TEST(QtDrawInGerman, AsksInGerman) {
+  const XServer server;
+  HostProcess host({DRAWING_HOST, "bioqt", "32"},
+                   {"DISPLAY=" + server.display, "LANG=de_DE.UTF-8"});
+  ShownWindow window(server.display, "Zufallsbytes werden gebraucht");
+  EXPECT_TRUE(window.Appears());
+}
+
+TEST(QtKind, IsAbsentWithoutADisplay) {
+  HostProcess host({DRAWING_HOST, "bioqt", "32"}, {});
+  EXPECT_EQ("no bioqt\n", host.Finish());
+}
