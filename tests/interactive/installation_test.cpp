@@ -1,12 +1,9 @@
 // The installation: it may be moved, and parts of it may be missing.
 
-#include "tests/interactive/host_process.h"
-#include "tests/interactive/pseudo_terminal.h"
-#include "tests/interactive/typing_robot.h"
+#include "tests/interactive/terminal_draw.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>
-#include <gmock/gmock.h>
 
 using testing::HasSubstr;
 using testing::Not;
@@ -35,11 +32,11 @@ class MovedInstallation : public testing::Test {
 
 TEST_F(MovedInstallation, Draws) {
   HostProcess host(command, variables, terminal.Path());
-  ASSERT_TRUE(terminal.Shows("Ctrl-C cancels"));
+  ASSERT_TRUE(terminal.Shows(kPrompt));
   const std::string maps = ReadFile("/proc/" + std::to_string(host.Get()) + "/maps");
   EXPECT_THAT(maps, HasSubstr((moved / "lib/librngbiokb.so").string()));
   EXPECT_THAT(maps, Not(HasSubstr(INSTALLATION)));
-  ASSERT_TRUE(robot.TypeUntil("100 %"));
+  ASSERT_TRUE(robot.TypeUntil(kEnough));
   EXPECT_THAT(host.Finish(), StartsWith("ready\ndrawn\n"));
 }
 
