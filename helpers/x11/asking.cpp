@@ -1,5 +1,7 @@
 #include "helpers/x11/asking.h"
 
+#include "helpers/session/monotonic_clock.h"
+
 #include <algorithm>
 #include <poll.h>
 
@@ -22,8 +24,6 @@ Picture FirstPicture(bool isRemote) {
   picture.ending = "To cancel, press Escape or close the window.";
   return picture;
 }
-
-std::chrono::nanoseconds Now() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
 // Presses of one millisecond that arrive at once are a program's.
 bool IsAlone(const UserInput& press, const std::vector<UserInput>& batch) {
@@ -79,7 +79,7 @@ void Asking::ShowAlarm() {
   picture.remark = "";
   picture.progress = "Cancelled.";
   picture.ending = "To close the window, press Escape.";
-  for (const Time start = Now(); Now() - start < 5s;) {
+  for (const Time start = MonotonicNow(); MonotonicNow() - start < 5s;) {
     window.Show(picture);
     Wait();
     if (window.TakeRefusal()) return;
@@ -91,11 +91,11 @@ void Asking::ShowAlarm() {
 void Asking::SwallowTheRest() {
   picture.percent = 100;
   picture.progress = "100 %. Enough, thank you.";
-  const Time start = Now();
-  for (Time last = start; Now() - last < 500ms && Now() - start < 3s;) {
+  const Time start = MonotonicNow();
+  for (Time last = start; MonotonicNow() - last < 500ms && MonotonicNow() - start < 3s;) {
     window.Show(picture);
     for (const UserInput& input : Wait()) {
-      if (input.type == UserInput::kPress) last = Now();
+      if (input.type == UserInput::kPress) last = MonotonicNow();
     }
   }
 }

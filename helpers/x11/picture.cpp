@@ -7,23 +7,23 @@
 
 namespace {
 
-struct Colour {
+struct Colour {  // up to 255
   double red;
   double green;
   double blue;
 };
 
 // Dark on light: the texts have a contrast of 7 to 1 or more.
-constexpr Colour kBackground = {0.96, 0.96, 0.96};
-constexpr Colour kText = {0.10, 0.10, 0.10};
-constexpr Colour kSmallText = {0.27, 0.27, 0.27};
-constexpr Colour kEmptyBar = {1, 1, 1};
-constexpr Colour kFullBar = {0.10, 0.37, 0.71};
+constexpr Colour kBackground = {245, 245, 245};
+constexpr Colour kText = {25, 25, 25};
+constexpr Colour kSmallText = {69, 69, 69};
+constexpr Colour kEmptyBar = {255, 255, 255};
+constexpr Colour kFullBar = {25, 94, 181};
 
 constexpr double kSmallestFont = 5;
 
 void Use(cairo_t* context, const Colour& colour) {
-  cairo_set_source_rgb(context, colour.red, colour.green, colour.blue);
+  cairo_set_source_rgb(context, colour.red / 255, colour.green / 255, colour.blue / 255);
 }
 
 double MeasureText(cairo_t* context, const std::string& text) {

@@ -1,5 +1,6 @@
 #include "helpers/x11/window.h"
 
+#include "helpers/session/monotonic_clock.h"
 #include "helpers/x11/properties.h"
 
 #include <X11/Xlib.h>
@@ -131,13 +132,15 @@ class UserWindow::Connection {
 
   void TakePress(XKeyEvent& event, std::vector<UserInput>& inputs) {
     if (event.send_event) return;
-    inputs.push_back({UserInput::kPress, Now(), event.keycode, event.x, event.y, event.time});
+    inputs.push_back(
+        {UserInput::kPress, MonotonicNow(), event.keycode, event.x, event.y, event.time});
     if (XLookupKeysym(&event, 0) == XK_Escape) isRefused = true;
   }
 
   void TakeMotion(const XMotionEvent& event, std::vector<UserInput>& inputs) {
     if (event.send_event) return;
-    inputs.push_back({UserInput::kMotion, Now(), event.state, event.x, event.y, event.time});
+    inputs.push_back(
+        {UserInput::kMotion, MonotonicNow(), event.state, event.x, event.y, event.time});
   }
 
   void Resize(const XConfigureEvent& event) {
@@ -151,10 +154,6 @@ class UserWindow::Connection {
   void TakeFocus() {
     if (HasWindowManager(display)) return;
     XSetInputFocus(display, window, RevertToPointerRoot, CurrentTime);
-  }
-
-  static std::chrono::nanoseconds Now() {
-    return std::chrono::steady_clock::now().time_since_epoch();
   }
 
   Display* display;

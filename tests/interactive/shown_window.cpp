@@ -5,6 +5,7 @@
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/keysym.h>
 #include <algorithm>
 #include <stdexcept>
 
@@ -14,6 +15,15 @@ namespace {
 int IgnoreError(Display*, XErrorEvent*) { return 0; }
 
 }  // namespace
+
+void SetResources(const std::string& server, const std::string& resources) {
+  Display* const display = XOpenDisplay(server.c_str());
+  if (!display) throw std::runtime_error("no display " + server);
+  XChangeProperty(display, DefaultRootWindow(display), XA_RESOURCE_MANAGER, XA_STRING, 8,
+                  PropModeReplace, reinterpret_cast<const unsigned char*>(resources.data()),
+                  static_cast<int>(resources.size()));
+  XCloseDisplay(display);
+}
 
 ShownWindow::ShownWindow(const std::string& server, const std::string& name)
     : display(XOpenDisplay(server.c_str())), title(name) {
@@ -64,6 +74,15 @@ bool ShownWindow::Disappears() {
   });
 }
 
+bool ShownWindow::GetsFocus() {
+  return WaitUntil([this] {
+    Window focus = 0;
+    int next = 0;
+    XGetInputFocus(display, &focus, &next);
+    return focus == window;
+  });
+}
+
 int ShownWindow::Count() { return static_cast<int>(Find().size()); }
 
 ShownWindow::Area ShownWindow::Place() {
@@ -85,6 +104,17 @@ std::vector<unsigned long> ShownWindow::Pixels() {
   return pixels;
 }
 
+int ShownWindow::CountInRow(unsigned long colour) {
+  const auto pixels = Pixels();
+  const auto width = static_cast<std::size_t>(Place().width);
+  std::ptrdiff_t most = 0;
+  for (std::size_t row = 0; row + width <= pixels.size(); row += width) {
+    const auto begin = pixels.begin() + static_cast<std::ptrdiff_t>(row);
+    most = std::max(most, std::count(begin, begin + static_cast<std::ptrdiff_t>(width), colour));
+  }
+  return static_cast<int>(most);
+}
+
 std::string ShownWindow::Property(const std::string& name) {
   Atom type = 0;
   int format = 0;
@@ -102,6 +132,17 @@ std::string ShownWindow::Property(const std::string& name) {
   }
   if (value) XFree(value);
   return text;
+}
+
+void ShownWindow::PretendEscape() {
+  XEvent event = {};
+  event.xkey.type = KeyPress;
+  event.xkey.window = window;
+  event.xkey.root = DefaultRootWindow(display);
+  event.xkey.same_screen = True;
+  event.xkey.keycode = XKeysymToKeycode(display, XK_Escape);
+  XSendEvent(display, window, False, KeyPressMask, &event);
+  XSync(display, False);
 }
 
 void ShownWindow::Resize(int width, int height) {

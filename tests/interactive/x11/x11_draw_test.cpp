@@ -16,6 +16,7 @@ namespace {
 
 constexpr char kTitle[] = "Random bytes are needed";
 constexpr char kHelper[] = "rng-gather-x11";
+constexpr unsigned long kBar = 0x195EB5;
 constexpr int kEnough = 500;  // motions or presses
 
 // What the host prints after one draw, or several, that left nothing.
@@ -26,11 +27,17 @@ std::string Output(const std::string& results) {
 class X11Draw : public testing::Test {
  protected:
   explicit X11Draw(const std::string& draws = "1") : count(draws) {}
-  void SetUp() override { ASSERT_TRUE(window.Appears()); }
+  void SetUp() override { ASSERT_TRUE(window.Appears() && window.GetsFocus()); }
 
   void ExpectEnd(const std::string& results) {
     EXPECT_EQ(Output(results), host.Finish());
     EXPECT_TRUE(host.IsAlone());
+  }
+
+  // In per cent of the bar, which has a margin of 16 pixels and a frame of at most 2.
+  int Progress() {
+    const int whole = window.Place().width - 2 * 16 - 2 * 2;
+    return window.CountInRow(kBar) * 100 / whole;
   }
 
   void SendToHelper(int signal) {
@@ -50,6 +57,7 @@ class X11Draw : public testing::Test {
 
 TEST_F(X11Draw, SucceedsAfterEnoughMotions) {
   robot.Move(kEnough);
+  ASSERT_TRUE(WaitUntil([this] { return Progress() >= 50; }));
   ExpectEnd("drawn");
 }
 
@@ -58,8 +66,19 @@ TEST_F(X11Draw, SucceedsAfterEnoughKeys) {
   ExpectEnd("drawn");
 }
 
-TEST_F(X11Draw, EscapeCancels) {
-  robot.Do({"key", "Escape"});
+// What is still typed then goes to the window, and to no other.
+TEST_F(X11Draw, BarIsFullForAMomentAtTheEnd) {
+  robot.Move(kEnough);
+  ASSERT_TRUE(WaitUntil([this] { return Progress() >= 99; }));
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(window.Disappears());
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 400ms);
+  ExpectEnd("drawn");
+}
+
+// Without a window manager, somebody has to give the window the keys.
+TEST_F(X11Draw, EscapeCancelsWhereverThePointerIs) {
+  robot.Do({"mousemove", "5", "5", "key", "Escape"});
   ExpectEnd("zeros");
 }
 
@@ -121,6 +140,8 @@ TEST_F(X11Draw, WindowClosesIfTheHostIsKilled) {
 
 TEST_F(X11Draw, StraightLineNeverFinishes) {
   robot.MoveStraight(400);
+  robot.Wait();
+  EXPECT_LE(Progress(), 20);  // a busy machine loses some motions
   robot.Do({"key", "Escape"});
   ExpectEnd("zeros");
 }
@@ -135,10 +156,25 @@ TEST_F(X11Draw, HeldKeyShowsNoProgress) {
   ExpectEnd("zeros");
 }
 
+// The server would report motions outside to a window in which a button is down.
+TEST_F(X11Draw, MotionsOutsideDoNotCount) {
+  const auto before = window.Pixels();
+  robot.Do({"mousemove", "512", "384", "mousedown", "1"});
+  robot.Wait();
+  MovingRobot outside(server.display, 512, 100);
+  outside.Move(60);
+  outside.Wait();
+  EXPECT_TRUE(before == window.Pixels());
+  host.Send(SIGUSR1);
+  ExpectEnd("zeros");
+}
+
 TEST_F(X11Draw, TextOfAProgramNeverFinishes) {
   std::string text;
   for (int i = 0; i < kEnough; ++i) text += static_cast<char>('a' + i * i % 26);
   robot.Do({"type", "--delay", "0", text});
+  robot.Wait();
+  EXPECT_LE(Progress(), 50);
   robot.Do({"key", "Escape"});
   ExpectEnd("zeros");
 }
@@ -151,8 +187,7 @@ TEST_F(X11Draw, RegularMotionsRaiseAnAlarm) {
 
 // What other programs only pretend to have happened is sent to the window before its new size.
 TEST_F(X11Draw, PretendedKeysDoNotCount) {
-  robot.Do({"key", "--window", std::to_string(window.Number()), "Escape"});
-  robot.Wait();
+  window.PretendEscape();
   window.Resize(600, 300);
   EXPECT_TRUE(WaitUntil([&] {
     const auto pixels = window.Pixels();

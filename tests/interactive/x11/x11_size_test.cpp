@@ -8,16 +8,21 @@
 
 #include <cstdlib>
 #include <gmock/gmock.h>
+#include <optional>
 
 namespace {
 
 // The window half way to the end of a draw.
 class WindowOnScreen {
  public:
-  WindowOnScreen(int width, int height, int dpi, const std::string& picture)
+  WindowOnScreen(int width, int height, int dpi, const std::string& picture,
+                 const std::string& resources = "")
       : server({"-screen", "0", std::to_string(width) + "x" + std::to_string(height) + "x24",
                 "-dpi", std::to_string(dpi)}),
         robot(server.display, width / 2, height / 2) {
+    SetResources(server.display, resources);
+    host.emplace(HostProcess::Words{DRAWING_HOST, "unixx11", "32"},
+                 HostProcess::Words{"DISPLAY=" + server.display});
     EXPECT_TRUE(window.Appears());
     if (const char* const folder = std::getenv("PICTURES")) {
       Record(std::string(folder) + '/' + picture);
@@ -32,12 +37,12 @@ class WindowOnScreen {
     robot.Move(180);
     robot.Wait();
     const std::string command = "import -display " + server.display + " -window " +
-                                std::to_string(window.Number()) + " -strip -colors 64 " + file;
+                                std::to_string(window.Number()) + " -strip " + file;
     EXPECT_EQ(0, std::system(command.c_str()));
   }
 
   XServer server;
-  HostProcess host{{DRAWING_HOST, "unixx11", "32"}, {"DISPLAY=" + server.display}};
+  std::optional<HostProcess> host;
   ShownWindow window{server.display, "Random bytes are needed"};
   MovingRobot robot;
 };
@@ -56,6 +61,12 @@ TEST(X11Window, IsTwiceAsLargeAtTwiceTheResolution) {
   WindowOnScreen fine(1600, 1000, 192, "unixx11_192.png");
   EXPECT_NEAR(2 * usual.Place().width, fine.Place().width, 4);
   EXPECT_NEAR(2 * usual.Place().height, fine.Place().height, 8);
+}
+
+TEST(X11Window, FollowsTheResolutionThatTheUserSetsForTexts) {
+  WindowOnScreen usual(1600, 1000, 96, "unixx11_96.png");
+  WindowOnScreen set(1600, 1000, 96, "unixx11_set.png", "Xft.antialias:\t1\nXft.dpi:\t144\n");
+  EXPECT_NEAR(1.5 * usual.Place().width, set.Place().width, 4);
 }
 
 TEST(X11Window, FitsASmallScreen) {
