@@ -213,10 +213,15 @@ starts() { # HELPER KIND
 cp "$room"/window/*.deb "$root/tmp"
 passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/rngctl_*.deb'
 needs_library biox11 libcairo2
+needs_library bioqt libqt6widgets6
 copy_packages "$room"/window/*.deb
 passes ldconfig
 passes sh -c 'dpkg -i /tmp/rng-plugin-bio[xq]*.deb'
 starts rng-gather-x11 unixx11
+starts rng-gather-qt bioqt
+# What Qt loads by itself, when it finds a display.
+passes sh -c 'ldd /usr/lib/x86_64-linux-gnu/qt6/plugins/platforms/libqxcb.so'
+if grep 'not found' "$room/log"; then fail "Qt lacks a library for X11"; fi
 # shellcheck disable=SC2046 # words
 passes dpkg -P $(names "$room"/window/*.deb)
 [ ! -e "$root/usr/libexec/rngaggregator" ] || fail "helpers are left after the purge"
