@@ -28,7 +28,29 @@ class TerminalEnd : public TerminalDraw {
   pid_t guard = 0;
 };
 
+struct CancelledDraws : TerminalDraw {
+  CancelledDraws() : TerminalDraw({CANCELLED_DRAWS, "biokbd", "100"}) {}
+};
+
+struct ForkingHost : TerminalDraw {
+  ForkingHost() : TerminalDraw({FORKING_HOST, "biokbd"}) {}
+};
+
 }  // namespace
+
+TEST_F(CancelledDraws, LeaveNothing) {
+  EXPECT_EQ("drawn 0\ndescriptors 0\nchildren 0\n", host.Finish());
+  ExpectNothingLeft();
+}
+
+// While the copy lives, it has the socket open, too.
+TEST_F(ForkingHost, AndItsCopyDoNotDisturbEachOther) {
+  EXPECT_EQ(
+      "copy: cancels\ncopy: self-test 1\noriginal: still draws 1\noriginal: drawn 0\noriginal: "
+      "copy lives 1\n",
+      host.Finish());
+  ExpectNothingLeft();
+}
 
 TEST_F(TerminalEnd, ByCancel) {
   host.Send(SIGUSR1);

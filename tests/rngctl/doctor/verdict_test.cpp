@@ -97,14 +97,18 @@ INSTANTIATE_TEST_SUITE_P(
              "did not answer within 1 s when asked whether it is available", "--timeout"}),
     [](const auto& instance) { return std::string(instance.param.name); });
 
-// This plug-in comes with the library, so there is no vendor to ask.
-TEST_F(Doctor, SaysWhereToGetThePluginOfTheProject) {
-  EXPECT_EQ(
-      "To use this generator, install the package rng-plugin-unixdev, or reinstall the library: "
-      "its "
-      "plug-in librngunixdev.so belongs in " +
-          TreePath("lib") + ".",
-      ExamineKind("unixdev").at("fix"));
+// These plug-ins come with the library, so there is no vendor to ask.
+TEST_F(Doctor, SaysWhereToGetThePluginsOfTheProject) {
+  const std::pair<std::string, std::string> kinds[] = {
+      {"unixdev", "rng-plugin-unixdev, or its plug-in librngunixdev.so"},
+      {"biokbd", "rng-plugin-biokb, or its plug-in librngbiokb.so"},
+      {"unixx11", "rng-plugin-biox11, or its plug-in librngbiox11.so"},
+      {"bioqt", "rng-plugin-bioqt, or its plug-in librngbioqt.so"}};
+  for (const auto& [kind, package] : kinds) {
+    EXPECT_EQ(
+        "To use this generator, install the package " + package + " in " + TreePath("lib") + ".",
+        ExamineKind(kind).at("fix"));
+  }
 }
 
 TEST_F(Doctor, SeesThatNothingIsInstalled) {

@@ -35,6 +35,25 @@ TEST_F(RngctlTest, JoinsThePiecesOfALongDraw) {
   EXPECT_EQ(std::string(size, '\xA5'), result.output);
 }
 
+// The second draw of that plug-in would fail.
+TEST_F(RngctlTest, AsksTheUserOnceForAllBytes) {
+  InstallPlugin("biokbd", "drawing/NeedsUser");
+  const Result result = Run("read biokbd -n 1048576 --raw | wc -c");
+  EXPECT_EQ("1048576\n", result.output);
+  EXPECT_EQ("", result.errors);
+}
+
+TEST_F(RngctlTest, DoesNotAskTheUserForMoreThanOneDrawGives) {
+  InstallPlugin("biokbd", "drawing/NeedsUser");
+  const Result result = Run("read biokbd -n 1048577 -o " + TreePath("key"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(
+      "rngctl: The generator \"biokbd\" asks its user for every draw, and a draw has at most "
+      "1048576 bytes.\nRead fewer bytes, or choose a generator that asks nobody.\n",
+      result.errors);
+  EXPECT_FALSE(std::filesystem::exists(TreePath("key")));
+}
+
 TEST_F(RngctlTest, WritesThatAreShortAreContinued) {
   InstallPlugin("sobol");
   const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/writes_little.so " + Rngctl() +

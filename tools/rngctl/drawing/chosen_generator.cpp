@@ -12,7 +12,8 @@ namespace {
 IRngProvider& FindRng(const std::string& name) {
   if (IRngProvider* const rng = GetRng(name.c_str())) return *rng;
   throw Refusal(kNegativeAnswer, "There is no usable generator " + Quoted(name) +
-                                     "; \"rngctl list\" lists the usable ones.");
+                                     ". Run \"rngctl list\" to see the usable ones, and \"rngctl "
+                                     "doctor\" to find out why it is missing.");
 }
 
 void SelectDevice(IRngProvider& rng, const std::string& name, const std::string& device) {

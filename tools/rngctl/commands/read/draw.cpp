@@ -7,15 +7,16 @@
 #include <algorithm>
 #include <chrono>
 
+#include <rngaggregator/aggregator.h>
 #include <rngaggregator/checked_rng.h>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The first piece is small, so that a slow source shows progress. It is large enough for any key, so
-// that a user is asked only once.
+// The first piece is small, so that a slow source shows progress.
 constexpr std::size_t kFirstPiece = 3UL * 256;
+constexpr std::uint64_t kMostFromUser = 1U << 20;
 constexpr auto kQuick = std::chrono::milliseconds(100);
 
 std::string Describe(RngHealthAlarm alarm) {
@@ -45,6 +46,27 @@ std::string Describe(RngHealthAlarm alarm) {
                 "examines it.");
 }
 
+// Asks the user once, and refuses what would take more than one draw.
+void DrawFromUser(IRngProvider& rng, const DrawRequest& request, const TakePiece& pass) {
+  if (request.size > kMostFromUser) {
+    throw Refusal(kNegativeAnswer,
+                  "The generator " + Quoted(ReadText(rng, &IRngProvider::GetName)) +
+                      " asks its user for every draw, and a draw has at most " +
+                      std::to_string(kMostFromUser) + " bytes.",
+                  "Read fewer bytes, or choose a generator that asks nobody.");
+  }
+  CheckedRng checked(&rng);
+  IRngProvider* const source = request.isChecked ? &checked : &rng;
+  const NoCore noCore;
+  SecretBytes bytes(static_cast<std::size_t>(request.size));
+  if (!source->Generate(bytes.data(), bytes.size())) RefuseDraw(rng, checked.Alarm(), 0);
+  for (std::size_t done = 0; done < bytes.size(); done += kLargestPiece) {
+    const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(done);
+    const std::size_t size = std::min(bytes.size() - done, kLargestPiece);
+    pass(SecretBytes(first, first + static_cast<std::ptrdiff_t>(size)));
+  }
+}
+
 void DrawFrom(IRngProvider& rng, const DrawRequest& request, const TakePiece& pass) {
   CheckedRng checked(&rng);
   IRngProvider* const source = request.isChecked ? &checked : &rng;
@@ -63,5 +85,8 @@ void DrawFrom(IRngProvider& rng, const DrawRequest& request, const TakePiece& pa
 }  // namespace
 
 void Draw(const DrawRequest& request, const TakePiece& pass) {
-  WithGenerator(request, [&](IRngProvider& rng) { DrawFrom(rng, request, pass); });
+  WithGenerator(request, [&](IRngProvider& rng) {
+    const bool asksUser = IsInteractiveRng(ReadText(rng, &IRngProvider::GetName).c_str()) != 0;
+    asksUser ? DrawFromUser(rng, request, pass) : DrawFrom(rng, request, pass);
+  });
 }

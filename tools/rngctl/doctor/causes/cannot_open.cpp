@@ -90,12 +90,22 @@ std::string FirstUnsearchable(const SearchOrder& search) {
   return "";
 }
 
+// The package of a plug-in that comes with the library; "" for those of vendors.
+std::string PackageOf(const std::string& kind) {
+  if (kind == rngUnixDev) return "rng-plugin-unixdev";
+  if (kind == rngBioKb) return "rng-plugin-biokb";
+  if (kind == rngBioX11) return "rng-plugin-biox11";
+  if (kind == rngBioQt) return "rng-plugin-bioqt";
+  return "";
+}
+
 std::string FixNotInstalled(const GeneratorReport& report, const SearchOrder& search) {
   const std::string place = search.directories.empty() ? "the search order" : search.directories[0];
   const std::string aim = "To use this generator, ";
-  if (report.kind != rngUnixDev) return aim + "install the vendor's plug-in in " + place + ".";
-  return aim + "install the package rng-plugin-unixdev, or reinstall the library: its plug-in " +
-         report.libraryFile + " belongs in " + place + ".";
+  const std::string package = PackageOf(report.kind);
+  if (package.empty()) return aim + "install the vendor's plug-in in " + place + ".";
+  return aim + "install the package " + package + ", or its plug-in " + report.libraryFile +
+         " in " + place + ".";
 }
 
 }  // namespace
