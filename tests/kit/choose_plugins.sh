@@ -40,7 +40,8 @@ PROJECT
 
 # shows TABLE: exactly these lines, and the plug-ins that it says are built.
 shows() {
-  sed -n 's/^--   \([a-z0-9]* .*\)/\1/p' "$room/log" >"$room/table"
+  sed -n '/^-- Plug-ins:$/,/^--   bioqt/ s/^--   //p' "$room/log" >"$room/table"
+  [ "$(grep -A 4 '^-- Plug-ins:$' "$room/log" | grep -c '^--   ')" = 4 ] || fail "the table is not in one piece"
   echo "$1" | diff - "$room/table" || fail "another table"
   grep -qx -- "-- chosen: $(awk '$2 == "built" { printf "%s%s", separator, $1; separator = ";" }' "$room/table")" \
     "$room/log" || fail "the table and the choice differ"
