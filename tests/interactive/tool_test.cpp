@@ -4,6 +4,7 @@
 #include "tests/support/process.h"
 #include "tests/support/tree.h"
 
+#include <atomic>
 #include <filesystem>
 #include <optional>
 
@@ -104,6 +105,21 @@ TEST_F(InstalledInTree, IsNotReadWithoutATerminal) {
       "ones, and "
       "\"rngctl doctor\" to find out why it is missing.\n",
       result.errors);
+}
+
+// Draws that wait for the user are cancelled after a quarter of the time.
+TEST_F(InstalledInTree, KeepsTheContract) {
+  Start({Rngctl(), "check", TreePath("lib/librngbiokb.so"), "--timeout", "4"});
+  std::atomic<bool> hasEnded = false;
+  std::thread typing([&] {
+    while (!hasEnded) robot.Press();
+  });
+  EXPECT_THAT(host->Finish(),
+              ContainsRegex("\n40 checks passed, 0 failed, 0 warnings, 9 not examined"));
+  hasEnded = true;
+  typing.join();
+  EXPECT_TRUE(host->IsAlone());
+  EXPECT_TRUE(before == terminal.Settings());
 }
 
 TEST_F(DoctorOfTheKeyboard, FindsNoFaultOnATerminal) {
