@@ -48,8 +48,11 @@ void Answer() {
 
 int main(int count, char** arguments) {
   try {
-    const bool records = count == 3 && std::string(arguments[1]) == "--record";
-    records ? RecordKeys(arguments[2]) : Answer();
+    if (count == 3 && std::string(arguments[1]) == "--record") {
+      RecordKeys(arguments[2]);
+    } else {
+      Answer();
+    }
     return 0;
   } catch (const std::exception& error) {
     std::cerr << "rng-gather-tty: " << error.what() << '\n';

@@ -80,6 +80,20 @@ TEST_F(TerminalDraw, GivesAHeldKeyNoCredit) {
   ExpectNoBytes();
 }
 
+// Every 20 ms another key. Only where this machine is late does a press look like a person's.
+TEST_F(TerminalDraw, GivesAMetronomeHardlyAnyCredit) {
+  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  auto next = std::chrono::steady_clock::now();
+  for (int i = 0; i < 250; ++i) {
+    next += std::chrono::milliseconds(20);
+    std::this_thread::sleep_until(next);
+    terminal.Press(std::string(1, static_cast<char>('a' + i * 7 % 26)));
+  }
+  EXPECT_THAT(terminal.Screen(), Not(HasSubstr(kEnough)));
+  terminal.Press("\x03");
+  ExpectNoBytes();
+}
+
 // Cyrillic letters have two bytes each in UTF-8.
 TEST_F(TerminalDraw, TakesAnyScript) {
   ASSERT_TRUE(terminal.Shows("0 per cent"));

@@ -1,0 +1,74 @@
+// rng-gather-tty --record FILE
+
+#include "tests/interactive/terminal_draw.h"
+#include "tests/support/permissions.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+#include <optional>
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+namespace {
+
+class Record : public testing::Test {
+ protected:
+  HostProcess& Start(const HostProcess::Words& arguments) {
+    HostProcess::Words command = {INSTALLATION "/libexec/rngaggregator/rng-gather-tty"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return host.emplace(command, HostProcess::Words{"TERM=dumb"}, terminal.Path());
+  }
+
+  const std::string file = TreePath("record");
+  PseudoTerminal terminal;
+  const termios before = terminal.Settings();
+  TypingRobot robot{terminal};
+  std::optional<HostProcess> host;
+};
+
+}  // namespace
+
+TEST_F(Record, HasALineForEachPress) {
+  Start({"--record", file});
+  ASSERT_TRUE(terminal.Shows("Ctrl-C ends"));
+  for (int i = 1; i <= 3; ++i) {
+    robot.PressKey("a");
+    ASSERT_TRUE(terminal.Shows(std::to_string(i) + " press"));
+  }
+  terminal.Press("bc");
+  ASSERT_TRUE(terminal.Shows("5 presses"));
+  terminal.Press("\x03");
+  host->Finish();
+  EXPECT_EQ(0, host->Status());
+  EXPECT_THAT(ReadFile(file), MatchesRegex("nanoseconds,key,alone\n"
+                                           "[0-9]+,97,1\n[0-9]+,97,1\n[0-9]+,97,1\n"
+                                           "[0-9]+,98,0\n[0-9]+,99,0\n"));
+  EXPECT_EQ(0600U, ModeOf(file));
+  EXPECT_TRUE(before == terminal.Settings());
+  EXPECT_TRUE(host->IsAlone());
+}
+
+TEST_F(Record, OverwritesNothing) {
+  WriteFile(file, "mine");
+  EXPECT_EQ("", Start({"--record", file}).Finish());
+  EXPECT_TRUE(terminal.Shows("rng-gather-tty: " + file + ": File exists"));
+  EXPECT_NE(0, host->Status());
+  EXPECT_EQ("mine", ReadFile(file));
+}
+
+TEST_F(Record, LeavesTheTerminalWhenItIsKilled) {
+  Start({"--record", file});
+  ASSERT_TRUE(terminal.Shows("Ctrl-C ends"));
+  host->Send(SIGKILL);
+  host->Finish();
+  EXPECT_TRUE(host->IsAlone());
+  EXPECT_TRUE(before == terminal.Settings());
+}
+
+TEST_F(Record, IsTheOnlyUseByHand) {
+  EXPECT_EQ("", Start({"--help"}).Finish());
+  EXPECT_TRUE(terminal.Shows("rngctl read"));
+  EXPECT_NE(0, host->Status());
+}
