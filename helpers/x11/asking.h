@@ -7,8 +7,8 @@
 /// Asks the user, in a window, to move the mouse or to type until a gathering is complete.
 class Asking {
  public:
-  /// `isRemote`: the display may be reached over a network.
-  Asking(Gathering& gathering, bool isRemote);
+  /// `into`: what to complete. `isRemote`: the display may be reached over a network.
+  Asking(Gathering& into, bool isRemote);
   Asking(const Asking&) = delete;
   Asking& operator=(const Asking&) = delete;
 

@@ -80,7 +80,7 @@ class Column {
   bool IsTooWide() const { return widest > width; }
 
  private:
-  void Separate() { top += isFirst ? fontSize : 0.7 * fontSize, isFirst = false; }
+  void Separate() { top += top == 0 ? fontSize : 0.7 * fontSize; }
 
   void PaintLine(const std::string& line, double base, const Colour& colour) {
     Use(context, colour);
@@ -108,7 +108,6 @@ class Column {
   bool paints;
   double top = 0;
   double widest = 0;
-  bool isFirst = true;
 };
 
 Column LayOut(cairo_t* context, const Picture& picture, double width, double fontSize,
@@ -122,11 +121,13 @@ Column LayOut(cairo_t* context, const Picture& picture, double width, double fon
   return column;
 }
 
+bool Fits(cairo_t* context, const Picture& picture, double width, double height, double size) {
+  const Column column = LayOut(context, picture, width, size, false);
+  return column.Height() <= height && !column.IsTooWide();
+}
+
 double FitFont(cairo_t* context, const Picture& picture, double width, double height, double size) {
-  for (; size > kSmallestFont; size *= 0.95) {
-    const Column column = LayOut(context, picture, width, size, false);
-    if (column.Height() <= height && !column.IsTooWide()) break;
-  }
+  while (size > kSmallestFont && !Fits(context, picture, width, height, size)) size *= 0.95;
   return size;
 }
 

@@ -8,18 +8,18 @@
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
 #include <cairo-xlib.h>
+#include <cstdlib>
 #include <stdexcept>
-#include <unistd.h>
 #include <utility>
 
 namespace {
 
-int ExitOnLoss(Display*) { ::_exit(1); }
+int ExitOnLoss(Display*) { std::_Exit(1); }
 
 // A window that is hidden at the wrong moment cannot have the focus, which does no harm.
 int ExitOnError(Display*, XErrorEvent* error) {
-  if (error->request_code == X_SetInputFocus) return 0;
-  ::_exit(1);
+  if (error->request_code != X_SetInputFocus) std::_Exit(1);
+  return 0;
 }
 
 // Xlib's own handlers would print what was asked of the server.
@@ -137,7 +137,7 @@ class UserWindow::Connection {
     if (XLookupKeysym(&event, 0) == XK_Escape) isRefused = true;
   }
 
-  void TakeMotion(const XMotionEvent& event, std::vector<UserInput>& inputs) {
+  static void TakeMotion(const XMotionEvent& event, std::vector<UserInput>& inputs) {
     if (event.send_event) return;
     inputs.push_back(
         {UserInput::kMotion, MonotonicNow(), event.state, event.x, event.y, event.time});
