@@ -181,12 +181,18 @@ TEST_F(QtDraw, RegularMotionsRaiseAnAlarm) {
   ExpectEnd("zeros");
 }
 
-TEST(QtDrawInGerman, AsksInGerman) {
+TEST(QtLanguage, IsThatOfTheUser) {
   const XServer server;
-  HostProcess host({DRAWING_HOST, "bioqt", "32"},
-                   {"DISPLAY=" + server.display, "LANG=de_DE.UTF-8"});
-  ShownWindow window(server.display, "Zufallsbytes werden gebraucht");
-  EXPECT_TRUE(window.Appears());
+  const std::pair<HostProcess::Words, std::string> expected[] = {
+      {{"LANG=de_DE.UTF-8"}, "Zufallsbytes werden gebraucht"},
+      {{"LANG=en_GB.UTF-8", "LC_ALL=de_AT.UTF-8"}, "Zufallsbytes werden gebraucht"},
+      {{"LANG=en_GB.UTF-8", "LANGUAGE=de:en"}, "Zufallsbytes werden gebraucht"},
+      {{"LANG=xx_YY.UTF-8"}, kTitle}};
+  for (auto [variables, title] : expected) {
+    variables.push_back("DISPLAY=" + server.display);
+    HostProcess host({DRAWING_HOST, "bioqt", "32"}, variables);
+    EXPECT_TRUE(ShownWindow(server.display, title).Appears()) << variables[0];
+  }
 }
 
 TEST(QtKind, IsAbsentWithoutADisplay) {
