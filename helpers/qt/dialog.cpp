@@ -34,17 +34,17 @@ Dialog::Dialog(Gathering& from, bool isRemote)
         "\n\n" +
         tr("This display is reached over a network, so it takes twice as many keys as usual.");
   }
-  text->setText(request);
   AddParts();
+  Say(request);
+  text->setMinimumHeight(text->heightForWidth(text->minimumWidth()));  // later texts are shorter
   connect(&silence, &QTimer::timeout, this, &QDialog::accept);
 }
 
 void Dialog::AddParts() {
   text->setWordWrap(true);
-  const int width = fontMetrics().averageCharWidth() * 60;
-  text->setMinimumSize(width, text->heightForWidth(width));  // the other texts are shorter
+  text->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  text->setMinimumWidth(fontMetrics().averageCharWidth() * 60);
   bar->setAccessibleName(tr("Progress"));
-  bar->setAccessibleDescription(text->text());
   bar->setMaximum(Gathering::kNeededBits);
   bar->setFormat(tr("%p %"));
   // The keys of a user who types must not press the button: it has the focus only if the user moves it there.
@@ -68,6 +68,11 @@ void Dialog::AddParts() {
   layout->addWidget(buttons);
 }
 
+void Dialog::Say(const QString& sentence) {
+  text->setText(sentence);
+  bar->setAccessibleDescription(sentence);  // the bar has the focus, so a screen reader reads it
+}
+
 void Dialog::ShowState(int key) {
   if (key != 0 && !IsForButton(key)) bar->setFocus();
   if (gathering.HasAlarm()) return ShowAlarm();
@@ -80,7 +85,7 @@ void Dialog::ShowState(int key) {
 void Dialog::ShowEnough(int key) {
   if (!sinceEnough.isValid()) {
     sinceEnough.start();
-    text->setText(tr("Enough, thank you. Please stop typing."));
+    Say(tr("Enough, thank you. Please stop typing."));
     button->setEnabled(false);
     silence.start(500ms);
   } else if (key != 0 && sinceEnough.elapsed() < 2500) {
@@ -89,9 +94,8 @@ void Dialog::ShowEnough(int key) {
 }
 
 void Dialog::ShowAlarm() {
-  if (!bar->isEnabled()) return;
   setWindowTitle(tr("No random bytes"));
-  text->setText(tr("The events are too much alike to be random. Nothing was drawn."));
-  bar->setEnabled(false);
+  Say(tr("The events are too much alike to be random. Nothing was drawn."));
+  bar->setValue(0);
   button->setText(tr("Close"));
 }

@@ -22,6 +22,7 @@ class Dialog : public QDialog {
 
  private:
   void AddParts();
+  void Say(const QString& sentence);
   void ShowState(int key);
   void ShowEnough(int key);
   void ShowAlarm();

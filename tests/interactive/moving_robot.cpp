@@ -12,11 +12,12 @@ namespace {
 
 using Commands = std::vector<std::string>;
 
-constexpr char kPause[] = "0.009";  // more than the 8 ms between two samples
+constexpr char kPause[] = "0.009";     // more than the 8 ms between two samples
+constexpr char kLongPause[] = "0.02";  // so that none is missed even if one comes late
 
-void AddMotion(Commands& commands, double x, double y) {
+void AddMotion(Commands& commands, double x, double y, const std::string& pause = kPause) {
   commands.insert(commands.end(), {"mousemove", std::to_string(std::lround(x)),
-                                   std::to_string(std::lround(y)), "sleep", kPause});
+                                   std::to_string(std::lround(y)), "sleep", pause});
 }
 
 }  // namespace
@@ -54,7 +55,7 @@ void MovingRobot::MoveStraight(int motions) {
 
 void MovingRobot::Shake(int motions) {
   Commands commands;
-  for (int i = 0; i < motions; ++i) AddMotion(commands, middleX + i % 2 * 8, middleY);
+  for (int i = 0; i < motions; ++i) AddMotion(commands, middleX + i % 2 * 8, middleY, kLongPause);
   Do(commands);
 }
 

@@ -1,0 +1,62 @@
+// The dialog of "bioqt" on screens of different resolution. With the environment variable PICTURES, the name of a
+// folder, the cases write what they see to files there.
+
+#include "tests/interactive/host_process.h"
+#include "tests/interactive/moving_robot.h"
+#include "tests/interactive/shown_window.h"
+#include "tests/support/x_server.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <optional>
+
+namespace {
+
+// In the middle of a draw.
+class Dialog {
+ public:
+  Dialog(const std::string& resolution, const std::string& language, const std::string& title,
+         const std::string& picture) {
+    SetResources(server.display, "Xft.dpi:\t" + resolution + '\n');
+    host.emplace(HostProcess::Words{DRAWING_HOST, "bioqt", "32"},
+                 HostProcess::Words{"DISPLAY=" + server.display, "LANG=" + language});
+    window.emplace(server.display, title);
+    EXPECT_TRUE(window->Appears());
+    if (const char* const folder = std::getenv("PICTURES")) {
+      Record(std::string(folder) + '/' + picture);
+    }
+  }
+
+  ShownWindow::Area Place() { return window->Place(); }
+
+ private:
+  void Record(const std::string& file) {
+    robot.Move(225);
+    robot.Wait();
+    const std::string command = "import -display " + server.display + " -window " +
+                                std::to_string(window->Number()) + " -strip " + file;
+    EXPECT_EQ(0, std::system(command.c_str()));
+  }
+
+  XServer server{{"-screen", "0", "1600x1000x24", "-dpi", "96"}};
+  std::optional<HostProcess> host;
+  std::optional<ShownWindow> window;
+  MovingRobot robot{server.display, 800, 500};
+};
+
+}  // namespace
+
+TEST(QtDialog, IsTwiceAsLargeAtTwiceTheResolution) {
+  Dialog usual("96", "en_GB.UTF-8", "Random bytes are needed", "bioqt.png");
+  Dialog fine("192", "en_GB.UTF-8", "Random bytes are needed", "bioqt_192.png");
+  EXPECT_NEAR(2 * usual.Place().width, fine.Place().width, 4);
+  EXPECT_NEAR(2 * usual.Place().height, fine.Place().height, 8);
+}
+
+// The sentence takes one line more.
+TEST(QtDialog, IsHigherForALongerSentence) {
+  Dialog english("192", "en_GB.UTF-8", "Random bytes are needed", "bioqt_192.png");
+  Dialog german("192", "de_DE.UTF-8", "Zufallsbytes werden gebraucht", "bioqt_192_de.png");
+  EXPECT_EQ(english.Place().width, german.Place().width);
+  EXPECT_GT(german.Place().height, english.Place().height);
+}
