@@ -25,6 +25,24 @@ void SetResources(const std::string& server, const std::string& resources) {
   XCloseDisplay(display);
 }
 
+WindowManager::WindowManager(const std::string& server) : display(XOpenDisplay(server.c_str())) {
+  if (!display) throw std::runtime_error("no display " + server);
+  XSelectInput(display, DefaultRootWindow(display), SubstructureRedirectMask);
+  XSync(display, False);
+}
+
+WindowManager::~WindowManager() { XCloseDisplay(display); }
+
+bool WindowManager::ShowNext() {
+  return WaitUntil([this] {
+    XEvent event;
+    if (!XCheckTypedEvent(display, MapRequest, &event)) return false;
+    XMapWindow(display, event.xmaprequest.window);
+    XSync(display, False);
+    return true;
+  });
+}
+
 ShownWindow::ShownWindow(const std::string& server, const std::string& name)
     : display(XOpenDisplay(server.c_str())), title(name) {
   if (!display) throw std::runtime_error("no display " + server);
@@ -74,13 +92,15 @@ bool ShownWindow::Disappears() {
   });
 }
 
+bool ShownWindow::HasFocus() {
+  Window focus = 0;
+  int next = 0;
+  XGetInputFocus(display, &focus, &next);
+  return focus == window;
+}
+
 bool ShownWindow::GetsFocus() {
-  return WaitUntil([this] {
-    Window focus = 0;
-    int next = 0;
-    XGetInputFocus(display, &focus, &next);
-    return focus == window;
-  });
+  return WaitUntil([this] { return HasFocus(); });
 }
 
 int ShownWindow::Count() { return static_cast<int>(Find().size()); }

@@ -9,7 +9,22 @@ struct _XDisplay;
 /// Sets what programs of a display find in its resource database, as xrdb does.
 void SetResources(const std::string& display, const std::string& resources);
 
-/// A window with that title on a display, as another program sees it. Without a window manager.
+/// Manages windows as little as a window manager can: shows those that want to be shown.
+class WindowManager {
+ public:
+  explicit WindowManager(const std::string& display);
+  WindowManager(const WindowManager&) = delete;
+  WindowManager& operator=(const WindowManager&) = delete;
+  ~WindowManager();
+
+  /// Shows the next window; false if none comes within half a minute.
+  bool ShowNext();
+
+ private:
+  _XDisplay* display;
+};
+
+/// A window with that title on a display, as another program sees it.
 class ShownWindow {
  public:
   ShownWindow(const std::string& display, const std::string& title);
@@ -21,7 +36,9 @@ class ShownWindow {
   bool Appears();
   /// Whether the one that appeared is gone within half a minute.
   bool Disappears();
-  /// Whether keys go to it within half a minute, wherever the pointer is.
+  /// Whether keys go to it now, wherever the pointer is.
+  bool HasFocus();
+  /// Whether keys go to it within half a minute.
   bool GetsFocus();
   int Count();
 

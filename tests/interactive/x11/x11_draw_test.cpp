@@ -16,6 +16,7 @@ namespace {
 
 constexpr char kTitle[] = "Random bytes are needed";
 constexpr char kHelper[] = "rng-gather-x11";
+constexpr unsigned long kBackground = 0xF5F5F5;
 constexpr unsigned long kBar = 0x195EB5;
 constexpr int kEnough = 500;  // motions or presses
 
@@ -226,6 +227,21 @@ TEST_F(SeveralX11Draws, TakeTurnsAndAreAllCancelled) {
   EXPECT_EQ(1, window.Count());
   host.Send(SIGUSR1);
   ExpectEnd("zeros\nzeros\nzeros");
+}
+
+// By the time that the window shows its text, it would have taken the focus.
+TEST(X11Focus, IsLeftToAWindowManager) {
+  XServer server;
+  WindowManager manager(server.display);
+  HostProcess host({DRAWING_HOST, "unixx11", "32"}, {"DISPLAY=" + server.display});
+  ASSERT_TRUE(manager.ShowNext());
+  ShownWindow window(server.display, kTitle);
+  ASSERT_TRUE(window.Appears());
+  EXPECT_TRUE(WaitUntil([&] { return window.CountInRow(kBackground) > 400; }));
+  EXPECT_FALSE(window.HasFocus());
+  window.Close();
+  EXPECT_EQ(Output("zeros"), host.Finish());
+  EXPECT_TRUE(host.IsAlone());
 }
 
 TEST(X11Kind, IsAbsentWithoutADisplay) {
