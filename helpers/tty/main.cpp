@@ -4,7 +4,7 @@
 #include "helpers/session/session.h"
 #include "helpers/tty/network.h"
 #include "helpers/tty/record.h"
-#include "helpers/tty/terminal.h"
+#include "helpers/tty/terminal/terminal.h"
 #include "helpers/tty/typing.h"
 
 #include <exception>

@@ -3,7 +3,7 @@
 #include "helpers/session/monotonic_clock.h"
 #include "helpers/tty/keys.h"
 #include "helpers/tty/signals.h"
-#include "helpers/tty/terminal.h"
+#include "helpers/tty/terminal/terminal.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -3,7 +3,7 @@
 
 #include "helpers/session/session.h"
 #include "helpers/tty/signals.h"
-#include "helpers/tty/terminal.h"
+#include "helpers/tty/terminal/terminal.h"
 
 /// Asks the user to type until a gathering is complete.
 class Typing {

@@ -69,7 +69,7 @@ plugins/interactive/display.cpp #include <X11/Xlib.h>
 plugins/interactive/biokb.cpp #include <termios.h>
 plugins/interactive/start_helper.cpp #include <openssl/evp.h>
 helpers/gathering/gathering.cpp #include "helpers/session/session.h"
-helpers/gathering/gathering.cpp #include "helpers/tty/terminal.h"
+helpers/gathering/gathering.cpp #include "helpers/tty/terminal/terminal.h"
 helpers/gathering/gathering.cpp #include "plugins/interactive/request.h"
 helpers/gathering/gathering.cpp #include "quality/blocks.h"
 helpers/gathering/key_credit.cpp #include <unistd.h>
@@ -77,7 +77,7 @@ helpers/gathering/key_credit.cpp #include <poll.h>
 helpers/gathering/key_credit.cpp #include <sys/random.h>
 helpers/gathering/key_credit.cpp #include <fstream>
 helpers/gathering/key_credit.cpp #include <cstdio>
-helpers/session/session.cpp #include "helpers/tty/terminal.h"
+helpers/session/session.cpp #include "helpers/tty/terminal/terminal.h"
 helpers/session/session.cpp #include "plugins/interactive/kind.h"
 helpers/session/session.cpp #include <openssl/crypto.h>
 helpers/session/session.cpp #include <termios.h>

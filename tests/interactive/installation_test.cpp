@@ -1,6 +1,6 @@
 // The installation: it may be moved, and parts of it may be missing.
 
-#include "tests/interactive/terminal_draw.h"
+#include "tests/interactive/tty/terminal_draw.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 // A host that has more rights than its user.
 
-#include "tests/interactive/terminal_draw.h"
+#include "tests/interactive/tty/terminal_draw.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>

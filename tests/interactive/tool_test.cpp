@@ -1,6 +1,6 @@
 // Hosts and rngctl with the real plug-ins, in the tree of the case.
 
-#include "tests/interactive/terminal_draw.h"
+#include "tests/interactive/tty/terminal_draw.h"
 #include "tests/support/process.h"
 #include "tests/support/tree.h"
 

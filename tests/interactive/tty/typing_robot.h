@@ -1,7 +1,7 @@
 #ifndef TESTS_INTERACTIVE_TYPING_ROBOT_H
 #define TESTS_INTERACTIVE_TYPING_ROBOT_H
 
-#include "tests/interactive/pseudo_terminal.h"
+#include "tests/interactive/tty/pseudo_terminal.h"
 
 #include <chrono>
 #include <cmath>

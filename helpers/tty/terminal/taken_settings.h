@@ -1,5 +1,5 @@
-#ifndef HELPERS_TTY_TAKEN_SETTINGS_H
-#define HELPERS_TTY_TAKEN_SETTINGS_H
+#ifndef HELPERS_TTY_TERMINAL_TAKEN_SETTINGS_H
+#define HELPERS_TTY_TERMINAL_TAKEN_SETTINGS_H
 
 #include <sys/types.h>
 #include <termios.h>

@@ -1,7 +1,7 @@
-#ifndef HELPERS_TTY_TERMINAL_H
-#define HELPERS_TTY_TERMINAL_H
+#ifndef HELPERS_TTY_TERMINAL_TERMINAL_H
+#define HELPERS_TTY_TERMINAL_TERMINAL_H
 
-#include "helpers/tty/guard.h"
+#include "helpers/tty/terminal/guard.h"
 
 #include <optional>
 #include <string>

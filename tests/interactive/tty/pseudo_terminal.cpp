@@ -1,4 +1,4 @@
-#include "tests/interactive/pseudo_terminal.h"
+#include "tests/interactive/tty/pseudo_terminal.h"
 
 #include "tests/interactive/host_process.h"
 

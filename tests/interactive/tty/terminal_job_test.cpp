@@ -1,6 +1,6 @@
 // "biokbd" under a shell that controls jobs.
 
-#include "tests/interactive/terminal_draw.h"
+#include "tests/interactive/tty/terminal_draw.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;

@@ -2,8 +2,8 @@
 #define TESTS_INTERACTIVE_TERMINAL_DRAW_H
 
 #include "tests/interactive/host_process.h"
-#include "tests/interactive/pseudo_terminal.h"
-#include "tests/interactive/typing_robot.h"
+#include "tests/interactive/tty/pseudo_terminal.h"
+#include "tests/interactive/tty/typing_robot.h"
 
 #include <csignal>
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
-#ifndef HELPERS_TTY_GUARD_H
-#define HELPERS_TTY_GUARD_H
+#ifndef HELPERS_TTY_TERMINAL_GUARD_H
+#define HELPERS_TTY_TERMINAL_GUARD_H
 
-#include "helpers/tty/taken_settings.h"
+#include "helpers/tty/terminal/taken_settings.h"
 
 /// Restores the settings of a terminal if this process is killed. For that it is a process of its own, which
 /// keeps the settings and waits.

@@ -1,4 +1,4 @@
-#include "helpers/tty/terminal.h"
+#include "helpers/tty/terminal/terminal.h"
 
 #include <algorithm>
 #include <cerrno>

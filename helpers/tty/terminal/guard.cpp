@@ -1,4 +1,4 @@
-#include "helpers/tty/guard.h"
+#include "helpers/tty/terminal/guard.h"
 
 #include <csignal>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 // rng-gather-tty --record FILE
 
-#include "tests/interactive/terminal_draw.h"
+#include "tests/interactive/tty/terminal_draw.h"
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 

@@ -1,4 +1,4 @@
-#include "helpers/tty/taken_settings.h"
+#include "helpers/tty/terminal/taken_settings.h"
 
 #include <unistd.h>
 

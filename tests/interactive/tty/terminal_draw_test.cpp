@@ -1,6 +1,6 @@
 // Draws from "biokbd" on a terminal: what the user does.
 
-#include "tests/interactive/terminal_draw.h"
+#include "tests/interactive/tty/terminal_draw.h"
 
 using testing::HasSubstr;
 using testing::Not;

@@ -1,6 +1,6 @@
 // How a draw from "biokbd" ends when the user does nothing.
 
-#include "tests/interactive/terminal_draw.h"
+#include "tests/interactive/tty/terminal_draw.h"
 
 #include <sys/wait.h>
 
