@@ -8,9 +8,9 @@
 /// Asks the user to type until a gathering is complete.
 class Typing {
  public:
-  /// `isRemote`: tell the user that it takes more keys.
-  Typing(const Session& session, const Signals& signals, Terminal& terminal, Gathering& gathering,
-         bool isRemote);
+  /// `into`: what to complete. `overNetwork`: tell the user that it takes more keys.
+  Typing(const Session& of, const Signals& incoming, Terminal& where, Gathering& into,
+         bool overNetwork);
   Typing(const Typing&) = delete;
   Typing& operator=(const Typing&) = delete;
 
