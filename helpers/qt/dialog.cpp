@@ -46,6 +46,7 @@ void Dialog::AddParts() {
   text->setMinimumWidth(fontMetrics().averageCharWidth() * 60);
   bar->setAccessibleName(tr("Progress"));
   bar->setMaximum(Gathering::kNeededBits);
+  bar->setValue(0);  // before the first value, there is no text
   bar->setFormat(tr("%p %"));
   // The keys of a user who types must not press the button: it has the focus only if the user moves it there.
   bar->setFocusPolicy(Qt::StrongFocus);
