@@ -5,11 +5,16 @@
 #include "helpers/gathering/key_credit.h"
 #include "helpers/gathering/motion_credit.h"
 
+#include <array>
+#include <openssl/crypto.h>
+
 #include <rngaggregator/health.h>
 
 /// 64 bytes of the system's generator. They are never credited. With them the result is no worse than what
 /// the system gives if the user is a machine, and no worse than the user if the system's generator is broken.
-using SystemBytes = std::array<unsigned char, 64>;
+struct SystemBytes : std::array<unsigned char, 64> {
+  ~SystemBytes() { OPENSSL_cleanse(data(), size()); }
+};
 
 /// Collects what a user does, until there is enough for 256 bits of strength: the entropy of one draw.
 /// Without input or output of its own.

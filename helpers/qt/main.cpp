@@ -2,13 +2,11 @@
 
 #include "helpers/qt/dialog.h"
 #include "helpers/session/remote_display.h"
-#include "helpers/session/session.h"
+#include "helpers/session/run_helper.h"
 
 #include <QApplication>
 #include <QLocale>
 #include <QTranslator>
-#include <exception>
-#include <iostream>
 #include <unistd.h>
 
 namespace {
@@ -51,16 +49,5 @@ void Draw(const Session& session) {
 }  // namespace
 
 int main() {
-  try {
-    const Session session;
-    if (session.Request().task == HelperRequest::kSelfTest) {
-      session.AnswerSelfTest();
-    } else if (session.Request().task == HelperRequest::kDraw) {
-      Draw(session);
-    }
-    return 0;
-  } catch (const std::exception& error) {
-    std::cerr << "rng-gather-qt: " << error.what() << '\n';
-    return 1;
-  }
+  return RunHelper("rng-gather-qt", [] { AnswerPlugin(Draw); });
 }

@@ -1,14 +1,12 @@
 // rng-gather-tty: gathers entropy from the keys that a user presses in the terminal, for the kind "biokbd".
 // rng-gather-tty --record FILE: stores the events instead, for an assessment of their entropy.
 
-#include "helpers/session/session.h"
+#include "helpers/session/run_helper.h"
 #include "helpers/tty/network.h"
 #include "helpers/tty/record.h"
 #include "helpers/tty/terminal/terminal.h"
 #include "helpers/tty/typing.h"
 
-#include <exception>
-#include <iostream>
 #include <poll.h>
 #include <string>
 
@@ -38,24 +36,11 @@ void Draw(const Session& session) {
   if (isDone) session.Answer(gathering.Finish());
 }
 
-void Answer() {
-  const Session session;
-  if (session.Request().task == HelperRequest::kSelfTest) session.AnswerSelfTest();
-  if (session.Request().task == HelperRequest::kDraw) Draw(session);
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
-  try {
-    if (count == 3 && std::string(arguments[1]) == "--record") {
-      RecordKeys(arguments[2]);
-    } else {
-      Answer();
-    }
-    return 0;
-  } catch (const std::exception& error) {
-    std::cerr << "rng-gather-tty: " << error.what() << '\n';
-    return 1;
-  }
+  return RunHelper("rng-gather-tty", [&] {
+    const bool records = count == 3 && std::string(arguments[1]) == "--record";
+    records ? RecordKeys(arguments[2]) : AnswerPlugin(Draw);
+  });
 }

@@ -1,11 +1,8 @@
 // rng-gather-x11: gathers entropy from the mouse and the keys in a window, for the kind "unixx11".
 
 #include "helpers/session/remote_display.h"
-#include "helpers/session/session.h"
+#include "helpers/session/run_helper.h"
 #include "helpers/x11/asking.h"
-
-#include <exception>
-#include <iostream>
 
 namespace {
 
@@ -21,16 +18,5 @@ void Draw(const Session& session) {
 }  // namespace
 
 int main() {
-  try {
-    const Session session;
-    if (session.Request().task == HelperRequest::kSelfTest) {
-      session.AnswerSelfTest();
-    } else if (session.Request().task == HelperRequest::kDraw) {
-      Draw(session);
-    }
-    return 0;
-  } catch (const std::exception& error) {
-    std::cerr << "rng-gather-x11: " << error.what() << '\n';
-    return 1;
-  }
+  return RunHelper("rng-gather-x11", [] { AnswerPlugin(Draw); });
 }
