@@ -52,6 +52,7 @@ needed_packages() {
 copy_packages() {
   touch "$root/tmp/packages"
   needed_packages "$@" | comm -23 - "$root/tmp/packages" >"$room/packages"
+  : >"$room/files"
   while read -r package; do
     dpkg-query -L "$package" >>"$room/files"
     dpkg-query -s "$package" >>"$root/var/lib/dpkg/status"
