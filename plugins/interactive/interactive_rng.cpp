@@ -3,7 +3,9 @@
 #include "plugins/interactive/request.h"
 #include "plugins/interactive/start_helper.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <poll.h>
 #include <sched.h>
@@ -75,21 +77,27 @@ class InteractiveRng::Helper {
     for (std::size_t done = 0; isAsked && done < size;) {
       if (!WaitForMore()) return false;
       const ssize_t count = ::recv(descriptor, buffer + done, size - done, 0);
-      if (count == 0 || (count < 0 && errno != EINTR)) return false;
+      if (count == 0 || (count < 0 && errno != EINTR) || IsCancelled()) return false;
       if (count > 0) done += static_cast<std::size_t>(count);
     }
     return isAsked;
   }
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  bool IsCancelled() const { return cancels != cancelsBefore; }
+
   // A helper that is cancelled gets a second to tidy up and close the socket: when the draw has ended, the
   // terminal is as it was.
   bool WaitForMore() const {
     constexpr int kLook = 50;  // milliseconds
-    for (int looks = 0; looks < 20; looks += cancels != cancelsBefore) {
+    Clock::time_point latest = Clock::time_point::max();
+    do {
       pollfd event = {descriptor, POLLIN, 0};
       if (::poll(&event, 1, kLook) == 1) return true;
-    }
+      if (IsCancelled()) latest = std::min(latest, Clock::now() + std::chrono::seconds(1));
+    } while (Clock::now() < latest);
     return false;
   }
 
