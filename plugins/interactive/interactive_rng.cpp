@@ -150,7 +150,8 @@ void InteractiveRng::Cancel() {
 
 bool InteractiveRng::SelfTest() {
   if (!CanStartHelper()) return false;
-  const Helper helper(HelperRequest::kSelfTest, 0, cancels, cancels);
+  const std::atomic<std::uint64_t> none = 0;  // a Cancel is meant for draws
+  const Helper helper(HelperRequest::kSelfTest, 0, none, none);
   unsigned char answer = 0;
   return helper.Receive(&answer, 1) && answer == kHelperPassed;
 }
