@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Moves the focus to the button, or presses it.
+// Whether the key moves the focus to the button or presses it.
 bool IsForButton(int key) {
   return key == Qt::Key_Tab || key == Qt::Key_Backtab || key == Qt::Key_Shift ||
          key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter;
@@ -25,14 +25,13 @@ Dialog::Dialog(Gathering& from, bool isRemote)
       bar(new QProgressBar(this)),
       button(new QPushButton(tr("Cancel"), this)),
       events(from, [this](int key) { ShowState(key); }) {
-  setWindowTitle(tr("Random bytes are needed"));
-  QString request =
-      tr("Move the mouse in this window, or type any keys without a rhythm, until the bar is "
-         "full. Escape cancels.");
+  setWindowTitle(tr("A program needs random bytes"));
+  QString request = tr(
+      "Move the mouse around in this window, or press different keys at irregular intervals, until "
+      "the bar is full. To cancel, press Escape or close the window.");
   if (isRemote) {
     request +=
-        "\n\n" +
-        tr("This display is reached over a network, so it takes twice as many keys as usual.");
+        "\n\n" + tr("You may be connected over a network, so twice as many keys are needed.");
   }
   AddParts();
   Say(request);
@@ -46,9 +45,9 @@ void Dialog::AddParts() {
   text->setMinimumWidth(fontMetrics().averageCharWidth() * 60);
   bar->setAccessibleName(tr("Progress"));
   bar->setMaximum(Gathering::kNeededBits);
-  bar->setValue(0);  // before the first value, there is no text
-  bar->setFormat(tr("%p %"));
-  // The keys of a user who types must not press the button: it has the focus only if the user moves it there.
+  bar->setValue(0);  // without a value, the bar shows no text
+  bar->setFormat(tr("%p%"));
+  // A user who types must not press the button by accident, so the bar has the focus until the user moves it.
   bar->setFocusPolicy(Qt::StrongFocus);
   bar->setFocus();
   button->setAutoDefault(false);
@@ -81,12 +80,12 @@ void Dialog::ShowState(int key) {
   if (gathering.IsComplete()) ShowEnough(key);
 }
 
-// What is still being typed must not reach the window that was there before: until half a second of silence,
-// three at most.
+// Takes keys until half a second without one, for three seconds at most: a user who is still typing must not
+// type into another window.
 void Dialog::ShowEnough(int key) {
   if (!sinceEnough.isValid()) {
     sinceEnough.start();
-    Say(tr("Enough, thank you. Please stop typing."));
+    Say(tr("That is enough. Please stop typing."));
     button->setEnabled(false);
     silence.start(500ms);
   } else if (key != 0 && sinceEnough.elapsed() < 2500) {
@@ -96,7 +95,7 @@ void Dialog::ShowEnough(int key) {
 
 void Dialog::ShowAlarm() {
   setWindowTitle(tr("No random bytes"));
-  Say(tr("The events are too much alike to be random. Nothing was drawn."));
+  Say(tr("The input is too regular to be random. No random bytes were generated."));
   bar->setValue(0);
   button->setText(tr("Close"));
 }

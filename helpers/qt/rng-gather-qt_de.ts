@@ -8,32 +8,32 @@
         <translation>Abbrechen</translation>
     </message>
     <message>
-        <source>Random bytes are needed</source>
-        <translation>Zufallsbytes werden gebraucht</translation>
+        <source>A program needs random bytes</source>
+        <translation>Ein Programm benötigt Zufallsbytes</translation>
     </message>
     <message>
-        <source>Move the mouse in this window, or type any keys without a rhythm, until the bar is full. Escape cancels.</source>
-        <translation>Bewegen Sie die Maus in diesem Fenster oder tippen Sie beliebige Tasten ohne festen Takt, bis der Balken voll ist. Esc bricht ab.</translation>
+        <source>Move the mouse around in this window, or press different keys at irregular intervals, until the bar is full. To cancel, press Escape or close the window.</source>
+        <translation>Bewegen Sie die Maus in diesem Fenster hin und her, oder drücken Sie verschiedene Tasten in unregelmäßigen Abständen, bis der Balken voll ist. Um abzubrechen, drücken Sie Esc oder schließen Sie das Fenster.</translation>
     </message>
     <message>
-        <source>This display is reached over a network, so it takes twice as many keys as usual.</source>
-        <translation>Diese Anzeige wird über ein Netzwerk erreicht, daher sind doppelt so viele Tasten nötig wie sonst.</translation>
+        <source>You may be connected over a network, so twice as many keys are needed.</source>
+        <translation>Möglicherweise sind Sie über ein Netzwerk verbunden. Deshalb sind doppelt so viele Tastendrücke nötig.</translation>
     </message>
     <message>
         <source>Progress</source>
         <translation>Fortschritt</translation>
     </message>
     <message>
-        <source>%p %</source>
+        <source>%p%</source>
         <translation>%p %</translation>
     </message>
     <message>
-        <source>Enough, thank you. Please stop typing.</source>
-        <translation>Das genügt, vielen Dank. Bitte tippen Sie nicht weiter.</translation>
+        <source>That is enough. Please stop typing.</source>
+        <translation>Das genügt. Bitte tippen Sie nicht weiter.</translation>
     </message>
     <message>
-        <source>The events are too much alike to be random. Nothing was drawn.</source>
-        <translation>Die Eingaben sind einander zu ähnlich, um zufällig zu sein. Es wurden keine Zufallsbytes erzeugt.</translation>
+        <source>The input is too regular to be random. No random bytes were generated.</source>
+        <translation>Die Eingaben sind zu regelmäßig, um zufällig zu sein. Es wurden keine Zufallsbytes erzeugt.</translation>
     </message>
     <message>
         <source>Close</source>

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Others that draw from this terminal come first.
+// Waits while another helper takes keys from this terminal.
 bool WaitForTerminal(Terminal& terminal, const Session& session) {
   constexpr int kLook = 100;  // milliseconds
   while (!terminal.Reserve() && !session.HasEnded()) ::poll(nullptr, 0, kLook);
@@ -25,7 +25,7 @@ void Draw(const Session& session) {
   if (!WaitForTerminal(terminal, session)) return;
   if (!terminal.IsForeground()) {
     return terminal.Say(
-        "A program in the background needs keys. Bring it to the foreground with fg.");
+        "A background program cannot ask for random bytes. Run it in the foreground.");
   }
   terminal.StartGuard(session.Socket());
   const bool isRemote = MayBeRemote(terminal.Name());

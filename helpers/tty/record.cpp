@@ -46,7 +46,7 @@ bool EndsRecord(const KeyPress& press) {
   return press.key == 3 || press.key == 4;  // Ctrl-C, Ctrl-D
 }
 
-// Returns how many presses there were.
+// Returns the number of presses.
 int Record(Terminal& terminal, const Signals& signals, RecordFile& file) {
   int count = 0;
   while (!terminal.IsGone()) {
@@ -58,7 +58,7 @@ int Record(Terminal& terminal, const Signals& signals, RecordFile& file) {
       file.Write(press);
       ++count;
     }
-    terminal.ShowLine(std::to_string(count) + " presses");
+    terminal.ShowLine("Key presses: " + std::to_string(count));
   }
   return count;
 }
@@ -68,14 +68,16 @@ int Record(Terminal& terminal, const Signals& signals, RecordFile& file) {
 void RecordKeys(const std::string& path) {
   const Signals signals;
   Terminal terminal;
-  if (!terminal.Reserve()) throw std::runtime_error("Another program takes the keys here.");
+  if (!terminal.Reserve())
+    throw std::runtime_error(
+        "Another program is reading keys from this terminal. Wait until it has finished.");
   RecordFile file(path);
   terminal.StartGuard(-1);
   terminal.TakeKeys();
-  terminal.Say("Every key is recorded in " + path +
-               ", readable. Do not type secrets. Ctrl-C ends.");
+  terminal.Say("Every key that you press is recorded, unencrypted, in " + path + '.');
+  terminal.Say("Do not type any secrets. To stop, press Ctrl-C.");
   const int count = Record(terminal, signals, file);
   terminal.LeaveKeys();
-  terminal.ShowLine(std::to_string(count) + " presses are recorded.");
+  terminal.ShowLine("Key presses recorded: " + std::to_string(count));
   terminal.Say("");
 }

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kLook = 100;  // milliseconds between looks at what sends no message
+constexpr int kLook = 100;  // milliseconds between checks of what cannot be polled
 constexpr int kControlC = 3;
 constexpr int kControlD = 4;
 constexpr int kControlZ = 26;
@@ -22,7 +22,7 @@ std::string Bar(int bits) {
   constexpr int kWidth = 20;
   const auto filled = static_cast<std::size_t>(bits * kWidth / Gathering::kNeededBits);
   return '[' + std::string(filled, '#') + std::string(kWidth - filled, ' ') + "] " +
-         std::to_string(bits * 100 / Gathering::kNeededBits) + " per cent";
+         std::to_string(bits * 100 / Gathering::kNeededBits) + "%";
 }
 
 }  // namespace
@@ -50,9 +50,10 @@ bool Typing::Run() {
 }
 
 void Typing::Ask() {
-  terminal.Say("Random bytes are needed: type any keys until the bar is full. Ctrl-C cancels.");
+  terminal.Say("A program needs random bytes. Press different keys at irregular intervals");
+  terminal.Say("until the bar is full. To cancel, press Ctrl-C.");
   if (isRemote) {
-    terminal.Say("This terminal may be used over a network, so it takes twice as many keys.");
+    terminal.Say("You may be connected over a network, so twice as many keys are needed.");
   }
 }
 
@@ -74,7 +75,7 @@ void Typing::Wait() {
            !terminal.IsForeground();
 }
 
-// The settings come back before the job stops: its shell has its own as soon as it has.
+// Restores the settings before the job stops, because the shell sets its own right afterwards.
 void Typing::HandleKeys(const std::string& bytes) {
   for (const KeyPress& press : SplitKeys(bytes, MonotonicNow())) {
     gathering.Add(press);
@@ -105,14 +106,14 @@ void Typing::HandleSignals() {
   }
 }
 
-// A stop of the whole job also stops this process or sends it a signal.
+// If the whole job is stopped, this process is stopped as well or gets a signal, so it does not see this.
 bool Typing::IsHostStoppedAlone() {
   if (!session.IsHostStopped()) hostRan = MonotonicNow();
   return MonotonicNow() - hostRan > 1s;
 }
 
-// When the host runs again, so does the draw, unless the host is in the background then. A host that ignores
-// the signal is not waited for.
+// The draw continues when the host does, unless the host is then in the background. If the host ignores the
+// signal, the draw continues at once.
 void Typing::Suspend() {
   terminal.LeaveKeys();
   terminal.Say("");
@@ -128,9 +129,10 @@ void Typing::Resume() {
   shown = -1;
 }
 
-// What is still being typed must not reach the shell: until half a second of silence, three at most.
+// Reads keys until half a second without one, for three seconds at most: a user who is still typing must not
+// type into the shell.
 void Typing::SwallowTheRest() {
-  terminal.ShowLine(Bar(gathering.Bits()) + ". Enough, please stop typing.");
+  terminal.ShowLine(Bar(gathering.Bits()) + ". That is enough. Please stop typing.");
   const Time start = MonotonicNow();
   for (Time last = start; MonotonicNow() - last < 500ms && MonotonicNow() - start < 3s;) {
     pollfd event = {terminal.Get(), POLLIN, 0};
@@ -139,10 +141,10 @@ void Typing::SwallowTheRest() {
   }
 }
 
-// Not on the screen of another job.
+// Nothing is printed while another job has the terminal.
 void Typing::SayWhyNot() {
   if (!terminal.IsForeground()) return;
   terminal.ShowLine(gathering.HasAlarm()
-                        ? "These keys are too regular to be random. Nothing was drawn."
-                        : "Cancelled. Nothing was drawn.");
+                        ? "The input is too regular to be random. No random bytes were generated."
+                        : "Cancelled. No random bytes were generated.");
 }

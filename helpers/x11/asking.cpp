@@ -9,23 +9,22 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr char kTitle[] = "Random bytes are needed";
+constexpr char kTitle[] = "A program needs random bytes";
 
 Picture FirstPicture(bool isRemote) {
   Picture picture;
   picture.request =
-      "Random bytes are needed. Move the mouse around in this window, or press different keys "
-      "without a rhythm, until the bar is full.";
+      "A program needs random bytes. Move the mouse around in this window, or press different keys "
+      "at irregular intervals, until the bar is full.";
   if (isRemote) {
-    picture.remark =
-        "This display may be reached over a network, so it takes twice as many keys as usual.";
+    picture.remark = "You may be connected over a network, so twice as many keys are needed.";
   }
-  picture.progress = "0 %";
+  picture.progress = "0%";
   picture.ending = "To cancel, press Escape or close the window.";
   return picture;
 }
 
-// Presses of one millisecond that arrive at once are a program's.
+// Presses that arrive together and have the same millisecond of the server come from a program.
 bool IsAlone(const UserInput& press, const std::vector<UserInput>& batch) {
   return std::count_if(batch.begin(), batch.end(), [&](const UserInput& other) {
            return other.type == UserInput::kPress && other.serverTime == press.serverTime;
@@ -53,11 +52,11 @@ bool Asking::Run() {
 
 void Asking::ShowProgress() {
   picture.percent = gathering.Bits() * 100 / Gathering::kNeededBits;
-  picture.progress = std::to_string(picture.percent) + " %";
+  picture.progress = std::to_string(picture.percent) + '%';
   window.Show(picture);
 }
 
-// Some calls of Xlib read events, which are then not announced by the descriptor.
+// Xlib may already have read events during another call. The descriptor does not announce those.
 std::vector<UserInput> Asking::Wait() {
   pollfd event = {window.Get(), POLLIN, 0};
   ::poll(&event, 1, 100);
@@ -75,9 +74,10 @@ void Asking::Gather(const std::vector<UserInput>& inputs) {
 }
 
 void Asking::ShowAlarm() {
-  picture.request = "The input repeats itself too often to be random. Nothing was drawn.";
+  picture.request = "The input is too regular to be random. No random bytes were generated.";
   picture.remark = "";
-  picture.progress = "Cancelled.";
+  picture.percent = 0;
+  picture.progress = "0%";
   picture.ending = "To close the window, press Escape.";
   for (const Time start = MonotonicNow(); MonotonicNow() - start < 5s;) {
     window.Show(picture);
@@ -86,11 +86,11 @@ void Asking::ShowAlarm() {
   }
 }
 
-// A key that is still being pressed must not reach another window: until half a second without one, three
-// seconds at most.
+// Reads keys until half a second without one, for three seconds at most: a user who is still typing must not
+// type into another window.
 void Asking::SwallowTheRest() {
   picture.percent = 100;
-  picture.progress = "100 %. Enough, thank you.";
+  picture.progress = "100%. That is enough. Please stop typing.";
   const Time start = MonotonicNow();
   for (Time last = start; MonotonicNow() - last < 500ms && MonotonicNow() - start < 3s;) {
     window.Show(picture);

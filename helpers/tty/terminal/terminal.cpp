@@ -21,7 +21,7 @@ Terminal::~Terminal() {
   ::close(reservation);
 }
 
-// /dev/tty is the same file in all terminals, so its own name does not tell.
+// /dev/tty has the same name in every terminal, so the device number identifies it.
 std::string Terminal::Name() const {
   unsigned device = 0;
   if (::ioctl(descriptor, TIOCGDEV, &device) != 0) return "";
@@ -43,7 +43,7 @@ bool Terminal::Reserve() {
 void Terminal::TakeKeys() {
   if (!settings.areTaken) settings = PrepareSettings(descriptor);
   if (!guard || !guard->Tell(settings))
-    throw std::runtime_error("The guard of the terminal has ended.");
+    throw std::runtime_error("The process that restores the terminal has been killed.");
   ::tcsetattr(descriptor, TCSANOW, &settings.now);
 }
 
@@ -81,7 +81,8 @@ void Terminal::Say(const std::string& text) {
   shown = 0;
 }
 
-// What a stopped terminal does not take is lost. It is only a picture.
+// A stopped terminal accepts no output. What it does not accept is lost, which does not matter: it is only
+// progress.
 void Terminal::Write(const std::string& text) {
   const ssize_t written = ::write(descriptor, text.data(), text.size());
   isGone = isGone || (written < 0 && errno != EAGAIN && errno != EINTR);

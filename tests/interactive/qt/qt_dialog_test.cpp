@@ -47,16 +47,16 @@ class Dialog {
 }  // namespace
 
 TEST(QtDialog, IsTwiceAsLargeAtTwiceTheResolution) {
-  Dialog usual("96", "en_GB.UTF-8", "Random bytes are needed", "bioqt.png");
-  Dialog fine("192", "en_GB.UTF-8", "Random bytes are needed", "bioqt_192.png");
+  Dialog usual("96", "en_GB.UTF-8", "A program needs random bytes", "bioqt.png");
+  Dialog fine("192", "en_GB.UTF-8", "A program needs random bytes", "bioqt_192.png");
   EXPECT_NEAR(2 * usual.Place().width, fine.Place().width, 4);
   EXPECT_NEAR(2 * usual.Place().height, fine.Place().height, 8);
 }
 
 // The sentence takes one line more.
 TEST(QtDialog, IsHigherForALongerSentence) {
-  Dialog english("192", "en_GB.UTF-8", "Random bytes are needed", "bioqt_192.png");
-  Dialog german("192", "de_DE.UTF-8", "Zufallsbytes werden gebraucht", "bioqt_192_de.png");
+  Dialog english("192", "en_GB.UTF-8", "A program needs random bytes", "bioqt_192.png");
+  Dialog german("192", "de_DE.UTF-8", "Ein Programm benötigt Zufallsbytes", "bioqt_192_de.png");
   EXPECT_EQ(english.Place().width, german.Place().width);
   EXPECT_GT(german.Place().height, english.Place().height);
 }

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kTitle[] = "Random bytes are needed";
+constexpr char kTitle[] = "A program needs random bytes";
 constexpr char kHelper[] = "rng-gather-qt";
 
 class QtDraw : public testing::Test {
@@ -184,9 +184,9 @@ TEST_F(QtDraw, RegularMotionsRaiseAnAlarm) {
 TEST(QtLanguage, IsThatOfTheUser) {
   const XServer server;
   const std::pair<HostProcess::Words, std::string> expected[] = {
-      {{"LANG=de_DE.UTF-8"}, "Zufallsbytes werden gebraucht"},
-      {{"LANG=en_GB.UTF-8", "LC_ALL=de_AT.UTF-8"}, "Zufallsbytes werden gebraucht"},
-      {{"LANG=en_GB.UTF-8", "LANGUAGE=de:en"}, "Zufallsbytes werden gebraucht"},
+      {{"LANG=de_DE.UTF-8"}, "Ein Programm benötigt Zufallsbytes"},
+      {{"LANG=en_GB.UTF-8", "LC_ALL=de_AT.UTF-8"}, "Ein Programm benötigt Zufallsbytes"},
+      {{"LANG=en_GB.UTF-8", "LANGUAGE=de:en"}, "Ein Programm benötigt Zufallsbytes"},
       {{"LANG=xx_YY.UTF-8"}, kTitle}};
   for (auto [variables, title] : expected) {
     variables.push_back("DISPLAY=" + server.display);

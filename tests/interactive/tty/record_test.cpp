@@ -32,13 +32,13 @@ class Record : public testing::Test {
 
 TEST_F(Record, HasALineForEachPress) {
   Start({"--record", file});
-  ASSERT_TRUE(terminal.Shows("Ctrl-C ends"));
+  ASSERT_TRUE(terminal.Shows("press Ctrl-C"));
   for (int i = 1; i <= 3; ++i) {
     robot.PressKey("a");
-    ASSERT_TRUE(terminal.Shows(std::to_string(i) + " press"));
+    ASSERT_TRUE(terminal.Shows("Key presses: " + std::to_string(i)));
   }
   terminal.Press("bc");
-  ASSERT_TRUE(terminal.Shows("5 presses"));
+  ASSERT_TRUE(terminal.Shows("Key presses: 5"));
   terminal.Press("\x03");
   host->Finish();
   EXPECT_EQ(0, host->Status());
@@ -60,7 +60,7 @@ TEST_F(Record, OverwritesNothing) {
 
 TEST_F(Record, LeavesTheTerminalWhenItIsKilled) {
   Start({"--record", file});
-  ASSERT_TRUE(terminal.Shows("Ctrl-C ends"));
+  ASSERT_TRUE(terminal.Shows("press Ctrl-C"));
   host->Send(SIGKILL);
   host->Finish();
   EXPECT_TRUE(host->IsAlone());

@@ -8,8 +8,8 @@
 #include <csignal>
 #include <gmock/gmock.h>
 
-constexpr char kPrompt[] = "Ctrl-C cancels";
-constexpr char kEnough[] = "100 per cent";
+constexpr char kPrompt[] = "press Ctrl-C";
+constexpr char kEnough[] = "100%";
 
 /// A host that draws from "biokbd" on a terminal.
 class TerminalDraw : public testing::Test {
@@ -33,7 +33,7 @@ class TerminalDraw : public testing::Test {
   void ExpectProgressBelow(int percent) {
     for (int i = percent; i <= 100; ++i) {
       EXPECT_THAT(terminal.Screen(),
-                  testing::Not(testing::HasSubstr("] " + std::to_string(i) + " per cent")));
+                  testing::Not(testing::HasSubstr("] " + std::to_string(i) + "%")));
     }
   }
 

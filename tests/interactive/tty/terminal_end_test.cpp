@@ -13,7 +13,7 @@ constexpr char kHelper[] = "rng-gather-tty";
 class TerminalEnd : public TerminalDraw {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(terminal.Shows("0 per cent"));
+    ASSERT_TRUE(terminal.Shows("0%"));
     ASSERT_FALSE(before == terminal.Settings());
     const std::vector<pid_t> processes = host.Others(kHelper);
     ASSERT_THAT(processes, SizeIs(2));

@@ -33,7 +33,7 @@ struct Pipeline : Job {
 }  // namespace
 
 TEST_F(StoppedJob, GivesTheTerminalBackAndGoesOn) {
-  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  ASSERT_TRUE(terminal.Shows("0%"));
   for (int i = 0; i < 30; ++i) robot.Press();
   terminal.Press("\x1a");
   ASSERT_TRUE(host.Prints("stopped 148"));
@@ -55,7 +55,7 @@ TEST_F(BackgroundJob, GetsNoBytesAndNoKeys) {
 // Two programs ask for keys in one terminal. The second one waits, or it would take keys of the first.
 TEST_F(Pipeline, AsksForOneDrawAfterTheOther) {
   for (int i = 0; i < 2; ++i) {
-    ASSERT_TRUE(terminal.Shows("0 per cent"));
+    ASSERT_TRUE(terminal.Shows("0%"));
     // One front end with its guard, and one that waits.
     const std::size_t expected = i == 0 ? 3 : 2;
     EXPECT_TRUE(WaitUntil([&] { return host.Others("rng-gather-tty").size() == expected; }));

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr char kTitle[] = "Random bytes are needed";
+constexpr char kTitle[] = "A program needs random bytes";
 constexpr char kHelper[] = "rng-gather-x11";
 constexpr unsigned long kBackground = 0xF5F5F5;
 constexpr unsigned long kBar = 0x195EB5;

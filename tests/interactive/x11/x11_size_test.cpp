@@ -43,7 +43,7 @@ class WindowOnScreen {
 
   XServer server;
   std::optional<HostProcess> host;
-  ShownWindow window{server.display, "Random bytes are needed"};
+  ShownWindow window{server.display, "A program needs random bytes"};
   MovingRobot robot;
 };
 
