@@ -1,15 +1,15 @@
-# Sets RNG_CHOSEN_PLUGINS: which plug-ins of this project are built. Prints a table of all of them.
+# Sets RNG_CHOSEN_PLUGINS, the plug-ins of this project that are built, and prints a table of all of them.
 set(RNG_PLUGINS "" CACHE STRING
-  "Plug-ins to build, a list of unixdev, biokb, biox11, bioqt; empty: all whose development packages are installed")
+  "Plug-ins to build: a list of unixdev, biokb, biox11 and bioqt. Empty: all whose development packages are installed")
 
-# The Debian packages that each is built with, in addition to those of the library.
+# The Debian packages that each plug-in needs, in addition to those of the library.
 set(needs_unixdev)
 set(needs_biokb libssl-dev)
 set(needs_biox11 libssl-dev pkg-config libx11-dev libcairo2-dev)
 set(needs_bioqt libssl-dev qt6-base-dev qt6-l10n-tools)
 set(known_plugins unixdev biokb biox11 bioqt)
 
-# The targets that are found here are imported for the whole build.
+# A macro, not a function: the imported targets must be visible to the whole build.
 macro(rng_find_package package)
   if("${package}" STREQUAL "libssl-dev")
     find_package(OpenSSL 3 QUIET COMPONENTS Crypto)
@@ -38,7 +38,7 @@ endmacro()
 foreach(plugin IN LISTS RNG_PLUGINS)
   if(NOT plugin IN_LIST known_plugins)
     list(JOIN known_plugins ", " names)
-    message(FATAL_ERROR "RNG_PLUGINS names \"${plugin}\", but the plug-ins are: ${names}.")
+    message(FATAL_ERROR "RNG_PLUGINS contains \"${plugin}\", which is not a plug-in of this project. Choose from: ${names}.")
   endif()
 endforeach()
 
@@ -61,13 +61,13 @@ foreach(plugin IN LISTS known_plugins)
     list(APPEND RNG_CHOSEN_PLUGINS ${plugin})
     list(APPEND table "${label} built")
   elseif(RNG_PLUGINS)
-    message(FATAL_ERROR "The plug-in ${plugin}, which RNG_PLUGINS names, cannot be built. "
-      "Fix: install the Debian packages${missing}, or leave it out of RNG_PLUGINS.")
+    message(FATAL_ERROR "RNG_PLUGINS contains ${plugin}, which cannot be built here. "
+      "Install from Debian:${missing}. Or remove ${plugin} from RNG_PLUGINS.")
   else()
     list(APPEND table "${label} not built. To build it, install${missing}")
   endif()
 endforeach()
-# In one piece, after what the packages say of themselves.
+# Printed last, so that the output of find_package does not interrupt the table.
 message(STATUS "Plug-ins:")
 foreach(row IN LISTS table)
   message(STATUS "  ${row}")

@@ -20,15 +20,13 @@ std::string FindProblem() {
   const int terminal = OpenTerminal();
   if (terminal < 0) {
     return "There is no terminal to type in. Run the program in a terminal, not as a service or a "
-           "scheduled "
-           "job.";
+           "scheduled job.";
   }
   const bool isForeground = ::tcgetpgrp(terminal) == ::getpgrp();
   ::close(terminal);
   if (isForeground) return "";
-  return "The program runs in the background of its terminal. Bring it to the foreground with fg, "
-         "or start it "
-         "without &.";
+  return "The program runs in the background, where it cannot ask for keys. Bring it to the "
+         "foreground with fg, or start it without &.";
 }
 
 InteractiveRng g_provider;
@@ -36,7 +34,7 @@ InteractiveRng g_provider;
 }  // namespace
 
 const InteractiveKind kKind = {
-    "biokbd",         "times between the keys that a user presses in the terminal",
+    "biokbd",         "keys that the user presses in the terminal, and their times",
     "rng-gather-tty", "rng-plugin-biokb",
     HasTerminal,      FindProblem};
 

@@ -9,9 +9,8 @@ InteractiveRng g_provider;
 
 }  // namespace
 
-const InteractiveKind kKind = {
-    "bioqt",         "movements of the mouse in a dialog, or keys pressed there",
-    "rng-gather-qt", "rng-plugin-bioqt",
-    HasDisplay,      FindProblemOfDisplay};
+const InteractiveKind kKind = {"bioqt",         "mouse movements and key presses in a dialog",
+                               "rng-gather-qt", "rng-plugin-bioqt",
+                               HasDisplay,      FindProblemOfDisplay};
 
 extern "C" IRngProvider* GetBioQtRng() { return &g_provider; }

@@ -9,9 +9,8 @@ InteractiveRng g_provider;
 
 }  // namespace
 
-const InteractiveKind kKind = {
-    "unixx11",        "movements of the mouse in a window, or keys pressed there",
-    "rng-gather-x11", "rng-plugin-biox11",
-    HasDisplay,       FindProblemOfDisplay};
+const InteractiveKind kKind = {"unixx11",        "mouse movements and key presses in a window",
+                               "rng-gather-x11", "rng-plugin-biox11",
+                               HasDisplay,       FindProblemOfDisplay};
 
 extern "C" IRngProvider* GetBioX11Rng() { return &g_provider; }

@@ -10,7 +10,7 @@
 
 namespace {
 
-// A server that is busy has a full queue.
+// EAGAIN: the queue of connections is full, because the server is busy.
 bool Listens(const std::string& path) {
   sockaddr_un address = {};
   if (path.size() > sizeof address.sun_path) return false;
@@ -32,8 +32,8 @@ std::string Display() {
 
 }  // namespace
 
-// HOST:NUMBER or HOST:NUMBER.SCREEN. Without a host, the server has a socket on this machine: an abstract one,
-// and one with the same name in the file system.
+// DISPLAY is HOST:NUMBER or HOST:NUMBER.SCREEN. Without a host, the server listens on this machine: on an
+// abstract socket, and on one with the same name in the file system.
 bool HasDisplay() {
   const std::string display = Display();
   const std::size_t colon = display.rfind(':');
@@ -48,6 +48,7 @@ bool HasDisplay() {
 std::string FindProblemOfDisplay() {
   if (HasDisplay()) return "";
   const std::string where =
-      Display().empty() ? "DISPLAY is not set" : "no X server answers at the value of DISPLAY";
-  return "There is no display: " + where + ". Run the program in a graphical session of its user.";
+      Display().empty() ? "DISPLAY is not set" : "no X server answers at the address in DISPLAY";
+  return "There is no display: " + where +
+         ". Run the program in the graphical session of its user.";
 }

@@ -3,10 +3,10 @@
 
 #include <string>
 
-/// Whether an X server listens at $DISPLAY. One on another machine is believed to: asking could take long.
+/// Whether an X server listens at $DISPLAY. For another machine this is assumed: to connect could take long.
 bool HasDisplay();
 
-/// Why not, and what to do; "" if one does.
+/// Why there is no display, and what to do; "" if there is one.
 std::string FindProblemOfDisplay();
 
 #endif

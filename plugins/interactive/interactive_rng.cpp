@@ -27,7 +27,7 @@ bool CanStartHelper() {
 
 }  // namespace
 
-// The right to ask the user. A person needs half a minute for a draw, so those that wait look now and then.
+// The right to ask the user. A draw takes a person half a minute, so it is enough to poll for the next turn.
 class InteractiveRng::Turn {
  public:
   Turn(InteractiveRng& provider, std::uint64_t cancelsBefore) : rng(provider) {
@@ -41,7 +41,7 @@ class InteractiveRng::Turn {
   bool IsMine() const { return isMine; }
 
  private:
-  // In a forked copy of the host, a turn of the original does not count, nor does its socket.
+  // In a forked copy of the host, neither the turn nor the socket of the original counts.
   bool TryToTake() {
     pid_t owner = rng.drawing;
     const pid_t self = ::getpid();
@@ -64,7 +64,7 @@ class InteractiveRng::Helper {
   }
   Helper(const Helper&) = delete;
   Helper& operator=(const Helper&) = delete;
-  // A shutdown, because a forked copy of the host may keep the socket open.
+  // The shutdown ends the connection even if a forked copy of the host keeps the socket open.
   ~Helper() {
     if (descriptor < 0) return;
     ::shutdown(descriptor, SHUT_RDWR);
@@ -88,8 +88,8 @@ class InteractiveRng::Helper {
 
   bool IsCancelled() const { return cancels != cancelsBefore; }
 
-  // A helper that is cancelled gets a second to tidy up and close the socket: when the draw has ended, the
-  // terminal is as it was.
+  // A helper that is cancelled has a second to restore the terminal and close the socket, so the terminal is
+  // restored before the draw returns.
   bool WaitForMore() const {
     constexpr int kLook = 50;  // milliseconds
     Clock::time_point latest = Clock::time_point::max();
@@ -127,11 +127,11 @@ bool InteractiveRng::Generate(void* buffer, std::size_t size) {
 bool InteractiveRng::Draw(unsigned char* buffer, std::size_t size, std::uint64_t cancelsBefore) {
   if (!IsAvailable()) return false;
   const Helper helper(HelperRequest::kDraw, size, cancels, cancelsBefore);
-  // From here on, a Cancel finds the socket. One that came before is seen in the count.
+  // From here on, Cancel finds the socket. A Cancel before that shows in the count.
   socket = helper.Get();
   if (cancels != cancelsBefore) ::shutdown(helper.Get(), SHUT_WR);
   const bool isDrawn = helper.Receive(buffer, size) && cancels == cancelsBefore;
-  // A Cancel in another thread has borrowed the socket for a moment: it must not be closed before it is back.
+  // Cancel may have borrowed the socket in another thread. It must not be closed until Cancel returns it.
   for (int own = helper.Get(); !socket.compare_exchange_weak(own, -1); own = helper.Get()) {
     ::sched_yield();
   }
@@ -143,8 +143,8 @@ void InteractiveRng::Cancel() {
   if (drawing != ::getpid()) return;
   const int borrowed = socket.exchange(-1);
   if (borrowed < 0) return;
-  ::shutdown(borrowed,
-             SHUT_WR);  // seen by the helper even if a forked copy of the host has the socket open
+  // The helper sees this even if a forked copy of the host has the socket open.
+  ::shutdown(borrowed, SHUT_WR);
   socket = borrowed;
 }
 

@@ -8,8 +8,8 @@
 
 #include <rngaggregator/provider.h>
 
-/// A generator that asks its user. A program of its own, the helper, does so for each draw: no terminal
-/// settings, window or library of it ever gets into the host's process. Draws take turns.
+/// A generator that asks the user. Each draw starts a separate program, the helper, which does the asking: no
+/// terminal settings, window or library of it ever gets into the host's process. Draws take turns.
 class InteractiveRng final : public IRngProvider {
  public:
   std::int32_t GetName(char* buffer) override;
@@ -30,11 +30,10 @@ class InteractiveRng final : public IRngProvider {
 
   bool Draw(unsigned char* buffer, std::size_t size, std::uint64_t cancelsBefore);
 
-  // Atomic, and without a lock: a lock that another thread holds during a fork is never released in the copy.
-  std::atomic<pid_t> drawing =
-      0;  // the process with the draw that has the turn: a fork copies it, too
-  std::atomic<int> socket = -1;            // to the helper of that draw
-  std::atomic<std::uint64_t> cancels = 0;  // so far
+  // Atomics instead of a lock: if another thread held a lock during a fork, the copy could never take it.
+  std::atomic<pid_t> drawing = 0;  // the process that draws; after a fork, it may be the parent
+  std::atomic<int> socket = -1;    // to the helper of that draw
+  std::atomic<std::uint64_t> cancels = 0;  // number of calls of Cancel
 };
 
 #endif

@@ -8,19 +8,20 @@ struct InteractiveKind {
   const char* name;
   const char* description;
   const char* helper;        ///< the file name of the helper
-  const char* package;       ///< the Debian package that has it
-  bool (*canAsk)();          ///< whether there is a terminal or a display, without asking anybody
-  std::string (*problem)();  ///< why nobody can be asked now, and what to do; "" if it is possible
+  const char* package;       ///< the Debian package that contains the helper
+  bool (*canAsk)();          ///< whether there is a terminal or a display; asks nobody
+  std::string (*problem)();  ///< why the user cannot be asked now, and what to do; "" if possible
 };
 
-/// Each plug-in defines its own.
+/// Each plug-in defines this once.
 extern const InteractiveKind kKind;
 
-/// Helpers are installed beside the folder of the plug-ins, wherever that is moved. "" if this plug-in was
-/// not loaded by an absolute path: another folder could be the current one by now.
+/// The path of the helper, which is relative to this plug-in's own file, so an installation can be moved. "" if
+/// the plug-in was not loaded by an absolute path: the current folder may have changed since then.
 std::string FindHelper();
 
-/// A program with more rights than its user asks nobody: the helper would have these rights, too.
+/// Whether the host has more rights than its user, as a set-user-ID program has. It then asks nobody: the user
+/// controls what the helper sees, and the helper could inherit these rights.
 bool HasMoreRightsThanUser();
 
 #endif

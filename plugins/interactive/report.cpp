@@ -1,4 +1,4 @@
-// Why a draw is not possible now, for tools of administrators.
+// Tells administrators' tools why a draw is not possible now.
 
 #include "plugins/interactive/kind.h"
 
@@ -13,28 +13,26 @@ namespace {
 std::string ProblemOfHelper() {
   const std::string helper = FindHelper();
   if (helper.empty()) {
-    return "The plug-in was loaded by a relative path, so it does not look for its program " +
-           std::string(kKind.helper) + ". Make LD_LIBRARY_PATH absolute.";
+    return "The plug-in was loaded by a relative path, so it cannot find its helper program " +
+           std::string(kKind.helper) + ". Use absolute paths in LD_LIBRARY_PATH.";
   }
   if (::access(helper.c_str(), X_OK) == 0) return "";
   const int error = errno;
   const std::string fix = error == ENOENT ? "Reinstall " + std::string(kKind.package) + '.'
                                           : "Run: chmod 755 " + helper;
-  return "The program that asks the user cannot be run: " + helper + ": " + std::strerror(error) +
-         ". " + fix;
+  return "The helper program cannot be run: " + helper + ": " + std::strerror(error) + ". " + fix;
 }
 
 std::string FindProblem() {
   if (HasMoreRightsThanUser()) {
     return "The program has more rights than its user (set-user-ID, set-group-ID or capabilities), "
-           "so it asks "
-           "nobody. Choose another generator for it.";
+           "so the plug-in does not ask the user. Choose another generator for it.";
   }
   const std::string helper = ProblemOfHelper();
   return helper.empty() ? kKind.problem() : helper;
 }
 
-std::string g_report;  // from the call without a buffer to the one with
+std::string g_report;  // kept from the call without a buffer for the call with one
 
 }  // namespace
 

@@ -3,9 +3,9 @@
 
 #include <cstdint>
 
-/// What a plug-in asks its helper, over the socket that is the helper's descriptor 3. A draw is answered with
-/// exactly `size` bytes, a self-test that passed with `kHelperPassed`, and everything else with the end of
-/// the file. The plug-in shuts the socket down to cancel.
+/// What a plug-in asks of its helper, over the socket that is the helper's descriptor 3. The helper answers a draw
+/// with exactly `size` bytes and a self-test that passed with `kHelperPassed`. Otherwise it closes the socket
+/// without an answer. To cancel, the plug-in shuts the socket down.
 struct HelperRequest {
   enum Task : std::uint32_t { kDraw = 1, kSelfTest = 2 };
 

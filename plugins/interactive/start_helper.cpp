@@ -16,14 +16,14 @@
 
 namespace {
 
-// Nothing that names a file to load.
+// The variables that the helper gets. None of them names a library or module to load.
 constexpr const char* kKept[] = {
     "TERM", "DISPLAY", "XAUTHORITY", "HOME",
-    // The language to speak.
+    // The user's language.
     "LANG", "LANGUAGE", "LC_ALL", "LC_CTYPE", "LC_MESSAGES",
-    // Whether there is a network between the user and this machine.
+    // They show whether the user is connected over a network.
     "SSH_TTY", "SSH_CLIENT", "SSH_CONNECTION", "TMUX", "STY",
-    // Whose style a dialog takes, and the bus over which screen readers reach it.
+    // The desktop whose style the dialog takes, and the bus that screen readers use.
     "XDG_CURRENT_DESKTOP", "KDE_SESSION_VERSION", "XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS"};
 constexpr std::size_t kMostVariables = sizeof kKept / sizeof *kKept;
 
@@ -53,7 +53,7 @@ class Environment {
   std::size_t count = 0;
 };
 
-// No handler of the host may run in a copy of its process.
+// The host's signal handlers must not run in a copy of its process.
 class AllSignalsBlocked {
  public:
   AllSignalsBlocked() {
@@ -71,7 +71,7 @@ class AllSignalsBlocked {
 
 // The functions below run in copies of the process: they only make system calls.
 
-// A copy of the process which sends no signal when it ends.
+// Like fork, but the copy sends no signal when it exits.
 pid_t CopyProcess() {
   return static_cast<pid_t>(::syscall(SYS_clone, 0UL, nullptr, nullptr, nullptr, 0UL));
 }
@@ -93,7 +93,7 @@ void CloseFrom(unsigned first) {
 }
 
 bool ArrangeDescriptors(int socket) {
-  // Out of the way of those that are replaced.
+  // The socket itself may be one of the descriptors that are replaced below.
   const int high = ::fcntl(socket, F_DUPFD, kHelperSocket + 1);
   const int null = ::open("/dev/null", O_RDWR);
   if (high < 0 || null < 0) return false;
@@ -114,8 +114,8 @@ bool ArrangeDescriptors(int socket) {
   ::_exit(127);
 }
 
-// The helper is started by a process in between, which leaves at once, so it becomes a child of init, or of
-// the next process that has declared itself a reaper of orphans.
+// A process in between starts the helper and exits at once, so the helper becomes a child of init or of the
+// nearest subreaper.
 bool StartOrphan(const char* path, int socket, char* const* environment) {
   const AllSignalsBlocked blocked;
   const pid_t between = CopyProcess();
@@ -126,7 +126,7 @@ bool StartOrphan(const char* path, int socket, char* const* environment) {
   }
   if (between < 0) return false;
   int status = 0;
-  // Somebody else may have reaped it. The socket tells whether it worked.
+  // The host may have reaped it first. Then the socket shows whether the helper runs.
   while (::waitpid(between, &status, static_cast<int>(__WCLONE)) < 0) {
     if (errno != EINTR) return true;
   }

@@ -66,7 +66,7 @@ TEST_F(InstalledInTree, FallsBackToTheKeyboard) {
 
 TEST_F(InstalledInTree, IsListedAsInteractive) {
   EXPECT_THAT(Start({Rngctl(), "list"}).Finish(),
-              ContainsRegex("\nbiokbd +yes +needs-user,may-block +times between the keys"));
+              ContainsRegex("\nbiokbd +yes +needs-user,may-block +keys that the user presses"));
 }
 
 TEST_F(InstalledInTree, IsReadByTheTool) {
@@ -80,7 +80,7 @@ TEST_F(InstalledInTree, IsReadByTheTool) {
 
 TEST_F(InstalledInTree, LeavesTheTerminalWhenTheToolIsKilled) {
   HostProcess& tool = Start({Rngctl(), "read", "biokbd", "-n", "32"});
-  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  ASSERT_TRUE(terminal.Shows("0%"));
   tool.Send(SIGKILL);
   EXPECT_EQ("", tool.Finish());
   EXPECT_TRUE(tool.IsAlone());
@@ -89,7 +89,7 @@ TEST_F(InstalledInTree, LeavesTheTerminalWhenTheToolIsKilled) {
 
 TEST_F(InstalledInTree, CancelsTheToolWithControlC) {
   HostProcess& tool = Start({Rngctl(), "read", "biokbd", "-n", "32", "-o", TreePath("key")});
-  ASSERT_TRUE(terminal.Shows("0 per cent"));
+  ASSERT_TRUE(terminal.Shows("0%"));
   terminal.Press("\x03");
   EXPECT_EQ("", tool.Finish());
   EXPECT_TRUE(terminal.Shows("The generator \"biokbd\" failed after 0 bytes."));
@@ -135,7 +135,7 @@ TEST_F(DoctorOfTheKeyboard, SaysThatThereIsNoTerminal) {
 
 TEST_F(DoctorOfTheKeyboard, SaysThatItRunsInTheBackground) {
   Start({"/bin/bash", "-m", "-c", Rngctl() + " doctor biokbd & wait"});
-  EXPECT_THAT(host->Finish(), HasSubstr("The program runs in the background of its terminal."));
+  EXPECT_THAT(host->Finish(), HasSubstr("The program runs in the background, where it cannot ask for keys."));
 }
 
 TEST_F(DoctorOfTheKeyboard, NamesAMissingHelper) {

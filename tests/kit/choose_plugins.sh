@@ -88,14 +88,14 @@ bioqt    not in RNG_PLUGINS'
     ;;
   NamedPluginWithoutItsPackageIsAnError)
     choose '-DRNG_PLUGINS=unixdev;biokb' $no_openssl && fail "accepted"
-    refuses 'The plug-in biokb, which RNG_PLUGINS names, cannot be built. Fix: install the Debian packages libssl-dev, or'
+    refuses 'RNG_PLUGINS contains biokb, which cannot be built here. Install from Debian: libssl-dev. Or'
     # shellcheck disable=SC2086 # words
     choose '-DRNG_PLUGINS=biokb;bioqt' $no_qt && fail "accepted"
-    refuses 'The plug-in bioqt, which RNG_PLUGINS names, cannot be built. Fix: install the Debian packages qt6-base-dev qt6-l10n-tools, or'
+    refuses 'RNG_PLUGINS contains bioqt, which cannot be built here. Install from Debian: qt6-base-dev qt6-l10n-tools. Or'
     ;;
   UnknownPluginIsAnErrorThatNamesThePlugins)
     choose '-DRNG_PLUGINS=unixdev;biokbd' && fail "accepted"
-    refuses 'RNG_PLUGINS names "biokbd", but the plug-ins are: unixdev, biokb, biox11, bioqt.'
+    refuses 'RNG_PLUGINS contains "biokbd", which is not a plug-in of this project. Choose from: unixdev, biokb, biox11, bioqt.'
     ;;
   ProjectNeedsNoneOfThePackages) # with its tests and without
     for testing in ON OFF; do
