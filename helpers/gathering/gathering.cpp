@@ -35,6 +35,7 @@ void Gathering::Add(const KeyPress& press) {
 void Gathering::Add(const Motion& motion) {
   Record('m', motion.time, static_cast<std::uint32_t>(motion.x),
          static_cast<std::uint32_t>(motion.y), motion.buttons);
+  // The low bits of both axes: those in which a person's motions differ.
   if (const auto bend = motionCredit.Take(motion)) {
     Credit(1, static_cast<unsigned char>((bend->x & 0xF) << 4 | (bend->y & 0xF)), motionTest);
   }
