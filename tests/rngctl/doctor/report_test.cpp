@@ -35,11 +35,10 @@ TEST_F(Doctor, PrintsTextInColumns) {
                                        blanks + "not installed: there is no librngbioqt.so\n"));
   EXPECT_THAT(result.output, HasSubstr("\nunixdev          " + lib +
                                        "/librngunixdev.so  loaded as \"unixdev\"\n"));
-  EXPECT_THAT(result.output,
-              EndsWith("\n\nbioqt, unixx11, dsdr, sobol, JacartaGost, Rutoken, EsmartGost, "
-                       "biokbd, grandmaster, biocore: To use this generator, install the vendor's "
-                       "plug-in in " +
-                       lib + ".\n"));
+  EXPECT_THAT(result.output, HasSubstr("\ndsdr, sobol, JacartaGost, Rutoken, EsmartGost, "
+                                       "grandmaster, biocore: To use this generator, install the "
+                                       "vendor's plug-in in " +
+                                       lib + ".\nbiokbd: "));
 }
 
 TEST_F(Doctor, PrintsNoControlCharacters) {

@@ -48,8 +48,8 @@ TEST_F(RngctlTest, DoesNotAskTheUserForMoreThanOneDrawGives) {
   const Result result = Run("read biokbd -n 1048577 -o " + TreePath("key"));
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(
-      "rngctl: The generator \"biokbd\" asks its user for every draw, and a draw has at most "
-      "1048576 bytes.\nRead fewer bytes, or choose a generator that asks nobody.\n",
+      "rngctl: The generator \"biokbd\" needs the user, so at most 1048576 bytes can be read at "
+      "once.\nRead fewer bytes, or choose a generator that does not need the user.\n",
       result.errors);
   EXPECT_FALSE(std::filesystem::exists(TreePath("key")));
 }

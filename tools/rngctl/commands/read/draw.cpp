@@ -46,20 +46,25 @@ std::string Describe(RngHealthAlarm alarm) {
                 "examines it.");
 }
 
-// Asks the user once, and refuses what would take more than one draw.
+// Draws everything at once, so that the user is asked once.
 void DrawFromUser(IRngProvider& rng, const DrawRequest& request, const TakePiece& pass) {
+  const std::string name = Quoted(ReadText(rng, &IRngProvider::GetName));
   if (request.size > kMostFromUser) {
     throw Refusal(kNegativeAnswer,
-                  "The generator " + Quoted(ReadText(rng, &IRngProvider::GetName)) +
-                      " asks its user for every draw, and a draw has at most " +
-                      std::to_string(kMostFromUser) + " bytes.",
-                  "Read fewer bytes, or choose a generator that asks nobody.");
+                  "The generator " + name + " needs the user, so at most " +
+                      std::to_string(kMostFromUser) + " bytes can be read at once.",
+                  "Read fewer bytes, or choose a generator that does not need the user.");
   }
   CheckedRng checked(&rng);
   IRngProvider* const source = request.isChecked ? &checked : &rng;
   const NoCore noCore;
   SecretBytes bytes(static_cast<std::size_t>(request.size));
-  if (!source->Generate(bytes.data(), bytes.size())) RefuseDraw(rng, checked.Alarm(), 0);
+  if (!source->Generate(bytes.data(), bytes.size())) {
+    if (checked.Alarm() != RngHealthAlarm::kNone) RefuseDraw(rng, checked.Alarm(), 0);
+    throw Refusal(kNegativeAnswer,
+                  "The draw from the generator " + name + " was cancelled, or it failed.",
+                  "To find out whether it can ask the user, run \"rngctl doctor\".");
+  }
   for (std::size_t done = 0; done < bytes.size(); done += kLargestPiece) {
     const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(done);
     const std::size_t size = std::min(bytes.size() - done, kLargestPiece);

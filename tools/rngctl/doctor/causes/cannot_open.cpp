@@ -90,7 +90,7 @@ std::string FirstUnsearchable(const SearchOrder& search) {
   return "";
 }
 
-// The package of a plug-in that comes with the library; "" for those of vendors.
+// The Debian package of this project's plug-in for a kind; "" if the plug-in comes from a vendor.
 std::string PackageOf(const std::string& kind) {
   if (kind == rngUnixDev) return "rng-plugin-unixdev";
   if (kind == rngBioKb) return "rng-plugin-biokb";
@@ -104,8 +104,9 @@ std::string FixNotInstalled(const GeneratorReport& report, const SearchOrder& se
   const std::string aim = "To use this generator, ";
   const std::string package = PackageOf(report.kind);
   if (package.empty()) return aim + "install the vendor's plug-in in " + place + ".";
-  return aim + "install the package " + package + ", or its plug-in " + report.libraryFile +
-         " in " + place + ".";
+  return aim + "install the package " + package +
+         ". If you build from source, install this plug-in, too: " + report.libraryFile +
+         " belongs in " + place + ".";
 }
 
 }  // namespace
