@@ -8,11 +8,11 @@
 
 struct KeyPress {
   std::chrono::nanoseconds time;
-  std::uint32_t key;  ///< the code or the character
+  std::uint32_t key;  ///< its code or character
   bool isAlone;       ///< false if it arrived together with others, as those of a paste do
 };
 
-/// A motion of the pointer, or a button that changed.
+/// A motion of the pointer, or a change of a button.
 struct Motion {
   std::chrono::nanoseconds time;
   std::int32_t x;  ///< in pixels

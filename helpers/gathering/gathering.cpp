@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kNonce[] = "rngaggregator gathering 1";
 
-// A draw has some 200 samples, so the window is smaller than usual. Each is claimed to have one bit.
+// A draw has about 200 samples, so the window is smaller than usual. Each sample is assumed to have one bit.
 RngHealthCutoffs Cutoffs() { return GetRngHealthCutoffs(1, std::ldexp(1.0, -30), 64); }
 
 unsigned char* Write(unsigned char* place, std::uint64_t value, int bytes) {
@@ -41,7 +41,7 @@ void Gathering::Add(const Motion& motion) {
   }
 }
 
-// All records have the same length, so different events never look alike when they are joined.
+// All records have the same length, so different sequences of events never give the same bytes.
 void Gathering::Record(unsigned char type, std::chrono::nanoseconds time, std::uint32_t first,
                        std::uint32_t second, std::uint32_t third) {
   unsigned char record[1 + 8 + 3 * 4];

@@ -16,11 +16,11 @@ struct SystemBytes : std::array<unsigned char, 64> {
   ~SystemBytes() { OPENSSL_cleanse(data(), size()); }
 };
 
-/// Collects what a user does, until there is enough for 256 bits of strength: the entropy of one draw.
-/// Without input or output of its own.
+/// Collects what a user does until there is enough entropy for one draw, with 256 bits of strength. It has no input or
+/// output of its own.
 class Gathering {
  public:
-  /// 256 bits of strength need 64 more.
+  /// 256 bits of strength, and 64 more for the loss in conditioning.
   static constexpr int kNeededBits = 320;
 
   /// The algorithm must outlive this object. `isRemote`: see `KeyCredit`.
@@ -28,18 +28,19 @@ class Gathering {
   Gathering(const Gathering&) = delete;
   Gathering& operator=(const Gathering&) = delete;
 
-  /// Everything that happens is taken into the result, whether it is credited or not.
+  /// Every event goes into the result, whether it is credited or not.
   void Add(const KeyPress& press);
   void Add(const Motion& motion);
 
-  /// The bits that are credited so far, at most `kNeededBits`.
+  /// The bits credited so far, at most `kNeededBits`.
   int Bits() const { return bits; }
   bool IsComplete() const { return bits == kNeededBits; }
 
   /// True once the credited events are too much alike to be a person's. The draw must then fail.
   bool HasAlarm() const { return !isHealthy; }
 
-  /// The generator of this draw, once. Throws a `std::logic_error` if there is not enough, or an alarm.
+  /// Returns the generator of this draw. Call it once. Throws a `std::logic_error` if there is not enough entropy, or
+  /// after an alarm.
   HmacDrbg Finish();
 
  private:

@@ -5,8 +5,8 @@
 #include <memory>
 #include <openssl/evp.h>
 
-/// HMAC as libcrypto computes it. The context is its own, so neither a configuration file nor an environment
-/// variable replaces the algorithm. Failures, of memory alone, are thrown as `std::runtime_error`.
+/// libcrypto's HMAC. It has its own library context, so neither a configuration file nor an environment variable
+/// replaces the algorithm. Throws a `std::runtime_error` on failure, which only a lack of memory causes.
 class HmacAlgorithm {
  public:
   HmacAlgorithm();

@@ -6,18 +6,18 @@
 #include <array>
 #include <string_view>
 
-/// HMAC_DRBG with SHA-256, as NIST SP 800-90A, section 10.1.2, defines it. It is never reseeded: each draw
-/// of a helper has a generator of its own. Its state is wiped when it ends.
+/// HMAC_DRBG with SHA-256, as defined in NIST SP 800-90A, section 10.1.2. It is never reseeded, because each draw has a
+/// generator of its own. The destructor wipes the state.
 class HmacDrbg {
  public:
-  /// `entropy` with at least 256 bits of entropy and `nonce` are the bytes that the standard calls so. The
+  /// `entropy`, with at least 256 bits of entropy, and `nonce` are the inputs of these names in the standard. The
   /// algorithm must outlive this object.
   HmacDrbg(const HmacAlgorithm& hmac, std::string_view entropy, std::string_view nonce);
   HmacDrbg(const HmacDrbg&) = delete;
   HmacDrbg& operator=(const HmacDrbg&) = delete;
   ~HmacDrbg();
 
-  /// Fills the buffer, with one request of the standard for each 65,536 bytes.
+  /// Fills the buffer, with one request, as the standard defines it, for each 65,536 bytes.
   void Generate(void* buffer, std::size_t size, std::string_view additional = {});
 
  private:

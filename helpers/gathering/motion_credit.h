@@ -5,13 +5,13 @@
 
 #include <optional>
 
-/// Whether a motion of the pointer counts for a bit of entropy. Mice report their position 125 to 1,000
+/// Whether a motion of the pointer is credited with a bit of entropy. Mice report their position 125 to 1,000
 /// times a second, so only samples count: motions at least 8 ms after the sample before.
 class MotionCredit {
  public:
-  /// The second difference of the position over three samples, if that differs from a straight line at
-  /// constant speed: by 2 pixels or more on one axis. A smaller difference is only rounding. The motion then
-  /// counts for one bit.
+  /// The second difference of the position over three samples. `Take` returns it if it is 2 pixels or more on one
+  /// axis, and the motion is then credited with one bit. On a straight line at constant speed it is zero, and
+  /// anything below 2 pixels is rounding.
   struct Bend {
     std::int32_t x;
     std::int32_t y;

@@ -1,7 +1,7 @@
 #ifndef HELPERS_GATHERING_SELF_TEST_H
 #define HELPERS_GATHERING_SELF_TEST_H
 
-/// Whether conditioning, generator and health tests give their known answers. Asks nobody.
+/// Whether the conditioning, the generator and the health tests give their known answers. Does not ask the user.
 bool TestGathering();
 
 #endif

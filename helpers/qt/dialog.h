@@ -12,8 +12,8 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 
-/// Asks the user to move the mouse or type, and shows how much is gathered. It is accepted when there is
-/// enough, and rejected if the user cancels or the events raise an alarm.
+/// Asks the user to move the mouse or type, and shows the progress. It is accepted when there is enough, and
+/// rejected if the user cancels or the input raises an alarm.
 class Dialog : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(Dialog)
 
@@ -28,10 +28,10 @@ class Dialog : public QDialog {
   void ShowAlarm();
 
   Gathering& gathering;
-  QLabel* text;  // the parts belong to the dialog
+  QLabel* text;  // the dialog owns its parts
   QProgressBar* bar;
   QPushButton* button;
-  QTimer silence;  // once there is enough
+  QTimer silence;  // runs once there is enough
   QElapsedTimer sinceEnough;
   UserEvents events;
 };

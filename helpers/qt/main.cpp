@@ -11,14 +11,14 @@
 
 namespace {
 
-// Without a display, Qt aborts: a crash in the records of the system, though nothing is wrong.
+// Without a display, Qt would abort and leave a core dump, though nothing is wrong.
 void EndQuietly(QtMsgType type, const QMessageLogContext&, const QString&) {
   if (type == QtFatalMsg) ::_exit(1);
 }
 
 void PrepareQt() {
   ::qputenv("QT_QPA_PLATFORM", "xcb");
-  // Where no bus of the desktop is named, Qt would start one, which would stay.
+  // Without an address, Qt would start a message bus, which would keep running.
   if (!::qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS")) {
     ::qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + ::qgetenv("XDG_RUNTIME_DIR") + "/bus");
   }
@@ -32,7 +32,7 @@ void Draw(const Session& session) {
   char name[] = "rng-gather-qt";
   char* arguments[] = {name, nullptr};
   QApplication application(count, arguments);
-  // Events that are joined lose their times. Qt sets this when it connects to the display.
+  // Compressed events lose their times. Qt sets the attribute when it connects to the display, so this comes later.
   QApplication::setAttribute(Qt::AA_CompressHighFrequencyEvents, false);
   QTranslator translator;
   if (translator.load(QLocale(), "rng-gather-qt", "_", ":/")) {

@@ -11,8 +11,7 @@
 
 namespace {
 
-// Of the X protocol: the events of keys and the mouse have these codes, and a bit more if another program has
-// sent them.
+// Codes of the X protocol for key and mouse events. kSent is added if another program has sent the event.
 constexpr int kKeyPress = 2;
 constexpr int kMotion = 6;
 constexpr int kSent = 0x80;
@@ -27,14 +26,14 @@ UserEvents::UserEvents(Gathering& into, std::function<void(int key)> then)
 
 UserEvents::~UserEvents() { QCoreApplication::instance()->removeNativeEventFilter(this); }
 
-// What other programs pretend that the user does goes nowhere.
+// Drops the key and mouse events that other programs have sent.
 bool UserEvents::nativeEventFilter(const QByteArray&, void* event, qintptr*) {
   const int code = *static_cast<const unsigned char*>(event);
   return code >= (kSent | kKeyPress) && code <= (kSent | kMotion);
 }
 
-// Only what a window gets: there each event passes once, whether or not a widget tracks the mouse. Then it is
-// sent to one widget after another, until one accepts it.
+// Only events for a window: each passes there once, whether or not a widget tracks the mouse. Afterwards Qt sends it
+// to one widget after another until one accepts it.
 bool UserEvents::eventFilter(QObject* receiver, QEvent* event) {
   if (!receiver->isWindowType()) return false;
   const Time now = MonotonicNow();
@@ -54,14 +53,14 @@ bool UserEvents::eventFilter(QObject* receiver, QEvent* event) {
   return false;
 }
 
-// Presses with the same time of the server came together, however long this program took to read them.
+// Presses with the same server time arrived together, however long this program took to read them.
 void UserEvents::Take(const QKeyEvent& event, Time now) {
   gathering.Add(KeyPress{now, event.nativeScanCode(), event.timestamp() != lastPress});
   lastPress = event.timestamp();
   whenTaken(event.key());
 }
 
-// In pixels of the device: those of Qt are larger on a screen of high resolution.
+// In device pixels: Qt's own are larger on a high-resolution screen.
 void UserEvents::Take(const QMouseEvent& event, const QWindow& window, Time now) {
   const QPointF place = event.scenePosition() * window.devicePixelRatio();
   gathering.Add(Motion{now, static_cast<std::int32_t>(std::lround(place.x())),

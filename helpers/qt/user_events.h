@@ -11,11 +11,11 @@ class QKeyEvent;
 class QMouseEvent;
 class QWindow;
 
-/// Takes every event of the user in the windows of this program into a gathering, whichever part of a window
-/// it is for. The events then take their usual way.
+/// Adds every key and mouse event in this program's windows to a gathering, whichever widget it is for. The events are
+/// then handled as usual.
 class UserEvents : public QObject, public QAbstractNativeEventFilter {
  public:
-  /// Calls `then` after each event that was taken, with the key that was pressed: a Qt::Key, 0 for the mouse.
+  /// Calls `then` after each event, with the Qt::Key that was pressed, or 0 for the mouse.
   UserEvents(Gathering& into, std::function<void(int key)> then);
   UserEvents(const UserEvents&) = delete;
   UserEvents& operator=(const UserEvents&) = delete;

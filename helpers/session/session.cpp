@@ -50,7 +50,7 @@ Session::Session() {
   }
   process = peer.pid;
   host = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
-  if (host < 0) throw std::runtime_error("The program that asked for random bytes has ended.");
+  if (host < 0) throw std::runtime_error("The program that asked for random bytes has exited.");
 }
 
 Session::~Session() { ::close(host); }
@@ -65,7 +65,7 @@ void Session::ExitAtEnd() const {
   }).detach();
 }
 
-// The state follows the name of the program, which is in parentheses and may contain any character.
+// The state follows the program's name, which is in parentheses and may itself contain any character.
 bool Session::IsHostStopped() const {
   std::ifstream file("/proc/" + std::to_string(process) + "/stat");
   std::string line;
@@ -93,14 +93,15 @@ void Session::AnswerSelfTest() const {
   if (TestGathering()) Send(&kHelperPassed, 1);
 }
 
-// What is mapped later is not locked: where the limit is small, a process that locks all it maps soon gets
-// no more memory. Where even this is too much, it fails, which is no reason to refuse a draw.
+// Not MCL_FUTURE: under a low limit, the process would soon get no more memory. If even this exceeds the limit, the
+// call fails, which is no reason to refuse a draw.
 SystemBytes DrawSystemBytes() {
   ::mlockall(MCL_CURRENT);
   SystemBytes bytes;
   for (std::size_t done = 0; done < bytes.size();) {
     const ssize_t count = ::getrandom(bytes.data() + done, bytes.size() - done, 0);
-    if (count < 0 && errno != EINTR) throw std::runtime_error("The system's generator fails.");
+    if (count < 0 && errno != EINTR)
+      throw std::runtime_error("The system's random-number generator failed.");
     if (count > 0) done += static_cast<std::size_t>(count);
   }
   return bytes;

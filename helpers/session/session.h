@@ -6,11 +6,11 @@
 
 #include <sys/types.h>
 
-/// The connection of a helper with the plug-in that started it.
+/// A helper's connection to the plug-in that started it.
 class Session {
  public:
   /// Protects this process from core dumps and tracing, and waits for the request. Throws a
-  /// `std::runtime_error` if there is no plug-in.
+  /// `std::runtime_error` if no plug-in has started this process.
   Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -18,21 +18,21 @@ class Session {
 
   const HelperRequest& Request() const { return request; }
 
-  /// Descriptors that become readable when the draw is cancelled and when the host has ended.
+  /// Descriptors that become readable when the draw is cancelled, and when the host exits.
   int Socket() const { return kHelperSocket; }
   int Host() const { return host; }
 
-  /// Whether the draw has been cancelled, or the host has ended.
+  /// Whether the draw has been cancelled or the host has exited.
   bool HasEnded() const;
 
-  /// From now on, this process exits at once when that becomes true, whatever it is doing. For programs that
-  /// talk to a display: its server may never answer. The display then removes the window.
+  /// From now on, this process exits as soon as `HasEnded` becomes true, whatever it is doing. For programs that
+  /// use a display, whose server may never answer. The server removes the window of a program that exits.
   void ExitAtEnd() const;
 
-  /// Whether the host is stopped now, for example by its user's shell.
+  /// Whether the host is stopped now, for example with Ctrl-Z.
   bool IsHostStopped() const;
 
-  /// Sends the bytes of a draw. False if the plug-in does not want them any more.
+  /// Sends the bytes of a draw. Returns false if the plug-in no longer wants them.
   bool Answer(HmacDrbg&& generator) const;
 
   /// Runs the self-test and sends its result.

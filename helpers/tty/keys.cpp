@@ -4,7 +4,7 @@
 
 namespace {
 
-// The one character that the bytes are in UTF-8.
+// The character that the bytes encode in UTF-8; empty if they are not exactly one.
 std::optional<std::uint32_t> DecodeOne(const std::string& bytes) {
   const auto first = static_cast<unsigned char>(bytes[0]);
   if (first < 0x80) return bytes.size() == 1 ? std::optional<std::uint32_t>(first) : std::nullopt;

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-/// The presses of what was read from a terminal at that time. A single character is a press, whatever its
-/// script: in UTF-8 it may have four bytes. Anything else that comes in one read is a paste, an arrow key or
-/// another sequence of the terminal: each byte of it is a press that is not alone.
+/// Splits what was read from a terminal at that time into presses. A single character of up to four bytes in UTF-8 is
+/// one press. Anything else that arrives in one read is a paste, an arrow key or another escape sequence: each byte of
+/// it is a press that is not alone.
 std::vector<KeyPress> SplitKeys(const std::string& bytes, std::chrono::nanoseconds time);
 
 #endif

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The remote host of the login record. A local display begins with a colon.
+// Whether the login record names a host. A local display begins with a colon.
 bool HasRemoteLogin(const std::string& terminal) {
   utmpx wanted = {};
   if (terminal.empty() || terminal.size() >= sizeof wanted.ut_line) return false;
@@ -18,7 +18,7 @@ bool HasRemoteLogin(const std::string& terminal) {
   return isRemote;
 }
 
-// By the type of the terminal, too: sudo removes the variables.
+// TERM is checked, too, because sudo removes the other variables.
 bool IsInMultiplexer() {
   const char* const type = std::getenv("TERM");
   const std::string name = type ? type : "";

@@ -3,9 +3,9 @@
 
 #include <string>
 
-/// Stores what is typed in the terminal until Ctrl-C or Ctrl-D, a press in each line: its time in nanoseconds,
-/// its key, and 1 if it arrived alone. The file must not exist; only its owner may read it. Throws a
-/// `std::runtime_error` if that is not possible.
+/// Records what is typed in the terminal until Ctrl-C or Ctrl-D. Each line of the file is one press: its time in
+/// nanoseconds, its key, and 1 if it arrived alone. Creates the file, which must not exist, readable by its owner
+/// alone. Throws a `std::runtime_error` on failure.
 void RecordKeys(const std::string& path);
 
 #endif

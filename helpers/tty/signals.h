@@ -1,7 +1,7 @@
 #ifndef HELPERS_TTY_SIGNALS_H
 #define HELPERS_TTY_SIGNALS_H
 
-/// The signals of a terminal and of those who end programs, as events that are read. They do nothing else.
+/// The signals that a terminal sends or that terminate programs, read as events. They have no other effect.
 class Signals {
  public:
   Signals();
@@ -9,10 +9,10 @@ class Signals {
   Signals& operator=(const Signals&) = delete;
   ~Signals();
 
-  /// Becomes readable when a signal has come.
+  /// A descriptor that becomes readable when a signal arrives.
   int Get() const { return descriptor; }
 
-  /// The number of the next signal, 0 if there is none.
+  /// Returns the number of the next signal, 0 if there is none.
   int Next() const;
 
  private:

@@ -8,14 +8,14 @@
 /// Asks the user to type until a gathering is complete.
 class Typing {
  public:
-  /// `into`: what to complete. `overNetwork`: tell the user that it takes more keys.
+  /// `into`: the gathering to complete. `overNetwork`: tell the user that it takes more keys.
   Typing(const Session& of, const Signals& incoming, Terminal& where, Gathering& into,
          bool overNetwork);
   Typing(const Typing&) = delete;
   Typing& operator=(const Typing&) = delete;
 
-  /// Returns true when there is enough, and false when the draw has ended: cancelled by the user or the
-  /// host, or because the keys raise an alarm. Afterwards the terminal has its settings.
+  /// Returns true when there is enough, and false if the user or the host cancels the draw or the keys raise an
+  /// alarm. Restores the terminal's settings before it returns.
   bool Run();
 
  private:
@@ -37,8 +37,8 @@ class Typing {
   Terminal& terminal;
   Gathering& gathering;
   const bool isRemote;
-  Time hostRan;    // when it was last seen not to be stopped
-  int shown = -1;  // the bits of the progress on the screen
+  Time hostRan;    // when the host was last seen running
+  int shown = -1;  // the bits that the progress on the screen shows
   bool isOver = false;
 };
 

@@ -7,13 +7,12 @@
 /// Asks the user, in a window, to move the mouse or to type until a gathering is complete.
 class Asking {
  public:
-  /// `into`: what to complete. `isRemote`: the display may be reached over a network.
+  /// `into`: the gathering to complete. `isRemote`: the user may be connected over a network.
   Asking(Gathering& into, bool isRemote);
   Asking(const Asking&) = delete;
   Asking& operator=(const Asking&) = delete;
 
-  /// Returns true when there is enough, and false if the user cancels, or does something that is too regular
-  /// to be random.
+  /// Returns true when there is enough, and false if the user cancels or the input raises an alarm.
   bool Run();
 
  private:

@@ -46,8 +46,7 @@ std::vector<std::string> Wrap(cairo_t* context, const std::string& text, double 
   return lines;
 }
 
-// The parts of a picture below each other. It is laid out the same way when it is measured and when it is
-// painted.
+// The parts of a picture, stacked vertically. Measuring and painting use the same layout.
 class Column {
  public:
   Column(cairo_t* where, double areaWidth, double size, bool isPainted)

@@ -12,7 +12,7 @@ namespace {
 constexpr double kPoints = 12;   // the size of letters
 constexpr double kLetters = 34;  // the width of the window, in sizes of letters
 
-// Screens without a size, and screens that report that of a sheet of paper, are treated as usual ones.
+// Screens that report no size, or an implausible one, count as 96 dpi.
 double FindDpi(Display* display) {
   if (const char* const text = XGetDefault(display, "Xft", "dpi")) {
     const double dpi = std::strtod(text, nullptr);

@@ -5,7 +5,7 @@
 
 #include <X11/Xlib.h>
 
-/// Where a window is, in pixels, and the size of its letters.
+/// The position and size of a window in pixels, and the size of its letters.
 struct Placement {
   int x;
   int y;
@@ -14,12 +14,12 @@ struct Placement {
   double fontSize;
 };
 
-/// In the middle of the screen, as large as the picture needs. Letters of 12 points, by the resolution that
-/// the user has set for texts (Xft.dpi), or else by that of the screen.
+/// Places a window in the middle of the screen, as large as the picture needs. Letters have 12 points, at the text
+/// resolution that the user has set (Xft.dpi), or else at the screen's.
 Placement FindPlacement(Display* display, const Picture& picture);
 
-/// Tells a window manager what the window is. Returns what the first word of a message says when the user
-/// closes the window.
+/// Sets the properties that window managers read. Returns the atom that is the first word of the message that the
+/// window gets when the user closes it.
 Atom Describe(Display* display, Window window, const std::string& title,
               const Placement& placement);
 

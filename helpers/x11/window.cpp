@@ -16,13 +16,13 @@ namespace {
 
 int ExitOnLoss(Display*) { std::_Exit(1); }
 
-// A window that is hidden at the wrong moment cannot have the focus, which does no harm.
+// Setting the focus fails, without harm, if the window is hidden at that moment.
 int ExitOnError(Display*, XErrorEvent* error) {
   if (error->request_code != X_SetInputFocus) std::_Exit(1);
   return 0;
 }
 
-// Xlib's own handlers would print what was asked of the server.
+// Xlib's own handlers would print the failed request.
 Display* Open() {
   XSetIOErrorHandler(ExitOnLoss);
   XSetErrorHandler(ExitOnError);
@@ -31,7 +31,7 @@ Display* Open() {
   return display;
 }
 
-// Only a window manager asks the server to redirect the windows of others.
+// Only a window manager selects SubstructureRedirect on the root window.
 bool HasWindowManager(Display* display) {
   XWindowAttributes root = {};
   XGetWindowAttributes(display, DefaultRootWindow(display), &root);
@@ -78,7 +78,7 @@ class UserWindow::Connection {
     if (!isStale && picture == shown) return;
     shown = picture;
     isStale = false;
-    // As a group, so that nobody sees half of it.
+    // As a group, so that no half-painted picture shows.
     cairo_push_group(context);
     Paint(context, picture, placement.width, placement.height, placement.fontSize);
     cairo_pop_group_to_source(context);
@@ -90,8 +90,8 @@ class UserWindow::Connection {
  private:
   int Screen() const { return DefaultScreen(display); }
 
-  // Buttons are not asked for: the server would grab the pointer for as long as one is down. A click must not
-  // mean anything to the windows behind, either.
+  // Button events are not selected, because the server would grab the pointer while a button is down. They must not
+  // reach the windows behind, either.
   Window Create() const {
     XSetWindowAttributes attributes = {};
     attributes.background_pixel = WhitePixel(display, Screen());

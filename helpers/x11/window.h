@@ -11,15 +11,15 @@
 /// What a user did in the window.
 struct UserInput {
   enum Type { kPress, kMotion } type;
-  std::chrono::nanoseconds time;  ///< of its arrival, of CLOCK_MONOTONIC
+  std::chrono::nanoseconds time;  ///< when it arrived, by CLOCK_MONOTONIC
   std::uint32_t code;  ///< of the key; for a motion, the buttons and modifiers that are down
   std::int32_t x;      ///< of the pointer in the window, in pixels
   std::int32_t y;
   std::uint64_t serverTime;  ///< in milliseconds
 };
 
-/// A window of its own connection with the X server. It takes only events of its own, and never a grab.
-/// Without a window manager it takes the keyboard's focus when it appears.
+/// A window with its own connection to the X server. It receives only its own events, and never grabs the keyboard or
+/// the pointer. Without a window manager it takes the keyboard focus when it appears.
 class UserWindow {
  public:
   /// Opens the window, large enough for the picture. Throws a `std::runtime_error` if there is no display.
@@ -29,16 +29,16 @@ class UserWindow {
   UserWindow& operator=(const UserWindow&) = delete;
   ~UserWindow();
 
-  /// Becomes readable when something happens.
+  /// A descriptor that becomes readable when an event arrives.
   int Get() const;
 
-  /// What has happened since the last call, without what other programs pretend to have happened.
+  /// Returns the input since the last call, without events that other programs have sent.
   std::vector<UserInput> Read();
 
-  /// Whether the user has closed the window or has pressed Escape, since the last call.
+  /// Whether the user has closed the window or pressed Escape since the last call.
   bool TakeRefusal();
 
-  /// Paints the picture, unless the window has it already.
+  /// Paints the picture, unless the window already shows it.
   void Show(const Picture& picture);
 
  private:

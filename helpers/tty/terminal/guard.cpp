@@ -8,8 +8,7 @@
 
 namespace {
 
-// All signals are blocked, SIGTTOU
-// among them, because it is not in the foreground then.
+// Blocks all signals, also SIGTTOU, which would stop the guard: it is not in the foreground.
 [[noreturn]] void Watch(int pipe, int terminal, int kept) {
   sigset_t all;
   ::sigfillset(&all);
@@ -34,7 +33,7 @@ Guard::Guard(int terminal, int kept) {
     ::close(ends[1]);
     Watch(ends[0], terminal, kept);
   }
-  ::setpgid(process, process);  // what kills the group of the front end must spare the guard
+  ::setpgid(process, process);  // so that killing the front end's group spares the guard
   ::close(ends[0]);
   pipe = ends[1];
   if (process < 0) throw std::runtime_error("There are too many processes.");
@@ -42,7 +41,7 @@ Guard::Guard(int terminal, int kept) {
 
 Guard::~Guard() { ::close(pipe); }
 
-// Shorter than a pipe's buffer, so it is written whole.
+// Shorter than PIPE_BUF, so it is written as a whole.
 bool Guard::Tell(const TakenSettings& settings) const {
   return ::write(pipe, &settings, sizeof settings) == sizeof settings;
 }

@@ -3,18 +3,18 @@
 
 #include "helpers/tty/terminal/taken_settings.h"
 
-/// Restores the settings of a terminal if this process is killed. For that it is a process of its own, which
-/// keeps the settings and waits.
+/// Restores the settings of a terminal if this process is killed. It is a separate process that keeps the settings
+/// and waits.
 class Guard {
  public:
-  /// `kept`, if it is a descriptor, stays open until the guard has done its work: whoever waits for the end of
-  /// that socket finds the terminal as it was. Throws a `std::runtime_error` if no process can be started.
+  /// `kept` is a socket that stays open until the guard has restored the settings, so that whoever waits for its
+  /// end finds the terminal restored; -1 for none. Throws a `std::runtime_error` if no process can be started.
   Guard(int terminal, int kept);
   Guard(const Guard&) = delete;
   Guard& operator=(const Guard&) = delete;
   ~Guard();
 
-  /// What to restore from now on. False if the guard has been killed.
+  /// Tells the guard what to restore from now on. Returns false if the guard has been killed.
   bool Tell(const TakenSettings& settings) const;
 
  private:

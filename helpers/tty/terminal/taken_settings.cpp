@@ -13,7 +13,6 @@ bool BelongToOthers(int terminal, const TakenSettings& settings) {
 
 }  // namespace
 
-// The system calls do not wait for output, which a terminal may have stopped.
 TakenSettings PrepareSettings(int terminal) {
   TakenSettings settings = {true, ::getpgrp(), {}, {}};
   ::tcgetattr(terminal, &settings.before);
@@ -28,5 +27,6 @@ TakenSettings PrepareSettings(int terminal) {
 void RestoreSettings(int terminal, const TakenSettings& settings) {
   if (!settings.areTaken || BelongToOthers(terminal, settings)) return;
   ::tcflush(terminal, TCIFLUSH);
+  // Not TCSADRAIN: it waits for output, which the terminal may have stopped.
   ::tcsetattr(terminal, TCSANOW, &settings.before);
 }

@@ -4,7 +4,7 @@
 #include <sys/types.h>
 #include <termios.h>
 
-/// The settings of a terminal while its keys are taken, and those that must come back.
+/// The settings of a terminal while keys are taken from it, and those to restore.
 struct TakenSettings {
   bool areTaken;
   pid_t group;  ///< the process group that took them
@@ -12,13 +12,13 @@ struct TakenSettings {
   termios now;
 };
 
-/// The settings for taking keys, which are not set yet: no echo, no lines, no signals from keys, no flow control,
-/// so every key arrives at once.
+/// Returns the settings for taking keys, without applying them: no echo, no line editing, no signals from keys and no
+/// flow control, so every key arrives at once.
 TakenSettings PrepareSettings(int terminal);
 
-/// Brings back the settings, and discards what has been typed and not read. Does nothing if another group has
-/// the terminal by now and has changed them: a shell has settings of its own while it reads a line. In the
-/// background, SIGTTOU must be blocked.
+/// Restores the settings, and discards what has been typed and not read. Does nothing if another process group has
+/// the terminal by now and has changed them: a shell has its own settings while it reads a line. In the background,
+/// SIGTTOU must be blocked.
 void RestoreSettings(int terminal, const TakenSettings& settings);
 
 #endif

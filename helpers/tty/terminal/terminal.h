@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-/// The controlling terminal. Its settings come back when this object is destroyed or this process is killed.
+/// The controlling terminal. Its settings are restored when this object is destroyed or this process is killed.
 class Terminal {
  public:
   /// Throws a `std::runtime_error` if there is none.
@@ -17,32 +17,32 @@ class Terminal {
 
   int Get() const { return descriptor; }
 
-  /// The name of its device without "/dev/", such as "pts/3"; "" if it cannot be found out.
+  /// The name of its device without "/dev/", such as "pts/3"; "" if it is unknown.
   std::string Name() const;
 
-  /// False while another front end takes keys there. Without the right to open the device by its name, as
-  /// after su, this is not known, and the result true.
+  /// Returns false while another front end takes keys from this terminal. If the device cannot be opened by its
+  /// name, as after su, this is not known, and the result is true.
   bool Reserve();
 
-  /// Must come before `TakeKeys`, and before there is anything secret in memory. `kept`: see `Guard`.
+  /// Call it before `TakeKeys`, and before there are secrets in memory, because it forks. `kept`: see `Guard`.
   void StartGuard(int kept) { guard.emplace(descriptor, kept); }
 
   /// Changes the settings, so that every key arrives at once. Throws a `std::runtime_error` if the guard has
   /// been killed.
   void TakeKeys();
 
-  /// The settings as they were. In between, they belong to others.
+  /// Restores the settings, until the next `TakeKeys`.
   void LeaveKeys();
 
   bool IsForeground() const;
 
-  /// What has been typed: empty if nothing has, or the terminal is gone (see `IsGone`).
+  /// Returns what has been typed; empty if nothing has, or if the terminal is gone (see `IsGone`).
   std::string Read();
   bool IsGone() const { return isGone; }
 
-  /// Writes text over the line of the cursor, cut to the width of the window.
+  /// Overwrites the current line with the text, cut to the width of the window.
   void ShowLine(const std::string& text);
-  /// Writes text, and begins a new line.
+  /// Writes the text and starts a new line.
   void Say(const std::string& text);
 
  private:
@@ -53,7 +53,7 @@ class Terminal {
   int reservation = -1;
   std::optional<Guard> guard;
   TakenSettings settings = {};
-  std::size_t shown = 0;  // characters of the line of the cursor
+  std::size_t shown = 0;  // number of characters on the current line
   bool isGone = false;
 };
 
