@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
