@@ -5,7 +5,7 @@
 # The system consists of the essential packages and the dependencies of ours, copied from this machine: no
 # compiler, no Boost, and no X library until the plug-ins that open a window are installed at the end. Its own
 # dpkg installs our packages, with dependencies and triggers. It runs in a user namespace with one user, root,
-# so the test does not show what other users may do. It has no X server, so no window is seen. It tests only
+# so the test does not show what other users may do. It has no X server, so no window opens. It tests only
 # with the package versions of this machine.
 #
 # Exits with 3 if this system does not allow such a namespace, so nothing could be tested.
@@ -48,7 +48,7 @@ needed_packages() {
     sed -n 's/^installed //p' | sort -u
 }
 
-# copy_packages DEB...: what these need and the system does not have yet.
+# copy_packages DEB...: copies the packages that these need and the system does not have yet.
 copy_packages() {
   touch "$root/tmp/packages"
   needed_packages "$@" | comm -23 - "$root/tmp/packages" >"$room/packages"
@@ -82,10 +82,10 @@ lay_out_system() {
   mount -t proc proc "$root/proc"
 }
 
-# Without a terminal, whether this test has one or not.
+# Runs a command inside, without a terminal even if this test has one.
 inside() { setsid -w chroot "$root" "$@"; }
 
-# inside_terminal WORDS: the same with a terminal, on which standard input is typed.
+# inside_terminal WORDS: the same on a terminal, where standard input is typed.
 inside_terminal() { script -qec "chroot $root $*" /dev/null; }
 
 # Some 15 keys per second for 20 seconds, not at regular times.
@@ -146,14 +146,14 @@ says unixdev
 passes rngctl read unixdev -n 32
 says '^[0-9a-f]{64}$'
 
-# The user is asked where there is a terminal.
+# The user is asked only if there is a terminal.
 passes rngctl list
-if grep biokbd "$room/log"; then fail "biokbd without a terminal"; fi
-inside rngctl doctor biokbd >"$room/log" 2>&1 && fail "the doctor finds nothing wrong with biokbd"
+if grep biokbd "$room/log"; then fail "biokbd is listed without a terminal"; fi
+inside rngctl doctor biokbd >"$room/log" 2>&1 && fail "the doctor finds no problem with biokbd without a terminal"
 says 'There is no terminal'
 inside_terminal rngctl list >"$room/log"
 says '^biokbd '
-type_keys 2>/dev/null | inside_terminal rngctl read biokbd -n 32 >"$room/log" || fail "no draw: $(cat "$room/log")"
+type_keys 2>/dev/null | inside_terminal rngctl read biokbd -n 32 >"$room/log" || fail "the draw from biokbd failed: $(cat "$room/log")"
 says '^[0-9a-f]{64}.?$'
 
 # A host built with the development package finds the library and the plug-in where they are installed.
@@ -199,15 +199,15 @@ listing | diff "$room/before" - >"$room/left" || true
 echo "Installed beside $(wc -l <"$root/tmp/packages") packages of the system, used, and purged."
 
 # The plug-ins that open a window.
-needs_library() { # PLUGIN LIBRARY: its package brings the libraries of the helper
-  inside sh -c "dpkg -i /tmp/rng-plugin-$1_*.deb" >"$room/log" 2>&1 && fail "$1 needs no library"
+needs_library() { # PLUGIN LIBRARY: its package depends on the libraries of the helper
+  inside sh -c "dpkg -i /tmp/rng-plugin-$1_*.deb" >"$room/log" 2>&1 && fail "rng-plugin-$1 was installed without its libraries"
   says "rng-plugin-$1 depends on $2"
 }
 
 starts() { # HELPER KIND
-  inside "/usr/libexec/rngaggregator/$1" >"$room/log" 2>&1 && fail "$1 works alone"
+  inside "/usr/libexec/rngaggregator/$1" >"$room/log" 2>&1 && fail "$1 does not refuse to run without a plug-in"
   says 'This program is started by a plug-in'
-  inside rngctl doctor "$2" >"$room/log" 2>&1 && fail "the doctor finds nothing wrong with $2"
+  inside rngctl doctor "$2" >"$room/log" 2>&1 && fail "the doctor finds no problem with $2 without a display"
   says 'there is no X display'
 }
 
@@ -220,7 +220,7 @@ passes ldconfig
 passes sh -c 'dpkg -i /tmp/rng-plugin-bio[xq]*.deb'
 starts rng-gather-x11 unixx11
 starts rng-gather-qt bioqt
-# What Qt loads by itself, when it finds a display.
+# Qt loads this by itself when it finds a display.
 passes sh -c 'ldd /usr/lib/x86_64-linux-gnu/qt6/plugins/platforms/libqxcb.so'
 if grep 'not found' "$room/log"; then fail "Qt lacks a library for X11"; fi
 # shellcheck disable=SC2046 # words

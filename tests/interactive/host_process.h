@@ -6,11 +6,11 @@
 #include <sys/types.h>
 #include <vector>
 
-/// Looks every few milliseconds whether something has come true; false after half a minute.
+/// Polls until the condition is true. Returns false after half a minute.
 bool WaitUntil(const std::function<bool()>& isTrue);
 
 /// A program that runs in a session of its own, with a terminal or without, so everything it starts can be
-/// found. What is left of the session when this object is destroyed is killed.
+/// found. The destructor kills what is left of the session.
 class HostProcess {
  public:
   using Words = std::vector<std::string>;

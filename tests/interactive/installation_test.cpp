@@ -1,4 +1,4 @@
-// The installation: it may be moved, and parts of it may be missing.
+// An installation that is moved or incomplete.
 
 #include "tests/interactive/tty/terminal_draw.h"
 #include "tests/support/tree.h"
@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A copy of the installation in another place. LD_LIBRARY_PATH is stronger than the run path of the host.
+// A copy of the installation in another place. LD_LIBRARY_PATH takes precedence over the host's run path.
 class MovedInstallation : public testing::Test {
  protected:
   MovedInstallation() {
@@ -40,7 +40,7 @@ TEST_F(MovedInstallation, Draws) {
   EXPECT_THAT(host.Finish(), StartsWith("ready\ndrawn\n"));
 }
 
-// The one in the place where it was before is not a substitute.
+// The plug-in does not use the helper of the original installation instead.
 TEST_F(MovedInstallation, HasNoGeneratorWithoutItsHelper) {
   fs::remove(helper);
   HostProcess host(command, variables, terminal.Path());

@@ -9,7 +9,7 @@ struct _XDisplay;
 /// Sets what programs of a display find in its resource database, as xrdb does.
 void SetResources(const std::string& display, const std::string& resources);
 
-/// Manages windows as little as a window manager can: shows those that want to be shown.
+/// A minimal window manager: it only shows the windows that ask for it.
 class WindowManager {
  public:
   explicit WindowManager(const std::string& display);
@@ -32,9 +32,9 @@ class ShownWindow {
   ShownWindow& operator=(const ShownWindow&) = delete;
   ~ShownWindow();
 
-  /// Whether it is there within half a minute. If there are several, this object stands for the first.
+  /// Whether it appears within half a minute. If there are several, this object stands for the first.
   bool Appears();
-  /// Whether the one that appeared is gone within half a minute.
+  /// Whether the window that appeared is gone within half a minute.
   bool Disappears();
   /// Whether keys go to it now, wherever the pointer is.
   bool HasFocus();
@@ -59,10 +59,10 @@ class ShownWindow {
   unsigned long Number() const { return window; }
   std::string Property(const std::string& name);
 
-  void PretendEscape();  ///< an event that this program makes, not the server
+  void PretendEscape();  ///< sends an event that the server did not generate
   void Resize(int width, int height);
   void Close();       ///< as the button of a window manager does
-  void Leave();       ///< ends this object's own connection: nothing may be asked after that
+  void Leave();       ///< ends this object's own connection; call nothing else after that
   void Destroy();     ///< as a hostile program does
   void Disconnect();  ///< closes the program's connection with the server
 

@@ -106,7 +106,7 @@ bioqt    not in RNG_PLUGINS'
     ;;
   TestsNeedTheReferencePlugin)
     cmake -S "$source" -B "$room/build" -DRNG_PLUGINS=biokb >"$room/log" 2>&1 && fail "accepted"
-    refuses 'The tests need the plug-in unixdev. Fix: add it to RNG_PLUGINS, or configure with -DBUILD_TESTING=OFF.'
+    refuses 'The tests need the plug-in unixdev. Add it to RNG_PLUGINS, or configure with -DBUILD_TESTING=OFF.'
     cmake -S "$source" -B "$room/build" -DRNG_PLUGINS=biokb -DBUILD_TESTING=OFF >"$room/log" 2>&1 || fail "refused"
     ;;
   *) fail "unknown case: $case" ;;

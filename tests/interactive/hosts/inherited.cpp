@@ -1,4 +1,4 @@
-// Stands for a helper: writes what it has inherited to its descriptor 3, a line each.
+// Stands in for a helper: writes what it has inherited to descriptor 3, one item per line.
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-// A host with the provider of "biokbd" in its own file, so that it needs no library if it has more rights than
-// its user. Prints what the provider says and does, a line each.
+// A host with the provider of "biokbd" linked into it, because a host with more rights than its user ignores
+// LD_LIBRARY_PATH. Prints the results of the provider, one per line.
 
 #include <iostream>
 #include <string>

@@ -1,4 +1,5 @@
-// Starts the library, and says so to whoever traces it: before, with the number of plug-ins behind, and after.
+// Starts the library, with a marker call before and after it for the process that traces this. Prints the number
+// of usable plug-ins.
 
 #include "tests/costs/cost_host.h"
 

@@ -52,7 +52,7 @@ termios PseudoTerminal::Settings() const {
   return settings;
 }
 
-// In the mode for lines, only whole lines would count.
+// In canonical mode, only whole lines would count.
 int PseudoTerminal::CountUnreadKeys() const {
   termios settings = Settings();
   settings.c_lflag &= ~static_cast<tcflag_t>(ICANON);

@@ -4,7 +4,7 @@
 #include <string>
 #include <termios.h>
 
-/// A terminal whose keys and screen the test has.
+/// A pseudo-terminal: the test presses its keys and reads its screen.
 class PseudoTerminal {
  public:
   PseudoTerminal();
@@ -20,7 +20,7 @@ class PseudoTerminal {
   /// All that has been written so far, as bytes.
   const std::string& Screen();
 
-  /// Whether the text appears on the screen after the last one that was waited for.
+  /// Whether the text appears on the screen, after the text of the last such call.
   bool Shows(const std::string& text);
 
   termios Settings() const;

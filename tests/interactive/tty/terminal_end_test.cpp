@@ -91,7 +91,7 @@ TEST_F(TerminalEnd, ByAClosedTerminal) {
   EXPECT_TRUE(host.IsAlone());
 }
 
-// The draw goes on, and the front end restores the settings itself.
+// Without the guard, the draw continues, and the front end restores the settings itself.
 TEST_F(TerminalEnd, ByACancelAfterTheGuardHasBeenKilled) {
   ::kill(guard, SIGKILL);
   robot.Press();
@@ -108,7 +108,7 @@ TEST_F(TerminalEnd, ByAStoppedHelperThatIsCancelled) {
   ExpectNothingLeft();
 }
 
-// Somebody else has the terminal then, and it belongs to him.
+// The shell has the terminal then, so the helper must restore it.
 TEST_F(TerminalEnd, ByAStoppedHost) {
   host.Send(SIGSTOP);
   EXPECT_TRUE(WaitUntil([this] { return host.Others(kHelper).empty(); }));

@@ -1,4 +1,4 @@
-// Parts of the front end for terminals that need no terminal.
+// The parts of the terminal front end that need no terminal.
 
 #include "helpers/tty/keys.h"
 #include "helpers/tty/network.h"
@@ -11,7 +11,7 @@
 
 namespace {
 
-// Each press as its key, with "+" if it did not come alone.
+// Each press as its key, with "+" if it did not arrive alone.
 std::string Keys(const std::string& bytes) {
   std::string text;
   for (const KeyPress& press : SplitKeys(bytes, std::chrono::seconds(5))) {
