@@ -32,7 +32,6 @@ void Draw(const Session& session) {
   const HmacAlgorithm algorithm;
   Gathering gathering(algorithm, DrawSystemBytes(), isRemote);
   const bool isDone = Typing(session, signals, terminal, gathering, isRemote).Run();
-  terminal.Say("");
   if (isDone) session.Answer(gathering.Finish());
 }
 

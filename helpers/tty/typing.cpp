@@ -3,6 +3,7 @@
 #include "helpers/session/monotonic_clock.h"
 #include "helpers/tty/keys.h"
 
+#include <algorithm>
 #include <csignal>
 #include <poll.h>
 #include <unistd.h>
@@ -18,11 +19,19 @@ constexpr int kControlZ = 26;
 
 void Sleep() { ::poll(nullptr, 0, kLook); }
 
-std::string Bar(int bits) {
-  constexpr int kWidth = 20;
-  const auto filled = static_cast<std::size_t>(bits * kWidth / Gathering::kNeededBits);
-  return '[' + std::string(filled, '#') + std::string(kWidth - filled, ' ') + "] " +
-         std::to_string(bits * 100 / Gathering::kNeededBits) + "%";
+std::string Percentage(int bits) {
+  return std::to_string(bits * 100 / Gathering::kNeededBits) + '%';
+}
+
+// A bar as long as the window has room for beside the percentage. The length does not change with the bits.
+std::string Bar(int bits, std::size_t columns) {
+  constexpr std::size_t kLongest = 20;
+  const std::size_t others = std::string("[] ").size() + Percentage(Gathering::kNeededBits).size();
+  if (columns <= others) return Percentage(bits);
+  const std::size_t length = std::min(kLongest, columns - others);
+  const std::size_t filled = static_cast<std::size_t>(bits) * length / Gathering::kNeededBits;
+  return '[' + std::string(filled, '#') + std::string(length - filled, ' ') + "] " +
+         Percentage(bits);
 }
 
 }  // namespace
@@ -45,6 +54,7 @@ bool Typing::Run() {
   const bool isDone = !isOver;
   if (isDone || gathering.HasAlarm()) SwallowTheRest();
   if (!isDone) SayWhyNot();
+  if (isDone) terminal.Say("");
   terminal.LeaveKeys();
   return isDone && !isOver;
 }
@@ -60,7 +70,7 @@ void Typing::Ask() {
 void Typing::ShowProgress() {
   if (gathering.Bits() == shown) return;
   shown = gathering.Bits();
-  terminal.ShowLine(Bar(shown));
+  terminal.ShowLine(Bar(shown, terminal.Width()));
 }
 
 void Typing::Wait() {
@@ -132,7 +142,9 @@ void Typing::Resume() {
 // Reads keys until half a second without one, for three seconds at most: a user who is still typing must not
 // type into the shell.
 void Typing::SwallowTheRest() {
-  terminal.ShowLine(Bar(gathering.Bits()) + ". That is enough. Please stop typing.");
+  const std::string request = "That is enough. Please stop typing.";
+  const std::string line = Bar(gathering.Bits(), terminal.Width()) + ". " + request;
+  terminal.ShowLine(line.size() <= terminal.Width() ? line : request);
   const Time start = MonotonicNow();
   for (Time last = start; MonotonicNow() - last < 500ms && MonotonicNow() - start < 3s;) {
     pollfd event = {terminal.Get(), POLLIN, 0};
@@ -144,7 +156,8 @@ void Typing::SwallowTheRest() {
 // Nothing is printed while another job has the terminal.
 void Typing::SayWhyNot() {
   if (!terminal.IsForeground()) return;
-  terminal.ShowLine(gathering.HasAlarm()
-                        ? "The input is too regular to be random. No random bytes were generated."
-                        : "Cancelled. No random bytes were generated.");
+  terminal.ShowLine("");
+  terminal.Say(gathering.HasAlarm()
+                   ? "The input is too regular to be random. No random bytes were generated."
+                   : "Cancelled. No random bytes were generated.");
 }

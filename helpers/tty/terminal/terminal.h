@@ -40,6 +40,9 @@ class Terminal {
   std::string Read();
   bool IsGone() const { return isGone; }
 
+  /// How many characters `ShowLine` has room for.
+  std::size_t Width() const;
+
   /// Overwrites the current line with the text, cut to the width of the window.
   void ShowLine(const std::string& text);
   /// Writes the text and starts a new line.
@@ -47,7 +50,6 @@ class Terminal {
 
  private:
   void Write(const std::string& text);
-  std::size_t Width() const;
 
   int descriptor;
   int reservation = -1;

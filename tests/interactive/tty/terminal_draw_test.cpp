@@ -106,6 +106,23 @@ TEST_F(TerminalDraw, TakesAnyScript) {
   EXPECT_TRUE(terminal.Shows("10%"));
 }
 
+TEST_F(TerminalDraw, SaysInANarrowWindowHowFarItIs) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Resize(24, 20);
+  EXPECT_TRUE(robot.TypeUntil("\r[###         ] 25%"));
+  EXPECT_TRUE(robot.TypeUntil("\rThat is enough. Ple"));
+  EXPECT_EQ("ready\ndrawn\ndescriptors 0\nchildren 0\n", host.Finish());
+  ExpectNothingLeft();
+}
+
+TEST_F(TerminalDraw, SaysInANarrowWindowHowItEnds) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Resize(24, 20);
+  terminal.Press("\x03");
+  EXPECT_TRUE(terminal.Shows("Cancelled. No random bytes were generated."));
+  ExpectNoBytes();
+}
+
 TEST_F(TerminalDraw, SurvivesResizing) {
   ASSERT_TRUE(terminal.Shows("0%"));
   for (const unsigned short columns : std::vector<unsigned short>{20, 1, 0, 300}) {
