@@ -99,13 +99,14 @@ void Typing::HandleKeys(const std::string& bytes) {
 }
 
 void Typing::HandleSignals() {
+  bool hasResumed = false;
   while (const int signal = signals.Next()) {
     switch (signal) {
       case SIGTSTP:
-        Suspend();
+        hasResumed = Suspend();
         break;
       case SIGCONT:  // a shell may have changed the settings while this process was stopped
-        if (terminal.IsForeground()) Resume();
+        if (!hasResumed && terminal.IsForeground()) Resume();
         break;
       case SIGTTIN:
       case SIGTTOU:
@@ -123,14 +124,16 @@ bool Typing::IsHostStoppedAlone() {
 }
 
 // The draw continues when the host does, unless the host is then in the background. If the host ignores the
-// signal, the draw continues at once.
-void Typing::Suspend() {
+// signal, the draw continues at once. Returns whether it continues.
+bool Typing::Suspend() {
   terminal.LeaveKeys();
   terminal.Say("");
   for (int look = 0; look < 10 && !session.IsHostStopped(); ++look) Sleep();
   while (session.IsHostStopped() && !session.HasEnded()) Sleep();
   hostRan = MonotonicNow();
-  if (!session.HasEnded() && terminal.IsForeground()) Resume();
+  if (session.HasEnded() || !terminal.IsForeground()) return false;
+  Resume();
+  return true;
 }
 
 void Typing::Resume() {

@@ -26,7 +26,7 @@ class Typing {
   void Wait();
   void HandleSignals();
   void HandleKeys(const std::string& bytes);
-  void Suspend();
+  bool Suspend();
   void Resume();
   bool IsHostStoppedAlone();
   void SwallowTheRest();

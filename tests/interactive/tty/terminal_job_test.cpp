@@ -20,6 +20,13 @@ struct StoppedJob : Job {
       : Job("set +e; " DRAWING_HOST
             " biokbd 32; echo stopped $?; read -r line </dev/tty; "
             "echo line $line; fg; echo end $?") {}
+
+  int CountPrompts() {
+    int count = 0;
+    const std::string& screen = terminal.Screen();
+    for (std::size_t at = 0; (at = screen.find(kPrompt, at)) != std::string::npos; ++at) ++count;
+    return count;
+  }
 };
 
 struct BackgroundJob : Job {
@@ -42,12 +49,13 @@ TEST_F(StoppedJob, GivesTheTerminalBackAndGoesOn) {
   ASSERT_TRUE(host.Prints("line hello"));
   ASSERT_TRUE(terminal.Shows(kPrompt));
   ASSERT_TRUE(robot.TypeUntil(kEnough));
+  EXPECT_EQ(2, CountPrompts());  // at the start, and after the stop
   EXPECT_THAT(host.Finish(), HasSubstr("\ndrawn\ndescriptors 0\nchildren 0\nend 0\n"));
   ExpectNothingLeft();
 }
 
 TEST_F(BackgroundJob, GetsNoBytesAndNoKeys) {
-  EXPECT_TRUE(terminal.Shows("Bring it to the foreground with fg."));
+  EXPECT_TRUE(terminal.Shows("Run it in the foreground."));
   EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
   ExpectNothingLeft();
 }
