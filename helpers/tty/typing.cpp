@@ -60,8 +60,7 @@ bool Typing::Run() {
 }
 
 void Typing::Ask() {
-  terminal.Say("A program needs random bytes. Press different keys at irregular intervals");
-  terminal.Say("until the bar is full. To cancel, press Ctrl-C.");
+  terminal.Say("For random bytes, press different keys irregularly. To cancel, press Ctrl-C.");
   if (isRemote) {
     terminal.Say("You may be connected over a network, so twice as many keys are needed.");
   }
