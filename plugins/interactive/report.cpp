@@ -10,6 +10,12 @@
 
 namespace {
 
+std::string FixForHelper(const std::string& helper, int error) {
+  if (error == ENOENT) return "Reinstall " + std::string(kKind.package) + '.';
+  if (::access(helper.c_str(), F_OK) != 0) return "Let this user enter the directories above it.";
+  return "Run: chmod 755 " + helper;
+}
+
 std::string ProblemOfHelper() {
   const std::string helper = FindHelper();
   if (helper.empty()) {
@@ -18,9 +24,8 @@ std::string ProblemOfHelper() {
   }
   if (::access(helper.c_str(), X_OK) == 0) return "";
   const int error = errno;
-  const std::string fix = error == ENOENT ? "Reinstall " + std::string(kKind.package) + '.'
-                                          : "Run: chmod 755 " + helper;
-  return "The helper program cannot be run: " + helper + ": " + std::strerror(error) + ". " + fix;
+  return "The helper program cannot be run: " + helper + ": " + std::strerror(error) + ". " +
+         FixForHelper(helper, error);
 }
 
 std::string FindProblem() {

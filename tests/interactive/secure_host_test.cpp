@@ -7,6 +7,7 @@
 #include <optional>
 #include <unistd.h>
 
+using testing::EndsWith;
 using testing::StartsWith;
 
 namespace {
@@ -37,6 +38,17 @@ TEST_F(SecureHost, AsksItsUserWithoutMoreRights) {
   ASSERT_TRUE(terminal.Shows(kPrompt));
   terminal.Press("\x03");
   EXPECT_EQ("available 1\nself-test 1\ndrawn 0\n", run.Finish());
+}
+
+// The advice must be one that the reader can follow.
+TEST_F(SecureHost, NamesADirectoryThatItsUserMayNotEnter) {
+  if (::geteuid() != 0) GTEST_SKIP() << "root alone can become another user";
+  std::filesystem::permissions(TreePath(""), std::filesystem::perms(0755));
+  std::filesystem::permissions(TreePath("libexec"), std::filesystem::perms(0700));
+  EXPECT_THAT(
+      Start({"/usr/bin/setpriv", "--reuid=65534", "--clear-groups"}).Finish(),
+      EndsWith(
+          "rng-gather-tty: Permission denied. Let this user enter the directories above it.\n"));
 }
 
 TEST_F(SecureHost, AsksNobodyWithTheRightsOfAnotherUser) {
