@@ -63,6 +63,22 @@ TEST(KeyCredit, IsNothingForWhatArrivesTogether) {
   EXPECT_EQ(2, credit.Take({1300ms, 'c', true}));
 }
 
+// It is still what the next press is compared with.
+TEST(KeyCredit, ComparesWithWhatArrivesTogether) {
+  const auto last = [](std::initializer_list<KeyPress> presses) {
+    KeyCredit credit(false);
+    int bits = 0;
+    for (const KeyPress& press : presses) bits = credit.Take(press);
+    return bits;
+  };
+  EXPECT_EQ(0, last({{1000ms, 'a', true}, {1100ms, 'b', false}, {1107ms, 'c', true}}));
+  EXPECT_EQ(0, last({{1000ms, 'a', true}, {1100ms, 'b', false}, {1201ms, 'c', true}}));
+  EXPECT_EQ(0, last({{1000ms, 'a', true}, {1100ms, 'a', false}, {1300ms, 'a', true}}));
+  EXPECT_EQ(
+      2,
+      last({{1000ms, 'a', true}, {1100ms, 'b', false}, {1300ms, 'a', true}, {1600ms, 'a', true}}));
+}
+
 TEST(KeyCredit, AMetronomeHasNotFinishedAfterAThousandPresses) {
   for (int milliseconds = 5; milliseconds <= 500; ++milliseconds) {
     KeyCredit credit(false);

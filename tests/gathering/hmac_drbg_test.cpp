@@ -145,6 +145,10 @@ TEST(HmacDrbg, ALargeDrawIsOneRequestForEach65536Bytes) {
   std::string expected;
   for (const std::size_t size : {65536UL, 65536UL, 10UL}) expected += Generate(pieces, size);
   EXPECT_TRUE(expected == Generate(whole, expected.size()));
+
+  HmacDrbg halves(algorithm, std::string(32, 'e'), "nonce");
+  const std::string first = Generate(halves, 32768);
+  EXPECT_FALSE(expected.substr(0, 65536) == first + Generate(halves, 32768));
 }
 
 TEST(HmacDrbg, AnEmptyDrawChangesNothing) {
@@ -153,4 +157,26 @@ TEST(HmacDrbg, AnEmptyDrawChangesNothing) {
   HmacDrbg other(algorithm, std::string(32, 'e'), "nonce");
   drbg.Generate(nullptr, 0);
   EXPECT_EQ(Generate(other, 32), Generate(drbg, 32));
+}
+
+// OpenSSL's configuration may change what the process gets by default, but not what a draw is made of.
+TEST(Hmac, IsNotChangedByOpenSslsConfiguration) {
+  const std::string file = testing::TempDir() + "openssl_" + std::to_string(::getpid());
+  std::ofstream(file) << "openssl_conf = start\n[start]\nalg_section = algorithms\n"
+                         "[algorithms]\ndefault_properties = provider=none\n";
+  ::setenv("OPENSSL_CONF", file.c_str(), 1);
+  EXPECT_NO_THROW(HmacAlgorithm());
+  EVP_MAC* const usual = EVP_MAC_fetch(nullptr, "HMAC", nullptr);
+  EXPECT_EQ(nullptr, usual);  // so the file has been read
+  EVP_MAC_free(usual);
+  std::remove(file.c_str());
+}
+
+TEST(Hmac, HasOneSize) {
+  const HmacAlgorithm algorithm;
+  for (const std::size_t size : {31UL, 33UL}) {
+    Hmac hmac(algorithm, "SHA256", "key", 3);
+    std::string result(size, 'x');
+    EXPECT_THROW(hmac.Finish(result.data(), size), std::runtime_error);
+  }
 }
