@@ -31,6 +31,7 @@ cmake_minimum_required(VERSION 3.25)
 project(choice LANGUAGES CXX)
 include($source/cmake/ChoosePlugins.cmake)
 message(STATUS "chosen: \${RNG_CHOSEN_PLUGINS}")
+message(STATUS "lrelease: \${RNG_LRELEASE}")
 PROJECT
   status=0
   cmake -S "$room/choice" -B "$room/build" "$@" >"$room/log" 2>&1 || status=$?
@@ -57,6 +58,12 @@ case $case in
 biokb    built
 biox11   built
 bioqt    built'
+    # The path may have the program of another version of Qt.
+    mkdir "$room/bin"
+    printf '#!/bin/sh\n' >"$room/bin/lrelease"
+    chmod +x "$room/bin/lrelease"
+    PATH=$room/bin:$PATH choose || fail "failed"
+    grep -qx -- '-- lrelease: /usr/lib/qt6/bin/lrelease' "$room/log" || fail "another lrelease"
     ;;
   MissingPackagesAreNamed)
     # shellcheck disable=SC2086 # words
@@ -71,6 +78,11 @@ bioqt    not built. To build it, install libssl-dev qt6-base-dev qt6-l10n-tools'
     shows 'unixdev  built
 biokb    built
 biox11   not built. To build it, install libx11-dev
+bioqt    built'
+    choose -DPKG_CONFIG_EXECUTABLE=/bin/false || fail "failed"
+    shows 'unixdev  built
+biokb    built
+biox11   not built. To build it, install pkg-config libcairo2-dev
 bioqt    built'
     PKG_CONFIG_LIBDIR=$room choose || fail "failed"
     shows 'unixdev  built
