@@ -3,7 +3,11 @@
 #include "tests/interactive/tty/terminal_draw.h"
 #include "tests/support/tree.h"
 
+#include <dlfcn.h>
 #include <filesystem>
+#include <unistd.h>
+
+#include <rngaggregator/provider.h>
 
 using testing::HasSubstr;
 using testing::Not;
@@ -51,4 +55,15 @@ TEST_F(MovedInstallation, HasNoGeneratorIfItsHelperIsNotExecutable) {
   fs::permissions(helper, fs::perms::owner_read);
   HostProcess host(command, variables, terminal.Path());
   EXPECT_EQ("no biokbd\n", host.Finish());
+}
+
+// Another folder could be the current one by the time of a draw.
+TEST(RelativeInstallation, HasNoHelper) {
+  ASSERT_EQ(0, ::chdir(INSTALLATION));
+  void* const plugin = ::dlopen("lib/librngbiokb.so", RTLD_NOW);
+  ASSERT_NE(nullptr, plugin) << ::dlerror();
+  const auto report = reinterpret_cast<decltype(&GetRngReport)>(::dlsym(plugin, "GetRngReport"));
+  std::string text(static_cast<std::size_t>(report(nullptr)), '\0');
+  report(text.data());
+  EXPECT_THAT(text, HasSubstr("The plug-in was loaded by a relative path"));
 }

@@ -8,7 +8,12 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <malloc.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -30,6 +35,19 @@ std::string ReadToEnd(int socket) {
 }
 
 std::string WhatIsInherited() { return ReadToEnd(StartHelper(INHERITED)); }
+
+// As where the limit of processes is reached, which does not concern root.
+void RefuseProcesses() {
+  sock_filter steps[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  const sock_fprog program = {std::size(steps), steps};
+  ASSERT_EQ(0, ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0));
+  ASSERT_EQ(0, ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program));
+}
 
 volatile sig_atomic_t g_signals = 0;
 
@@ -79,12 +97,41 @@ TEST(StartHelper, KeepsOnlyVariablesThatSayWhereTheUserIs) {
   EXPECT_THAT(inherited, Not(HasSubstr("/nowhere")));
 }
 
-TEST(StartHelper, KeepsVariablesOfTheDesktop) {
-  for (const char* const name : {"XDG_CURRENT_DESKTOP", "KDE_SESSION_VERSION", "XDG_RUNTIME_DIR",
-                                 "DBUS_SESSION_BUS_ADDRESS"}) {
+TEST(StartHelper, KeepsWhatTheFrontEndsNeed) {
+  for (const char* const name :
+       {"XAUTHORITY", "HOME", "LANGUAGE", "LC_ALL", "LC_CTYPE", "LC_MESSAGES", "SSH_TTY",
+        "SSH_CLIENT", "SSH_CONNECTION", "TMUX", "STY", "XDG_CURRENT_DESKTOP", "KDE_SESSION_VERSION",
+        "XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS"}) {
     ::setenv(name, "5", 1);
     EXPECT_THAT(WhatIsInherited(), HasSubstr("variable " + std::string(name) + "=5\n"));
   }
+}
+
+TEST(StartHelper, GivesNoSocketToOtherProgramsOfTheHost) {
+  const int socket = StartHelper(INHERITED);
+  EXPECT_EQ(FD_CLOEXEC, ::fcntl(socket, F_GETFD));
+  ReadToEnd(socket);
+}
+
+TEST(StartHelper, LeavesSignalsAsTheyWere) {
+  WhatIsInherited();
+  sigset_t after;
+  ::sigprocmask(SIG_SETMASK, nullptr, &after);
+  for (const int number : {SIGTERM, SIGUSR1}) EXPECT_EQ(0, ::sigismember(&after, number));
+}
+
+TEST(StartHelper, LeavesNoMemory) {
+  WhatIsInherited();
+  const auto before = ::mallinfo2().uordblks;
+  for (int i = 0; i < 5; ++i) ::close(StartHelper(INHERITED));
+  EXPECT_EQ(before, ::mallinfo2().uordblks);
+}
+
+TEST(StartHelper, FailsWhereNoProcessCanBeStarted) {
+  const auto before = CountOpenFiles();
+  RefuseProcesses();
+  EXPECT_EQ(-1, StartHelper(INHERITED));
+  EXPECT_EQ(before, CountOpenFiles());
 }
 
 TEST(StartHelper, DoesNotHoldTheFolderOfTheHost) {

@@ -5,7 +5,7 @@
 
 TEST(RemoteDisplay, HasAHostInItsName) {
   for (const char* const name :
-       {"localhost:10.0", "screen.example:0", "[::1]:0", "unix.example:0"}) {
+       {"localhost:10.0", "screen.example:0", "[::1]:0", "::1:0", "unix.example:0"}) {
     ::setenv("DISPLAY", name, 1);
     EXPECT_TRUE(IsDisplayRemote()) << name;
   }
