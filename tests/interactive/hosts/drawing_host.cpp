@@ -3,6 +3,7 @@
 //
 //     ready                    before the draws
 //     drawn | zeros | mixed    for each draw: true; false with a zeroed buffer; false with something in it
+//     no echo                  if standard input is a terminal that was not as usual right after a single draw
 //     descriptors N            how many more are open than before the draws
 //     children N               how many children there are, dead or alive: 0 unless waitpid finds one
 //     mapped NAME              for each library in the process that only helpers may use
@@ -18,6 +19,7 @@
 #include <iterator>
 #include <string>
 #include <sys/wait.h>
+#include <termios.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -45,6 +47,11 @@ void PrintMapped() {
   }
 }
 
+bool HasNoEcho() {
+  termios settings = {};
+  return ::tcgetattr(STDIN_FILENO, &settings) == 0 && (settings.c_lflag & ECHO) == 0;
+}
+
 std::string Draw(IRngProvider& rng, std::size_t size) {
   std::vector<unsigned char> bytes(size, 1);
   const bool isDrawn = rng.Generate(bytes.data(), bytes.size());
@@ -70,7 +77,10 @@ void Run(IRngProvider& rng, std::size_t size, std::size_t draws) {
   std::vector<std::string> results(draws);
   std::vector<std::thread> threads;
   for (std::string& result : results) {
-    threads.emplace_back([&rng, &result, size] { result = Draw(rng, size); });
+    threads.emplace_back([&rng, &result, size, draws] {
+      result = Draw(rng, size);
+      if (draws == 1 && HasNoEcho()) result += "\nno echo";
+    });
   }
   for (std::thread& thread : threads) thread.join();
   for (const std::string& result : results) std::cout << result << std::endl;

@@ -50,6 +50,29 @@ TEST_F(Record, HasALineForEachPress) {
   EXPECT_TRUE(host->IsAlone());
 }
 
+TEST_F(Record, EndsWithControlD) {
+  Start({"--record", file});
+  ASSERT_TRUE(terminal.Shows("press Ctrl-C"));
+  terminal.Press("\x04");
+  EXPECT_TRUE(terminal.Shows("Key presses recorded: 0"));
+  host->Finish();
+  EXPECT_EQ(0, host->Status());
+}
+
+TEST_F(Record, TakesNoKeysOfAnotherProgram) {
+  const std::string other = TreePath("other");
+  const std::string program = INSTALLATION "/libexec/rngaggregator/rng-gather-tty";
+  host.emplace(HostProcess::Words{"/bin/sh", "-c",
+                                  program + " --record " + file + " & sleep 0.3; " + program +
+                                      " --record " + other + "; wait"},
+               HostProcess::Words{"TERM=dumb"}, terminal.Path());
+  EXPECT_TRUE(terminal.Shows("Another program is reading keys"));
+  terminal.Press("\x03");
+  host->Finish();
+  EXPECT_TRUE(std::filesystem::exists(file));
+  EXPECT_FALSE(std::filesystem::exists(other));
+}
+
 TEST_F(Record, OverwritesNothing) {
   WriteFile(file, "mine");
   EXPECT_EQ("", Start({"--record", file}).Finish());

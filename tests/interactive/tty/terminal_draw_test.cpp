@@ -2,16 +2,46 @@
 
 #include "tests/interactive/tty/terminal_draw.h"
 
+#include <atomic>
+
 using testing::HasSubstr;
 using testing::Not;
 
 TEST_F(TerminalDraw, SucceedsAfterEnoughKeys) {
   ASSERT_TRUE(terminal.Shows(kPrompt));
   ASSERT_TRUE(robot.TypeUntil(kEnough));
-  EXPECT_EQ("ready\ndrawn\ndescriptors 0\nchildren 0\n", host.Finish());
-  ExpectNothingLeft();
   EXPECT_GE(robot.Presses(), 161);
   EXPECT_LE(robot.Presses(), 400);
+  // A user who never stops typing does not hold up the draw.
+  std::atomic<bool> hasEnded = false;
+  std::thread typing([&] {
+    while (!hasEnded) robot.Press();
+  });
+  EXPECT_EQ("ready\ndrawn\ndescriptors 0\nchildren 0\n", host.Finish());
+  hasEnded = true;
+  typing.join();
+  ExpectNothingLeft();
+}
+
+TEST_F(TerminalDraw, GetsEveryKeyAsItIs) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  const termios now = terminal.Settings();
+  EXPECT_EQ(0U, now.c_lflag & (ECHO | ICANON | ISIG | IEXTEN));
+  EXPECT_EQ(0U, now.c_iflag & (IXON | IXOFF | ICRNL | INLCR | IGNCR));
+}
+
+// The same key twice, and then a paste, which ends the row.
+TEST_F(TerminalDraw, SaysThatKeysAreTooRegular) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  for (int i = 0; i < 100 && terminal.Screen().find("stop typing") == std::string::npos; ++i) {
+    robot.PressKey("a");
+    robot.PressKey("a");
+    terminal.Press("xy");
+  }
+  for (int i = 0; i < 20; ++i) robot.Press();
+  EXPECT_TRUE(terminal.Shows("too regular to be random."));
+  ExpectNoBytes();
+  EXPECT_EQ(0, terminal.CountUnreadKeys());
 }
 
 // The keys are also those that end the draw: nothing of what is typed may appear on the screen.
@@ -112,6 +142,8 @@ TEST_F(TerminalDraw, SaysInANarrowWindowHowFarItIs) {
   EXPECT_TRUE(robot.TypeUntil("\r[###         ] 25%"));
   EXPECT_TRUE(robot.TypeUntil("\rThat is enough. Ple"));
   EXPECT_EQ("ready\ndrawn\ndescriptors 0\nchildren 0\n", host.Finish());
+  // In the last column, the cursor would go to the next line.
+  EXPECT_THAT(terminal.Screen(), Not(HasSubstr("Plea")));
   ExpectNothingLeft();
 }
 

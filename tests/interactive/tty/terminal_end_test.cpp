@@ -72,6 +72,15 @@ TEST_F(TerminalEnd, ByAKilledHelper) {
   ExpectNoBytes();
 }
 
+// The host would print "no echo".
+TEST_F(TerminalEnd, ByAKilledHelperWaitsForTheGuard) {
+  ::kill(guard, SIGSTOP);
+  ::kill(helper, SIGKILL);
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  ::kill(guard, SIGCONT);
+  ExpectNoBytes();
+}
+
 TEST_F(TerminalEnd, ByAKilledHost) {
   host.Send(SIGKILL);
   EXPECT_EQ("ready\n", host.Finish());
@@ -100,10 +109,11 @@ TEST_F(TerminalEnd, ByACancelAfterTheGuardHasBeenKilled) {
   ExpectNoBytes();
 }
 
+// The draw does not wait for it longer than a second.
 TEST_F(TerminalEnd, ByAStoppedHelperThatIsCancelled) {
   ::kill(helper, SIGSTOP);
   host.Send(SIGUSR1);
-  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
+  EXPECT_EQ("ready\nzeros\nno echo\ndescriptors 0\nchildren 0\n", host.Finish());
   ::kill(helper, SIGCONT);
   ExpectNothingLeft();
 }

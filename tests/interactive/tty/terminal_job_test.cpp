@@ -2,6 +2,8 @@
 
 #include "tests/interactive/tty/terminal_draw.h"
 
+#include <unistd.h>
+
 using testing::EndsWith;
 using testing::HasSubstr;
 
@@ -29,6 +31,14 @@ struct StoppedJob : Job {
   }
 };
 
+struct ContinuedInTheBackground : Job {
+  ContinuedInTheBackground() : Job("set +e; " DRAWING_HOST " biokbd 32; bg; wait; echo end") {}
+};
+
+struct ForegroundJob : Job {
+  ForegroundJob() : Job("draw; echo end") {}
+};
+
 struct BackgroundJob : Job {
   BackgroundJob() : Job("draw & wait; echo end") {}
 };
@@ -48,9 +58,34 @@ TEST_F(StoppedJob, GivesTheTerminalBackAndGoesOn) {
   terminal.Press("hello\n");
   ASSERT_TRUE(host.Prints("line hello"));
   ASSERT_TRUE(terminal.Shows(kPrompt));
+  ASSERT_TRUE(terminal.Shows("] "));  // the bar, although it has not changed
   ASSERT_TRUE(robot.TypeUntil(kEnough));
   EXPECT_EQ(2, CountPrompts());  // at the start, and after the stop
   EXPECT_THAT(host.Finish(), HasSubstr("\ndrawn\ndescriptors 0\nchildren 0\nend 0\n"));
+  ExpectNothingLeft();
+}
+
+TEST_F(ContinuedInTheBackground, GetsNoBytes) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x1a");
+  EXPECT_THAT(host.Finish(), EndsWith("zeros\ndescriptors 0\nchildren 0\nend\n"));
+  ExpectNothingLeft();
+}
+
+// A shell may have changed the settings while it was stopped. SIGTTOU comes when the shell has the terminal.
+TEST_F(ForegroundJob, GoesOnAfterItsHelperWasStopped) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  const std::vector<pid_t> processes = host.Others("rng-gather-tty");
+  ASSERT_EQ(2U, processes.size());
+  const pid_t helper = processes[::getpgid(processes[0]) == processes[0] ? 1 : 0];  // not the guard
+  ::kill(helper, SIGTTOU);
+  EXPECT_TRUE(robot.TypeUntil("5%"));
+  ::kill(helper, SIGSTOP);
+  ::kill(helper, SIGCONT);
+  EXPECT_TRUE(terminal.Shows(kPrompt));
+  EXPECT_TRUE(terminal.Shows("] "));
+  terminal.Press("\x03");
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
   ExpectNothingLeft();
 }
 

@@ -2,6 +2,7 @@
 
 #include "helpers/tty/keys.h"
 #include "helpers/tty/network.h"
+#include "tests/support/open_files.h"
 #include "tests/support/tree.h"
 
 #include <cstdlib>
@@ -86,6 +87,13 @@ TEST_F(Network, IsSeenInTheLoginRecord) {
   EXPECT_TRUE(MayBeRemote("pts/7"));
   EXPECT_TRUE(MayBeRemote("pts/9"));
   EXPECT_FALSE(MayBeRemote("pts/8"));
+}
+
+TEST_F(Network, LeavesTheLoginRecordsClosed) {
+  AddLogin("pts/7", "192.0.2.1");
+  const auto before = CountOpenFiles();
+  EXPECT_TRUE(MayBeRemote("pts/7"));
+  EXPECT_EQ(before, CountOpenFiles());
 }
 
 TEST_F(Network, IsSeenInVariables) {
