@@ -7,7 +7,9 @@
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
@@ -162,6 +164,40 @@ void ShownWindow::PretendEscape() {
   event.xkey.same_screen = True;
   event.xkey.keycode = XKeysymToKeycode(display, XK_Escape);
   XSendEvent(display, window, False, KeyPressMask, &event);
+  XSync(display, False);
+}
+
+void ShownWindow::PretendMotion(int x, int y) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(9));
+  XEvent event = {};
+  event.xmotion.type = MotionNotify;
+  event.xmotion.window = window;
+  event.xmotion.root = DefaultRootWindow(display);
+  event.xmotion.same_screen = True;
+  event.xmotion.x = x;
+  event.xmotion.y = y;
+  XSendEvent(display, window, False, PointerMotionMask, &event);
+  XSync(display, False);
+}
+
+bool ShownWindow::KeepsClicks() {
+  XWindowAttributes attributes = {};
+  XGetWindowAttributes(display, window, &attributes);
+  constexpr long kClick = ButtonPressMask | ButtonReleaseMask;
+  return (attributes.do_not_propagate_mask & kClick) == kClick;
+}
+
+void ShownWindow::CoverForAMoment() {
+  const Area area = Place();
+  XSetWindowAttributes attributes = {};
+  attributes.override_redirect = True;
+  const Window cover =
+      XCreateWindow(display, DefaultRootWindow(display), area.x, area.y,
+                    static_cast<unsigned>(area.width), static_cast<unsigned>(area.height), 0,
+                    CopyFromParent, InputOutput, CopyFromParent, CWOverrideRedirect, &attributes);
+  XMapRaised(display, cover);
+  XSync(display, False);
+  XDestroyWindow(display, cover);
   XSync(display, False);
 }
 

@@ -59,7 +59,12 @@ class ShownWindow {
   unsigned long Number() const { return window; }
   std::string Property(const std::string& name);
 
-  void PretendEscape();  ///< sends an event that the server did not generate
+  /// Whether a click there means nothing to the windows behind.
+  bool KeepsClicks();
+
+  void PretendEscape();              ///< sends an event that the server did not generate
+  void PretendMotion(int x, int y);  ///< some milliseconds after the one before
+  void CoverForAMoment();            ///< by another window
   void Resize(int width, int height);
   void Close();       ///< as the button of a window manager does
   void Leave();       ///< ends this object's own connection; call nothing else after that

@@ -16,10 +16,10 @@ namespace {
 class Dialog {
  public:
   Dialog(const std::string& resolution, const std::string& language, const std::string& title,
-         const std::string& picture) {
+         const std::string& picture, const std::string& machine = "") {
     SetResources(server.display, "Xft.dpi:\t" + resolution + '\n');
     host.emplace(HostProcess::Words{DRAWING_HOST, "bioqt", "32"},
-                 HostProcess::Words{"DISPLAY=" + server.display, "LANG=" + language});
+                 HostProcess::Words{"DISPLAY=" + machine + server.display, "LANG=" + language});
     window.emplace(server.display, title);
     EXPECT_TRUE(window->Appears());
     if (const char* const folder = std::getenv("PICTURES")) {
@@ -38,7 +38,7 @@ class Dialog {
     EXPECT_EQ(0, std::system(command.c_str()));
   }
 
-  XServer server{{"-screen", "0", "1600x1000x24", "-dpi", "96"}};
+  XServer server{{"-screen", "0", "1600x1000x24", "-dpi", "96", "-listen", "tcp"}};
   std::optional<HostProcess> host;
   std::optional<ShownWindow> window;
   MovingRobot robot{server.display, 800, 500};
@@ -59,4 +59,11 @@ TEST(QtDialog, IsHigherForALongerSentence) {
   Dialog german("192", "de_DE.UTF-8", "Ein Programm benötigt Zufallsbytes", "bioqt_192_de.png");
   EXPECT_EQ(english.Place().width, german.Place().width);
   EXPECT_GT(german.Place().height, english.Place().height);
+}
+
+TEST(QtDialog, SaysThatTheDisplayMayBeReachedOverANetwork) {
+  Dialog usual("96", "en_GB.UTF-8", "A program needs random bytes", "bioqt.png");
+  Dialog remote("96", "en_GB.UTF-8", "A program needs random bytes", "bioqt_remote.png",
+                "localhost");
+  EXPECT_LT(usual.Place().height, remote.Place().height);
 }

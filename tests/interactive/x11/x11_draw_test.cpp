@@ -64,6 +64,11 @@ TEST_F(X11Draw, SucceedsAfterEnoughMotions) {
 
 TEST_F(X11Draw, SucceedsAfterEnoughKeys) {
   robot.Type(kEnough);
+  ASSERT_TRUE(WaitUntil([this] { return Progress() >= 99; }));
+  // As long as keys are pressed, but not forever.
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(window.Disappears());
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 1500ms);
   ExpectEnd("drawn");
 }
 
@@ -84,6 +89,15 @@ TEST_F(X11Draw, EscapeCancelsWhereverThePointerIs) {
 }
 
 TEST_F(X11Draw, CloseButtonCancels) {
+  window.Close();
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, IsDrawnAgainAfterItWasCovered) {
+  ASSERT_TRUE(WaitUntil([this] { return window.CountInRow(kBackground) > 400; }));
+  const auto before = window.Pixels();
+  window.CoverForAMoment();
+  EXPECT_TRUE(WaitUntil([&] { return before == window.Pixels(); }));
   window.Close();
   ExpectEnd("zeros");
 }
@@ -182,13 +196,17 @@ TEST_F(X11Draw, TextOfAProgramNeverFinishes) {
 
 // Such motions look the same to the health tests. The window says so, and closes by itself.
 TEST_F(X11Draw, RegularMotionsRaiseAnAlarm) {
-  robot.Shake(kEnough);
+  robot.Shake(120);
+  robot.Wait();
+  EXPECT_EQ(1, window.Count());
   ExpectEnd("zeros");
 }
 
 // What other programs only pretend to have happened is sent to the window before its new size.
-TEST_F(X11Draw, PretendedKeysDoNotCount) {
+TEST_F(X11Draw, PretendedEventsDoNotCount) {
   window.PretendEscape();
+  for (int i = 0; i < 100; ++i) window.PretendMotion(i * i % 97, i * i * i % 89);
+  EXPECT_EQ(0, Progress());
   window.Resize(600, 300);
   EXPECT_TRUE(WaitUntil([&] {
     const auto pixels = window.Pixels();
@@ -204,6 +222,7 @@ TEST_F(X11Draw, WindowSaysWhatItIs) {
   EXPECT_EQ(std::string("rng-gather-x11\0Rng-gather-x11\0", 30), window.Property("WM_CLASS"));
   EXPECT_EQ("WM_DELETE_WINDOW", window.Property("WM_PROTOCOLS"));
   EXPECT_EQ("_NET_WM_WINDOW_TYPE_DIALOG", window.Property("_NET_WM_WINDOW_TYPE"));
+  EXPECT_TRUE(window.KeepsClicks());
 }
 
 namespace {

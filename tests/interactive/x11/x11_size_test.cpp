@@ -16,13 +16,13 @@ namespace {
 class WindowOnScreen {
  public:
   WindowOnScreen(int width, int height, int dpi, const std::string& picture,
-                 const std::string& resources = "")
+                 const std::string& resources = "", const std::string& host = "")
       : server({"-screen", "0", std::to_string(width) + "x" + std::to_string(height) + "x24",
-                "-dpi", std::to_string(dpi)}),
+                "-dpi", std::to_string(dpi), "-listen", "tcp"}),
         robot(server.display, width / 2, height / 2) {
     SetResources(server.display, resources);
-    host.emplace(HostProcess::Words{DRAWING_HOST, "unixx11", "32"},
-                 HostProcess::Words{"DISPLAY=" + server.display});
+    program.emplace(HostProcess::Words{DRAWING_HOST, "unixx11", "32"},
+                    HostProcess::Words{"DISPLAY=" + host + server.display});
     EXPECT_TRUE(window.Appears());
     if (const char* const folder = std::getenv("PICTURES")) {
       Record(std::string(folder) + '/' + picture);
@@ -42,7 +42,7 @@ class WindowOnScreen {
   }
 
   XServer server;
-  std::optional<HostProcess> host;
+  std::optional<HostProcess> program;
   ShownWindow window{server.display, "A program needs random bytes"};
   MovingRobot robot;
 };
@@ -67,6 +67,22 @@ TEST(X11Window, FollowsTheResolutionThatTheUserSetsForTexts) {
   WindowOnScreen usual(1600, 1000, 96, "unixx11_96.png");
   WindowOnScreen set(1600, 1000, 96, "unixx11_set.png", "Xft.antialias:\t1\nXft.dpi:\t144\n");
   EXPECT_NEAR(1.5 * usual.Place().width, set.Place().width, 4);
+}
+
+TEST(X11Window, DoesNotBelieveOddResolutions) {
+  WindowOnScreen usual(1600, 1000, 96, "unixx11_96.png");
+  WindowOnScreen screen(1600, 1000, 20, "unixx11_odd.png");
+  WindowOnScreen set(1600, 1000, 96, "unixx11_odd.png", "Xft.dpi:\t5\n");
+  EXPECT_EQ(usual.Place().width, screen.Place().width);
+  EXPECT_EQ(usual.Place().width, set.Place().width);
+}
+
+// The sentence about the network takes more lines.
+TEST(X11Window, SaysThatTheDisplayMayBeReachedOverANetwork) {
+  WindowOnScreen usual(1600, 1000, 96, "unixx11_96.png");
+  WindowOnScreen remote(1600, 1000, 96, "unixx11_remote.png", "", "localhost");
+  EXPECT_EQ(usual.Place().width, remote.Place().width);
+  EXPECT_LT(usual.Place().height, remote.Place().height);
 }
 
 TEST(X11Window, FitsASmallScreen) {
