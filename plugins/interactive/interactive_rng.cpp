@@ -128,11 +128,12 @@ bool InteractiveRng::Draw(unsigned char* buffer, std::size_t size, std::uint64_t
   if (!IsAvailable()) return false;
   const Helper helper(HelperRequest::kDraw, size, cancels, cancelsBefore);
   // From here on, Cancel finds the socket. A Cancel before that shows in the count.
-  socket = helper.Get();
+  const Connection own = {::getpid(), helper.Get()};
+  connection = own;
   if (cancels != cancelsBefore) ::shutdown(helper.Get(), SHUT_WR);
   const bool isDrawn = helper.Receive(buffer, size) && cancels == cancelsBefore;
   // Cancel may have borrowed the socket in another thread. It must not be closed until Cancel returns it.
-  for (int own = helper.Get(); !socket.compare_exchange_weak(own, -1); own = helper.Get()) {
+  for (Connection kept = own; !connection.compare_exchange_weak(kept, kNoConnection); kept = own) {
     ::sched_yield();
   }
   return isDrawn;
@@ -140,12 +141,15 @@ bool InteractiveRng::Draw(unsigned char* buffer, std::size_t size, std::uint64_t
 
 void InteractiveRng::Cancel() {
   ++cancels;
-  if (drawing != ::getpid()) return;
-  const int borrowed = socket.exchange(-1);
-  if (borrowed < 0) return;
+  Connection borrowed = connection;
+  // In a forked copy of the host, the connection may be that of the original.
+  if (borrowed.process != ::getpid() ||
+      !connection.compare_exchange_strong(borrowed, kNoConnection)) {
+    return;
+  }
   // The helper sees this even if a forked copy of the host has the socket open.
-  ::shutdown(borrowed, SHUT_WR);
-  socket = borrowed;
+  ::shutdown(borrowed.socket, SHUT_WR);
+  connection = borrowed;
 }
 
 bool InteractiveRng::SelfTest() {

@@ -28,11 +28,18 @@ class InteractiveRng final : public IRngProvider {
   class Turn;
   class Helper;
 
+  // The socket to the helper of a draw, and the process that draws: after a fork, it may be the parent.
+  struct Connection {
+    pid_t process;
+    int socket;
+  };
+  static constexpr Connection kNoConnection = {0, -1};
+
   bool Draw(unsigned char* buffer, std::size_t size, std::uint64_t cancelsBefore);
 
   // Atomics instead of a lock: if another thread held a lock during a fork, the copy could never take it.
   std::atomic<pid_t> drawing = 0;  // the process that draws; after a fork, it may be the parent
-  std::atomic<int> socket = -1;    // to the helper of that draw
+  std::atomic<Connection> connection = kNoConnection;
   std::atomic<std::uint64_t> cancels = 0;  // number of calls of Cancel
 };
 

@@ -1,5 +1,5 @@
-// forking_host KIND: forks while one of its threads draws. The copy cancels, tests itself and waits; then the
-// original cancels its draw.
+// forking_host KIND: forks while one of its threads draws. The copy cancels, tests itself, cancels draws of its
+// own and waits; then the original cancels its draw.
 
 #include <atomic>
 #include <chrono>
@@ -15,12 +15,29 @@ namespace {
 
 void Sleep() { std::this_thread::sleep_for(std::chrono::milliseconds(200)); }
 
+// From the first moment of a draw on, while its program is still being started.
+bool DrawAndCancel(IRngProvider& rng) {
+  std::atomic<bool> draws = true;
+  bool isDrawn = false;
+  std::thread draw([&] {
+    unsigned char bytes[32];
+    isDrawn = rng.Generate(bytes, sizeof bytes);
+    draws = false;
+  });
+  while (draws) rng.Cancel();
+  draw.join();
+  return isDrawn;
+}
+
 pid_t StartCopy(IRngProvider& rng, int done) {
   const pid_t copy = ::fork();
   if (copy != 0) return copy;
   rng.Cancel();
   std::cout << "copy: cancels" << std::endl;
   std::cout << "copy: self-test " << rng.SelfTest() << std::endl;
+  int drawn = 0;
+  for (int i = 0; i < 20; ++i) drawn += DrawAndCancel(rng);
+  std::cout << "copy: drawn " << drawn << std::endl;
   ::close(done);
   for (;;) ::pause();
 }

@@ -46,8 +46,8 @@ TEST_F(CancelledDraws, LeaveNothing) {
 // While the copy lives, it has the socket open, too.
 TEST_F(ForkingHost, AndItsCopyDoNotDisturbEachOther) {
   EXPECT_EQ(
-      "copy: cancels\ncopy: self-test 1\noriginal: still draws 1\noriginal: drawn 0\noriginal: "
-      "copy lives 1\n",
+      "copy: cancels\ncopy: self-test 1\ncopy: drawn 0\noriginal: still draws 1\noriginal: drawn "
+      "0\noriginal: copy lives 1\n",
       host.Finish());
   ExpectNothingLeft();
 }
