@@ -7,13 +7,12 @@
 #include <QApplication>
 #include <QLocale>
 #include <QTranslator>
-#include <unistd.h>
 
 namespace {
 
 // Without a display, Qt would abort and leave a core dump, though nothing is wrong.
 void EndQuietly(QtMsgType type, const QMessageLogContext&, const QString&) {
-  if (type == QtFatalMsg) ::_exit(1);
+  if (type == QtFatalMsg) Session::Exit(1);
 }
 
 void PrepareQt() {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -26,6 +27,8 @@ bool IsReadable(int descriptor) {
   return ::poll(&wait, 1, 0) == 1;
 }
 
+void CloseSocket() { ::shutdown(kHelperSocket, SHUT_RDWR); }
+
 bool Send(const unsigned char* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t sent = ::send(kHelperSocket, bytes, size, MSG_NOSIGNAL);
@@ -42,6 +45,7 @@ bool Send(const unsigned char* bytes, std::size_t size) {
 
 Session::Session() {
   ::prctl(PR_SET_DUMPABLE, 0);
+  std::atexit(CloseSocket);
   ucred peer = {};
   socklen_t size = sizeof peer;
   if (::getsockopt(kHelperSocket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
@@ -61,8 +65,13 @@ void Session::ExitAtEnd() const {
   std::thread([host = host] {
     pollfd ends[] = {{kHelperSocket, POLLIN | POLLRDHUP, 0}, {host, POLLIN, 0}};
     while (::poll(ends, std::size(ends), -1) <= 0) continue;
-    ::_exit(0);
+    Exit(0);
   }).detach();
+}
+
+void Session::Exit(int status) {
+  CloseSocket();
+  ::_exit(status);
 }
 
 // The state follows the program's name, which is in parentheses and may itself contain any character.

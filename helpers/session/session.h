@@ -10,7 +10,8 @@
 class Session {
  public:
   /// Protects this process from core dumps and tracing, and waits for the request. Throws a
-  /// `std::runtime_error` if no plug-in has started this process.
+  /// `std::runtime_error` if no plug-in has started this process. When this process exits, the plug-in finds the
+  /// end of the socket, even if a forked copy of the host has this end open, too.
   Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -26,8 +27,12 @@ class Session {
   bool HasEnded() const;
 
   /// From now on, this process exits as soon as `HasEnded` becomes true, whatever it is doing. For programs that
-  /// use a display, whose server may never answer. The server removes the window of a program that exits.
+  /// use a display, whose server may never answer: the server removes the window of a program that exits. Also
+  /// for programs that send bytes, which nobody may be left to receive.
   void ExitAtEnd() const;
+
+  /// Exits at once, without the work that libraries do at the end of a process.
+  [[noreturn]] static void Exit(int status);
 
   /// Whether the host is stopped now, for example with Ctrl-Z.
   bool IsHostStopped() const;

@@ -32,7 +32,9 @@ void Draw(const Session& session) {
   const HmacAlgorithm algorithm;
   Gathering gathering(algorithm, DrawSystemBytes(), isRemote);
   const bool isDone = Typing(session, signals, terminal, gathering, isRemote).Run();
-  if (isDone) session.Answer(gathering.Finish());
+  if (!isDone) return;
+  session.ExitAtEnd();
+  session.Answer(gathering.Finish());
 }
 
 }  // namespace

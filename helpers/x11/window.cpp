@@ -14,11 +14,11 @@
 
 namespace {
 
-int ExitOnLoss(Display*) { std::_Exit(1); }
+int ExitOnLoss(Display*) { std::exit(1); }
 
 // Setting the focus fails, without harm, if the window is hidden at that moment.
 int ExitOnError(Display*, XErrorEvent* error) {
-  if (error->request_code != X_SetInputFocus) std::_Exit(1);
+  if (error->request_code != X_SetInputFocus) std::exit(1);
   return 0;
 }
 

@@ -7,9 +7,10 @@
 /// and waits.
 class Guard {
  public:
-  /// `kept` is a socket that stays open until the guard has restored the settings, so that whoever waits for its
-  /// end finds the terminal restored; -1 for none. Throws a `std::runtime_error` if no process can be started.
-  Guard(int terminal, int kept);
+  /// `socket` and `lock`, if they are descriptors, stay open until the guard has restored the settings, so that
+  /// whoever waits for the end of the socket, or for the lock, finds the terminal restored. The guard then shuts
+  /// the socket down. Throws a `std::runtime_error` if no process can be started.
+  Guard(int terminal, int socket, int lock);
   Guard(const Guard&) = delete;
   Guard& operator=(const Guard&) = delete;
   ~Guard();

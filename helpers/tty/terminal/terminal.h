@@ -24,14 +24,15 @@ class Terminal {
   /// name, as after su, this is not known, and the result is true.
   bool Reserve();
 
-  /// Call it before `TakeKeys`, and before there are secrets in memory, because it forks. `kept`: see `Guard`.
-  void StartGuard(int kept) { guard.emplace(descriptor, kept); }
+  /// Call it after `Reserve`, before `TakeKeys`, and before there are secrets in memory, because it forks.
+  /// `socket`: see `Guard`.
+  void StartGuard(int socket) { guard.emplace(descriptor, socket, reservation); }
 
-  /// Changes the settings, so that every key arrives at once. Throws a `std::runtime_error` if the guard has
-  /// been killed.
+  /// Changes the settings of the reserved terminal, so that every key arrives at once. Throws a
+  /// `std::runtime_error` if the guard has been killed.
   void TakeKeys();
 
-  /// Restores the settings, until the next `TakeKeys`.
+  /// Restores the settings until the next `TakeKeys`. Others may reserve the terminal now.
   void LeaveKeys();
 
   bool IsForeground() const;

@@ -36,6 +36,23 @@ struct ForkingHost : TerminalDraw {
   ForkingHost() : TerminalDraw({FORKING_HOST, "biokbd"}) {}
 };
 
+// So many bytes that there is time to do something while they are sent.
+constexpr char kHuge[] = "1000000000";
+
+struct CopiedHost : TerminalDraw {
+  CopiedHost() : TerminalDraw({COPIED_HOST, "biokbd", kHuge}) {}
+};
+
+class HugeDraw : public TerminalDraw {
+ protected:
+  HugeDraw() : TerminalDraw({DRAWING_HOST, "biokbd", kHuge}) {}
+  void SetUp() override {
+    ASSERT_TRUE(terminal.Shows("0%"));
+    ASSERT_TRUE(robot.TypeUntil(kEnough));
+    ASSERT_TRUE(WaitUntil([this] { return before == terminal.Settings(); }));
+  }
+};
+
 }  // namespace
 
 TEST_F(CancelledDraws, LeaveNothing) {
@@ -125,4 +142,40 @@ TEST_F(TerminalEnd, ByAStoppedHost) {
   EXPECT_TRUE(before == terminal.Settings());
   host.Send(SIGCONT);
   ExpectNoBytes();
+}
+
+// The bytes would take longer than this case may.
+TEST_F(HugeDraw, IsCancelledWhileBytesAreSent) {
+  host.Send(SIGUSR1);
+  ExpectNoBytes();
+}
+
+// Copies that were made while the helper started have its end of the socket open, too.
+TEST_F(CopiedHost, NoticesTheEndOfTheHelper) {
+  ASSERT_TRUE(host.Prints("copied"));
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x03");
+  EXPECT_TRUE(host.Prints("drawn 0"));
+  host.Finish();
+  ExpectNothingLeft();
+}
+
+TEST_F(CopiedHost, NoticesAKilledHelper) {
+  ASSERT_TRUE(host.Prints("copied"));
+  ASSERT_TRUE(terminal.Shows("0%"));
+  for (const pid_t process : host.Others(kHelper)) {
+    if (::getpgid(process) == host.Get()) ::kill(process, SIGKILL);
+  }
+  EXPECT_TRUE(host.Prints("drawn 0"));
+  host.Finish();
+  ExpectNothingLeft();
+}
+
+// The copies have the host's end of the socket open, so the helper can still send.
+TEST_F(CopiedHost, LeavesNoHelperIfItIsKilledWhileBytesAreSent) {
+  ASSERT_TRUE(host.Prints("copied"));
+  ASSERT_TRUE(robot.TypeUntil(kEnough));
+  ASSERT_TRUE(WaitUntil([this] { return before == terminal.Settings(); }));
+  host.Send(SIGKILL);
+  EXPECT_TRUE(WaitUntil([this] { return host.Others(kHelper).empty(); }));
 }
