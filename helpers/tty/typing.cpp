@@ -135,7 +135,12 @@ bool Typing::Suspend() {
   return true;
 }
 
+// While the job was stopped, its user may have started another one that asks.
 void Typing::Resume() {
+  while (!terminal.Reserve()) {
+    if (session.HasEnded() || !terminal.IsForeground()) return;
+    Sleep();
+  }
   terminal.TakeKeys();
   Ask();
   shown = -1;

@@ -51,6 +51,7 @@ void Terminal::LeaveKeys() {
   RestoreSettings(descriptor, settings);
   settings.areTaken = false;
   if (guard) guard->Tell(settings);
+  ::flock(reservation, LOCK_UN);
 }
 
 bool Terminal::IsForeground() const { return ::tcgetpgrp(descriptor) == ::getpgrp(); }

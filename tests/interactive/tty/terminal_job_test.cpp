@@ -39,6 +39,13 @@ struct ForegroundJob : Job {
   ForegroundJob() : Job("draw; echo end") {}
 };
 
+// Two jobs, of which the first one is stopped while it asks.
+struct SecondJob : Job {
+  SecondJob()
+      : Job("set +e; " DRAWING_HOST " biokbd 32; echo stopped; " DRAWING_HOST
+            " biokbd 32; kill %1; wait; echo end") {}
+};
+
 struct BackgroundJob : Job {
   BackgroundJob() : Job("draw & wait; echo end") {}
 };
@@ -86,6 +93,16 @@ TEST_F(ForegroundJob, GoesOnAfterItsHelperWasStopped) {
   EXPECT_TRUE(terminal.Shows("] "));
   terminal.Press("\x03");
   EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
+  ExpectNothingLeft();
+}
+
+TEST_F(SecondJob, AsksWhileTheFirstIsStopped) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x1a");
+  ASSERT_TRUE(host.Prints("stopped"));
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x03");
+  EXPECT_THAT(host.Finish(), EndsWith("zeros\ndescriptors 0\nchildren 0\nend\n"));
   ExpectNothingLeft();
 }
 
