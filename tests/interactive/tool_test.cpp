@@ -133,6 +133,19 @@ TEST_F(DoctorOfTheKeyboard, SaysThatThereIsNoTerminal) {
   EXPECT_THAT(result.output, HasSubstr("\nbiokbd: There is no terminal to type in. "));
 }
 
+// As for a display that is missing: the installation is in order.
+TEST_F(DoctorOfTheKeyboard, DoesNotCountAMissingTerminalAsAProblemOfAll) {
+  const Result result = RunWithoutTerminal("doctor");
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.output, HasSubstr("\nbiokbd: There is no terminal"));
+}
+
+TEST_F(DoctorOfTheKeyboard, WarnsOfAHelperThatOthersCanChange) {
+  std::filesystem::permissions(helper, std::filesystem::perms(0777));
+  EXPECT_THAT(RunWithoutTerminal("doctor").output,
+              ContainsRegex("libexec/rngaggregator/rng-gather-tty.*can"));
+}
+
 TEST_F(DoctorOfTheKeyboard, SaysThatItRunsInTheBackground) {
   Start({"/bin/bash", "-m", "-c", Rngctl() + " doctor biokbd & wait"});
   EXPECT_THAT(host->Finish(),

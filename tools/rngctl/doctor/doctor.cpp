@@ -16,13 +16,17 @@
 #include "tools/rngctl/doctor/surroundings.h"
 #include "tools/rngctl/doctor/verdict.h"
 #include "tools/rngctl/process/descendants.h"
+#include "tools/rngctl/process/descriptor.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/settings/kinds.h"
 #include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <set>
+
+#include <rngaggregator/aggregator.h>
 
 namespace {
 
@@ -120,10 +124,17 @@ bool IsNotUnderstood(const GeneratorReport& row) {
   return row.verdict == DoctorVerdict::kInternalError;
 }
 
+// Where there is no terminal, a generator that asks in one is not available, and nothing is wrong with it.
+bool LacksTerminal(const GeneratorReport& row) {
+  if (row.verdict != DoctorVerdict::kNotAvailable || row.kind != rngBioKb) return false;
+  const Descriptor terminal(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC));
+  return terminal.Get() < 0;
+}
+
 bool HasProblem(const GeneratorReport& row) {
   const std::set<DoctorVerdict> inOrder = {DoctorVerdict::kLoaded, DoctorVerdict::kNotInstalled,
                                            DoctorVerdict::kNoDisplay};
-  return row.failsInFlags || !inOrder.contains(row.verdict);
+  return row.failsInFlags || (!inOrder.contains(row.verdict) && !LacksTerminal(row));
 }
 
 // A host gets a generator that is loaded unless the library cannot even be started. An answer that was

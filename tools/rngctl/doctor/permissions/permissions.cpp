@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -29,6 +30,7 @@ class Subjects {
     AddDirectories();
     Add(FindLibrary(), Sort::kLibrary);
     AddPlugins();
+    AddHelpers();
     if (fs::path(report.settings.service).is_absolute()) {
       Add(report.settings.service, Sort::kLibrary);
     }
@@ -77,6 +79,22 @@ class Subjects {
     for (const GeneratorReport& row : report.generators) {
       if (!row.file.empty()) Add(row.file, Sort::kPlugin);
       for (const std::string& file : row.dependencies) Add(file, Sort::kDependency);
+    }
+  }
+
+  // The programs that plug-ins of this project start.
+  void AddHelpers() {
+    std::set<fs::path> folders;
+    for (const ProviderCatalogueEntry& row : BuildProviderCatalogue()) {
+      const fs::path file = FindFirst(row.libraryFile, report.search);
+      if (!file.empty()) folders.insert(file.parent_path() / RNG_HELPERS_FROM_PLUGINS);
+    }
+    for (const fs::path& folder : folders) {
+      std::error_code absent;
+      for (const auto& entry : fs::directory_iterator(folder, absent)) {
+        Add(folder.lexically_normal(), Sort::kDirectory);
+        Add(entry.path().lexically_normal(), Sort::kLibrary);
+      }
     }
   }
 
