@@ -34,7 +34,7 @@ InteractiveRng g_provider;
 }  // namespace
 
 const InteractiveKind kKind = {
-    "biokbd",         "keys that the user presses in the terminal, and their times",
+    "biokbd",         "Keys that the user presses in the terminal, and their times",
     "rng-gather-tty", "rng-plugin-biokb",
     HasTerminal,      FindProblem};
 

@@ -9,7 +9,7 @@ InteractiveRng g_provider;
 
 }  // namespace
 
-const InteractiveKind kKind = {"bioqt",         "mouse movements and key presses in a dialog",
+const InteractiveKind kKind = {"bioqt",         "Mouse movements and key presses in a dialog",
                                "rng-gather-qt", "rng-plugin-bioqt",
                                HasDisplay,      FindProblemOfDisplay};
 

@@ -9,7 +9,7 @@ InteractiveRng g_provider;
 
 }  // namespace
 
-const InteractiveKind kKind = {"unixx11",        "mouse movements and key presses in a window",
+const InteractiveKind kKind = {"unixx11",        "Mouse movements and key presses in a window",
                                "rng-gather-x11", "rng-plugin-biox11",
                                HasDisplay,       FindProblemOfDisplay};
 
