@@ -66,7 +66,7 @@ TEST_F(InstalledInTree, FallsBackToTheKeyboard) {
 
 TEST_F(InstalledInTree, IsListedAsInteractive) {
   EXPECT_THAT(Start({Rngctl(), "list"}).Finish(),
-              ContainsRegex("\nbiokbd +yes +needs-user,may-block +keys that the user presses"));
+              ContainsRegex("\nbiokbd +yes +needs-user,may-block +Keys that the user presses"));
 }
 
 TEST_F(InstalledInTree, IsReadByTheTool) {
