@@ -29,6 +29,14 @@ TEST_F(RngctlTest, ReadRefusesBytesThatAreNotRandom) {
   }
 }
 
+TEST_F(RngctlTest, ReadRefusesBytesOfAUserThatAreNotRandom) {
+  InstallPlugin("biokbd");
+  const Result result = Run("read -n 32 biokbd");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("", result.output);
+  EXPECT_THAT(result.errors, HasSubstr("(nine equal bytes in a row)"));
+}
+
 TEST_F(RngctlTest, AFileIsNotReplacedByBytesThatAreNotRandom) {
   InstallPlugin("dsdr", "drawing/TurnConstant");
   WriteFile(TreePath("key"), "old");
