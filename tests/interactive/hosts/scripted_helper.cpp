@@ -40,8 +40,10 @@ int main() {
     Send(request.size);
   }
   if (task == "trickles") {
-    for (std::uint64_t sent = 0; sent < request.size && Send(1); ++sent) ::poll(nullptr, 0, 100);
-    Tidy();
+    for (std::uint64_t sent = 0; sent < request.size && Send(1); ++sent) {
+      ::poll(nullptr, 0, 100);
+      if (sent == request.size / 2) Tidy();
+    }
   }
   if (task == "sends when it is cancelled") {
     WaitFor(POLLIN);

@@ -52,6 +52,10 @@ termios PseudoTerminal::Settings() const {
   return settings;
 }
 
+void PseudoTerminal::Change(const termios& settings) const {
+  ::tcsetattr(slave, TCSANOW, &settings);
+}
+
 // In canonical mode, only whole lines would count.
 int PseudoTerminal::CountUnreadKeys() const {
   termios settings = Settings();

@@ -25,6 +25,9 @@ class PseudoTerminal {
 
   termios Settings() const;
 
+  /// As another program does.
+  void Change(const termios& settings) const;
+
   /// How many bytes of keys no program has read.
   int CountUnreadKeys() const;
 

@@ -89,6 +89,23 @@ TEST_F(TerminalEnd, ByAKilledHelper) {
   ExpectNoBytes();
 }
 
+// What the user has typed for the draw is not for the shell.
+TEST_F(TerminalEnd, ByAKilledHelperThatHasUnreadKeys) {
+  ::kill(helper, SIGSTOP);
+  terminal.Press("keys\n");
+  ::kill(helper, SIGKILL);
+  ExpectNoBytes();
+  EXPECT_EQ(0, terminal.CountUnreadKeys());
+}
+
+TEST_F(TerminalEnd, ByAKilledHelperAfterTheHostHasChangedSettings) {
+  termios settings = terminal.Settings();
+  settings.c_lflag |= ECHO;
+  terminal.Change(settings);
+  ::kill(helper, SIGKILL);
+  ExpectNoBytes();
+}
+
 // The host would print "no echo".
 TEST_F(TerminalEnd, ByAKilledHelperWaitsForTheGuard) {
   ::kill(guard, SIGSTOP);

@@ -31,6 +31,10 @@ struct StoppedJob : Job {
   }
 };
 
+struct StoppedByForce : Job {
+  StoppedByForce() : Job("set +e; " DRAWING_HOST " biokbd 32; echo stopped; read -r line") {}
+};
+
 struct ContinuedInTheBackground : Job {
   ContinuedInTheBackground() : Job("set +e; " DRAWING_HOST " biokbd 32; bg; wait; echo end") {}
 };
@@ -70,6 +74,22 @@ TEST_F(StoppedJob, GivesTheTerminalBackAndGoesOn) {
   EXPECT_EQ(2, CountPrompts());  // at the start, and after the stop
   EXPECT_THAT(host.Finish(), HasSubstr("\ndrawn\ndescriptors 0\nchildren 0\nend 0\n"));
   ExpectNothingLeft();
+}
+
+// The shell has the terminal then, and settings of its own, which are not those from before the draw.
+TEST_F(StoppedByForce, LeavesTheSettingsOfTheShell) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  const std::vector<pid_t> processes = host.Others("rng-gather-tty");
+  ASSERT_EQ(2U, processes.size());
+  const pid_t helper = processes[::getpgid(processes[0]) == processes[0] ? 1 : 0];  // not the guard
+  ::kill(-::getpgid(helper), SIGSTOP);
+  ASSERT_TRUE(host.Prints("stopped"));
+  termios ofTheShell = before;
+  ofTheShell.c_lflag &= ~static_cast<tcflag_t>(ICANON);
+  terminal.Change(ofTheShell);
+  ::kill(helper, SIGKILL);
+  EXPECT_TRUE(WaitUntil([this] { return host.Others("rng-gather-tty").empty(); }));
+  EXPECT_TRUE(ofTheShell == terminal.Settings());
 }
 
 TEST_F(ContinuedInTheBackground, GetsNoBytes) {
