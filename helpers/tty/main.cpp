@@ -7,22 +7,28 @@
 #include "helpers/tty/terminal/terminal.h"
 #include "helpers/tty/typing.h"
 
+#include <csignal>
 #include <poll.h>
 #include <string>
 
 namespace {
 
-// Waits while another helper takes keys from this terminal.
-bool WaitForTerminal(Terminal& terminal, const Session& session) {
+// Waits while another helper takes keys from this terminal. A stop of the job is no reason to end.
+bool WaitForTerminal(Terminal& terminal, const Session& session, const Signals& signals) {
   constexpr int kLook = 100;  // milliseconds
-  while (!terminal.Reserve() && !session.HasEnded()) ::poll(nullptr, 0, kLook);
+  while (!terminal.Reserve()) {
+    const int signal = signals.Next();
+    const bool endsProcess = signal == SIGTERM || signal == SIGHUP || signal == SIGINT;
+    if (endsProcess || session.HasEnded()) return false;
+    ::poll(nullptr, 0, kLook);
+  }
   return !session.HasEnded();
 }
 
 void Draw(const Session& session) {
   const Signals signals;
   Terminal terminal;
-  if (!WaitForTerminal(terminal, session)) return;
+  if (!WaitForTerminal(terminal, session, signals)) return;
   if (!terminal.IsForeground()) {
     return terminal.Say(
         "A background program cannot ask for random bytes. Run it in the foreground.");

@@ -21,9 +21,7 @@ std::int32_t Report(const char* text, char* buffer) {
   return static_cast<std::int32_t>(size);
 }
 
-bool CanStartHelper() {
-  return !HasMoreRightsThanUser() && ::access(FindHelper().c_str(), X_OK) == 0;
-}
+bool CanStartHelper() { return !HasMoreRightsThanUser() && CheckHelper(FindHelper()) == 0; }
 
 }  // namespace
 

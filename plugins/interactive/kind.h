@@ -20,6 +20,9 @@ extern const InteractiveKind kKind;
 /// the plug-in was not loaded by an absolute path: the current folder may have changed since then.
 std::string FindHelper();
 
+/// 0 if the helper can be executed, otherwise the error number that says why not.
+int CheckHelper(const std::string& path);
+
 /// Whether the host has more rights than its user, as a set-user-ID program has. It then asks nobody: the user
 /// controls what the helper sees, and the helper could inherit these rights.
 bool HasMoreRightsThanUser();

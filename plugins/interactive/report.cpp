@@ -11,7 +11,7 @@
 namespace {
 
 std::string FixForHelper(const std::string& helper, int error) {
-  if (error == ENOENT) return "Reinstall " + std::string(kKind.package) + '.';
+  if (error == ENOENT || error == EISDIR) return "Reinstall " + std::string(kKind.package) + '.';
   if (::access(helper.c_str(), F_OK) != 0) return "Let this user enter the directories above it.";
   return "Run: chmod 755 " + helper;
 }
@@ -22,8 +22,8 @@ std::string ProblemOfHelper() {
     return "The plug-in was loaded by a relative path, so it cannot find its helper program " +
            std::string(kKind.helper) + ". Use absolute paths in LD_LIBRARY_PATH.";
   }
-  if (::access(helper.c_str(), X_OK) == 0) return "";
-  const int error = errno;
+  const int error = CheckHelper(helper);
+  if (error == 0) return "";
   return "The helper program cannot be run: " + helper + ": " + std::strerror(error) + ". " +
          FixForHelper(helper, error);
 }

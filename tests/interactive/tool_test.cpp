@@ -159,6 +159,14 @@ TEST_F(DoctorOfTheKeyboard, NamesAMissingHelper) {
       ContainsRegex("rng-gather-tty: No such file or directory. Reinstall rng-plugin-biokb."));
 }
 
+TEST_F(DoctorOfTheKeyboard, NamesADirectoryInPlaceOfTheHelper) {
+  std::filesystem::remove(helper);
+  std::filesystem::create_directory(helper);
+  const std::string output = Start({Rngctl(), "doctor", "biokbd"}).Finish();
+  EXPECT_THAT(output, HasSubstr("not available"));
+  EXPECT_THAT(output, HasSubstr("rng-gather-tty: Is a directory. Reinstall rng-plugin-biokb."));
+}
+
 TEST_F(DoctorOfTheKeyboard, NamesAHelperThatIsNotExecutable) {
   std::filesystem::permissions(helper, std::filesystem::perms(0644));
   EXPECT_THAT(Start({Rngctl(), "doctor", "biokbd"}).Finish(),
