@@ -24,7 +24,8 @@ Dialog::Dialog(Gathering& from, bool isRemote)
       text(new QLabel(this)),
       bar(new QProgressBar(this)),
       button(new QPushButton(tr("Cancel"), this)),
-      events(from, [this](int key) { ShowState(key); }) {
+      events(
+          from, [this](int key) { ShowState(key); }, [this] { reject(); }) {
   setWindowTitle(tr("A program needs random bytes"));
   QString request = tr(
       "Move the mouse around in this window, or press different keys at irregular intervals, until "

@@ -15,11 +15,13 @@ namespace {
 constexpr int kKeyPress = 2;
 constexpr int kMotion = 6;
 constexpr int kSent = 0x80;
+constexpr int kDestroyed = 17;  // of a window
 
 }  // namespace
 
-UserEvents::UserEvents(Gathering& into, std::function<void(int key)> then)
-    : gathering(into), whenTaken(std::move(then)) {
+UserEvents::UserEvents(Gathering& into, std::function<void(int key)> then,
+                       std::function<void()> whenLost)
+    : gathering(into), whenTaken(std::move(then)), whenDestroyed(std::move(whenLost)) {
   QCoreApplication::instance()->installEventFilter(this);
   QCoreApplication::instance()->installNativeEventFilter(this);
 }
@@ -29,6 +31,7 @@ UserEvents::~UserEvents() { QCoreApplication::instance()->removeNativeEventFilte
 // Drops the key and mouse events that other programs have sent.
 bool UserEvents::nativeEventFilter(const QByteArray&, void* event, qintptr*) {
   const int code = *static_cast<const unsigned char*>(event);
+  if (code == kDestroyed) whenDestroyed();
   return code >= (kSent | kKeyPress) && code <= (kSent | kMotion);
 }
 

@@ -15,8 +15,9 @@ class QWindow;
 /// then handled as usual.
 class UserEvents : public QObject, public QAbstractNativeEventFilter {
  public:
-  /// Calls `then` after each event, with the Qt::Key that was pressed, or 0 for the mouse.
-  UserEvents(Gathering& into, std::function<void(int key)> then);
+  /// Calls `then` after each event, with the Qt::Key that was pressed, or 0 for the mouse; and `whenLost` if a
+  /// window of this program is destroyed, which Qt does not notice if another program does it.
+  UserEvents(Gathering& into, std::function<void(int key)> then, std::function<void()> whenLost);
   UserEvents(const UserEvents&) = delete;
   UserEvents& operator=(const UserEvents&) = delete;
   ~UserEvents() override;
@@ -31,6 +32,7 @@ class UserEvents : public QObject, public QAbstractNativeEventFilter {
 
   Gathering& gathering;
   const std::function<void(int key)> whenTaken;
+  const std::function<void()> whenDestroyed;
   std::uint64_t lastPress = 0;  // the time of the X server, in ms
 };
 

@@ -103,6 +103,12 @@ TEST_F(QtDraw, IsCancelledByClosingTheWindow) {
   ExpectEnd("zeros");
 }
 
+// By another program. Qt would wait for a user who sees nothing.
+TEST_F(QtDraw, IsCancelledByDestroyingTheWindow) {
+  window.Destroy();
+  ExpectEnd("zeros");
+}
+
 TEST_F(QtDraw, IsCancelledByAnotherThread) {
   host.Send(SIGUSR1);
   ExpectEnd("zeros");
