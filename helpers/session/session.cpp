@@ -3,6 +3,7 @@
 #include "helpers/gathering/self_test.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -27,7 +28,13 @@ bool IsReadable(int descriptor) {
   return ::poll(&wait, 1, 0) == 1;
 }
 
-void CloseSocket() { ::shutdown(kHelperSocket, SHUT_RDWR); }
+std::atomic<bool> g_isExiting = false;
+
+// The thread that watches the socket sees this, too. The exit that has begun has the status that counts.
+void CloseSocket() {
+  g_isExiting = true;
+  ::shutdown(kHelperSocket, SHUT_RDWR);
+}
 
 bool Send(const unsigned char* bytes, std::size_t size) {
   while (size > 0) {
@@ -65,7 +72,7 @@ void Session::ExitAtEnd() const {
   std::thread([host = host] {
     pollfd ends[] = {{kHelperSocket, POLLIN | POLLRDHUP, 0}, {host, POLLIN, 0}};
     while (::poll(ends, std::size(ends), -1) <= 0) continue;
-    Exit(0);
+    if (!g_isExiting) Exit(0);
   }).detach();
 }
 
