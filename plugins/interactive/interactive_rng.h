@@ -29,7 +29,7 @@ class InteractiveRng final : public IRngProvider {
   class Helper;
 
   // The socket to the helper of a draw, and the process that draws: after a fork, it may be the parent.
-  struct Connection {
+  struct alignas(8) Connection {  // as one word, so that it is atomic without a library
     pid_t process;
     int socket;
   };
