@@ -1,33 +1,25 @@
 // cancelled_draws KIND COUNT: makes that many draws, cancels each a moment after it has begun, and prints
 // what is left of them, as drawing_host does.
 
+#include "tests/support/open_files.h"
+
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <random>
 #include <sys/wait.h>
 #include <thread>
 
 #include <rngaggregator/aggregator.h>
 
-namespace {
-
-std::ptrdiff_t CountDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
-}  // namespace
-
 int main(int count, char** arguments) {
   if (count != 3) return 2;
   Initialize(GetDefaultSettings());
   IRngProvider* const rng = GetRng(arguments[1]);
   if (!rng) return 1;
-  const std::ptrdiff_t before = CountDescriptors();
+  const std::ptrdiff_t before = CountOpenFiles();
   std::mt19937 random(1);
   int drawn = 0;
   for (int i = 0; i < std::atoi(arguments[2]); ++i) {
@@ -45,7 +37,7 @@ int main(int count, char** arguments) {
     }
     draw.join();
   }
-  std::cout << "drawn " << drawn << "\ndescriptors " << CountDescriptors() - before << "\nchildren "
+  std::cout << "drawn " << drawn << "\ndescriptors " << CountOpenFiles() - before << "\nchildren "
             << (::waitpid(-1, nullptr, __WALL | WNOHANG) >= 0 || errno != ECHILD) << std::endl;
   ShutDown();
 }

@@ -8,15 +8,15 @@
 //     children N               how many children there are, dead or alive: 0 unless waitpid finds one
 //     mapped NAME              for each library in the process that only helpers may use
 
+#include "tests/support/open_files.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <string>
 #include <sys/wait.h>
 #include <termios.h>
@@ -27,10 +27,6 @@
 #include <rngaggregator/aggregator.h>
 
 namespace {
-
-std::ptrdiff_t CountDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
 
 int CountChildren() {
   int count = 0;
@@ -72,7 +68,7 @@ void CancelOnSignal(IRngProvider& rng) {
 
 void Run(IRngProvider& rng, std::size_t size, std::size_t draws) {
   CancelOnSignal(rng);
-  const std::ptrdiff_t before = CountDescriptors();
+  const std::ptrdiff_t before = CountOpenFiles();
   std::cout << "ready" << std::endl;
   std::vector<std::string> results(draws);
   std::vector<std::thread> threads;
@@ -84,7 +80,7 @@ void Run(IRngProvider& rng, std::size_t size, std::size_t draws) {
   }
   for (std::thread& thread : threads) thread.join();
   for (const std::string& result : results) std::cout << result << std::endl;
-  std::cout << "descriptors " << CountDescriptors() - before << '\n'
+  std::cout << "descriptors " << CountOpenFiles() - before << '\n'
             << "children " << CountChildren() << std::endl;
   PrintMapped();
 }
