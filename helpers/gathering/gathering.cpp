@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <openssl/crypto.h>
 #include <stdexcept>
 

@@ -3,7 +3,6 @@
 #include "helpers/gathering/gathering.h"
 
 #include <algorithm>
-#include <cstring>
 
 using namespace std::chrono_literals;
 

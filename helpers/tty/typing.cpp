@@ -56,7 +56,7 @@ bool Typing::Run() {
   if (!isDone) SayWhyNot();
   if (isDone) terminal.Say("");
   terminal.LeaveKeys();
-  return isDone && !isOver;
+  return isDone;
 }
 
 void Typing::Ask() {
