@@ -90,9 +90,20 @@ TEST_F(Interactive, KeepsNothingOfHalfADraw) {
 
 // A helper that cannot be executed ends before or after it is asked.
 TEST_F(Interactive, SurvivesAHelperThatIsNoProgram) {
+  g_helper[0] = '0';
+  const std::string helper = FindHelper();
+  WriteFile(helper, "no program");
+  std::filesystem::permissions(helper, std::filesystem::perms(0755));
+  EXPECT_TRUE(rng.IsAvailable());
+  for (int i = 0; i < 100; ++i) EXPECT_EQ("zeros", Draw());
+  std::filesystem::remove(helper);
+}
+
+TEST_F(Interactive, IsNotAvailableIfItsHelperIsADirectory) {
   g_helper[0] = '.';
   g_helper[1] = '\0';
-  for (int i = 0; i < 100; ++i) ASSERT_EQ("zeros", Draw());
+  EXPECT_FALSE(rng.IsAvailable());
+  EXPECT_EQ("zeros", Draw());
 }
 
 TEST_F(Interactive, SelfTestPassesWithOneAnswerAlone) {
