@@ -229,7 +229,7 @@ TEST(CheckedRng, CanBeCancelledAndResetWhileADrawWaits) {
   Bytes bytes(32);
   auto draw = std::async(std::launch::async, [&] { return rng.Generate(bytes.data(), 32); });
   begun.get_future().wait();
-  rng.Reset();  // would wait for ever if the draw held the lock
+  rng.Reset();
   EXPECT_EQ(RngHealthAlarm::kNone, rng.Alarm());
   rng.Cancel();
   go.set_value();
@@ -254,4 +254,38 @@ TEST(CheckedRng, PassesOnEveryOtherOperationButThoseOfTheAggregator) {
       "GetName GetDescription GetHardwareId SelectDevice SelectDevice IsAvailable SelfTest Cancel "
       "GetFlags ",
       source.calls);
+}
+
+// --- The check alone, as plug-ins use it
+
+TEST(RngDrawCheck, TestsAndZeroesWhatTheFunctionDraws) {
+  RngDrawCheck check;
+  Bytes bytes = OldBytes(64);
+  EXPECT_TRUE(check.Run(bytes.data(), 64, [&] { return DrawGood(bytes.data(), 64); }));
+  EXPECT_FALSE(check.Run(bytes.data(), 64, [&] { return DrawGood(bytes.data(), 32); }));
+  ExpectZeros(bytes);
+  EXPECT_EQ(RngHealthAlarm::kRepetition, check.Alarm());
+  check.Reset();
+  EXPECT_TRUE(check.Run(bytes.data(), 64, [&] { return DrawGood(bytes.data(), 64); }));
+}
+
+// As in a copy that was forked while another thread's bytes were being tested.
+TEST(RngDrawCheck, BytesThatEndDuringATestAreTestedAlone) {
+  for (const bool isGood : {true, false}) {
+    RngDrawCheck check;
+    Bytes large(64 << 20);
+    std::promise<void> isDrawn;
+    auto other = std::async(std::launch::async, [&] {
+      return check.Run(large.data(), large.size(), [&] {
+        const bool isFilled = DrawGood(large.data(), large.size());
+        isDrawn.set_value();
+        return isFilled;
+      });
+    });
+    isDrawn.get_future().wait();
+    Bytes bytes(4096);
+    const auto draw = [&] { return isGood ? DrawGood(bytes.data(), 4096) : true; };
+    EXPECT_EQ(isGood, check.Run(bytes.data(), bytes.size(), draw));
+    EXPECT_TRUE(other.get() || !isGood);
+  }
 }
