@@ -15,13 +15,18 @@ function(rng_add_plugin kind)
   if(NOT arg_SOURCES OR arg_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "Write rng_add_plugin(KIND SOURCES file...), with at least one file.")
   endif()
-  rng_look_up_kind("${kind}" target factory)
+  rng_look_up_kind("${kind}" file factory)
+  rng_add_plugin_file(${file} ${file} ${factory} ${arg_SOURCES})
+endfunction()
+
+# rng_add_plugin_file(TARGET FILE FACTORY file...): the module FILE that exports the FACTORY.
+function(rng_add_plugin_file target file factory)
   set(exports ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
   # A pattern, because lld rejects the plain name of a function that the plug-in does not define.
   file(CONFIGURE OUTPUT ${exports} CONTENT
     "{\n  global: ${factory}; GetRngRepor[t];\n  local: *;\n};\n")
 
-  add_library(${target} MODULE ${arg_SOURCES})
+  add_library(${target} MODULE ${ARGN})
   target_link_libraries(${target} PRIVATE RngAggregator::plugin)
   # GNU-unique symbols would prevent the module from being unmapped.
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
@@ -30,6 +35,7 @@ function(rng_add_plugin kind)
     -Wl,-Bsymbolic-functions  # its own calls do not reach functions of other plug-ins
     -Wl,-z,defs,-z,now)
   set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME ${file}
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
     LINK_DEPENDS ${exports})

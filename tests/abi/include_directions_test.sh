@@ -60,6 +60,10 @@ settings/default_settings.cpp extern "C" int CKP_GetPath(int);
 tools/rngctl/main.cpp void* service = dlsym(nullptr, "CKP_GetPath");
 plugins/unixdev/unix_dev_rng.cpp #include "aggregator/rng_info.h"
 plugins/unixdev/unix_dev_rng.cpp #include <tests/support/fakes.h>
+plugins/token/turns.cpp #include "plugins/interactive/kind.h"
+plugins/token/pkcs11/text.cpp #include "../source.h"
+plugins/token/pkcs11/text.cpp #include <rngaggregator/provider.h>
+plugins/token/turns.cpp #include <p11-kit/p11-kit.h>
 plugins/unixdev/unix_dev_rng.cpp #include "plugins/interactive/kind.h"
 plugins/interactive/report.cpp #include "providers/catalogue.h"
 plugins/interactive/report.cpp #include "helpers/session/session.h"

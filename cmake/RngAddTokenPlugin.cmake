@@ -1,0 +1,89 @@
+# rng_add_token_plugin(TARGET KIND kind URI uri)
+#
+# Adds a plug-in that draws from PKCS#11 tokens, such as smart cards, for a kind that is a device. For example:
+#
+#   rng_add_token_plugin(my_token KIND Rutoken URI "pkcs11:manufacturer=Example%20Corp.?module-name=example")
+#
+# The URI (RFC 7512) says which tokens are the plug-in's own, by any of the attributes manufacturer, model,
+# serial and token (the label). Without any, all tokens are. The query attributes say which modules
+# are asked: module-path is the file of one, as an absolute path; module-name is the name under which one is registered
+# with p11-kit; without them, it is all that are registered. Bytes other than letters, digits and -._~ are written
+# as %XX. The plug-in asks for no PIN, so pin-value and pin-source are errors.
+#
+# The file name of the plug-in and its factory follow from the kind, as with rng_add_plugin. Needs p11-kit (in
+# Debian: libp11-kit-dev and pkg-config) and a C++ compiler.
+function(rng_add_token_plugin target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "KIND;URI" "")
+  if(NOT arg_KIND OR NOT arg_URI OR arg_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "Write rng_add_token_plugin(TARGET KIND kind URI uri).")
+  endif()
+  set(devices accord sobol JacartaGost Rutoken EsmartGost grandmaster biocore)
+  rng_look_up_kind("${arg_KIND}" file factory)
+  if(NOT arg_KIND IN_LIST devices)
+    list(JOIN devices ", " devices)
+    message(FATAL_ERROR "The kind \"${arg_KIND}\" is not a device. Choose from: ${devices}.")
+  endif()
+  rng_check_token_uri("${arg_URI}")
+  find_package(PkgConfig QUIET)
+  if(PKG_CONFIG_FOUND)
+    pkg_check_modules(RNG_P11_KIT QUIET IMPORTED_TARGET p11-kit-1)
+  endif()
+  if(NOT TARGET PkgConfig::RNG_P11_KIT)
+    message(FATAL_ERROR "A token plug-in needs p11-kit. In Debian, install libp11-kit-dev and pkg-config.")
+  endif()
+
+  set(kind ${arg_KIND})
+  set(uri "${arg_URI}")
+  set(plugin ${CMAKE_CURRENT_BINARY_DIR}/${target}.cpp)
+  configure_file(${RNG_TOKEN_SOURCES}/plugin.cpp.in ${plugin} @ONLY)
+  file(GLOB sources ${RNG_TOKEN_SOURCES}/*.cpp ${RNG_TOKEN_SOURCES}/pkcs11/*.cpp)
+  rng_add_plugin_file(${target} ${file} ${factory} ${plugin} ${sources})
+  target_include_directories(${target} PRIVATE ${RNG_TOKEN_SOURCES})
+  target_link_libraries(${target} PRIVATE PkgConfig::RNG_P11_KIT)
+  target_compile_features(${target} PRIVATE cxx_std_17)
+endfunction()
+
+# rng_check_token_uri(URI): reports an error in the URI when the plug-in is built, rather than when no token matches.
+function(rng_check_token_uri uri)
+  if(NOT uri MATCHES "^pkcs11:([^?]*)([?]([^?]*))?$")
+    message(FATAL_ERROR "The URI \"${uri}\" does not begin with \"pkcs11:\", or has more than one \"?\".")
+  endif()
+  set(path "${CMAKE_MATCH_1}")
+  string(REPLACE "&" ";" query "${CMAKE_MATCH_3}")
+  if(uri MATCHES "([^]A-Za-z0-9._~%:@!$'()*+,=;?&/-])" OR uri MATCHES "(%([^0-9A-Fa-f]|.[^0-9A-Fa-f]|.?$))")
+    message(FATAL_ERROR "The URI \"${uri}\" contains \"${CMAKE_MATCH_1}\". Write such a byte as %XX, in hexadecimal.")
+  endif()
+  rng_check_token_attributes("${uri}" "manufacturer;model;serial;token" "${path}")
+  rng_check_token_attributes("${uri}" "module-path;module-name" "${query}")
+  if(query MATCHES "(^|;)module-path=" AND NOT query MATCHES "(^|;)module-path=(/|%2[Ff])")
+    message(FATAL_ERROR "The module-path in the URI \"${uri}\" is not an absolute path.")
+  endif()
+endfunction()
+
+# rng_check_token_attributes(URI NAMES ATTRIBUTES): each ATTRIBUTE has the form name=value, with one of the NAMES and a
+# value that fits into the field of the token.
+function(rng_check_token_attributes uri names attributes)
+  set(longest_manufacturer 32)
+  set(longest_model 16)
+  set(longest_serial 16)
+  set(longest_token 32)
+  set(longest_module-path 4095)
+  set(longest_module-name 255)
+  set(seen)
+  foreach(attribute IN LISTS attributes)
+    string(REGEX REPLACE "=.*" "" name "${attribute}")
+    if(NOT name IN_LIST names OR NOT attribute MATCHES "=.")
+      list(JOIN names ", " names)
+      message(FATAL_ERROR "The URI \"${uri}\" contains \"${attribute}\". Write name=value there, with a name of: ${names}.")
+    elseif(name IN_LIST seen)
+      message(FATAL_ERROR "The URI \"${uri}\" contains ${name} twice.")
+    endif()
+    list(APPEND seen ${name})
+    string(REGEX REPLACE "^[^=]*=" "" value "${attribute}")
+    string(REGEX REPLACE "%.." "x" value "${value}")
+    string(LENGTH "${value}" length)
+    if(length GREATER longest_${name})
+      message(FATAL_ERROR "The URI \"${uri}\" contains \"${attribute}\", which is longer than ${longest_${name}} bytes.")
+    endif()
+  endforeach()
+endfunction()

@@ -1,0 +1,48 @@
+#ifndef RNG_TOKEN_SESSION_H
+#define RNG_TOKEN_SESSION_H
+
+#include "modules.h"
+
+#include <cstddef>
+
+/// A session with the token in a slot, closed at the end.
+class Session {
+ public:
+  Session(CK_FUNCTION_LIST& module, CK_SLOT_ID slot);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
+
+  CK_RV Result() const { return opened; }
+
+  /// Draws in one piece after another. A piece that the token refuses is halved: tokens have limits that they do not
+  /// tell. `goesOn()` is asked after each piece; where it says no, the result is CKR_CANCEL.
+  template <typename GoesOn>
+  CK_RV Draw(unsigned char* bytes, std::size_t size, const GoesOn& goesOn) {
+    std::size_t piece = kLargestPiece;
+    for (std::size_t done = 0; done < size;) {
+      if (piece > size - done) piece = size - done;
+      const CK_RV result = module.C_GenerateRandom(handle, bytes + done, piece);
+      if (!goesOn()) return CKR_CANCEL;
+      if (result == CKR_OK) {
+        done += piece;
+      } else if (piece > 1 && MayBearLess(result)) {
+        piece /= 2;
+      } else {
+        return result;
+      }
+    }
+    return CKR_OK;
+  }
+
+ private:
+  static constexpr std::size_t kLargestPiece = 256;
+
+  static bool MayBearLess(CK_RV result);
+
+  CK_FUNCTION_LIST& module;
+  CK_SESSION_HANDLE handle = 0;
+  const CK_RV opened;
+};
+
+#endif

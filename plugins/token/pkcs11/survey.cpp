@@ -1,0 +1,88 @@
+#include "survey.h"
+
+#include "text.h"
+
+#include <algorithm>
+
+namespace {
+
+// Far more than there are; a module that reports more is out of its mind.
+constexpr CK_ULONG kMostSlots = 4096;
+
+// The slots that hold a token. A slot may come between the two calls, so they are repeated.
+CK_RV ListSlots(CK_FUNCTION_LIST& module, std::vector<CK_SLOT_ID>& slots) {
+  CK_RV result = CKR_BUFFER_TOO_SMALL;
+  for (int attempt = 0; attempt < 5 && result == CKR_BUFFER_TOO_SMALL; ++attempt) {
+    CK_ULONG count = 0;
+    result = module.C_GetSlotList(CK_TRUE, nullptr, &count);
+    if (result != CKR_OK) break;
+    slots.resize(std::min(count, kMostSlots));
+    count = slots.size();
+    if (!slots.empty()) result = module.C_GetSlotList(CK_TRUE, slots.data(), &count);
+    if (result == CKR_OK) slots.resize(std::min<CK_ULONG>(count, slots.size()));
+  }
+  if (result != CKR_OK) slots.clear();
+  return result;
+}
+
+void LookInto(Module& module, const TokenUri& uri, Survey& survey) {
+  std::vector<CK_SLOT_ID> slots;
+  const CK_RV listed = ListSlots(module.Functions(), slots);
+  if (listed == CKR_CRYPTOKI_NOT_INITIALIZED) survey.needsOpen = true;
+  if (listed != CKR_OK) {
+    survey.problems.push_back("The module " + module.File() + " cannot list its slots: " +
+                              Explain(listed) + ". See its vendor's manual.");
+  }
+  for (const CK_SLOT_ID slot : slots) {
+    Token token;
+    const CK_RV result = LookAt({&module, slot}, uri, token);
+    if (result == CKR_OK) {
+      survey.tokens.push_back(token);
+    } else if (result != CKR_TOKEN_NOT_PRESENT && result != CKR_SLOT_ID_INVALID) {
+      survey.problems.push_back("The token in slot " + std::to_string(slot) + " of " +
+                                module.File() + " cannot be read: " + Explain(result) +
+                                ". Insert it again.");
+    }
+  }
+}
+
+void FindTwins(std::vector<Token>& tokens) {
+  for (Token& token : tokens) {
+    token.isTwin = std::any_of(tokens.begin(), tokens.end(), [&token](const Token& other) {
+      return &other != &token && other.serial == token.serial && !token.serial.empty() &&
+             other.difference.empty() && token.difference.empty();
+    });
+  }
+}
+
+}  // namespace
+
+CK_RV LookAt(const Place& place, const TokenUri& uri, Token& token) {
+  CK_TOKEN_INFO info = {};
+  const CK_RV result = place.module->Functions().C_GetTokenInfo(place.slot, &info);
+  if (result != CKR_OK) return result;
+  token.place = place;
+  token.serial = Trimmed(info.serialNumber);
+  token.label = Trimmed(info.label);
+  token.model = Trimmed(info.model);
+  token.difference = uri.Difference(info);
+  token.isInitialized = (info.flags & CKF_TOKEN_INITIALIZED) != 0;
+  token.hasGenerator = (info.flags & CKF_RNG) != 0;
+  return CKR_OK;
+}
+
+Survey LookAround(const Modules& modules, const TokenUri& uri) {
+  Survey survey;
+  for (const auto& module : modules.All()) LookInto(*module, uri, survey);
+  FindTwins(survey.tokens);
+  return survey;
+}
+
+bool IsStorable(const std::string& serial) {
+  return !serial.empty() && Plain(serial) == serial && serial.find('=') == std::string::npos;
+}
+
+std::string Describe(const Token& token) {
+  return "Token \"" + Plain(token.label) + "\" (serial number " +
+         (token.serial.empty() ? "missing" : Plain(token.serial)) + ")";
+}

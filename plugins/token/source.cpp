@@ -1,0 +1,151 @@
+#include "source.h"
+
+#include "pkcs11/session.h"
+
+#include <cstring>
+
+// A draw from the token with the serial number, with "" from any.
+struct Source::Request {
+  unsigned char* const bytes;
+  const std::size_t size;
+  const std::string& serial;
+  Turn& turn;
+  const std::uint64_t openingsBefore;
+  bool isRepeated = false;
+
+  bool IsFor(const Token& token) const {
+    return token.IsCandidate() && (serial.empty() || serial == token.serial);
+  }
+};
+
+Source::Source(Modules& all, const TokenUri& which, const Source* original)
+    : modules(all),
+      uri(which),
+      turns(!all.BearThreads()),
+      openings(original ? 0 : 1),
+      selected(original ? original->selected.load() : &selections.front()) {}
+
+bool Source::Draw(void* buffer, std::size_t size) {
+  return check.Run(buffer, size, [&] {
+    return size == 0 ||
+           DrawUnchecked(static_cast<unsigned char*>(buffer), size, Selected()) == CKR_OK;
+  });
+}
+
+bool Source::Test() { return Test(Selected()); }
+
+bool Source::Test(const std::string& serial) {
+  unsigned char first[32];
+  unsigned char second[32];
+  RngDrawCheck fresh;
+  const auto draw = [&](unsigned char* bytes) {
+    return fresh.Run(bytes, sizeof first,
+                     [&] { return DrawUnchecked(bytes, sizeof first, serial) == CKR_OK; });
+  };
+  const bool hasPassed =
+      draw(first) && draw(second) && std::memcmp(first, second, sizeof first) != 0;
+  if (hasPassed) check.Reset();
+  return hasPassed;
+}
+
+bool Source::Select(const std::string& serial) {
+  if (!serial.empty() && (!IsStorable(serial) || !Test(serial))) return false;
+  const std::lock_guard<std::mutex> guard(lock);
+  for (const std::string& earlier : selections) {
+    if (earlier != serial) continue;
+    selected = &earlier;
+    return true;
+  }
+  selections.push_front(serial);
+  selected = &selections.front();
+  return true;
+}
+
+Token Source::Used() {
+  const std::lock_guard<std::mutex> guard(lock);
+  return used;
+}
+
+Source::Findings Source::Examine() {
+  unsigned char bytes[32];
+  Turn turn(turns, turns.Cancels());
+  Request request{bytes, sizeof bytes, "", turn, openings};
+  if (!turn.IsMine()) return {};
+  if (openings == 0 && !OpenAgain(request)) return {};
+  Survey survey = LookAround(modules, uri);
+  if (survey.needsOpen) {
+    if (!OpenAgain(request)) return {};
+    survey = LookAround(modules, uri);
+  }
+  Findings findings = {{}, modules.Problems(), !modules.All().empty()};
+  findings.problems.insert(findings.problems.end(), survey.problems.begin(), survey.problems.end());
+  for (const Token& token : survey.tokens) {
+    findings.all.push_back({token, token.IsCandidate() ? DrawFrom(token, request) : CKR_CANCEL});
+  }
+  return findings;
+}
+
+// Somebody else in the process may have finalized the module: it is then initialized, and the token found, again.
+CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial) {
+  Turn turn(turns, turns.Cancels());
+  Request request{bytes, size, serial, turn, openings};
+  if (!turn.IsMine() || (openings == 0 && !OpenAgain(request))) return CKR_CANCEL;
+  CK_RV result = DrawFromUsed(request);
+  if (result == CKR_CRYPTOKI_NOT_INITIALIZED && OpenAgain(request)) {
+    request.isRepeated = true;
+    result = DrawFromUsed(request);
+  }
+  while (result == CKR_SESSION_COUNT && turn.WaitForAnother()) result = DrawFromUsed(request);
+  return result;
+}
+
+// The token of the last draw needs no search as long as it is where it was.
+CK_RV Source::DrawFromUsed(Request& request) {
+  const Token before = Used();
+  Token now;
+  if (before.place.module && LookAt(before.place, uri, now) == CKR_OK &&
+      now.serial == before.serial && request.IsFor(now)) {
+    const CK_RV result = DrawFrom(now, request);
+    const bool isFinal = result == CKR_OK || result == CKR_CRYPTOKI_NOT_INITIALIZED ||
+                         result == CKR_SESSION_COUNT || request.turn.IsCancelled();
+    if (isFinal) return result;
+  }
+  return DrawFromFirst(request);
+}
+
+CK_RV Source::DrawFromFirst(Request& request) {
+  const Survey survey = LookAround(modules, uri);
+  if (survey.needsOpen && !request.isRepeated) return CKR_CRYPTOKI_NOT_INITIALIZED;
+  CK_RV result = CKR_TOKEN_NOT_PRESENT;
+  for (const Token& token : survey.tokens) {
+    if (!request.IsFor(token)) continue;
+    result = DrawFrom(token, request);
+    if (result == CKR_CRYPTOKI_NOT_INITIALIZED || request.turn.IsCancelled()) return result;
+    if (result != CKR_OK) continue;
+    const std::lock_guard<std::mutex> guard(lock);
+    used = token;
+    return CKR_OK;
+  }
+  return result;
+}
+
+CK_RV Source::DrawFrom(const Token& token, Request& request) {
+  Session session(token.place.module->Functions(), token.place.slot);
+  if (session.Result() != CKR_OK) return session.Result();
+  // Another token may have taken its place just before.
+  Token opened;
+  const CK_RV result = LookAt(token.place, uri, opened);
+  if (result != CKR_OK) return result;
+  if (opened.serial != token.serial || !opened.IsCandidate()) return CKR_DEVICE_REMOVED;
+  return session.Draw(request.bytes, request.size,
+                      [&request] { return !request.turn.IsCancelled(); });
+}
+
+// Several draws may notice at once that a module is not initialized. One of them initializes all.
+bool Source::OpenAgain(Request& request) {
+  return request.turn.RunAlone([this, &request] {
+    if (openings != request.openingsBefore) return;
+    modules.Reopen();
+    ++openings;
+  });
+}

@@ -1,0 +1,78 @@
+#include "turns.h"
+
+std::uint64_t Turns::Cancels() {
+  const std::lock_guard<std::mutex> guard(lock);
+  return cancels;
+}
+
+void Turns::Cancel() {
+  const std::lock_guard<std::mutex> guard(lock);
+  ++cancels;
+  change.notify_all();
+}
+
+Turn::Turn(Turns& all, std::uint64_t before) : turns(all), cancelsBefore(before) {
+  Guard guard(turns.lock);
+  Enter(guard);
+}
+
+Turn::~Turn() {
+  const Guard guard(turns.lock);
+  if (isMine) Leave();
+}
+
+bool Turn::IsCancelled() const {
+  const Guard guard(turns.lock);
+  return turns.cancels != cancelsBefore;
+}
+
+void Turn::Enter(Guard& guard) {
+  const auto isCancelled = [this] { return turns.cancels != cancelsBefore; };
+  turns.change.wait(guard, [&] {
+    return isCancelled() ||
+           (turns.users < turns.limit && !turns.isOneAlone && turns.wishesToBeAlone == 0);
+  });
+  isMine = !isCancelled();
+  if (isMine) ++turns.users;
+}
+
+void Turn::Leave() {
+  isMine = false;
+  --turns.users;
+  ++turns.ends;
+  turns.change.notify_all();
+}
+
+bool Turn::WaitForAnother() {
+  Guard guard(turns.lock);
+  if (turns.users < 2) return false;
+  Leave();
+  const std::uint64_t endsBefore = turns.ends;
+  turns.change.wait(guard, [&] {
+    return turns.ends != endsBefore || turns.users == 0 || turns.cancels != cancelsBefore;
+  });
+  Enter(guard);
+  return isMine;
+}
+
+bool Turn::RunAlone(const std::function<void()>& function) {
+  Guard guard(turns.lock);
+  Leave();  // two that wait for each other would wait for ever
+  ++turns.wishesToBeAlone;
+  turns.change.wait(guard, [this] {
+    return turns.cancels != cancelsBefore || (turns.users == 0 && !turns.isOneAlone);
+  });
+  --turns.wishesToBeAlone;
+  if (turns.cancels != cancelsBefore) {
+    turns.change.notify_all();
+    return false;
+  }
+  isMine = turns.isOneAlone = true;
+  ++turns.users;
+  guard.unlock();
+  function();
+  guard.lock();
+  turns.isOneAlone = false;
+  turns.change.notify_all();
+  return true;
+}

@@ -1,0 +1,63 @@
+#ifndef RNG_TOKEN_TURNS_H
+#define RNG_TOKEN_TURNS_H
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+
+/// Who uses the modules when. Threads: any.
+///
+/// `Cancel` ends every wait here that began before it.
+class Turns {
+ public:
+  explicit Turns(bool oneAtATime) : limit(oneAtATime ? 1 : UINT32_MAX) {}
+
+  /// How many times `Cancel` was called: a wait ends when that is no longer `cancelsBefore`.
+  std::uint64_t Cancels();
+  void Cancel();
+
+ private:
+  friend class Turn;
+
+  const std::uint32_t limit;
+  std::mutex lock;
+  std::condition_variable change;
+  std::uint32_t users = 0;
+  std::uint32_t wishesToBeAlone = 0;
+  bool isOneAlone = false;
+  std::uint64_t ends = 0;  // how many turns have ended
+  std::uint64_t cancels = 0;
+};
+
+/// The right to use the modules, from the constructor to the destructor.
+class Turn {
+ public:
+  Turn(Turns& turns, std::uint64_t cancelsBefore);
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  ~Turn();
+
+  /// Whether it was granted: not after `Cancel`.
+  bool IsMine() const { return isMine; }
+  bool IsCancelled() const;
+
+  /// Waits until one of the other turns has ended. Returns false after `Cancel`, and if there is no other.
+  bool WaitForAnother();
+
+  /// Waits until all others have ended, keeps new ones waiting, and calls the function. Returns false, without the
+  /// call, after `Cancel`.
+  bool RunAlone(const std::function<void()>& function);
+
+ private:
+  using Guard = std::unique_lock<std::mutex>;
+
+  void Enter(Guard& guard);
+  void Leave();
+
+  Turns& turns;
+  const std::uint64_t cancelsBefore;
+  bool isMine = false;
+};
+
+#endif
