@@ -18,7 +18,7 @@ constexpr std::size_t kLargestReport = 65536;  // with the terminator
 
 bool IsDevice(const Finding& finding) {
   // Where all sessions are in use, somebody else draws.
-  return finding.drawn == CKR_OK || finding.drawn == CKR_SESSION_COUNT;
+  return finding.isRandom || finding.drawn == CKR_SESSION_COUNT;
 }
 
 std::string LineOfDevice(const Finding& finding) {
@@ -53,6 +53,9 @@ std::string ProblemOf(const Finding& finding, bool isAlone) {
     return Describe(token) +
            " wants a PIN before it gives random bytes. This plug-in asks for none. Insert another "
            "token.";
+  }
+  if (finding.drawn == CKR_OK && !finding.isRandom) {
+    return Describe(token) + " gives bytes that are not random. Do not use it.";
   }
   if (!IsDevice(finding)) {
     return Describe(token) + " gives no random bytes: " + Explain(finding.drawn) +

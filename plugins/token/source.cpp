@@ -18,6 +18,21 @@ struct Source::Request {
   }
 };
 
+namespace {
+
+// Two equal draws are not a coincidence: the token is broken.
+template <typename Draw>
+bool LooksRandom(const Draw& draw) {
+  unsigned char first[32];
+  unsigned char second[32];
+  RngDrawCheck check;
+  return check.Run(first, sizeof first, [&] { return draw(first, sizeof first); }) &&
+         check.Run(second, sizeof second, [&] { return draw(second, sizeof second); }) &&
+         std::memcmp(first, second, sizeof first) != 0;
+}
+
+}  // namespace
+
 Source::Source(Modules& all, const TokenUri& which, const Source* original)
     : modules(all),
       uri(which),
@@ -35,15 +50,9 @@ bool Source::Draw(void* buffer, std::size_t size) {
 bool Source::Test() { return Test(Selected()); }
 
 bool Source::Test(const std::string& serial) {
-  unsigned char first[32];
-  unsigned char second[32];
-  RngDrawCheck fresh;
-  const auto draw = [&](unsigned char* bytes) {
-    return fresh.Run(bytes, sizeof first,
-                     [&] { return DrawUnchecked(bytes, sizeof first, serial) == CKR_OK; });
-  };
-  const bool hasPassed =
-      draw(first) && draw(second) && std::memcmp(first, second, sizeof first) != 0;
+  const bool hasPassed = LooksRandom([&](unsigned char* bytes, std::size_t size) {
+    return DrawUnchecked(bytes, size, serial) == CKR_OK;
+  });
   if (hasPassed) check.Reset();
   return hasPassed;
 }
@@ -67,11 +76,10 @@ Token Source::Used() {
 }
 
 Source::Findings Source::Examine() {
-  unsigned char bytes[32];
+  const std::string any;
   Turn turn(turns, turns.Cancels());
-  Request request{bytes, sizeof bytes, "", turn, openings};
-  if (!turn.IsMine()) return {};
-  if (openings == 0 && !OpenAgain(request)) return {};
+  Request request{nullptr, 0, any, turn, openings};
+  if (!turn.IsMine() || (openings == 0 && !OpenAgain(request))) return {};
   Survey survey = LookAround(modules, uri);
   if (survey.needsOpen) {
     if (!OpenAgain(request)) return {};
@@ -79,10 +87,19 @@ Source::Findings Source::Examine() {
   }
   Findings findings = {{}, modules.Problems(), !modules.All().empty()};
   findings.problems.insert(findings.problems.end(), survey.problems.begin(), survey.problems.end());
-  for (const Token& token : survey.tokens) {
-    findings.all.push_back({token, token.IsCandidate() ? DrawFrom(token, request) : CKR_CANCEL});
-  }
+  for (const Token& token : survey.tokens) findings.all.push_back(Examine(token, turn));
   return findings;
+}
+
+Source::Finding Source::Examine(const Token& token, Turn& turn) {
+  Finding finding = {token};
+  if (!token.IsCandidate()) return finding;
+  finding.isRandom = LooksRandom([&](unsigned char* bytes, std::size_t size) {
+    Request request{bytes, size, token.serial, turn, openings};
+    finding.drawn = DrawFrom(token, request);
+    return finding.drawn == CKR_OK;
+  });
+  return finding;
 }
 
 // Somebody else in the process may have finalized the module: it is then initialized, and the token found, again.
@@ -106,9 +123,7 @@ CK_RV Source::DrawFromUsed(Request& request) {
   if (before.place.module && LookAt(before.place, uri, now) == CKR_OK &&
       now.serial == before.serial && request.IsFor(now)) {
     const CK_RV result = DrawFrom(now, request);
-    const bool isFinal = result == CKR_OK || result == CKR_CRYPTOKI_NOT_INITIALIZED ||
-                         result == CKR_SESSION_COUNT || request.turn.IsCancelled();
-    if (isFinal) return result;
+    if (IsEnd(result, request)) return result;
   }
   return DrawFromFirst(request);
 }
@@ -116,17 +131,26 @@ CK_RV Source::DrawFromUsed(Request& request) {
 CK_RV Source::DrawFromFirst(Request& request) {
   const Survey survey = LookAround(modules, uri);
   if (survey.needsOpen && !request.isRepeated) return CKR_CRYPTOKI_NOT_INITIALIZED;
+  bool isAnyFull = false;
   CK_RV result = CKR_TOKEN_NOT_PRESENT;
   for (const Token& token : survey.tokens) {
     if (!request.IsFor(token)) continue;
     result = DrawFrom(token, request);
-    if (result == CKR_CRYPTOKI_NOT_INITIALIZED || request.turn.IsCancelled()) return result;
-    if (result != CKR_OK) continue;
-    const std::lock_guard<std::mutex> guard(lock);
-    used = token;
-    return CKR_OK;
+    if (result == CKR_OK) Remember(token);
+    if (IsEnd(result, request)) return result;
+    isAnyFull = isAnyFull || result == CKR_SESSION_COUNT;
   }
-  return result;
+  return isAnyFull ? CKR_SESSION_COUNT : result;
+}
+
+// Whether no other token is to be tried.
+bool Source::IsEnd(CK_RV result, const Request& request) {
+  return result == CKR_OK || result == CKR_CRYPTOKI_NOT_INITIALIZED || request.turn.IsCancelled();
+}
+
+void Source::Remember(const Token& token) {
+  const std::lock_guard<std::mutex> guard(lock);
+  used = token;
 }
 
 CK_RV Source::DrawFrom(const Token& token, Request& request) {

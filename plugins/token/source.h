@@ -40,7 +40,8 @@ class Source {
   /// A token, and what a small draw from it returned.
   struct Finding {
     Token token;
-    CK_RV drawn;  ///< `CKR_CANCEL` where none was made
+    CK_RV drawn = CKR_CANCEL;  ///< as it is where none was made
+    bool isRandom = false;     ///< whether the bytes were not evidently wrong
   };
   struct Findings {
     std::vector<Finding> all;
@@ -53,10 +54,13 @@ class Source {
   struct Request;
 
   bool Test(const std::string& serial);
+  Finding Examine(const Token& token, Turn& turn);
   CK_RV DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial);
   CK_RV DrawFromUsed(Request& request);
   CK_RV DrawFromFirst(Request& request);
   CK_RV DrawFrom(const Token& token, Request& request);
+  static bool IsEnd(CK_RV result, const Request& request);
+  void Remember(const Token& token);
   bool OpenAgain(Request& request);
 
   Modules& modules;

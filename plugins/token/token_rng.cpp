@@ -8,11 +8,6 @@
 
 namespace {
 
-struct Connection {
-  const TokenUri uri{kUri};
-  Modules modules{uri};
-};
-
 // With an empty text there is none.
 std::int32_t Report(const std::string& text, char* buffer) {
   if (text.empty()) return 0;
@@ -24,23 +19,34 @@ TokenRng g_provider;
 
 }  // namespace
 
-// In a forked copy, the one of the original stays as it is: what it holds may be locked.
+struct TokenRng::Connection {
+  const TokenUri uri{kUri};
+  Modules modules{uri};
+};
+
+// What draws in one process.
 struct TokenRng::Process {
-  explicit Process(const Process* original)
-      : connection(original ? original->connection : std::make_shared<Connection>()),
-        source(connection->modules, connection->uri, original ? &original->source : nullptr) {}
+  Process(Connection& connection, const Process* original)
+      : source(connection.modules, connection.uri, original ? &original->source : nullptr) {}
 
   const pid_t id = ::getpid();
-  std::shared_ptr<Connection> connection;
   Source source;
 };
 
+TokenRng::Connection& TokenRng::Connect() {
+  Connection* existing = connection;
+  if (existing) return *existing;
+  auto made = std::make_unique<Connection>();
+  return connection.compare_exchange_strong(existing, made.get()) ? *made.release() : *existing;
+}
+
+// In a forked copy, the original's stays as it is: what it holds may be locked.
 Source& TokenRng::Here() {
-  Process* process = newest;
-  if (process && process->id == ::getpid()) return process->source;
-  auto made = std::make_unique<Process>(process);
-  if (!newest.compare_exchange_strong(process, made.get())) return process->source;
-  return made.release()->source;
+  Process* existing = newest;
+  if (existing && existing->id == ::getpid()) return existing->source;
+  auto made = std::make_unique<Process>(Connect(), existing);
+  return newest.compare_exchange_strong(existing, made.get()) ? made.release()->source
+                                                              : existing->source;
 }
 
 std::int32_t TokenRng::GetName(char* buffer) { return Report(kKind, buffer); }
@@ -76,10 +82,9 @@ std::uint32_t TokenRng::GetFlags() { return kRngCapabilityHardware | kRngCapabil
 void TokenRng::SetSettings(IRngSettings*) {}
 
 void TokenRng::Release() {
+  const std::unique_ptr<Connection> closed(connection.exchange(nullptr));
   Process* const process = newest.exchange(nullptr);
-  if (!process) return;
-  const std::shared_ptr<Connection> connection = std::move(process->connection);
-  if (process->id == ::getpid()) const std::unique_ptr<Process> ended(process);
+  if (process && process->id == ::getpid()) const std::unique_ptr<Process> ended(process);
 }
 
 TokenRng& GetTokenRng() { return g_provider; }

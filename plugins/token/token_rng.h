@@ -30,8 +30,12 @@ class TokenRng final : public IRngProvider {
   Source& Here();
 
  private:
+  struct Connection;
   struct Process;
 
+  Connection& Connect();
+
+  std::atomic<Connection*> connection{nullptr};
   std::atomic<Process*> newest{nullptr};
 };
 

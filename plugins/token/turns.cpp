@@ -18,7 +18,9 @@ Turn::Turn(Turns& all, std::uint64_t before) : turns(all), cancelsBefore(before)
 
 Turn::~Turn() {
   const Guard guard(turns.lock);
-  if (isMine) Leave();
+  if (!isMine) return;
+  ++turns.ends;
+  Leave();
 }
 
 bool Turn::IsCancelled() const {
@@ -39,7 +41,6 @@ void Turn::Enter(Guard& guard) {
 void Turn::Leave() {
   isMine = false;
   --turns.users;
-  ++turns.ends;
   turns.change.notify_all();
 }
 
@@ -48,9 +49,8 @@ bool Turn::WaitForAnother() {
   if (turns.users < 2) return false;
   Leave();
   const std::uint64_t endsBefore = turns.ends;
-  turns.change.wait(guard, [&] {
-    return turns.ends != endsBefore || turns.users == 0 || turns.cancels != cancelsBefore;
-  });
+  turns.change.wait(guard,
+                    [&] { return turns.ends != endsBefore || turns.cancels != cancelsBefore; });
   Enter(guard);
   return isMine;
 }

@@ -42,11 +42,12 @@ class Turn {
   bool IsMine() const { return isMine; }
   bool IsCancelled() const;
 
-  /// Waits until one of the other turns has ended. Returns false after `Cancel`, and if there is no other.
+  /// Waits until one of the other turns has ended. Returns false if there is no other, and after `Cancel`; the turn has
+  /// then ended.
   bool WaitForAnother();
 
-  /// Waits until all others have ended, keeps new ones waiting, and calls the function. Returns false, without the
-  /// call, after `Cancel`.
+  /// Waits until all others have ended, keeps new ones waiting, and calls the function, which must not throw. Returns
+  /// false, without the call, after `Cancel`; the turn has then ended.
   bool RunAlone(const std::function<void()>& function);
 
  private:
