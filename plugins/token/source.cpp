@@ -6,16 +6,20 @@
 
 // A draw from the token with the serial number, with "" from any.
 struct Source::Request {
-  unsigned char* const bytes;
-  const std::size_t size;
-  const std::string& serial;
-  Turn& turn;
-  const std::uint64_t openingsBefore;
-  bool isRepeated = false;
+  Request(unsigned char* buffer, std::size_t count, const std::string& wanted, Source& source,
+          Turn& right)
+      : bytes(buffer), size(count), serial(wanted), turn(right), openingsBefore(source.openings) {}
 
   bool IsFor(const Token& token) const {
     return token.IsCandidate() && (serial.empty() || serial == token.serial);
   }
+
+  unsigned char* bytes;
+  std::size_t size;
+  const std::string& serial;
+  Turn& turn;
+  std::uint64_t openingsBefore;
+  bool isRepeated = false;
 };
 
 namespace {
@@ -78,7 +82,7 @@ Token Source::Used() {
 Source::Findings Source::Examine() {
   const std::string any;
   Turn turn(turns, turns.Cancels());
-  Request request{nullptr, 0, any, turn, openings};
+  Request request(nullptr, 0, any, *this, turn);
   if (!turn.IsMine() || (openings == 0 && !OpenAgain(request))) return {};
   Survey survey = LookAround(modules, uri);
   if (survey.needsOpen) {
@@ -95,7 +99,7 @@ Source::Finding Source::Examine(const Token& token, Turn& turn) {
   Finding finding = {token};
   if (!token.IsCandidate()) return finding;
   finding.isRandom = LooksRandom([&](unsigned char* bytes, std::size_t size) {
-    Request request{bytes, size, token.serial, turn, openings};
+    Request request(bytes, size, token.serial, *this, turn);
     finding.drawn = DrawFrom(token, request);
     return finding.drawn == CKR_OK;
   });
@@ -105,7 +109,7 @@ Source::Finding Source::Examine(const Token& token, Turn& turn) {
 // Somebody else in the process may have finalized the module: it is then initialized, and the token found, again.
 CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial) {
   Turn turn(turns, turns.Cancels());
-  Request request{bytes, size, serial, turn, openings};
+  Request request(bytes, size, serial, *this, turn);
   if (!turn.IsMine() || (openings == 0 && !OpenAgain(request))) return CKR_CANCEL;
   CK_RV result = DrawFromUsed(request);
   if (result == CKR_CRYPTOKI_NOT_INITIALIZED && OpenAgain(request)) {

@@ -18,7 +18,7 @@
 class Source {
  public:
   /// `original`: what a forked copy of the process takes over the selection from, or null.
-  Source(Modules& modules, const TokenUri& uri, const Source* original);
+  Source(Modules& all, const TokenUri& which, const Source* original);
 
   /// Fills the buffer from one token: the selected one, or the first that works.
   bool Draw(void* buffer, std::size_t size);

@@ -13,7 +13,7 @@ class Turns {
  public:
   explicit Turns(bool oneAtATime) : limit(oneAtATime ? 1 : UINT32_MAX) {}
 
-  /// How many times `Cancel` was called: a wait ends when that is no longer `cancelsBefore`.
+  /// How many times `Cancel` was called: a wait ends when that has changed.
   std::uint64_t Cancels();
   void Cancel();
 
@@ -33,7 +33,7 @@ class Turns {
 /// The right to use the modules, from the constructor to the destructor.
 class Turn {
  public:
-  Turn(Turns& turns, std::uint64_t cancelsBefore);
+  Turn(Turns& all, std::uint64_t before);
   Turn(const Turn&) = delete;
   Turn& operator=(const Turn&) = delete;
   ~Turn();

@@ -8,7 +8,7 @@
 /// A session with the token in a slot, closed at the end.
 class Session {
  public:
-  Session(CK_FUNCTION_LIST& module, CK_SLOT_ID slot);
+  Session(CK_FUNCTION_LIST& functions, CK_SLOT_ID slot);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
   ~Session();

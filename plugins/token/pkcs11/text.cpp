@@ -11,13 +11,13 @@ struct Character {
 
 // What follows the first byte of a character: how many bytes, and the smallest code that needs them.
 struct Form {
-  unsigned char mask;
-  unsigned char mark;
   std::size_t size;
   std::uint32_t smallest;
+  unsigned char mask;
+  unsigned char mark;
 };
 constexpr Form kForms[] = {
-    {0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
+    {1, 0, 0x80, 0x00}, {2, 0x80, 0xE0, 0xC0}, {3, 0x800, 0xF0, 0xE0}, {4, 0x10000, 0xF8, 0xF0}};
 
 Character ReadAs(const Form& form, const std::string& text, std::size_t place) {
   if (text.size() - place < form.size) return {0, 0};
