@@ -97,6 +97,37 @@ configuring_says() {
   tr -s ' \n' ' ' <"$room/log" | grep -qF "$1" || fail "$(cat "$room/log")"
 }
 
+# Each line: what is wrong with a URI, and the URI.
+token_uris_are_checked() {
+  begin_project CXX
+  cp CMakeLists.txt begun
+  while IFS='|' read -r sentence kind uri; do
+    { cat begun; echo "rng_add_token_plugin(token KIND $kind URI \"$uri\")"; } >CMakeLists.txt
+    configuring_says "$sentence"
+  done <<'URIS'
+does not begin with "pkcs11:"|Rutoken|manufacturer=A
+or has more than one "?"|Rutoken|pkcs11:model=A?module-name=B?C
+contains "manufacturer=". Write name=value there|Rutoken|pkcs11:manufacturer=
+contains "object=A". Write name=value there, with a name of: manufacturer, model, serial, token|Rutoken|pkcs11:object=A
+contains "pin-value=1234". Write name=value there|Rutoken|pkcs11:model=A?pin-value=1234
+contains "module-path=/a". Write name=value there|Rutoken|pkcs11:module-path=/a
+contains model twice|Rutoken|pkcs11:model=A;model=B
+contains "model=01234567890123456", which is longer than 16 bytes|Rutoken|pkcs11:model=01234567890123456
+contains " ". Write such a byte as %XX|Rutoken|pkcs11:model=A B
+contains "%z". Write such a byte as %XX|Rutoken|pkcs11:model=%zz
+contains "%4". Write such a byte as %XX|Rutoken|pkcs11:model=%4
+is not an absolute path|Rutoken|pkcs11:model=A?module-path=libsofthsm2.so
+"unixdev" is not a device. Choose from: accord, sobol|unixdev|pkcs11:model=A
+There is no kind "token" of generator|token|pkcs11:model=A
+Write rng_add_token_plugin(TARGET KIND kind URI uri)|Rutoken|
+URIS
+  { cat begun; echo 'rng_add_token_plugin(token KIND sobol URI
+    "pkcs11:manufacturer=A%20%25%41;model=0123456789%41%42%43%44%45%46?module-name=m&module-path=%2Fa/b-c.so")'; } >CMakeLists.txt
+  { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
+  exports_alone 'GetRngReport
+T GetSobolRng' build/librngsobol.so
+}
+
 write_plugin() { # FILE FACTORY
   cat >"$1" <<SOURCE
 #include <rngaggregator/provider.h>
@@ -201,6 +232,19 @@ case $case in
   LinksOfTheGuidesLead) "$source/tests/documents/relative_links.sh" "$P/share/doc/rngaggregator" ;;
   ExamplesBuildWithCMake) examples_work 1 ;;
   ExamplesBuildWithPkgConfig) examples_work 2 ;;
+  TokenExampleDraws)
+    use_example token-plugin 1
+    exports_alone 'GetRngReport
+T GetRuTokenRng' "$P/lib/librngrutoken.so"
+    run_block README.md 2
+    for line in '^Rutoken, device [0-9a-f]{16}: Token "example", model SoftHSM v2$' '^[0-9a-f]{64}$'; do
+      grep -qE "$line" "$room/log" || fail "no $line: $(cat "$room/log")"
+    done
+    export SOFTHSM2_CONF="$PWD/build/softhsm2.conf"
+    run_block README.md 3
+    grep -q 'serial num *: ' "$room/log" || fail "$(cat "$room/log")"
+    ;;
+  TokenUriWithAnErrorIsNotBuilt) token_uris_are_checked ;;
   HostSaysWhatItLacks)
     use_example minimal-host 2
     "$P/bin/rngctl" default set grandmaster >/dev/null 2>&1
