@@ -1,10 +1,12 @@
-// The kernel's random-number generator as the kind "unixdev". Plug-in authors may copy this file.
+// The kernel's random-number generator as the kind "unixdev", and its hardware generator as that kind's device
+// "hwrng". Plug-in authors may copy these files.
 
-#include <cerrno>
+#include "plugins/unixdev/hardware_device.h"
+#include "plugins/unixdev/report.h"
+#include "plugins/unixdev/system_source.h"
+
+#include <atomic>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/random.h>
-#include <unistd.h>
 
 #include <rngaggregator/provider.h>
 
@@ -20,63 +22,57 @@ std::int32_t Report(const char (&text)[Size], char* buffer) {
   return static_cast<std::int32_t>(Size);
 }
 
-// Used on kernels without the getrandom system call.
-class RandomDevice {
- public:
-  RandomDevice() : descriptor(::open("/dev/urandom", O_RDONLY | O_CLOEXEC)) {}
-  RandomDevice(const RandomDevice&) = delete;
-  RandomDevice& operator=(const RandomDevice&) = delete;
-  ~RandomDevice() {
-    if (descriptor >= 0) ::close(descriptor);
-  }
-  ssize_t Read(void* buffer, std::size_t size) const { return ::read(descriptor, buffer, size); }
-
- private:
-  int descriptor;
-};
-
-// Blocks only right after the system starts, until the kernel's pool is ready.
-ssize_t ReadKernel(void* buffer, std::size_t size) {
-  const ssize_t count = ::getrandom(buffer, size, 0);
-  if (count >= 0 || errno != ENOSYS) return count;
-  return RandomDevice().Read(buffer, size);
-}
-
 class UnixDevRng final : public IRngProvider {
  public:
   std::int32_t GetName(char* buffer) override { return Report(kName, buffer); }
+  // The same whatever is selected: another thread may select between a caller's two calls.
   std::int32_t GetDescription(char* buffer) override { return Report(kDescription, buffer); }
-  std::int32_t GetHardwareId(char*) override { return 0; }
-  bool SelectDevice(const char* hardwareId) override { return !hardwareId || !*hardwareId; }
+  std::int32_t GetHardwareId(char* buffer) override {
+    return isHardware ? Report(kHardwareId, buffer) : 0;
+  }
 
-  bool Generate(void* buffer, std::size_t size) override {
-    auto* const bytes = static_cast<unsigned char*>(buffer);
-    for (std::size_t done = 0; done < size;) {
-      const ssize_t count = ReadKernel(bytes + done, size - done);
-      if (count > 0) {
-        done += static_cast<std::size_t>(count);  // a large draw arrives in pieces
-      } else if (count == 0 || errno != EINTR) {
-        std::memset(buffer, 0, size);
-        return false;
-      }
-    }
+  bool SelectDevice(const char* hardwareId) override {
+    const bool isAny = !hardwareId || !*hardwareId;
+    if (!isAny && (std::strcmp(hardwareId, kHardwareId) != 0 || !hardware.Select())) return false;
+    isHardware = !isAny;
     return true;
   }
 
-  bool IsAvailable() override { return SelfTest(); }
+  bool Generate(void* buffer, std::size_t size) override {
+    if (size == 0) return true;
+    return isHardware ? hardware.Draw(buffer, size) : DrawFromSystem(buffer, size);
+  }
 
+  bool IsAvailable() override { return SelfTest(); }
+  bool SelfTest() override { return isHardware ? hardware.SelfTest() : DrawsDiffer(); }
+
+  void Cancel() override { hardware.Cancel(); }  // the system's own generator never waits for long
+
+  std::uint32_t GetFlags() override {
+    return isHardware ? kRngCapabilityHardware | kRngCapabilityMayBlock
+                      : kRngCapabilityOperatingSystem;
+  }
+
+  // Nothing is selected after a new start, even if something kept this library loaded.
+  void SetSettings(IRngSettings* settings) override {
+    isHardware = false;
+    SetSettingsOfReport(settings);
+  }
+
+  // The object is static, and destroyed when the library is closed.
+  void Release() override { SetSettingsOfReport(nullptr); }
+
+ private:
   // Two equal draws are not a coincidence: the source is broken.
-  bool SelfTest() override {
+  static bool DrawsDiffer() {
     unsigned char first[32];
     unsigned char second[32];
-    return Generate(first, sizeof first) && Generate(second, sizeof second) &&
+    return DrawFromSystem(first, sizeof first) && DrawFromSystem(second, sizeof second) &&
            std::memcmp(first, second, sizeof first) != 0;
   }
 
-  void Cancel() override {}  // a draw never waits for a user or a device
-  std::uint32_t GetFlags() override { return kRngCapabilityOperatingSystem; }
-  void SetSettings(IRngSettings*) override {}
-  void Release() override {}  // a static object, destroyed when the library is closed
+  HardwareDevice hardware;
+  std::atomic<bool> isHardware{false};  // what is selected
 };
 
 UnixDevRng g_provider;

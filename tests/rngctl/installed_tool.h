@@ -10,6 +10,9 @@ constexpr char kSettingsFile[] = "etc/rng.ini";  ///< of the installation, relat
 
 std::string Rngctl();
 
+/// Put before a command: /dev/hwrng is that file, "refused" to this user, or missing if `device` is empty.
+std::string WithHardware(const std::string& device);
+
 /// Validates a report against a schema of the tool, such as "check.schema.json"; status 0 if it is
 /// valid.
 Result MatchSchema(const std::string& schema, const std::string& report);

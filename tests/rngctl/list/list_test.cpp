@@ -11,8 +11,15 @@ using testing::IsEmpty;
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Whatever hardware this machine has.
+Result List() { return RunShell(WithHardware("") + Rngctl() + " list"); }
+
+}  // namespace
+
 TEST_F(RngctlTest, ListsTheRealPluginWithItsFlagsByName) {
-  const Result result = Run("list");
+  const Result result = List();
   EXPECT_EQ(0, result.status);
   EXPECT_EQ(
       "NAME     INTERACTIVE  FLAGS             DESCRIPTION\n"
@@ -24,7 +31,7 @@ TEST_F(RngctlTest, ListsTheRealPluginWithItsFlagsByName) {
 TEST_F(RngctlTest, ListsInCatalogueOrderAndNamesUnknownFlagBits) {
   InstallPlugin("biokbd");
   InstallPlugin("dsdr", "failing_device");
-  const Result result = Run("list");
+  const Result result = List();
   EXPECT_EQ(0, result.status);
   EXPECT_EQ(
       "NAME     INTERACTIVE  FLAGS                    DESCRIPTION\n"
@@ -44,7 +51,7 @@ TEST_F(RngctlTest, ListsAProviderWithoutFlags) {
 
 TEST_F(RngctlTest, ListsTheDevicesThatPluginsReport) {
   InstallPlugin("dsdr", "reports_devices");
-  const Result result = Run("list");
+  const Result result = List();
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.output, EndsWith("generator\n"
                                       "\n"
@@ -64,11 +71,11 @@ TEST_F(RngctlTest, AReportThatFailsLeavesTheListWhole) {
 
 TEST_F(RngctlTest, AReportIsShownUpToItsLargestSize) {
   InstallPlugin("dsdr", "report_is_largest");
-  const Result largest = Run("list");
+  const Result largest = List();
   EXPECT_THAT(largest.output, EndsWith("\n\ndsdr, device R1: " + std::string(65525, 'x') + "\n"));
   EXPECT_THAT(largest.errors, IsEmpty());
   InstallPlugin("dsdr", "report_is_not_written");
-  const Result larger = Run("list");
+  const Result larger = List();
   EXPECT_EQ(0, larger.status);
   EXPECT_EQ("rngctl: \"dsdr\": Its device report has 65537 bytes; the maximum is 65536.\n",
             larger.errors);
@@ -76,7 +83,7 @@ TEST_F(RngctlTest, AReportIsShownUpToItsLargestSize) {
 
 TEST_F(RngctlTest, APluginIsStartedBeforeItIsAskedForItsDevices) {
   InstallPlugin("dsdr", "reports_after_start");
-  EXPECT_THAT(Run("list").output, EndsWith("\n\ndsdr, device R1: Reader 1\n"));
+  EXPECT_THAT(List().output, EndsWith("\n\ndsdr, device R1: Reader 1\n"));
 }
 
 // It can only be found by that name, which no row of the catalogue has.

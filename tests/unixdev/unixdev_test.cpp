@@ -1,76 +1,13 @@
-#include "tests/support/aggregator_library.h"
-#include "tests/support/all_bits.h"
-#include "tests/support/open_files.h"
-#include "tests/support/tree.h"
+#include "tests/unixdev/unixdev.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <functional>
-#include <gmock/gmock.h>
-#include <sys/random.h>
-#include <sys/resource.h>
-#include <sys/syscall.h>
 #include <thread>
-#include <unistd.h>
-#include <vector>
 
-namespace fs = std::filesystem;
 using testing::Each;
 
-namespace {
-
-using Bytes = std::vector<unsigned char>;
-using Source = std::function<ssize_t(unsigned char* buffer, std::size_t size)>;
-
 constexpr std::size_t kMebibyte = 1 << 20;
-constexpr unsigned char kOld = 0xEE;
-
-Source g_source;  // what getrandom does in the place of the kernel, when a case sets it
-std::atomic<int> g_calls = 0;
-
-ssize_t Kernel(void* buffer, std::size_t size) { return ::syscall(SYS_getrandom, buffer, size, 0); }
-
-ssize_t Fail(int error) {
-  errno = error;
-  return -1;
-}
-
-ssize_t Fill(unsigned char* buffer, std::size_t size, unsigned char value) {
-  std::fill_n(buffer, size, value);
-  return static_cast<ssize_t>(size);
-}
-
-}  // namespace
-
-// This program exports it, so the plug-in is bound to it.
-extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void* buffer, std::size_t size,
-                                                                    unsigned) {
-  ++g_calls;
-  return g_source ? g_source(static_cast<unsigned char*>(buffer), size) : Kernel(buffer, size);
-}
-
-class UnixDev : public testing::Test {
- protected:
-  void SetUp() override {
-    fs::copy(UNIXDEV_PLUGIN, TreePath("lib/librngunixdev.so"));
-    library.Start(nullptr, 1);
-    rng = library.GetRng("unixdev");
-    ASSERT_NE(nullptr, rng);
-  }
-
-  // A full stop without the counting of Start, for cases in which nothing may be listed.
-  std::int32_t Restart() {
-    library.ShutDown();
-    library.Initialize(nullptr);
-    return library.GetAvailableRng(nullptr, kAllBits);
-  }
-
-  const AggregatorLibrary library;
-  IRngProvider* rng = nullptr;
-};
 
 // --- What it reports
 
@@ -121,25 +58,7 @@ TEST_F(UnixDev, TakesAnyDeviceAndKnowsNone) {
 
 // --- Drawing
 
-class UnixDevGenerate : public UnixDev {
- protected:
-  // Draws into a buffer between two bytes that must stay.
-  Bytes Draw(std::size_t size) {
-    Bytes bytes(size + 2, kOld);
-    EXPECT_TRUE(rng->Generate(bytes.data() + 1, size));
-    EXPECT_EQ(kOld, bytes.front());
-    EXPECT_EQ(kOld, bytes.back());
-    return Bytes(bytes.begin() + 1, bytes.end() - 1);
-  }
-
-  void ExpectFailureLeavesZeroes(std::size_t size = 32) {
-    Bytes bytes(size + 2, kOld);
-    EXPECT_FALSE(rng->Generate(bytes.data() + 1, size));
-    EXPECT_EQ(kOld, bytes.front());
-    EXPECT_EQ(kOld, bytes.back());
-    EXPECT_THAT(Bytes(bytes.begin() + 1, bytes.end() - 1), Each(0));
-  }
-};
+class UnixDevGenerate : public UnixDev {};
 
 TEST_F(UnixDevGenerate, ZeroBytesSucceedsAndTouchesNothing) {
   unsigned char byte = kOld;
@@ -225,27 +144,6 @@ TEST_F(UnixDevGenerate, InterruptionBetweenShortReadsLosesNothing) {
   };
   EXPECT_THAT(Draw(8), Each(7));
   EXPECT_EQ(16, calls);
-}
-
-TEST_F(UnixDevGenerate, KernelWithoutTheCallIsReadThroughTheDevice) {
-  g_source = [](unsigned char*, std::size_t) { return Fail(ENOSYS); };
-  const std::ptrdiff_t before = CountOpenFiles();
-  const Bytes first = Draw(kMebibyte);
-  const Bytes second = Draw(kMebibyte);
-  EXPECT_EQ(before, CountOpenFiles());
-  EXPECT_NE(first, second);
-  EXPECT_NE(Bytes(32, kOld), Bytes(second.end() - 32, second.end()));
-  EXPECT_TRUE(rng->SelfTest());
-}
-
-TEST_F(UnixDevGenerate, NeitherCallNorDeviceFails) {
-  g_source = [](unsigned char*, std::size_t) { return Fail(ENOSYS); };
-  rlimit limit{};
-  ASSERT_EQ(0, ::getrlimit(RLIMIT_NOFILE, &limit));
-  const rlimit none{0, limit.rlim_max};
-  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &none));
-  ExpectFailureLeavesZeroes();
-  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &limit));
 }
 
 TEST_F(UnixDevGenerate, FailureLeavesZeroes) {

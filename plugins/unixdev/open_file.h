@@ -1,0 +1,29 @@
+#ifndef PLUGINS_UNIXDEV_OPEN_FILE_H
+#define PLUGINS_UNIXDEV_OPEN_FILE_H
+
+#include <cstddef>
+#include <sys/types.h>
+
+/// A file that is open for reading while the object lives. Neither opening nor reading waits.
+class OpenFile {
+ public:
+  explicit OpenFile(const char* path);
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile();
+
+  int Error() const { return error; }     ///< why it is not open, 0 if it is
+  int Get() const { return descriptor; }  ///< borrowed
+
+  bool IsCharacterDevice() const;
+  bool IsCharacterDevice(unsigned major, unsigned minor) const;  ///< whether it is that one
+
+  /// As the system's read, with its result and errno.
+  ssize_t Read(void* buffer, std::size_t size) const;
+
+ private:
+  const int descriptor;
+  const int error;
+};
+
+#endif
