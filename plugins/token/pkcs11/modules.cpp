@@ -16,6 +16,14 @@ using Text = std::unique_ptr<char, Freed>;
 
 std::string OrEmpty(const Text& text) { return text ? text.get() : ""; }
 
+// Also unmaps the module if nobody else has loaded it. p11_kit_module_release would leave it mapped.
+void Release(CK_FUNCTION_LIST* module) {
+  const auto list = static_cast<CK_FUNCTION_LIST**>(std::calloc(2, sizeof module));
+  if (!list) return p11_kit_module_release(module);
+  list[0] = module;
+  p11_kit_modules_release(list);
+}
+
 std::string NameOf(CK_FUNCTION_LIST* module) {
   return OrEmpty(Text(p11_kit_module_get_name(module)));
 }
@@ -27,11 +35,16 @@ Module::Module(CK_FUNCTION_LIST* loaded)
 
 Module::~Module() {
   Close();
-  p11_kit_module_release(functions);
+  Release(functions);
 }
 
 CK_RV Module::Open() {
-  if (!isManaged) return OpenWithoutLocks();
+  const CK_RV result = isManaged ? OpenManaged() : OpenWithoutLocks();
+  isOpen = result == CKR_OK;
+  return result;
+}
+
+CK_RV Module::OpenManaged() {
   // In a forked copy, this only corrects p11-kit's count: the module itself belongs to the original.
   if (openedBy != 0) p11_kit_module_finalize(functions);
   const CK_RV result = p11_kit_module_initialize(functions);
@@ -43,7 +56,7 @@ CK_RV Module::OpenWithoutLocks() {
   if (isManaged) {
     CK_FUNCTION_LIST* const bare = p11_kit_module_load(file.c_str(), P11_KIT_MODULE_UNMANAGED);
     if (!bare) return CKR_CANT_LOCK;
-    p11_kit_module_release(functions);
+    Release(functions);
     functions = bare;
     isManaged = false;
   }
@@ -100,7 +113,7 @@ void Modules::LoadRegistered(const std::string& name) {
     if (isOurs) {
       Add(*module);
     } else {
-      p11_kit_module_release(*module);
+      Release(*module);
     }
   }
   std::free(loaded);

@@ -23,6 +23,10 @@ class Module {
   /// after somebody else has finalized the module.
   CK_RV Open();
 
+  /// Whether the last `Open` succeeded. Otherwise nothing may be called: p11-kit crashes if a session is opened in a
+  /// module that it has not initialized, but somebody else has.
+  bool IsOpen() const { return isOpen; }
+
   CK_FUNCTION_LIST& Functions() const { return *functions; }
   const std::string& File() const { return file; }
 
@@ -30,11 +34,13 @@ class Module {
   bool BearsThreads() const { return isManaged; }
 
  private:
+  CK_RV OpenManaged();
   CK_RV OpenWithoutLocks();
   void Close();
 
   CK_FUNCTION_LIST* functions;
   std::string file;
+  bool isOpen = false;
   bool isManaged = true;  // p11-kit counts who has initialized it, which it cannot without locks
   pid_t openedBy = 0;     // the process in which it is ours to finalize, or 0
 };

@@ -10,15 +10,16 @@ namespace {
 constexpr CK_ULONG kMostSlots = 4096;
 
 // The slots that hold a token. A slot may come between the two calls, so they are repeated.
-CK_RV ListSlots(CK_FUNCTION_LIST& module, std::vector<CK_SLOT_ID>& slots) {
+CK_RV ListSlots(const Module& module, std::vector<CK_SLOT_ID>& slots) {
+  if (!module.IsOpen()) return CKR_CRYPTOKI_NOT_INITIALIZED;
   CK_RV result = CKR_BUFFER_TOO_SMALL;
   for (int attempt = 0; attempt < 5 && result == CKR_BUFFER_TOO_SMALL; ++attempt) {
     CK_ULONG count = 0;
-    result = module.C_GetSlotList(CK_TRUE, nullptr, &count);
+    result = module.Functions().C_GetSlotList(CK_TRUE, nullptr, &count);
     if (result != CKR_OK) break;
     slots.resize(std::min(count, kMostSlots));
     count = slots.size();
-    if (!slots.empty()) result = module.C_GetSlotList(CK_TRUE, slots.data(), &count);
+    if (!slots.empty()) result = module.Functions().C_GetSlotList(CK_TRUE, slots.data(), &count);
     if (result == CKR_OK) slots.resize(std::min<CK_ULONG>(count, slots.size()));
   }
   if (result != CKR_OK) slots.clear();
@@ -27,7 +28,7 @@ CK_RV ListSlots(CK_FUNCTION_LIST& module, std::vector<CK_SLOT_ID>& slots) {
 
 void LookInto(Module& module, const TokenUri& uri, Survey& survey) {
   std::vector<CK_SLOT_ID> slots;
-  const CK_RV listed = ListSlots(module.Functions(), slots);
+  const CK_RV listed = ListSlots(module, slots);
   if (listed == CKR_CRYPTOKI_NOT_INITIALIZED) survey.needsOpen = true;
   if (listed != CKR_OK) {
     survey.problems.push_back("The module " + module.File() + " cannot list its slots: " +
@@ -46,11 +47,14 @@ void LookInto(Module& module, const TokenUri& uri, Survey& survey) {
   }
 }
 
+// Slots with tokens that have not been initialized may all report one serial number, and nobody means them.
 void FindTwins(std::vector<Token>& tokens) {
+  const auto isMeant = [](const Token& token) {
+    return token.isInitialized && token.difference.empty() && !token.serial.empty();
+  };
   for (Token& token : tokens) {
-    token.isTwin = std::any_of(tokens.begin(), tokens.end(), [&token](const Token& other) {
-      return &other != &token && other.serial == token.serial && !token.serial.empty() &&
-             other.difference.empty() && token.difference.empty();
+    token.isTwin = std::any_of(tokens.begin(), tokens.end(), [&](const Token& other) {
+      return &other != &token && other.serial == token.serial && isMeant(other) && isMeant(token);
     });
   }
 }
@@ -58,6 +62,7 @@ void FindTwins(std::vector<Token>& tokens) {
 }  // namespace
 
 CK_RV LookAt(const Place& place, const TokenUri& uri, Token& token) {
+  if (!place.module->IsOpen()) return CKR_CRYPTOKI_NOT_INITIALIZED;
   CK_TOKEN_INFO info = {};
   const CK_RV result = place.module->Functions().C_GetTokenInfo(place.slot, &info);
   if (result != CKR_OK) return result;
