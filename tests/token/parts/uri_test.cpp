@@ -1,0 +1,87 @@
+// Which tokens and modules a URI means. SoftHSM's package registers its module.
+
+#include "plugins/token/pkcs11/uri.h"
+
+#include "plugins/token/pkcs11/modules.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gmock/gmock.h>
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+template <std::size_t size>
+void Fill(unsigned char (&field)[size], const std::string& text) {
+  std::memset(field, ' ', size);
+  std::copy(text.begin(), text.end(), field);
+}
+
+CK_TOKEN_INFO Token() {
+  CK_TOKEN_INFO token = {};
+  Fill(token.manufacturerID, "Example Corp.");
+  Fill(token.model, "M 1");
+  Fill(token.serialNumber, "0123");
+  Fill(token.label, "My; token");
+  return token;
+}
+
+std::string Difference(const char* uri) { return TokenUri(uri).Difference(Token()); }
+
+// The names of the modules' files.
+std::vector<std::string> FilesOf(const char* uri) {
+  std::vector<std::string> files;
+  const Modules modules{TokenUri(uri)};
+  for (const auto& module : modules.All()) {
+    files.push_back(module->File().substr(module->File().rfind('/') + 1));
+  }
+  return files;
+}
+
+}  // namespace
+
+TEST(TokenUri, EachAttributeSelectsTokens) {
+  for (const char* const uri :
+       {"pkcs11:", "pkcs11:manufacturer=Example%20Corp.", "pkcs11:model=M%201",
+        "pkcs11:serial=0123", "pkcs11:token=My%3B%20token",
+        "pkcs11:model=M%201;serial=0123;manufacturer=Example%20Corp.",
+        "pkcs11:model=M%201?module-name=example", "pkcs11:?module-path=/some/file"}) {
+    EXPECT_EQ("", Difference(uri)) << uri;
+    EXPECT_EQ("", TokenUri(uri).Problem()) << uri;
+    EXPECT_TRUE(TokenUri(uri).Matches(Token())) << uri;
+  }
+}
+
+TEST(TokenUri, SaysInWhatATokenDiffers) {
+  EXPECT_EQ("its manufacturer is \"Example Corp.\" instead of \"Example\"",
+            Difference("pkcs11:manufacturer=Example"));
+  EXPECT_EQ("its model is \"M 1\" instead of \"M 2\"", Difference("pkcs11:model=M%202"));
+  EXPECT_EQ("its serial number is \"0123\" instead of \"012\"", Difference("pkcs11:serial=012"));
+  EXPECT_EQ("its label is \"My; token\" instead of \"my; token\"",
+            Difference("pkcs11:token=my%3B%20token"));
+  EXPECT_FALSE(TokenUri("pkcs11:model=M%201;serial=9").Matches(Token()));
+}
+
+TEST(TokenUri, SaysWhatIsWrongWithIt) {
+  for (const char* const uri : {"", "http://example.org", "pkcs11:model", "pkcs11:model=%zz",
+                                "pkcs11:colour=red", "pkcs11:model=M%201;object=key"}) {
+    EXPECT_THAT(TokenUri(uri).Problem(), HasSubstr(std::string("the URI ") + uri)) << uri;
+    EXPECT_THAT(FilesOf(uri), IsEmpty()) << uri;
+  }
+}
+
+TEST(TokenModules, AreThoseThatAreRegistered) {
+  EXPECT_THAT(FilesOf("pkcs11:"), testing::Contains("libsofthsm2.so"));
+  EXPECT_THAT(FilesOf("pkcs11:?module-name=softhsm2"), testing::ElementsAre("libsofthsm2.so"));
+}
+
+TEST(TokenModules, AreNamedIfTheyAreMissing) {
+  const Modules noName(TokenUri("pkcs11:?module-name=nothing"));
+  EXPECT_THAT(noName.All(), IsEmpty());
+  EXPECT_THAT(noName.Problems(), testing::ElementsAre(HasSubstr("\"nothing\"")));
+  const Modules noFile(TokenUri("pkcs11:?module-path=/no/module.so"));
+  EXPECT_THAT(noFile.All(), IsEmpty());
+  EXPECT_THAT(noFile.Problems(), testing::ElementsAre(HasSubstr("/no/module.so")));
+}
