@@ -52,6 +52,8 @@ TEST_F(RngctlHardware, ThatIsMissingIsAWarningAtFirstAndLaterAFailure) {
   EXPECT_THAT(stored.errors, HasSubstr("refuses the device \"hwrng\""));
   const Result drawn = RunWith("", "read -n 32");
   EXPECT_EQ(1, drawn.status);
+  EXPECT_THAT(drawn.errors,
+              HasSubstr("The default generator \"unixdev\" refuses the device \"hwrng\".\n"));
   EXPECT_THAT(drawn.output, IsEmpty());
   EXPECT_THAT(RunWith("", "list").output,
               HasSubstr("\nunixdev, problem: There is no /dev/hwrng. "));

@@ -95,7 +95,10 @@ TEST_F(RngctlTest, SelectsTheConfiguredDevice) {
   ASSERT_EQ(0, Run("default set dsdr X2").status);
   const Result unknown = Run("read -n 2");
   EXPECT_EQ(1, unknown.status);
-  EXPECT_EQ("rngctl: The default generator \"dsdr\" has no device \"X2\".\n", unknown.errors);
+  EXPECT_EQ(
+      "rngctl: The default generator \"dsdr\" refuses the device \"X2\".\n"
+      "\"rngctl list\" shows the devices of generators that report them, and their problems.\n",
+      unknown.errors);
   ASSERT_EQ(0, Run("default set dsdr X1").status);
   EXPECT_THAT(Run("read -n 2").errors, HasSubstr("failed after 0 bytes"));
 }

@@ -18,7 +18,9 @@ IRngProvider& FindRng(const std::string& name) {
 
 void SelectDevice(IRngProvider& rng, const std::string& name, const std::string& device) {
   if (device.empty() || rng.SelectDevice(device.c_str())) return;
-  throw Refusal(kNegativeAnswer, name + " has no device " + Quoted(device) + ".");
+  throw Refusal(
+      kNegativeAnswer, name + " refuses the device " + Quoted(device) + ".",
+      "\"rngctl list\" shows the devices of generators that report them, and their problems.");
 }
 
 IRngProvider& FindNamed(const GeneratorChoice& choice) {
