@@ -38,17 +38,17 @@ fail() {
 # names DEB...: of the packages in these files
 names() { for deb in "$@"; do dpkg-deb -f "$deb" Package; done; }
 
-# needed_packages DEB...: the essential packages, the dependencies of ours, and their dependencies in turn.
+# dependencies DEB...: of the packages in these files
+dependencies() { for deb in "$@"; do dpkg-deb -f "$deb" Depends; done | tr ',' '\n' | sed 's/(.*//'; }
+
+# needed_packages PACKAGE...: the essential packages, these, and their dependencies in turn.
 needed_packages() {
-  {
-    dpkg-query -W -f '${Essential} ${Package}\n' | sed -n 's/^yes //p'
-    for deb in "$@"; do dpkg-deb -f "$deb" Depends; done | tr ',' '\n' | sed 's/(.*//'
-  } | xargs apt-cache depends --important --recurse --installed | grep '^[a-z0-9]' |
+  { dpkg-query -W -f '${Essential} ${Package}\n' | sed -n 's/^yes //p'; echo "$*"; } | xargs apt-cache depends --important --recurse --installed | grep '^[a-z0-9]' |
     xargs dpkg-query -W -f '${db:Status-Status} ${binary:Package}\n' 2>/dev/null |
     sed -n 's/^installed //p' | sort -u
 }
 
-# copy_packages DEB...: copies the packages that these need and the system does not have yet.
+# copy_packages PACKAGE...: copies these and what they need, as far as the system does not have it yet.
 copy_packages() {
   touch "$root/tmp/packages"
   needed_packages "$@" | comm -23 - "$root/tmp/packages" >"$room/packages"
@@ -72,7 +72,8 @@ lay_out_system() {
     mkdir -p "$root/usr/$folder"
     ln -s usr/$folder "$root/$folder"
   done
-  copy_packages "$room"/plain/*.deb
+  # shellcheck disable=SC2046 # words
+  copy_packages $(dependencies "$room"/plain/*.deb)
   cp /var/lib/dpkg/info/format "$root/var/lib/dpkg/info"
   cp /var/lib/dpkg/triggers/ldconfig "$root/var/lib/dpkg/triggers"
   for device in null tty; do
@@ -169,6 +170,11 @@ g++ "$examples/minimal-host/minimal_host.cpp" -o "$root/tmp/host" $(pkg-config -
 passes /tmp/host
 says '^[0-9a-f]{64}$'
 
+# So does a plug-in for tokens, whose whole source is in the development package. It is used at the end.
+env -u PKG_CONFIG_SYSROOT_DIR -u PKG_CONFIG_PATH cmake -S "$examples/token-plugin" -B "$room/token" \
+  -DCMAKE_PREFIX_PATH="$root/usr" >"$room/log" 2>&1 || fail "the token plug-in: $(cat "$room/log")"
+cmake --build "$room/token" >"$room/log" 2>&1 || fail "the token plug-in: $(cat "$room/log")"
+
 # A debugger finds the debug symbols of the library and the plug-in by their build IDs.
 for binary in lib/librngaggregator.so.1 lib/librngunixdev.so lib/librngbiokb.so libexec/rngaggregator/rng-gather-tty; do
   identity=$(readelf -n "$root/usr/$binary" | sed -n 's/^ *Build ID: //p')
@@ -215,7 +221,8 @@ cp "$room"/window/*.deb "$root/tmp"
 passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/rngctl_*.deb'
 needs_library biox11 libcairo2
 needs_library bioqt libqt6widgets6
-copy_packages "$room"/window/*.deb
+# shellcheck disable=SC2046 # words
+copy_packages $(dependencies "$room"/window/*.deb)
 passes ldconfig
 passes sh -c 'dpkg -i /tmp/rng-plugin-bio[xq]*.deb'
 starts rng-gather-x11 unixx11
@@ -228,3 +235,24 @@ passes dpkg -P $(names "$room"/window/*.deb)
 [ ! -e "$root/usr/libexec/rngaggregator" ] || fail "helpers are left after the purge"
 
 echo "Plug-ins that open a window: installed beside $(wc -l <"$root/tmp/packages") packages, started, and purged."
+
+# A token.
+copy_packages softhsm2 libp11-kit0
+passes ldconfig
+passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/rngctl_*.deb'
+cp "$room/token/librngrutoken.so" "$root/usr/lib"
+mkdir "$root/tmp/tokens"
+echo 'directories.tokendir = /tmp/tokens' >"$root/tmp/softhsm2.conf"
+SOFTHSM2_CONF=/tmp/softhsm2.conf
+export SOFTHSM2_CONF
+inside rngctl list >"$room/log" 2>&1 && fail "listed without a token: $(cat "$room/log")"
+passes softhsm2-util --init-token --free --label bare --pin 1234 --so-pin 1234
+passes rngctl doctor Rutoken
+says '^Rutoken, device [0-9a-f]{16}: Token "bare"'
+passes rngctl default set Rutoken "$(sed -n 's/^Rutoken, device \([0-9a-f]*\): .*/\1/p' "$room/log" | head -n 1)"
+passes rngctl read -n 32
+says '^[0-9a-f]{64}$'
+rm -r "$root/tmp/tokens"/*
+inside rngctl read -n 32 >"$room/log" 2>&1 && fail "a draw from a token that is gone: $(cat "$room/log")"
+says 'rngctl: .*Rutoken'
+echo "A plug-in for tokens: built from the development package, and used with a token in software."
