@@ -56,6 +56,14 @@ TEST_F(TokenSelection, RefusalKeepsTheEarlierChoice) {
   EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(1));
 }
 
+TEST_F(TokenSelection, HardwareIdIsThatOfTheTokenInUse) {
+  Start({"slot id=0 serial=A1"});
+  EXPECT_EQ("A1", HardwareId());
+  tokens.Set({"slot id=1 serial=B2"});
+  EXPECT_EQ("drawn", Draw());
+  EXPECT_EQ("B2", HardwareId());
+}
+
 TEST_F(TokenSelection, NullAndEmptyMeanAnyToken) {
   StartWithTwo();
   for (const char* const any : {static_cast<const char*>(nullptr), ""}) {

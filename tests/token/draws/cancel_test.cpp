@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <p11-kit/pkcs11.h>
 #include <thread>
 
 namespace {
@@ -33,6 +34,25 @@ class TokenCancel : public TokenHost {
   }
 
   static void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
+
+  void ExpectCancelToEndAWaitingDraw(Drawing& inside) {
+    tokens.ClearLog();
+    Drawing waiting;
+    Begin(waiting);
+    while (tokens.Log().empty()) Pause();
+    Pause();
+    EXPECT_FALSE(waiting.hasEnded);
+    rng->Cancel();
+    waiting.thread.join();
+    EXPECT_EQ("zeros", waiting.result);
+    EXPECT_FALSE(inside.hasEnded);
+    WriteFile(release, "");
+    inside.thread.join();
+    EXPECT_EQ("zeros", inside.result);
+    tokens.Set({"slot id=0"});
+    EXPECT_EQ("drawn", Draw());
+    EXPECT_EQ(0U, tokens.OpenSessions());
+  }
 
   const std::string release = TreePath("mock/go");
 };
@@ -76,6 +96,28 @@ TEST_F(TokenCancel, EndsThoseThatWaitAtOnce) {
     EXPECT_EQ("zeros", drawing.result);
   }
   EXPECT_EQ("drawn", Draw());
+}
+
+// Its only session is in use.
+TEST_F(TokenCancel, EndsTheOneThatWaitsForASession) {
+  Start({"slot id=0 sessions=1"});
+  tokens.Set({"slot id=0 sessions=1", "hang function=C_GenerateRandom until=" + release});
+  Drawing inside;
+  Begin(inside);
+  ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
+  tokens.Set({"slot id=0 sessions=1"});
+  ExpectCancelToEndAWaitingDraw(inside);
+}
+
+// It must initialize the module again, and waits until nobody uses that.
+TEST_F(TokenCancel, EndsTheOneThatWaitsToInitialize) {
+  Start({"slot id=0"});
+  SetHanging("module");
+  Drawing inside;
+  Begin(inside);
+  ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
+  tokens.Set({"slot id=0", Fault(1, "*", 1, CKR_CRYPTOKI_NOT_INITIALIZED) + " times=2"});
+  ExpectCancelToEndAWaitingDraw(inside);
 }
 
 TEST_F(TokenCancel, DoesNotAffectLaterDraws) {

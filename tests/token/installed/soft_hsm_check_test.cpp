@@ -4,6 +4,7 @@
 #include "tests/support/tree.h"
 #include "tests/token/installed/soft_hsm.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -21,22 +22,20 @@ class CheckWithSoftHsm : public InstalledTool {
   }
 
   // "Over 2000 uses, the heap in use grew steadily from 483104 to 508720 bytes."
-  static double GrowthPerUse(const std::string& finding) {
-    int uses = 0;
+  static long GrowthIn(const std::string& finding) {
     long from = 0;
     long to = 0;
-    const int read =
-        std::sscanf(finding.c_str(), "Over %d uses, the heap in use grew steadily from %ld to %ld",
-                    &uses, &from, &to);
-    EXPECT_EQ(3, read) << finding;
-    return static_cast<double>(to - from) / uses;
+    const int count =
+        std::sscanf(finding.c_str(),
+                    "Over 2000 uses, the heap in use grew steadily from %ld to %ld", &from, &to);
+    EXPECT_EQ(2, count) << finding;
+    return to - from;
   }
 
-  // Of the module alone.
-  static double GrowthPerUse(int uses) {
-    const Result result = RunShell(MODULE_USER " " SOFTHSM_MODULE " " + std::to_string(uses));
+  static long GrowthOfTheModuleAlone() {
+    const Result result = RunShell(MODULE_USER " " SOFTHSM_MODULE " 2000");
     EXPECT_EQ(0, result.status) << result.errors;
-    return std::stod(result.output) / uses;
+    return std::stol(result.output);
   }
 
   const SoftHsm hsm;
@@ -44,12 +43,15 @@ class CheckWithSoftHsm : public InstalledTool {
 
 }  // namespace
 
+// Its heap grows over the first 4,000 uses, by 20,000 bytes if nothing else is done. "check" sees that sometimes.
 TEST_F(CheckWithSoftHsm, FindsNothingThatTheModuleAloneDoesNotDo) {
   const Result result = Run("check --json " + TreePath("lib/librngrutoken.so"));
   const json report = json::parse(result.output);
+  EXPECT_LT(40U, report.at("checks").size());
   for (const json& check : report.at("checks")) {
-    if (check.at("result") != "failed" && check.at("result") != "warning") continue;
+    EXPECT_NE("warning", check.at("result")) << check;
+    if (check.at("result") != "failed") continue;
     ASSERT_EQ("load-cycles", check.at("name")) << check;
-    EXPECT_LE(GrowthPerUse(check.at("found").get<std::string>()), 1.5 * GrowthPerUse(2000) + 1);
+    EXPECT_LE(GrowthIn(check.at("found").get<std::string>()), 4 * GrowthOfTheModuleAlone());
   }
 }

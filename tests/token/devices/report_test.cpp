@@ -1,0 +1,118 @@
+// What GetRngReport says. Tools call it while the plug-in is listed, and after a start that found nothing.
+
+#include "tests/support/tree.h"
+#include "tests/token/token_host.h"
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+constexpr char kDeviceA1[] = "device\tA1\tToken \"Token\", model M1\n";
+
+class TokenReport : public TokenHost {};
+
+// The factory and the report alone, as in a tool that finds out why the plug-in is not available.
+class UnavailableToken : public TokenHost {
+ protected:
+  UnavailableToken() : plugin(::dlopen(TreePath("lib/librngrutoken.so").c_str(), RTLD_LAZY)) {
+    rng = reinterpret_cast<RngFactory>(::dlsym(plugin, "GetRuTokenRng"))();
+    rng->SetSettings(nullptr);
+  }
+  ~UnavailableToken() override {
+    rng->Release();
+    ::dlclose(plugin);
+  }
+
+  std::string ReportOf(std::initializer_list<std::string> lines) {
+    tokens.Set(lines);
+    EXPECT_FALSE(rng->IsAvailable());
+    return Report();
+  }
+
+  void* const plugin;
+};
+
+}  // namespace
+
+TEST_F(TokenReport, HasALineForEachDevice) {
+  Start({"slot id=0", "slot id=1 serial=B2 label=My%20token model=X"});
+  EXPECT_EQ(std::string(kDeviceA1) + "device\tB2\tToken \"My token\", model X\n", Report());
+}
+
+TEST_F(TokenReport, SecondCallWritesWhatTheFirstSaw) {
+  Start({"slot id=0"});
+  void* const plugin = ::dlopen(TreePath("lib/librngrutoken.so").c_str(), RTLD_LAZY);
+  const auto report = reinterpret_cast<decltype(&GetRngReport)>(::dlsym(plugin, "GetRngReport"));
+  const std::int32_t size = report(nullptr);
+  tokens.Set({"slot id=0", "slot id=1 serial=B2 label=A%20later%20one"});
+  std::string text(static_cast<std::size_t>(size), '!');
+  EXPECT_EQ(size, report(text.data()));
+  EXPECT_EQ(kDeviceA1, std::string(text.c_str()));
+  ::dlclose(plugin);
+}
+
+TEST_F(TokenReport, OpensNoTokenThatIsNotMeant) {
+  Start({"slot id=0", "slot id=1 serial=B2 manufacturer=Other", "slot id=2 serial=C3 rng=no",
+         "slot id=3 serial=D4 initialized=no"});
+  EXPECT_THAT(Report(), StartsWith(kDeviceA1));
+  EXPECT_THAT(tokens.OpenedSlots(), ElementsAre(0));
+}
+
+TEST_F(TokenReport, SaysWhatKeepsATokenFromBeingUsed) {
+  Start({"slot id=0", "slot id=1 serial=T label=One", "slot id=2 serial=T label=Other",
+         "slot id=3 serial=P label=Locked pin=yes", "slot id=4 serial=Z label=Half zeros=half",
+         "slot id=5 serial=a%3Db label=Odd"});
+  const std::string report = Report();
+  EXPECT_THAT(report, StartsWith(kDeviceA1));
+  for (const char* const problem :
+       {"problem\tToken \"One\" (serial number T) is there twice",
+        "problem\tToken \"Other\" (serial number T) is there twice",
+        "problem\tToken \"Locked\" (serial number P) wants a PIN",
+        "problem\tToken \"Half\" (serial number Z) gives bytes that are not random",
+        "problem\tToken \"Odd\" (serial number a=b) cannot be selected"}) {
+    EXPECT_THAT(report, HasSubstr(problem));
+  }
+  EXPECT_THAT(report, Not(HasSubstr("device\tT\t")));
+}
+
+TEST_F(TokenReport, HasNoForeignControlCharacters) {
+  Start({"slot id=0", "slot id=1 serial=" + Encoded("a\tb\nc") +
+                          " label=" + Encoded("x\ndevice\tfake\ttext\x1b[0m\xff")});
+  const std::string report = Report();
+  EXPECT_EQ(2, std::count(report.begin(), report.end(), '\n'));
+  EXPECT_THAT(report, AllOf(StartsWith(kDeviceA1), Not(HasSubstr("\x1b")),
+                            Not(HasSubstr("\ndevice\tfake"))));
+}
+
+TEST_F(TokenReport, TakesNoTokenAwayFromDraws) {
+  Start({"slot id=0", "slot id=1 serial=B2"});
+  ASSERT_TRUE(rng->SelectDevice("B2"));
+  Report();
+  EXPECT_EQ("B2", HardwareId());
+  EXPECT_EQ("drawn", Draw());
+  EXPECT_EQ(0U, tokens.OpenSessions());
+}
+
+TEST_F(UnavailableToken, ReportSaysWhy) {
+  EXPECT_THAT(ReportOf({}),
+              AllOf(StartsWith("problem\tNo token that matches pkcs11:manufacturer=Mock"),
+                    HasSubstr("Insert one.")));
+  EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other"}),
+              HasSubstr("does not match pkcs11:manufacturer=Mock"));
+  EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other"}),
+              HasSubstr(": its manufacturer is \"Other\" instead of \"Mock\"."));
+  EXPECT_THAT(ReportOf({"slot id=0 rng=no"}), HasSubstr("has no random-number generator"));
+  EXPECT_THAT(ReportOf({"slot id=0 pin=yes"}), HasSubstr("wants a PIN"));
+  EXPECT_THAT(ReportOf({"slot id=0 initialized=no"}), HasSubstr("has not been initialized"));
+  EXPECT_THAT(ReportOf({"slot id=0 known=no"}), HasSubstr("The token in slot 0"));
+  EXPECT_THAT(ReportOf({"slot id=0", Fault(1, "C_OpenSession", 1, 0x30) + " times=100"}),
+              HasSubstr("gives no random bytes: "));
+  EXPECT_EQ(0U, tokens.OpenSessions());
+}
