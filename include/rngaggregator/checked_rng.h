@@ -103,7 +103,7 @@ class RngDrawCheck {
   }
 
   void ForgetIfOutdated() {
-    if (isOutdated.exchange(false)) test.Reset();
+    if (isOutdated && isOutdated.exchange(false)) test.Reset();
   }
 
   static RngHealthCutoffs Cutoffs() { return {9, 23, 512, true}; }
