@@ -23,17 +23,18 @@ class CheckWithSoftHsm : public InstalledTool {
 
   // "Over 2000 uses, the heap in use grew steadily from 483104 to 508720 bytes."
   static long GrowthIn(const std::string& finding) {
+    int uses = 0;
     long from = 0;
     long to = 0;
     const int count =
-        std::sscanf(finding.c_str(),
-                    "Over 2000 uses, the heap in use grew steadily from %ld to %ld", &from, &to);
-    EXPECT_EQ(2, count) << finding;
+        std::sscanf(finding.c_str(), "Over %d uses, the heap in use grew steadily from %ld to %ld",
+                    &uses, &from, &to);
+    EXPECT_EQ(3, count) << finding;
     return to - from;
   }
 
   static long GrowthOfTheModuleAlone() {
-    const Result result = RunShell(MODULE_USER " " SOFTHSM_MODULE " 2000");
+    const Result result = RunShell(MODULE_USER " " SOFTHSM_MODULE " 1000");
     EXPECT_EQ(0, result.status) << result.errors;
     return std::stol(result.output);
   }
@@ -43,7 +44,7 @@ class CheckWithSoftHsm : public InstalledTool {
 
 }  // namespace
 
-// Its heap grows over the first 4,000 uses, by 20,000 bytes if nothing else is done. "check" sees that sometimes.
+// Its heap grows for some thousand uses and then no more. "check" sees the end of that sometimes.
 TEST_F(CheckWithSoftHsm, FindsNothingThatTheModuleAloneDoesNotDo) {
   const Result result = Run("check --json " + TreePath("lib/librngrutoken.so"));
   const json report = json::parse(result.output);
@@ -52,6 +53,6 @@ TEST_F(CheckWithSoftHsm, FindsNothingThatTheModuleAloneDoesNotDo) {
     EXPECT_NE("warning", check.at("result")) << check;
     if (check.at("result") != "failed") continue;
     ASSERT_EQ("load-cycles", check.at("name")) << check;
-    EXPECT_LE(GrowthIn(check.at("found").get<std::string>()), 4 * GrowthOfTheModuleAlone());
+    EXPECT_LE(GrowthIn(check.at("found").get<std::string>()), 2 * GrowthOfTheModuleAlone());
   }
 }
