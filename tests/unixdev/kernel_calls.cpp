@@ -76,7 +76,7 @@ RNG_TEST_EXPORT ssize_t ReadInstead(int descriptor, void* buffer, std::size_t si
 RNG_TEST_EXPORT int StatInstead(int descriptor, struct stat* status) __asm__("fstat");
 RNG_TEST_EXPORT int PollInstead(pollfd* events, nfds_t count, int limit) __asm__("poll");
 RNG_TEST_EXPORT int SleepInstead(useconds_t time) __asm__("usleep");
-RNG_TEST_EXPORT std::chrono::steady_clock::time_point NowInstead() __asm__(
+__attribute__((visibility("default"))) std::chrono::steady_clock::time_point NowInstead() __asm__(
     "_ZNSt6chrono3_V212steady_clock3nowEv");
 
 RNG_TEST_EXPORT ssize_t getrandom(void* buffer, std::size_t size, unsigned) {
