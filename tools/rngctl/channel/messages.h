@@ -11,7 +11,18 @@
 /// `RNGCTL_MESSAGE(Type, field...)` and used by both ends; enumerations and optional values may be
 /// fields. A message with a missing field, or with a number that its enumeration does not have, is not
 /// understood: there are no defaults.
-#define RNGCTL_MESSAGE NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE
+///
+/// Like NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE, but with templates: only the sources that encode or decode a message
+/// compile its functions, not all that include its declaration.
+#define RNGCTL_MESSAGE(Type, ...)                                              \
+  template <typename Json>                                                     \
+  void to_json(Json& nlohmann_json_j, const Type& nlohmann_json_t) {           \
+    NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_TO, __VA_ARGS__))   \
+  }                                                                            \
+  template <typename Json>                                                     \
+  void from_json(const Json& nlohmann_json_j, Type& nlohmann_json_t) {         \
+    NLOHMANN_JSON_EXPAND(NLOHMANN_JSON_PASTE(NLOHMANN_JSON_FROM, __VA_ARGS__)) \
+  }
 
 /// Enumerations travel as numbers. Each says beside its declaration which value is its last:
 /// `constexpr Step LastOf(Step) { return Step::kEnd; }`
