@@ -1,5 +1,6 @@
 // What "default set" does with the file that an interrupted process left, also where the settings are missing.
 
+#include "tests/rngctl/default/settings_of_tree.h"
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/tree.h"
 
@@ -15,11 +16,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr uid_t kAnother = 4711;
-
-std::string Ini() { return TreePath(kSettingsFile); }
-std::string Temporary() { return Ini() + ".tmp"; }
-
 class LeftOver : public RngctlTest {};
 
 }  // namespace
@@ -27,7 +23,7 @@ class LeftOver : public RngctlTest {};
 TEST_F(LeftOver, DoesNotFinishWhatAnotherUserBegan) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
   WriteFile(Temporary(), "[Devices]\nRandomNumberGeneratorType=sobol\n");
-  ASSERT_EQ(0, ::chown(Temporary().c_str(), kAnother, kAnother));
+  ASSERT_EQ(0, ::chown(Temporary().c_str(), kAnotherUser, kAnotherUser));
   const Result result = Run("default set unixdev");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.errors, HasSubstr(Temporary() + " belongs to the user 4711, and storing"));

@@ -1,5 +1,6 @@
 // What "default set" does so that nothing of the settings file is lost, or says what is lost.
 
+#include "tests/rngctl/default/settings_of_tree.h"
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
@@ -22,8 +23,6 @@ namespace {
 constexpr std::size_t kBlock = 4096;
 constexpr char kBegin[] = "[Devices]\nRandomNumberGeneratorType=a\n\n[Other]\n";
 constexpr char kEnd[] = "last=1\n";
-
-std::string Ini() { return TreePath(kSettingsFile); }
 
 // Settings of that many bytes.
 std::string Settings(std::size_t size) {

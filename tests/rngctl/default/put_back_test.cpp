@@ -1,5 +1,6 @@
 // What "default set" does with the settings file if storing fails partway.
 
+#include "tests/rngctl/default/settings_of_tree.h"
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
@@ -18,11 +19,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kOld[] = "[Devices]\nRandomNumberGeneratorType=sobol\n\n[Other]\nkey=value\n";
 constexpr int kWholeDefault =
     80;  // less than both entries and the rest, more than the entries alone
-
-std::string Ini() { return TreePath(kSettingsFile); }
 
 std::size_t CountFiles() {
   return static_cast<std::size_t>(std::distance(fs::directory_iterator(TreePath("etc")), {}));
@@ -42,7 +40,7 @@ class PutBack : public RngctlTest {
     EXPECT_THAT(result.output, IsEmpty());
     EXPECT_THAT(result.errors,
                 AllOf(HasSubstr("rngctl: "), HasSubstr(why), HasSubstr(" is as it was before.\n")));
-    EXPECT_EQ(kOld, ReadFile(Ini()));
+    EXPECT_EQ(kOldSettings, ReadFile(Ini()));
     EXPECT_EQ(1U, CountFiles());
   }
 };
@@ -50,7 +48,7 @@ class PutBack : public RngctlTest {
 }  // namespace
 
 TEST_F(PutBack, ACutFileIsReplacedByTheOldOne) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   fs::permissions(Ini(), fs::perms(0640));
   const Result result = SetWithCuts(5);
   ExpectOldFile(result,
@@ -59,13 +57,13 @@ TEST_F(PutBack, ACutFileIsReplacedByTheOldOne) {
 }
 
 TEST_F(PutBack, AFileThatLostOtherSettingsIsReplacedByTheOldOne) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   ExpectOldFile(SetWithCuts(kWholeDefault), ": other settings were lost. ");
 }
 
 TEST_F(PutBack, TheOldFileBelongsToItsOldOwner) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   fs::permissions(Ini(), fs::perms(0600));
   ASSERT_EQ(0, ::chown(Ini().c_str(), 4711, 4712));
   const Result result = SetWithCuts(5);
@@ -86,7 +84,7 @@ TEST_F(PutBack, AHalfFileDoesNotStayIfThereWasNone) {
 }
 
 TEST_F(PutBack, ALinkIsALinkAgain) {
-  WriteFile(TreePath("place/ini"), kOld);
+  WriteFile(TreePath("place/ini"), kOldSettings);
   fs::create_directory(TreePath("etc"));
   fs::create_symlink("../place/ini", Ini());
   ExpectOldFile(SetWithCuts(5), "reads back");
@@ -95,12 +93,12 @@ TEST_F(PutBack, ALinkIsALinkAgain) {
 
 // The half file may have taken the last space.
 TEST_F(PutBack, ItIsTriedOnceMoreWithoutTheHalfFile) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   ExpectOldFile(SetWithCuts(5, "RNG_TEST_FAILED_SYNCS=1"), "reads back");
 }
 
 TEST_F(PutBack, AFailureToPutItBackIsSaid) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const Result result = SetWithCuts(5, "RNG_TEST_FAILED_SYNCS=2");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.errors, HasSubstr(" The old content of " + Ini() +
@@ -110,7 +108,7 @@ TEST_F(PutBack, AFailureToPutItBackIsSaid) {
 
 // The service is asked three times while the library stores, and is not asked for the device any more.
 TEST_F(PutBack, AServiceThatCrashesWhileTheLibraryStoresChangesNothing) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   InstallKnownPath("crashing_later");
   const Result result = Run("default set unixdev X1");
   ExpectOldFile(result, "rngctl: The known-path service crashed with signal 6 (Aborted). ");

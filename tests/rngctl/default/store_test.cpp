@@ -1,5 +1,6 @@
 // How "default set" stores: modes, the lock, interruptions, refusals and warnings.
 
+#include "tests/rngctl/default/settings_of_tree.h"
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
@@ -24,12 +25,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr uid_t kAnother = 4711;
-constexpr char kOld[] = "[Devices]\nRandomNumberGeneratorType=sobol\n\n[Other]\nkey=value\n";
-
 std::string Folder() { return TreePath("etc"); }
-std::string Ini() { return TreePath(kSettingsFile); }
-std::string Temporary() { return Ini() + ".tmp"; }
 
 class FolderLock {
  public:
@@ -56,7 +52,7 @@ class Store : public RngctlTest {
 
   // Nothing but the refusal is left behind.
   static void ExpectRefusal(const std::string& why, const std::string& fix,
-                            const std::string& content = kOld) {
+                            const std::string& content = kOldSettings) {
     const Result result = Run("default set unixdev");
     EXPECT_EQ(1, result.status);
     EXPECT_THAT(result.output, IsEmpty());
@@ -79,7 +75,7 @@ TEST_F(Store, TheUmaskOfTheUserDoesNotDecide) {
 }
 
 TEST_F(Store, KeepsAModeThatIsNarrower) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const std::pair<unsigned, unsigned> modes[] = {{0600, 0600}, {0640, 0640}, {0604, 0604},
                                                  {0444, 0444}, {0666, 0644}, {0777, 0644}};
   for (const auto& [before, after] : modes) {
@@ -91,11 +87,11 @@ TEST_F(Store, KeepsAModeThatIsNarrower) {
 
 TEST_F(Store, SaysWhoMayNoLongerReadTheFile) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
-  WriteFile(Ini(), kOld);
-  ASSERT_EQ(0, ::chown(Ini().c_str(), 0, kAnother));
+  WriteFile(Ini(), kOldSettings);
+  ASSERT_EQ(0, ::chown(Ini().c_str(), 0, kAnotherUser));
   EXPECT_THAT(Run("default set unixdev").errors, IsEmpty());  // everybody may read it
   fs::permissions(Ini(), fs::perms(0640));
-  ASSERT_EQ(0, ::chown(Ini().c_str(), 0, kAnother));
+  ASSERT_EQ(0, ::chown(Ini().c_str(), 0, kAnotherUser));
   const Result result = Run("default set unixdev");
   EXPECT_EQ(0, result.status);
   EXPECT_EQ(
@@ -109,7 +105,7 @@ TEST_F(Store, SaysWhoMayNoLongerReadTheFile) {
 }
 
 TEST_F(Store, KeepsOtherSections) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   Set();
   EXPECT_EQ(
       "[Devices]\nRandomNumberGeneratorType=unixdev\nRandomNumberGeneratorHardwareID=\n\n"
@@ -119,7 +115,7 @@ TEST_F(Store, KeepsOtherSections) {
 }
 
 TEST_F(Store, RefusesALeftOverLink) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   WriteFile(TreePath("victim"), "untouched");
   fs::create_symlink(TreePath("victim"), Temporary());
   ExpectRefusal(Temporary() + " is a symbolic link to " + TreePath("victim") +
@@ -135,16 +131,16 @@ TEST_F(Store, RefusesALeftOverLink) {
 
 TEST_F(Store, RefusesTheLeftOverFileOfAnotherUser) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   WriteFile(Temporary(), "left over");
-  ASSERT_EQ(0, ::chown(Temporary().c_str(), kAnother, kAnother));
+  ASSERT_EQ(0, ::chown(Temporary().c_str(), kAnotherUser, kAnotherUser));
   ExpectRefusal(Temporary() + " belongs to the user 4711, and storing would write to it",
                 "Remove it: rm " + Temporary());
   EXPECT_EQ("left over", ReadFile(Temporary()));
 }
 
 TEST_F(Store, ReplacesTheFileThatAnEarlierProcessLeft) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   WriteFile(Temporary(), "[Devi");
   for (const unsigned mode : {0666U, 0600U}) {
     WriteFile(Temporary(), "[Devi");
@@ -157,16 +153,16 @@ TEST_F(Store, ReplacesTheFileThatAnEarlierProcessLeft) {
 
 // The loader would not find the library of a set-user-ID tool here.
 TEST_F(Store, NothingIsStoredWithTheRightsOfAnother) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const Result result =
       RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/another_user.so " + Rngctl() + " default set unixdev");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.errors, HasSubstr("does not store a default with the rights of another user"));
-  EXPECT_EQ(kOld, ReadFile(Ini()));
+  EXPECT_EQ(kOldSettings, ReadFile(Ini()));
 }
 
 TEST_F(Store, CompletesTheStoreOfAKilledProcess) {
-  WriteFile(Temporary(), kOld);
+  WriteFile(Temporary(), kOldSettings);
   const Result result = Run("default set unixdev");
   EXPECT_EQ(0, result.status);
   EXPECT_EQ("Warning: " + Ini() +
@@ -178,7 +174,7 @@ TEST_F(Store, CompletesTheStoreOfAKilledProcess) {
 }
 
 TEST_F(Store, AnInterruptionWaitsUntilTheFileIsComplete) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/interrupts_unlink.so exec setsid " +
                                  Rngctl() + " default set unixdev X1");
   EXPECT_EQ(SIGINT, result.signal);
@@ -188,15 +184,15 @@ TEST_F(Store, AnInterruptionWaitsUntilTheFileIsComplete) {
 }
 
 TEST_F(Store, TheLimitOnFileSizesLeavesTheOldFile) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const Result result = RunShell("ulimit -c 0; ulimit -f 0; exec " + Rngctl() +
                                  " default set unixdev >/dev/null 2>&1");
   EXPECT_NE(0, result.status);
-  EXPECT_EQ(kOld, ReadFile(Ini()));
+  EXPECT_EQ(kOldSettings, ReadFile(Ini()));
 }
 
 TEST_F(Store, WaitsForAnotherProcessThatStores) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   auto lock = std::make_unique<FolderLock>();
   std::atomic<bool> isReleased = false;
   std::jthread release([&] {
@@ -219,20 +215,20 @@ TEST_F(Store, DoesNotKeepTheLockWhilePluginsAreTried) {
 }
 
 TEST_F(Store, GivesUpWhenTheLockIsKept) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const FolderLock lock;
   ExpectRefusal("another process has kept " + Folder() + " locked for five seconds",
                 "Try again when it has finished.");
 }
 
 TEST_F(Store, ReadingGoesOnWhenTheLockIsKept) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const FolderLock lock;
   EXPECT_THAT(Run("default").output, HasSubstr("configured  sobol\n"));
 }
 
 TEST_F(Store, ManyAtOnceAgree) {
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   const Result result = RunShell(
       "for i in 1 2 3 4 5 6 7 8 9 10; do"
       "  for kind in unixdev dsdr sobol accord Rutoken; do " +
@@ -257,7 +253,7 @@ TEST_F(Store, ManyAtOnceAgreeWithoutADirectory) {
 }
 
 TEST_F(Store, SaysThatALinkIsReplaced) {
-  WriteFile(TreePath("place/ini"), kOld);
+  WriteFile(TreePath("place/ini"), kOldSettings);
   fs::create_directory(Folder());
   fs::create_symlink("../place/ini", Ini());
   const Result result = Run("default set unixdev");
@@ -268,7 +264,7 @@ TEST_F(Store, SaysThatALinkIsReplaced) {
           "its target unchanged.\n",
       result.errors);
   EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(Ini())));
-  EXPECT_EQ(kOld, ReadFile(TreePath("place/ini")));
+  EXPECT_EQ(kOldSettings, ReadFile(TreePath("place/ini")));
 }
 
 TEST_F(Store, DoesNotCreateWhatADanglingLinkNames) {
@@ -287,9 +283,9 @@ TEST_F(Store, FollowsADirectoryThatIsALink) {
 }
 
 TEST_F(Store, WarnsOfALineThatCutsTheFile) {
-  WriteFile(Ini(), kOld + std::string(511, 'x') + "\r\n");
+  WriteFile(Ini(), kOldSettings + std::string(511, 'x') + "\r\n");
   EXPECT_THAT(Run("default set unixdev").errors, IsEmpty());
-  WriteFile(Ini(), kOld + std::string(512, 'x') + "\nlost=1\n");
+  WriteFile(Ini(), kOldSettings + std::string(512, 'x') + "\nlost=1\n");
   EXPECT_EQ(
       "Warning: line 6 of " + Ini() +
           " has 512 bytes, more than the 511 that the library can copy. Storing removes it and all "
@@ -300,7 +296,7 @@ TEST_F(Store, WarnsOfALineThatCutsTheFile) {
 
 TEST_F(Store, NamesTheOwnerOfWhatThisUserMayNotWrite) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs a directory of root's";
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   fs::permissions(Folder(), fs::perms(0755));
   const auto setAsUser = [] {
     return RunForked([] {
@@ -313,11 +309,11 @@ TEST_F(Store, NamesTheOwnerOfWhatThisUserMayNotWrite) {
                 " cannot be written by this user (Permission denied). Nothing was changed. " +
                 Folder() + " belongs to root. Try again with sudo.\n",
             setAsUser().errors);
-  ASSERT_EQ(0, ::chown(Folder().c_str(), kAnother, kAnother));
+  ASSERT_EQ(0, ::chown(Folder().c_str(), kAnotherUser, kAnotherUser));
   EXPECT_THAT(
       setAsUser().errors,
       HasSubstr(Folder() + " belongs to the user 4711. Try again as that user or with sudo."));
-  EXPECT_EQ(kOld, ReadFile(Ini()));
+  EXPECT_EQ(kOldSettings, ReadFile(Ini()));
 }
 
 TEST_F(Store, AFullDiskIsNamedBeforeTheFileIsLost) {
@@ -326,7 +322,7 @@ TEST_F(Store, AFullDiskIsNamedBeforeTheFileIsLost) {
   if (::mount("none", disk.c_str(), "tmpfs", 0, "size=64k") != 0) {
     GTEST_SKIP() << "this user cannot mount a small disk";
   }
-  WriteFile(Ini(), kOld);
+  WriteFile(Ini(), kOldSettings);
   RunShell("cat /dev/zero >" + disk + "/filler");
   ExpectRefusal("the disk of " + disk + " is full", "Free some space on that disk, and try again.");
   ::umount2(disk.c_str(), MNT_DETACH);

@@ -1,5 +1,6 @@
 // What "default" and "read" say about a settings file that exists and cannot be read.
 
+#include "tests/rngctl/default/settings_of_tree.h"
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
@@ -15,8 +16,6 @@ using testing::StartsWith;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string Ini() { return TreePath(kSettingsFile); }
 
 void ExpectUnreadable(const Result& result, const std::string& why) {
   EXPECT_EQ(1, result.status);

@@ -12,14 +12,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Kind {
+struct UnavailableKind {
   const char* kind;
   const char* fix;  // a part of it
 };
 
-void PrintTo(const Kind& instance, std::ostream* out) { *out << instance.kind; }
+void PrintTo(const UnavailableKind& instance, std::ostream* out) { *out << instance.kind; }
 
-class DoctorOnUnavailable : public Doctor, public testing::WithParamInterface<Kind> {};
+class DoctorOnUnavailable : public Doctor, public testing::WithParamInterface<UnavailableKind> {};
 
 }  // namespace
 
@@ -32,10 +32,10 @@ TEST_P(DoctorOnUnavailable, NamesWhatTheKindNeeds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, DoctorOnUnavailable,
-                         testing::Values(Kind{"bioqt", "graphical session"},
-                                         Kind{"biokbd", "in a terminal"},
-                                         Kind{"unixdev", "getrandom"},
-                                         Kind{"Rutoken", "Connect the device"}),
+                         testing::Values(UnavailableKind{"bioqt", "graphical session"},
+                                         UnavailableKind{"biokbd", "in a terminal"},
+                                         UnavailableKind{"unixdev", "getrandom"},
+                                         UnavailableKind{"Rutoken", "Connect the device"}),
                          [](const auto& instance) { return std::string(instance.param.kind); });
 
 TEST_F(Doctor, NamesTheDataFileOfAPluginThatReadsOne) {

@@ -10,7 +10,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr char kAdvice[] =
+constexpr char kDoNotUse[] =
     "Do not use its bytes, including those that it returned before. \"rngctl test\" examines it.\n";
 
 }  // namespace
@@ -25,7 +25,7 @@ TEST_F(RngctlTest, ReadRefusesBytesThatAreNotRandom) {
     EXPECT_EQ(
         "rngctl: The generator \"sobol\" returned bytes that are not random (nine equal bytes in "
         "a row) after 0 bytes.\n" +
-            std::string(kAdvice),
+            std::string(kDoNotUse),
         result.errors);
   }
 }

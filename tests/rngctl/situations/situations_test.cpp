@@ -88,19 +88,21 @@ TEST_P(Situations, Agree) {
 
 namespace {
 
-std::string NameOf(const testing::TestParamInfo<Situation>& info) { return info.param.name; }
+std::string CaseName(const testing::TestParamInfo<Situation>& info) { return info.param.name; }
 
 }  // namespace
 
-INSTANTIATE_TEST_SUITE_P(Company, Situations, testing::ValuesIn(CompanySituations()), NameOf);
-INSTANTIATE_TEST_SUITE_P(FakePlugin, Situations, testing::ValuesIn(FakePluginSituations()), NameOf);
-INSTANTIATE_TEST_SUITE_P(File, Situations, testing::ValuesIn(FileSituations()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Permission, Situations, testing::ValuesIn(PermissionSituations()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Setting, Situations, testing::ValuesIn(SettingsSituations()), NameOf);
-INSTANTIATE_TEST_SUITE_P(User, Situations, testing::ValuesIn(UserSituations()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Company, Situations, testing::ValuesIn(CompanySituations()), CaseName);
+INSTANTIATE_TEST_SUITE_P(FakePlugin, Situations, testing::ValuesIn(FakePluginSituations()),
+                         CaseName);
+INSTANTIATE_TEST_SUITE_P(File, Situations, testing::ValuesIn(FileSituations()), CaseName);
+INSTANTIATE_TEST_SUITE_P(Permission, Situations, testing::ValuesIn(PermissionSituations()),
+                         CaseName);
+INSTANTIATE_TEST_SUITE_P(Setting, Situations, testing::ValuesIn(SettingsSituations()), CaseName);
+INSTANTIATE_TEST_SUITE_P(User, Situations, testing::ValuesIn(UserSituations()), CaseName);
 INSTANTIATE_TEST_SUITE_P(Surrounding, Situations, testing::ValuesIn(SurroundingSituations()),
-                         NameOf);
-INSTANTIATE_TEST_SUITE_P(Limit, Situations, testing::ValuesIn(LimitSituations()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Disturbed, Situations, testing::ValuesIn(DisturbedSituations()), NameOf);
+                         CaseName);
+INSTANTIATE_TEST_SUITE_P(Limit, Situations, testing::ValuesIn(LimitSituations()), CaseName);
+INSTANTIATE_TEST_SUITE_P(Disturbed, Situations, testing::ValuesIn(DisturbedSituations()), CaseName);
 INSTANTIATE_TEST_SUITE_P(OddSetting, Situations, testing::ValuesIn(OddSettingsSituations()),
-                         NameOf);
+                         CaseName);
