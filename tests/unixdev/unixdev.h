@@ -6,6 +6,7 @@
 #include "tests/support/tree.h"
 #include "tests/unixdev/kernel_calls.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <vector>
@@ -15,6 +16,7 @@
 using Bytes = std::vector<unsigned char>;
 
 constexpr unsigned char kOld = 0xEE;
+constexpr std::size_t kMebibyte = 1 << 20;
 
 /// The plug-in, as a host has it after the start.
 class UnixDev : public testing::Test {

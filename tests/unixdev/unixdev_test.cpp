@@ -7,8 +7,6 @@
 
 using testing::Each;
 
-constexpr std::size_t kMebibyte = 1 << 20;
-
 // --- What it reports
 
 using TextOperation = std::int32_t (IRngProvider::*)(char* buffer);

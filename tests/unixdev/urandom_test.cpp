@@ -13,8 +13,6 @@ using testing::Each;
 
 namespace {
 
-constexpr std::size_t kMebibyte = 1 << 20;
-
 ssize_t FillWithNines(unsigned char* buffer, std::size_t size) { return Fill(buffer, size, 9); }
 
 int AnswerPoll(pollfd* event, int result) {
