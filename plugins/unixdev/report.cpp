@@ -40,7 +40,7 @@ std::string DescribeFault(const OpenFile& device) {
   }
   if (device.Error() == EACCES || device.Error() == EPERM) {
     return "This user may not read " + path +
-           ". Add a udev rule that gives the device to a group, and this user to that group.";
+           ". Let a udev rule give it to a group, and add this user to that group.";
   }
   if (device.Error() != 0)
     return path + " cannot be opened: " + std::strerror(device.Error()) + '.';

@@ -14,8 +14,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr char kUdev[] =
-    "Add a udev rule that gives the device to a group, and this user to that group.";
+constexpr char kUdev[] = "Let a udev rule give it to a group, and add this user to that group.";
 
 using Reporter = std::int32_t (*)(char* buffer);
 

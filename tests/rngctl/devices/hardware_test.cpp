@@ -67,8 +67,8 @@ TEST_F(RngctlHardware, ThatThisUserMayNotReadIsExplained) {
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, HasSubstr("the generator refuses the device \"hwrng\"\n"));
   EXPECT_THAT(result.output,
-              HasSubstr("unixdev, problem: This user may not read /dev/hwrng. Add a udev rule that "
-                        "gives the device to a group, and this user to that group.\n"));
+              HasSubstr("\nunixdev, problem: This user may not read /dev/hwrng. Let a "
+                        "udev rule give it to a group, and add this user to that group.\n"));
 }
 
 TEST_F(RngctlHardware, ThatGivesZerosIsRefused) {
