@@ -49,6 +49,10 @@ TEST_F(TokenAvailability, TokenThatGivesHalfZerosIsNone) {
   EXPECT_FALSE(IsAvailable({"slot id=0 zeros=half"}));
 }
 
+TEST_F(TokenAvailability, TokenThatRepeatsItselfIsNone) {
+  EXPECT_FALSE(IsAvailable({"slot id=0 same=yes"}));
+}
+
 TEST_F(TokenAvailability, TokenWithoutContentOrUnknownIsNone) {
   EXPECT_FALSE(IsAvailable({"slot id=0 initialized=no", "slot id=1 known=no"}));
 }

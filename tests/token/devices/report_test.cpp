@@ -60,8 +60,12 @@ TEST_F(TokenReport, SecondCallWritesWhatTheFirstSaw) {
 
 TEST_F(TokenReport, OpensNoTokenThatIsNotMeant) {
   Start({"slot id=0", "slot id=1 serial=B2 manufacturer=Other", "slot id=2 serial=C3 rng=no",
-         "slot id=3 serial=D4 initialized=no"});
-  EXPECT_THAT(Report(), StartsWith(kDeviceA1));
+         "slot id=3 serial=D4 initialized=no", "slot id=4 serial=E5 manufacturer=Other rng=no"});
+  const std::string report = Report();
+  EXPECT_THAT(report, StartsWith(kDeviceA1));
+  EXPECT_THAT(report, HasSubstr("\"Token\" (serial number B2) does not match"));
+  EXPECT_THAT(report, HasSubstr("\"Token\" (serial number C3) has no random-number generator"));
+  EXPECT_EQ(3, std::count(report.begin(), report.end(), '\n'));
   EXPECT_THAT(tokens.OpenedSlots(), ElementsAre(0));
 }
 
@@ -98,6 +102,13 @@ TEST_F(TokenReport, TakesNoTokenAwayFromDraws) {
   EXPECT_EQ("B2", HardwareId());
   EXPECT_EQ("drawn", Draw());
   EXPECT_EQ(0U, tokens.OpenSessions());
+}
+
+// Somebody else uses it.
+TEST_F(TokenReport, TokenWithoutAFreeSessionIsADevice) {
+  Start({"slot id=0"});
+  tokens.Set({"slot id=0 sessions=0"});
+  EXPECT_EQ(kDeviceA1, Report());
 }
 
 TEST_F(UnavailableToken, ReportSaysWhy) {

@@ -1,3 +1,5 @@
+#include "tests/support/tree.h"
+#include "tests/token/background_draw.h"
 #include "tests/token/token_host.h"
 
 #include <gmock/gmock.h>
@@ -59,9 +61,41 @@ TEST_F(TokenSelection, RefusalKeepsTheEarlierChoice) {
 TEST_F(TokenSelection, HardwareIdIsThatOfTheTokenInUse) {
   Start({"slot id=0 serial=A1"});
   EXPECT_EQ("A1", HardwareId());
-  tokens.Set({"slot id=1 serial=B2"});
+  for (const char* const token : {"slot id=1 serial=B2", "slot id=1 serial=C3 life=2"}) {
+    tokens.Set(token);
+    EXPECT_EQ("drawn", Draw());
+    EXPECT_THAT(token, HasSubstr("serial=" + HardwareId()));
+  }
+}
+
+// The token is exchanged after it was found.
+TEST_F(TokenSelection, AnotherTokenIsNotDrawnFromAtTheLastMoment) {
+  Start({"slot id=0"});
+  ASSERT_TRUE(rng->SelectDevice("A1"));
+  tokens.Set({"slot id=0", "hang function=C_OpenSession until=" + TreePath("mock/go")});
+  BackgroundDraw drawing([this] { return Draw(); });
+  ASSERT_TRUE(tokens.Hangs("C_OpenSession"));
+  tokens.Set({"slot id=0 serial=Z9 life=2"});
+  WriteFile(TreePath("mock/go"), "");
+  EXPECT_EQ("zeros", drawing.Finish());
+  EXPECT_THAT(tokens.Pieces(), testing::Each(32U));
+  EXPECT_EQ(0U, tokens.OpenSessions());
+}
+
+TEST_F(TokenSelection, TokenWithoutAnIdentifierIsUsedWhenNoneIsSelected) {
+  Start({"slot id=0 serial=", "slot id=1 serial="});
   EXPECT_EQ("drawn", Draw());
-  EXPECT_EQ("B2", HardwareId());
+  EXPECT_EQ(0, rng->GetHardwareId(nullptr));
+  Stop();
+  Start({"slot id=0 serial=a%3Db"});
+  EXPECT_EQ("drawn", Draw());
+  EXPECT_EQ(0, rng->GetHardwareId(nullptr));
+}
+
+TEST_F(TokenSelection, ForeignTokenWithTheSameSerialDoesNotMatter) {
+  Start({"slot id=0", "slot id=1 manufacturer=Other"});
+  EXPECT_TRUE(rng->SelectDevice("A1"));
+  EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(0));
 }
 
 TEST_F(TokenSelection, NullAndEmptyMeanAnyToken) {

@@ -1,60 +1,42 @@
 #include "tests/support/tree.h"
+#include "tests/token/background_draw.h"
 #include "tests/token/token_host.h"
 
-#include <atomic>
 #include <chrono>
-#include <filesystem>
 #include <p11-kit/pkcs11.h>
-#include <thread>
 
 namespace {
 
 // Draws while the module hangs.
 class TokenCancel : public TokenHost {
  protected:
-  struct Drawing {
-    std::atomic<bool> hasEnded = false;
-    std::string result;
-    std::thread thread;
-  };
-
-  void SetHanging(const std::string& module) {
-    tokens.Set({module, "slot id=0", "hang function=C_GenerateRandom until=" + release});
+  void SetHanging(const std::string& module, const std::string& slot = "slot id=0") {
+    tokens.Set({module, slot, "hang function=C_GenerateRandom until=" + release});
   }
 
-  void Begin(Drawing& drawing) {
-    drawing.thread = std::thread([this, &drawing] {
-      drawing.result = Draw();
-      drawing.hasEnded = true;
-    });
-  }
-
-  static void WaitFor(const Drawing& drawing) {
-    while (!drawing.hasEnded) Pause();
-  }
+  void Release() const { WriteFile(release, ""); }
 
   static void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(5)); }
 
-  void ExpectCancelToEndAWaitingDraw(Drawing& inside) {
+  // One draw is inside the module. Another one begins, waits, and is cancelled.
+  void ExpectCancelToEndAWaitingDraw(BackgroundDraw& inside) {
     tokens.ClearLog();
-    Drawing waiting;
-    Begin(waiting);
+    BackgroundDraw waiting(draw);
     while (tokens.Log().empty()) Pause();
     Pause();
-    EXPECT_FALSE(waiting.hasEnded);
+    EXPECT_FALSE(waiting.HasEnded());
     rng->Cancel();
-    waiting.thread.join();
-    EXPECT_EQ("zeros", waiting.result);
-    EXPECT_FALSE(inside.hasEnded);
-    WriteFile(release, "");
-    inside.thread.join();
-    EXPECT_EQ("zeros", inside.result);
+    EXPECT_EQ("zeros", waiting.Finish());
+    EXPECT_FALSE(inside.HasEnded());
+    Release();
+    EXPECT_EQ("zeros", inside.Finish());
     tokens.Set({"slot id=0"});
     EXPECT_EQ("drawn", Draw());
     EXPECT_EQ(0U, tokens.OpenSessions());
   }
 
   const std::string release = TreePath("mock/go");
+  const std::function<std::string()> draw = [this] { return Draw(); };
 };
 
 }  // namespace
@@ -62,14 +44,12 @@ class TokenCancel : public TokenHost {
 TEST_F(TokenCancel, EndsTheOneInsideWhenTheModuleReturns) {
   Start({"slot id=0"});
   SetHanging("module");
-  Drawing inside;
-  Begin(inside);
+  BackgroundDraw inside(draw);
   ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
   rng->Cancel();  // returns although the module does not
-  EXPECT_FALSE(inside.hasEnded);
-  WriteFile(release, "");
-  inside.thread.join();
-  EXPECT_EQ("zeros", inside.result);
+  EXPECT_FALSE(inside.HasEnded());
+  Release();
+  EXPECT_EQ("zeros", inside.Finish());
   EXPECT_EQ("drawn", Draw());
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
@@ -78,32 +58,25 @@ TEST_F(TokenCancel, EndsTheOneInsideWhenTheModuleReturns) {
 TEST_F(TokenCancel, EndsThoseThatWaitAtOnce) {
   Start({"module locks=no", "slot id=0"});
   SetHanging("module locks=no");
-  Drawing inside;
-  Begin(inside);
+  BackgroundDraw inside(draw);
   ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
-  Drawing waiting[3];
-  for (Drawing& drawing : waiting) Begin(drawing);
-  while (!(waiting[0].hasEnded && waiting[1].hasEnded && waiting[2].hasEnded)) {
+  BackgroundDraw first(draw);
+  BackgroundDraw second(draw);
+  while (!(first.HasEnded() && second.HasEnded())) {
     rng->Cancel();  // again: a draw that begins after it is not ended
     Pause();
   }
-  EXPECT_FALSE(inside.hasEnded);
-  WriteFile(release, "");
-  inside.thread.join();
-  EXPECT_EQ("zeros", inside.result);
-  for (Drawing& drawing : waiting) {
-    drawing.thread.join();
-    EXPECT_EQ("zeros", drawing.result);
-  }
+  EXPECT_FALSE(inside.HasEnded());
+  Release();
+  for (BackgroundDraw* const ended : {&inside, &first, &second})
+    EXPECT_EQ("zeros", ended->Finish());
   EXPECT_EQ("drawn", Draw());
 }
 
-// Its only session is in use.
 TEST_F(TokenCancel, EndsTheOneThatWaitsForASession) {
   Start({"slot id=0 sessions=1"});
-  tokens.Set({"slot id=0 sessions=1", "hang function=C_GenerateRandom until=" + release});
-  Drawing inside;
-  Begin(inside);
+  SetHanging("module", "slot id=0 sessions=1");
+  BackgroundDraw inside(draw);
   ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
   tokens.Set({"slot id=0 sessions=1"});
   ExpectCancelToEndAWaitingDraw(inside);
@@ -113,8 +86,7 @@ TEST_F(TokenCancel, EndsTheOneThatWaitsForASession) {
 TEST_F(TokenCancel, EndsTheOneThatWaitsToInitialize) {
   Start({"slot id=0"});
   SetHanging("module");
-  Drawing inside;
-  Begin(inside);
+  BackgroundDraw inside(draw);
   ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
   tokens.Set({"slot id=0", Fault(1, "*", 1, CKR_CRYPTOKI_NOT_INITIALIZED) + " times=2"});
   ExpectCancelToEndAWaitingDraw(inside);
@@ -129,28 +101,43 @@ TEST_F(TokenCancel, DoesNotAffectLaterDraws) {
 TEST_F(TokenCancel, EndsADrawOfManyPieces) {
   Start({"slot id=0"});
   tokens.Set({"module micros=2000", "slot id=0"});
-  Drawing drawing;
-  drawing.thread = std::thread([this, &drawing] { drawing.result = Draw(1 << 20); });
+  BackgroundDraw drawing([this] { return Draw(1 << 20); });
   while (tokens.Pieces().size() < 5) Pause();
   rng->Cancel();
-  drawing.thread.join();
-  EXPECT_EQ("zeros", drawing.result);
+  EXPECT_EQ("zeros", drawing.Finish());
   EXPECT_GT(1000U, tokens.Pieces().size());  // of 4096
 }
 
-// Queries answer while the module hangs.
 TEST_F(TokenCancel, QueriesDoNotWaitForADraw) {
   Start({"slot id=0"});
   ASSERT_TRUE(rng->SelectDevice("A1"));
   SetHanging("module");
-  Drawing inside;
-  Begin(inside);
+  BackgroundDraw inside(draw);
   ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
   EXPECT_EQ("Rutoken", ReportedName(*rng));
   EXPECT_EQ(kRngCapabilityHardware, rng->GetFlags() & kRngCapabilityHardware);
+  EXPECT_EQ("A1", HardwareId());
+  EXPECT_NE("", Description());
   EXPECT_EQ(rng, library->GetRng("Rutoken"));
-  EXPECT_FALSE(inside.hasEnded);
-  WriteFile(release, "");
-  inside.thread.join();
-  EXPECT_EQ("drawn", inside.result);
+  EXPECT_FALSE(inside.HasEnded());
+  Release();
+  EXPECT_EQ("drawn", inside.Finish());
+}
+
+// The first token is full, and the second one gives nothing: the draw waits for the first.
+TEST_F(TokenCancel, DrawWaitsForASessionWithoutIt) {
+  const std::string second = "slot id=1 serial=B2 pin=yes";
+  Start({"slot id=0 sessions=1", second});
+  SetHanging("module", "slot id=0 sessions=1");
+  BackgroundDraw inside(draw);
+  ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
+  tokens.Set({"slot id=0 sessions=1", second});
+  tokens.ClearLog();
+  BackgroundDraw waiting(draw);
+  while (tokens.Log().empty()) Pause();
+  Pause();
+  EXPECT_FALSE(waiting.HasEnded());
+  Release();
+  EXPECT_EQ("drawn", inside.Finish());
+  EXPECT_EQ("drawn", waiting.Finish());
 }

@@ -2,6 +2,7 @@
 #include "tests/support/tree.h"
 #include "tests/token/token_host.h"
 
+#include <algorithm>
 #include <thread>
 #include <unistd.h>
 
@@ -41,6 +42,25 @@ TEST_F(TokenFork, CopyDrawsAndStopsOnItsOwn) {
   Stop();
   EXPECT_EQ(CountOf("C_Initialize", true), CountOf("C_Finalize", true));
   EXPECT_EQ(0U, tokens.OpenSessions());
+}
+
+TEST_F(TokenFork, CopyKeepsTheSelection) {
+  Start({"slot id=0", "slot id=1 serial=B2"});
+  ASSERT_TRUE(rng->SelectDevice("B2"));
+  tokens.ClearLog();
+  EXPECT_EQ(0, RunForked([this] { return DrawsAndStops(1) ? 0 : 1; }).status);
+  EXPECT_EQ(std::vector{1UL}, tokens.OpenedSlots());
+}
+
+// It would draw the same bytes as the original, or disturb it.
+TEST_F(TokenFork, CopyInitializesAlsoAModuleThatDoesNotNotice) {
+  Start({"module forks=unnoticed", "slot id=0"});
+  EXPECT_EQ(0, RunForked([this] { return DrawsAndStops(1) ? 0 : 1; }).status);
+  const auto calls = tokens.Log();
+  const auto first = std::find_if(calls.begin(), calls.end(),
+                                  [](const MockCall& call) { return call.process != ::getpid(); });
+  ASSERT_NE(calls.end(), first);
+  EXPECT_EQ("C_Initialize", first->function);
 }
 
 TEST_F(TokenFork, CopyThatOnlyStopsHarmsNobody) {

@@ -60,6 +60,17 @@ TEST_F(SharedModule, HostThatWasFirstKeepsThemWhenThereIsNoToken) {
   EXPECT_EQ(0U, tokens.Count("C_Finalize"));
 }
 
+TEST_F(SharedModule, HostThatWasFirstKeepsThemInAModuleWithoutLocks) {
+  tokens.Set({"module locks=no", kTokens});
+  ASSERT_EQ(CKR_OK, direct->C_Initialize(nullptr));
+  const CK_SESSION_HANDLE session = OpenIn(*direct);
+  Start({"module locks=no", kTokens});
+  EXPECT_EQ("drawn", Draw());
+  Stop();
+  EXPECT_EQ(CKR_OK, DrawFrom(*direct, session));
+  EXPECT_EQ(0U, tokens.Count("C_Finalize"));
+}
+
 TEST_F(SharedModule, IsInitializedAgainAfterTheHostHasFinalizedIt) {
   ASSERT_EQ(CKR_OK, direct->C_Initialize(nullptr));
   Start({kTokens});

@@ -156,6 +156,15 @@ TEST_F(MockModule, GivesHalfOfTheBytes) {
   EXPECT_EQ(Bytes(32), Bytes(bytes.begin() + 32, bytes.end()));
 }
 
+TEST_F(MockModule, RepeatsItself) {
+  Start({"slot id=0 same=yes"});
+  ASSERT_EQ(CKR_OK, Open(0));
+  ASSERT_EQ(CKR_OK, Draw(32));
+  const Bytes first = bytes;
+  ASSERT_EQ(CKR_OK, Draw(32));
+  EXPECT_EQ(first, bytes);
+}
+
 TEST_F(MockModule, TokenIsGoneAfterItsLastByte) {
   Start({"slot id=0 bytes=100"});
   ASSERT_EQ(CKR_OK, Open(0));
@@ -222,6 +231,12 @@ TEST_F(MockModule, CopyOfTheProcessInitializesAgain) {
   });
   EXPECT_EQ(0, copy.status);
   EXPECT_EQ(CKR_OK, Draw(1));
+}
+
+TEST_F(MockModule, CopyOfTheProcessMayGoUnnoticed) {
+  Start({"module forks=unnoticed", "slot id=0"});
+  ASSERT_EQ(CKR_OK, Open(0));
+  EXPECT_EQ(0, RunForked([this] { return Draw(1) == CKR_OK ? 0 : 1; }).status);
 }
 
 TEST_F(MockModule, CanBeManaged) {

@@ -45,6 +45,7 @@ static struct MockText Decode(const char* text) {
 
 static void ReadModuleWord(struct MockScript* script, const struct Word* word) {
   if (IsKey(word, "locks")) script->locks = IsYes(word);
+  if (IsKey(word, "forks")) script->noticesForks = word->value.bytes[0] != 'u';
   if (IsKey(word, "micros")) script->micros = NumberOf(word);
   if (IsKey(word, "hides")) script->hides = NumberOf(word);
   if (IsKey(word, "manufacturer")) script->manufacturer = word->value;
@@ -64,6 +65,7 @@ static void ReadSlotFlag(struct MockSlot* slot, const struct Word* word) {
   if (IsKey(word, "initialized")) slot->isInitialized = IsYes(word);
   if (IsKey(word, "protected")) slot->isProtected = IsYes(word);
   if (IsKey(word, "known")) slot->isKnown = IsYes(word);
+  if (IsKey(word, "same")) slot->isSame = IsYes(word);
   if (IsKey(word, "zeros")) slot->zeroesHalf = strcmp((const char*)word->value.bytes, "half") == 0;
 }
 
@@ -145,7 +147,8 @@ static void ReadText(char* text, size_t size) {
 void ReadMockScript(struct MockScript* script) {
   char text[4096] = "";
   ReadText(text, sizeof text);
-  *script = (struct MockScript){.locks = true, .manufacturer = TextOf("Mock")};
+  *script =
+      (struct MockScript){.locks = true, .noticesForks = true, .manufacturer = TextOf("Mock")};
   script->fault.times = 1;
   char* rest = NULL;
   for (char* line = strtok_r(text, "\n", &rest); line; line = strtok_r(NULL, "\n", &rest)) {

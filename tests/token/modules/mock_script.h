@@ -1,9 +1,9 @@
 /* What the module of the tests shall be, read from the file that MOCK_TOKENS names. Its lines are words,
    "key=value", with %XX for any byte:
 
-     module locks=no micros=500 hides=1
+     module locks=no forks=unnoticed micros=500 hides=1
      slot id=0 serial=A1 label=Token%20A manufacturer=Mock model=M1 present=no rng=no pin=yes initialized=no
-          protected=yes known=no sessions=3 largest=64 refusal=0x21 zeros=half life=2 bytes=1000
+          protected=yes known=no sessions=3 largest=64 refusal=0x21 zeros=half same=yes life=2 bytes=1000
      fault number=1 function=C_OpenSession call=2 times=1 result=0x30
      hang function=C_GenerateRandom until=/path
 
@@ -30,6 +30,7 @@ struct MockSlot {
   unsigned long largest;   /* piece of random bytes that it gives */
   CK_RV refusal;           /* its answer to larger ones */
   bool zeroesHalf;         /* of each piece, and reports success */
+  bool isSame;             /* the same bytes in each piece */
   unsigned long life;      /* another number: the token was taken out and inserted again */
   unsigned long lastBytes; /* after so many in this life the token is gone; 0: never */
 };
@@ -43,6 +44,7 @@ struct MockFault {
 
 struct MockScript {
   bool locks;           /* whether several threads may call */
+  bool noticesForks;    /* so that a copy of the process must initialize it */
   unsigned long micros; /* that a piece of random bytes takes */
   unsigned long hides;  /* how many times the number of slots is reported one too small */
   struct MockText manufacturer;

@@ -23,7 +23,8 @@ struct Token {
 
 static pthread_mutex_t g_lock = PTHREAD_MUTEX_INITIALIZER;
 static bool g_isInitialized;
-static int g_inside; /* calls that have begun */
+static bool g_isCopy; /* a fork that is not noticed yet */
+static int g_inside;  /* calls that have begun */
 static struct Session g_sessions[kMostSessions];
 static CK_SESSION_HANDLE g_lastHandle;
 static struct Token g_tokens[kMostSlots];
@@ -36,7 +37,7 @@ static void Lock(void) { pthread_mutex_lock(&g_lock); }
 static void Unlock(void) { pthread_mutex_unlock(&g_lock); }
 
 static void UnlockCopy(void) {
-  FinalizeMock();
+  g_isCopy = true;
   g_inside = 0;
   pthread_mutex_unlock(&g_lock);
 }
@@ -103,6 +104,8 @@ CK_RV BeginMockCall(struct MockCall* call, const char* function) {
   call->slot = call->session = call->size = MOCK_NONE;
   ReadMockScript(&call->script);
   Lock();
+  if (g_isCopy && call->script.noticesForks) FinalizeMock();
+  g_isCopy = false;
   ++g_inside;
   if (g_inside > 1 && !call->script.locks) Note("overlaps", function);
   Hang(call);

@@ -3,6 +3,8 @@
 #include "plugins/token/pkcs11/uri.h"
 
 #include "plugins/token/pkcs11/modules.h"
+#include "plugins/token/pkcs11/text.h"
+#include "tests/support/aggregator_library.h"
 #include "tests/token/installed/soft_hsm.h"
 
 #include <algorithm>
@@ -77,6 +79,24 @@ TEST(TokenModules, AreThoseThatAreRegistered) {
   const SoftHsm hsm;  // only some users may read the system's
   EXPECT_THAT(FilesOf("pkcs11:"), testing::Contains("libsofthsm2.so"));
   EXPECT_THAT(FilesOf("pkcs11:?module-name=softhsm2"), testing::ElementsAre("libsofthsm2.so"));
+}
+
+TEST(TokenModules, AreUnmapped) {
+  const SoftHsm hsm;
+  EXPECT_THAT(FilesOf("pkcs11:"), testing::Contains("libsofthsm2.so"));
+  EXPECT_THAT(FilesOf("pkcs11:?module-name=nothing"), IsEmpty());
+  EXPECT_FALSE(IsMapped("libsofthsm2.so"));
+}
+
+TEST(TokenText, IsPlain) {
+  EXPECT_EQ("a \xC3\xA4 \xE2\x82\xAC \xF0\x9F\x94\x91",
+            Plain("a \xC3\xA4 \xE2\x82\xAC \xF0\x9F\x94\x91"));
+  for (const char* const byte : {"\x01", "\x1B", "\x7F", "\x80", "\xC3", "\xFF", "\xC2\x85"})
+    EXPECT_EQ("?", Plain(byte));
+  EXPECT_EQ("??", Plain("\xC0\xAF"));            // longer than it needs to be
+  EXPECT_EQ("???", Plain("\xE0\x80\xAF"));       // the same
+  EXPECT_EQ("???", Plain("\xED\xA0\x80"));       // half of a pair in another encoding
+  EXPECT_EQ("????", Plain("\xF4\x90\x80\x80"));  // above the last character
 }
 
 TEST(TokenModules, AreNamedIfTheyAreMissing) {
