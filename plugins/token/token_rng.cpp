@@ -8,11 +8,16 @@
 
 namespace {
 
-// With an empty text there is none.
-std::int32_t Report(const std::string& text, char* buffer) {
+// With their terminators. A serial number has at most 16 bytes, a label 32 and a model 16.
+constexpr std::size_t kLargestSerial = 17;
+constexpr std::size_t kLargestDescription = 80;
+
+// The size does not depend on the text, because another thread may draw from another token between the caller's two
+// calls. An empty text is none.
+std::int32_t Report(const std::string& text, std::size_t size, char* buffer) {
   if (text.empty()) return 0;
-  if (buffer) std::memcpy(buffer, text.c_str(), text.size() + 1);
-  return static_cast<std::int32_t>(text.size() + 1);
+  if (buffer) std::strncpy(buffer, text.c_str(), size);
+  return static_cast<std::int32_t>(size);
 }
 
 TokenRng g_provider;
@@ -49,19 +54,22 @@ Source& TokenRng::Here() {
                                                               : existing->source;
 }
 
-std::int32_t TokenRng::GetName(char* buffer) { return Report(kKind, buffer); }
+std::int32_t TokenRng::GetName(char* buffer) {
+  return Report(kKind, std::strlen(kKind) + 1, buffer);
+}
 
 std::int32_t TokenRng::GetDescription(char* buffer) {
   const Token token = Here().Used();
-  if (!token.place.module) return Report("PKCS#11 token", buffer);
-  return Report("Token \"" + Plain(token.label) + "\", model " + Plain(token.model), buffer);
+  const std::string text = token.place.module
+                               ? "Token \"" + Plain(token.label) + "\", model " + Plain(token.model)
+                               : "PKCS#11 token";
+  return Report(text, kLargestDescription, buffer);
 }
 
 std::int32_t TokenRng::GetHardwareId(char* buffer) {
   const std::string& selected = Here().Selected();
-  if (!selected.empty()) return Report(selected, buffer);
-  const std::string used = Here().Used().serial;
-  return Report(IsStorable(used) ? used : "", buffer);
+  const std::string serial = selected.empty() ? Here().Used().serial : selected;
+  return Report(IsStorable(serial) ? serial : "", kLargestSerial, buffer);
 }
 
 bool TokenRng::SelectDevice(const char* hardwareId) {

@@ -2,6 +2,7 @@
 #include "tests/token/background_draw.h"
 #include "tests/token/token_host.h"
 
+#include <cstring>
 #include <gmock/gmock.h>
 
 using testing::ElementsAre;
@@ -96,6 +97,24 @@ TEST_F(TokenSelection, ForeignTokenWithTheSameSerialDoesNotMatter) {
   Start({"slot id=0", "slot id=1 manufacturer=Other"});
   EXPECT_TRUE(rng->SelectDevice("A1"));
   EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(0));
+}
+
+// Otherwise the longer text would be written beyond the buffer that was made for the shorter one.
+TEST_F(TokenSelection, SizeOfATextStaysWhenAnotherTokenIsUsedBetweenItsTwoCalls) {
+  Start({"slot id=0 serial=A label=A model=A",
+         "slot id=1 serial=0123456789ABCDEF "
+         "label=0123456789ABCDEF0123456789ABCDEF model=0123456789ABCDEF"});
+  for (const auto operation : {&IRngProvider::GetHardwareId, &IRngProvider::GetDescription}) {
+    ASSERT_TRUE(rng->SelectDevice("A"));
+    const std::int32_t size = (rng->*operation)(nullptr);
+    ASSERT_TRUE(rng->SelectDevice("0123456789ABCDEF"));
+    std::vector<char> buffer(static_cast<std::size_t>(size) + 1, '!');
+    EXPECT_EQ(size, (rng->*operation)(buffer.data()));
+    EXPECT_EQ('!', buffer.back());
+    EXPECT_NE(nullptr, std::memchr(buffer.data(), 0, buffer.size()));
+  }
+  EXPECT_EQ("0123456789ABCDEF", HardwareId());
+  EXPECT_EQ("Token \"0123456789ABCDEF0123456789ABCDEF\", model 0123456789ABCDEF", Description());
 }
 
 TEST_F(TokenSelection, NullAndEmptyMeanAnyToken) {
