@@ -43,12 +43,13 @@ dependencies() { for deb in "$@"; do dpkg-deb -f "$deb" Depends; done | tr ',' '
 
 # needed_packages PACKAGE...: the essential packages, these, and their dependencies in turn.
 needed_packages() {
-  { dpkg-query -W -f '${Essential} ${Package}\n' | sed -n 's/^yes //p'; echo "$*"; } | xargs apt-cache depends --important --recurse --installed | grep '^[a-z0-9]' |
+  { dpkg-query -W -f '${Essential} ${Package}\n' | sed -n 's/^yes //p'; echo "$*"; } |
+    xargs apt-cache depends --important --recurse --installed | grep '^[a-z0-9]' |
     xargs dpkg-query -W -f '${db:Status-Status} ${binary:Package}\n' 2>/dev/null |
     sed -n 's/^installed //p' | sort -u
 }
 
-# copy_packages PACKAGE...: copies these and what they need, as far as the system does not have it yet.
+# copy_packages PACKAGE...: copies these and their dependencies, except those that the system has already.
 copy_packages() {
   touch "$root/tmp/packages"
   needed_packages "$@" | comm -23 - "$root/tmp/packages" >"$room/packages"
@@ -170,7 +171,7 @@ g++ "$examples/minimal-host/minimal_host.cpp" -o "$root/tmp/host" $(pkg-config -
 passes /tmp/host
 says '^[0-9a-f]{64}$'
 
-# So does a plug-in for tokens, whose whole source is in the development package. It is used at the end.
+# So does a token plug-in, whose sources are in the development package. The last part of this test uses it.
 env -u PKG_CONFIG_SYSROOT_DIR -u PKG_CONFIG_PATH cmake -S "$examples/token-plugin" -B "$room/token" \
   -DCMAKE_PREFIX_PATH="$root/usr" >"$room/log" 2>&1 || fail "the token plug-in: $(cat "$room/log")"
 cmake --build "$room/token" >"$room/log" 2>&1 || fail "the token plug-in: $(cat "$room/log")"
