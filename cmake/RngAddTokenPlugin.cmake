@@ -4,11 +4,11 @@
 #
 #   rng_add_token_plugin(my_token KIND Rutoken URI "pkcs11:manufacturer=Example%20Corp.?module-name=example")
 #
-# The URI (RFC 7512) says which tokens are the plug-in's own, by any of the attributes manufacturer, model,
-# serial and token (the label). Without any, all tokens are. The query attributes say which modules
-# are asked: module-path is the file of one, as an absolute path; module-name is the name under which one is registered
-# with p11-kit; without them, it is all that are registered. Bytes other than letters, digits and -._~ are written
-# as %XX. The plug-in asks for no PIN, so pin-value and pin-source are errors.
+# The URI (RFC 7512) selects the plug-in's tokens by any of the attributes manufacturer, model, serial and token (the
+# label). Without any of these, it selects every token. The query attributes select the modules: module-path is the
+# absolute path of a module's file; module-name is the name under which a module is registered with p11-kit. Without
+# either, the plug-in uses all registered modules. Bytes other than letters, digits and -._~ are written as %XX. The
+# plug-in asks for no PIN, so pin-value and pin-source are errors.
 #
 # The file name of the plug-in and its factory follow from the kind, as with rng_add_plugin. Needs p11-kit (in
 # Debian: libp11-kit-dev and pkg-config) and a C++ compiler.
@@ -52,12 +52,13 @@ function(rng_check_token_uri uri)
   string(REPLACE "&" ";" query "${CMAKE_MATCH_3}")
   set(wrong "([^]A-Za-z0-9._~%:@!$'()*+,=;?&/-]|%[^0-9A-Fa-f]|%.[^0-9A-Fa-f]|%.?$)")
   if(uri MATCHES "${wrong}")
-    message(FATAL_ERROR "The URI \"${uri}\" contains \"${CMAKE_MATCH_1}\". Write such a byte as %XX, in hexadecimal.")
+    message(FATAL_ERROR
+      "The URI \"${uri}\" contains \"${CMAKE_MATCH_1}\". Write special characters as %XX, in hexadecimal.")
   endif()
   rng_check_token_attributes("${uri}" "manufacturer;model;serial;token" "${path}")
   rng_check_token_attributes("${uri}" "module-path;module-name" "${query}")
   if(query MATCHES "(^|;)module-path=" AND NOT query MATCHES "(^|;)module-path=(/|%2[Ff])")
-    message(FATAL_ERROR "The module-path in the URI \"${uri}\" is not an absolute path.")
+    message(FATAL_ERROR "The module-path in the URI \"${uri}\" is not an absolute path. Begin it with \"/\".")
   endif()
 endfunction()
 
@@ -75,16 +76,18 @@ function(rng_check_token_attributes uri names attributes)
     string(REGEX REPLACE "=.*" "" name "${attribute}")
     if(NOT name IN_LIST names OR NOT attribute MATCHES "=.")
       list(JOIN names ", " names)
-      message(FATAL_ERROR "The URI \"${uri}\" contains \"${attribute}\". Write name=value there, with a name of: ${names}.")
+      message(FATAL_ERROR
+        "The URI \"${uri}\" contains \"${attribute}\". Write name=value there, where name is one of: ${names}.")
     elseif(name IN_LIST seen)
-      message(FATAL_ERROR "The URI \"${uri}\" contains ${name} twice.")
+      message(FATAL_ERROR "The URI \"${uri}\" contains ${name} twice. Remove one of them.")
     endif()
     list(APPEND seen ${name})
     string(REGEX REPLACE "^[^=]*=" "" value "${attribute}")
     string(REGEX REPLACE "%.." "x" value "${value}")
     string(LENGTH "${value}" length)
     if(length GREATER longest_${name})
-      message(FATAL_ERROR "The URI \"${uri}\" contains \"${attribute}\", which is longer than ${longest_${name}} bytes.")
+      message(FATAL_ERROR
+        "The URI \"${uri}\" contains \"${attribute}\". A value of ${name} has at most ${longest_${name}} bytes.")
     endif()
   endforeach()
 endfunction()

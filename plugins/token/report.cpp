@@ -1,4 +1,4 @@
-// Tells administrators' tools which tokens there are, and why others are not used.
+// Reports to administrators' tools which tokens can be used, and why others cannot.
 
 #include "pkcs11/text.h"
 #include "plugin.h"
@@ -17,7 +17,7 @@ using Findings = Source::Findings;
 constexpr std::size_t kLargestReport = 65536;  // with the terminator
 
 bool IsDevice(const Finding& finding) {
-  // Where all sessions are in use, somebody else draws.
+  // If all of its sessions are in use, the token works for somebody else.
   return finding.isRandom || finding.drawn == CKR_SESSION_COUNT;
 }
 
@@ -27,11 +27,12 @@ std::string LineOfDevice(const Finding& finding) {
          Plain(token.model) + '\n';
 }
 
-// Why no draw was made from a token; "" where nobody expects one.
+// Why no draw from the token was tried; "" if nobody expects one.
 std::string ProblemOfOther(const Token& token, bool isAlone) {
   if (!token.isInitialized) {
-    return isAlone ? "A token without a label has not been initialized. Initialize it with the "
-                     "tool of its vendor."
+    return isAlone ? "The token in slot " + std::to_string(token.place.slot) + " of " +
+                         token.place.module->File() +
+                         " has not been initialized. Initialize it with its vendor's tool."
                    : "";
   }
   if (!token.difference.empty()) {
@@ -42,8 +43,8 @@ std::string ProblemOfOther(const Token& token, bool isAlone) {
   if (!token.hasGenerator)
     return Describe(token) + " has no random-number generator. Insert another token.";
   return Describe(token) +
-         " is there twice, so neither is used. Remove one, or rebuild the plug-in with "
-         "module-name, module-path or token in its URI.";
+         " has the same serial number as another token, so neither is used. Remove one, or rebuild "
+         "the plug-in with module-name, module-path or token in its URI.";
 }
 
 std::string ProblemOf(const Finding& finding, bool isAlone) {
@@ -51,20 +52,20 @@ std::string ProblemOf(const Finding& finding, bool isAlone) {
   if (finding.drawn == CKR_CANCEL) return ProblemOfOther(token, isAlone);
   if (finding.drawn == CKR_USER_NOT_LOGGED_IN) {
     return Describe(token) +
-           " wants a PIN before it gives random bytes. This plug-in asks for none. Insert another "
-           "token.";
+           " requires a PIN to generate random bytes, and this plug-in never asks for one. Insert "
+           "another token.";
   }
   if (finding.drawn == CKR_OK && !finding.isRandom) {
-    return Describe(token) + " gives bytes that are not random. Do not use it.";
+    return Describe(token) + " returns bytes that are not random. Do not use it.";
   }
   if (!IsDevice(finding)) {
-    return Describe(token) + " gives no random bytes: " + Explain(finding.drawn) +
-           ". Insert it again.";
+    return Describe(token) + " cannot generate random bytes: " + Explain(finding.drawn) +
+           ". Remove it and insert it again.";
   }
   if (IsStorable(token.serial)) return "";
   return Describe(token) +
-         " cannot be selected, because rng.ini cannot hold its serial number. It is used if no "
-         "device is selected.";
+         " cannot be selected, because its serial number cannot be stored in rng.ini. It can be "
+         "used only while no device is selected.";
 }
 
 std::string WriteReport() {
@@ -84,11 +85,11 @@ std::string WriteReport() {
   if (!isAlone) return report;
   for (const std::string& problem : findings.problems) addProblem(problem);
   if (findings.hasModules)
-    addProblem(std::string("No token that matches ") + kUri + " can be used. Insert one.");
+    addProblem(std::string("No usable token matches ") + kUri + ". Insert one.");
   return report;
 }
 
-std::string g_report;  // kept from the call without a buffer for the call with one
+std::string g_report;  // written by the call without a buffer, returned by the call with one
 
 }  // namespace
 

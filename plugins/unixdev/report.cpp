@@ -1,4 +1,4 @@
-// Tells administrators' tools about the hardware device.
+// Reports the hardware device to administrators' tools.
 
 #include "plugins/unixdev/report.h"
 
@@ -14,7 +14,7 @@
 namespace {
 
 IRngSettings* g_settings = nullptr;
-std::string g_report;  // kept from the call without a buffer for the call with one
+std::string g_report;  // written by the call without a buffer, returned by the call with one
 
 // The name comes from a driver, so it may hold anything.
 std::string MakePlain(std::string text) {
@@ -36,11 +36,12 @@ std::string DescribeFault(const OpenFile& device) {
   const std::string path = kHardwarePath;
   if (device.Error() == ENOENT) {
     return "There is no " + path +
-           ". Load the driver of a hardware generator, or pass the device on to this container.";
+           ". Load the driver of a hardware generator. In a container, pass the device through to "
+           "it.";
   }
   if (device.Error() == EACCES || device.Error() == EPERM) {
     return "This user may not read " + path +
-           ". Let a udev rule give it to a group, and add this user to that group.";
+           ". Add a udev rule that lets a group read it, and add this user to the group.";
   }
   if (device.Error() != 0)
     return path + " cannot be opened: " + std::strerror(device.Error()) + '.';
@@ -58,7 +59,7 @@ std::string Problem(const std::string& text) {
   return IsConfigured() ? "problem\t" + text + '\n' : "";
 }
 
-// Opening the device takes nothing from a draw, but reading would.
+// Opens the device but does not read it, which would take bytes from a draw.
 std::string WriteReport() {
   const OpenFile device(kHardwarePath);
   if (!device.IsCharacterDevice()) return Problem(DescribeFault(device));

@@ -108,14 +108,14 @@ token_uris_are_checked() {
 does not begin with "pkcs11:"|Rutoken|manufacturer=A
 or has more than one "?"|Rutoken|pkcs11:model=A?module-name=B?C
 contains "manufacturer=". Write name=value there|Rutoken|pkcs11:manufacturer=
-contains "object=A". Write name=value there, with a name of: manufacturer, model, serial, token|Rutoken|pkcs11:object=A
+contains "object=A". Write name=value there, where name is one of: manufacturer, model, serial, token|Rutoken|pkcs11:object=A
 contains "pin-value=1234". Write name=value there|Rutoken|pkcs11:model=A?pin-value=1234
 contains "module-path=/a". Write name=value there|Rutoken|pkcs11:module-path=/a
 contains model twice|Rutoken|pkcs11:model=A;model=B
-contains "model=01234567890123456", which is longer than 16 bytes|Rutoken|pkcs11:model=01234567890123456
-contains " ". Write such a byte as %XX|Rutoken|pkcs11:model=A B
-contains "%z". Write such a byte as %XX|Rutoken|pkcs11:model=%zz
-contains "%4". Write such a byte as %XX|Rutoken|pkcs11:model=%4
+contains "model=01234567890123456". A value of model has at most 16 bytes|Rutoken|pkcs11:model=01234567890123456
+contains " ". Write special characters as %XX|Rutoken|pkcs11:model=A B
+contains "%z". Write special characters as %XX|Rutoken|pkcs11:model=%zz
+contains "%4". Write special characters as %XX|Rutoken|pkcs11:model=%4
 is not an absolute path|Rutoken|pkcs11:model=A?module-path=libsofthsm2.so
 "unixdev" is not a device. Choose from: accord, sobol|unixdev|pkcs11:model=A
 There is no kind "token" of generator|token|pkcs11:model=A

@@ -14,7 +14,8 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr char kUdev[] = "Let a udev rule give it to a group, and add this user to that group.";
+constexpr char kUdev[] =
+    "Add a udev rule that lets a group read it, and add this user to the group.";
 
 using Reporter = std::int32_t (*)(char* buffer);
 
@@ -147,7 +148,7 @@ TEST_F(HardwareReport, ExplainsWhyTheConfiguredDeviceCannotBeUsed) {
        {std::pair<int, std::string>(
             ENOENT,
             "problem\tThere is no /dev/hwrng. Load the driver of a hardware "
-            "generator, or pass the device on to this container.\n"),
+            "generator. In a container, pass the device through to it.\n"),
         {EACCES, unreadable + kUdev + '\n'},
         {EPERM, unreadable + kUdev + '\n'},
         {EMFILE, "problem\t/dev/hwrng cannot be opened: Too many open files.\n"}}) {
@@ -170,7 +171,7 @@ TEST_F(HardwareReport, OfAConfiguredDeviceThatWorksHasNoProblem) {
 }
 
 // The settings may be slow, and hosts may not expect the call.
-TEST_F(HardwareReport, AloneAsksTheSettings) {
+TEST_F(HardwareReport, IsTheOnlyReaderOfTheSettings) {
   Configure("unixdev", "hwrng");
   EXPECT_TRUE(rng != nullptr && library.GetRng("unixdev")->SelectDevice("hwrng"));
   EXPECT_EQ("", CallLog("settings"));

@@ -13,7 +13,7 @@ std::string Compare(const char* what, const unsigned char (&wanted)[Size],
                     const unsigned char (&found)[Size]) {
   const std::string expected = Trimmed(wanted);
   const std::string actual = Trimmed(found);
-  if (wanted[0] == 0 || expected == actual) return "";  // 0: the URI does not say
+  if (wanted[0] == 0 || expected == actual) return "";  // 0: the URI does not have this attribute
   return std::string("its ") + what + " is \"" + Plain(actual) + "\" instead of \"" +
          Plain(expected) + '"';
 }
@@ -25,12 +25,12 @@ TokenUri::TokenUri(const char* text) : uri(p11_kit_uri_new()) {
   const int result = p11_kit_uri_parse(text, P11_KIT_URI_FOR_TOKEN, uri.get());
   if (result != P11_KIT_URI_OK) {
     problem = std::string("The plug-in was built with the URI ") + text +
-              ", which is wrong: " + p11_kit_uri_message(result) +
-              ". Rebuild it with a correct one.";
+              ", which is invalid: " + p11_kit_uri_message(result) +
+              ". Rebuild it with a valid one.";
   } else if (p11_kit_uri_any_unrecognized(uri.get())) {
     problem = std::string("The plug-in was built with the URI ") + text +
-              ", which says more than manufacturer, model, serial and token. Rebuild it with these "
-              "alone.";
+              ", which has attributes other than manufacturer, model, serial and token. Rebuild it "
+              "without them.";
   }
 }
 

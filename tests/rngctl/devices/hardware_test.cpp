@@ -66,9 +66,10 @@ TEST_F(RngctlHardware, ThatThisUserMayNotReadIsExplained) {
   const Result result = RunWith("refused", "doctor");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, HasSubstr("the generator refuses the device \"hwrng\"\n"));
-  EXPECT_THAT(result.output,
-              HasSubstr("\nunixdev, problem: This user may not read /dev/hwrng. Let a "
-                        "udev rule give it to a group, and add this user to that group.\n"));
+  EXPECT_THAT(
+      result.output,
+      HasSubstr("\nunixdev, problem: This user may not read /dev/hwrng. Add a udev rule that "
+                "lets a group read it, and add this user to the group.\n"));
 }
 
 TEST_F(RngctlHardware, ThatGivesZerosIsRefused) {

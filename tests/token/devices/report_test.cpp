@@ -76,10 +76,10 @@ TEST_F(TokenReport, SaysWhatKeepsATokenFromBeingUsed) {
   const std::string report = Report();
   EXPECT_THAT(report, StartsWith(kDeviceA1));
   for (const char* const problem :
-       {"problem\tToken \"One\" (serial number T) is there twice",
-        "problem\tToken \"Other\" (serial number T) is there twice",
-        "problem\tToken \"Locked\" (serial number P) wants a PIN",
-        "problem\tToken \"Half\" (serial number Z) gives bytes that are not random",
+       {"problem\tToken \"One\" (serial number T) has the same serial number as another",
+        "problem\tToken \"Other\" (serial number T) has the same serial number as another",
+        "problem\tToken \"Locked\" (serial number P) requires a PIN",
+        "problem\tToken \"Half\" (serial number Z) returns bytes that are not random",
         "problem\tToken \"Odd\" (serial number a=b) cannot be selected"}) {
     EXPECT_THAT(report, HasSubstr(problem));
   }
@@ -113,17 +113,18 @@ TEST_F(TokenReport, TokenWithoutAFreeSessionIsADevice) {
 
 TEST_F(UnavailableToken, ReportSaysWhy) {
   EXPECT_THAT(ReportOf({}),
-              AllOf(StartsWith("problem\tNo token that matches pkcs11:manufacturer=Mock"),
+              AllOf(StartsWith("problem\tNo usable token matches pkcs11:manufacturer=Mock"),
                     HasSubstr("Insert one.")));
   EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other"}),
               HasSubstr("does not match pkcs11:manufacturer=Mock"));
   EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other"}),
               HasSubstr(": its manufacturer is \"Other\" instead of \"Mock\"."));
   EXPECT_THAT(ReportOf({"slot id=0 rng=no"}), HasSubstr("has no random-number generator"));
-  EXPECT_THAT(ReportOf({"slot id=0 pin=yes"}), HasSubstr("wants a PIN"));
-  EXPECT_THAT(ReportOf({"slot id=0 initialized=no"}), HasSubstr("has not been initialized"));
+  EXPECT_THAT(ReportOf({"slot id=0 pin=yes"}), HasSubstr("requires a PIN"));
+  EXPECT_THAT(ReportOf({"slot id=0 initialized=no"}),
+              HasSubstr("The token in slot 0 of " MOCK_MODULE " has not been initialized."));
   EXPECT_THAT(ReportOf({"slot id=0 known=no"}), HasSubstr("The token in slot 0"));
   EXPECT_THAT(ReportOf({"slot id=0", Fault(1, "C_OpenSession", 1, 0x30) + " times=100"}),
-              HasSubstr("gives no random bytes: "));
+              HasSubstr("cannot generate random bytes: "));
   EXPECT_EQ(0U, tokens.OpenSessions());
 }

@@ -1,4 +1,4 @@
-// rngctl with the token plug-in and the module of the tests.
+// rngctl with the token plug-in and the mock module.
 
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/tree.h"
@@ -39,11 +39,11 @@ TEST_F(ToolWithTokens, DoctorShowsEachToken) {
   EXPECT_THAT(output, ContainsRegex("Rutoken, device B2: .*Two.*X"));
 }
 
-TEST_F(ToolWithTokens, DoctorSaysThatThereIsNone) {
-  EXPECT_THAT(Doctor({"slot id=0 present=no"}, 1), ContainsRegex("[Nn]o token"));
+TEST_F(ToolWithTokens, DoctorSaysThatThereIsNoToken) {
+  EXPECT_THAT(Doctor({"slot id=0 present=no"}, 1), ContainsRegex("No usable token matches"));
 }
 
-TEST_F(ToolWithTokens, DoctorSaysInWhatATokenDoesNotMatch) {
+TEST_F(ToolWithTokens, DoctorSaysWhyATokenDoesNotMatch) {
   const std::string output = Doctor({"slot id=0 label=Foreign manufacturer=Other"}, 1);
   EXPECT_THAT(output, HasSubstr("Foreign"));
   EXPECT_THAT(output, ContainsRegex("manufacturer.*Other"));
@@ -54,7 +54,7 @@ TEST_F(ToolWithTokens, DoctorNamesATokenWithoutAGenerator) {
               ContainsRegex("Dull.*generator"));
 }
 
-TEST_F(ToolWithTokens, DoctorNamesATokenThatWantsAPin) {
+TEST_F(ToolWithTokens, DoctorNamesATokenThatRequiresAPin) {
   EXPECT_THAT(Doctor({"slot id=0 label=Locked pin=yes"}, 1), ContainsRegex("Locked.*PIN"));
 }
 

@@ -57,7 +57,7 @@ TEST(TokenUri, EachAttributeSelectsTokens) {
   }
 }
 
-TEST(TokenUri, SaysInWhatATokenDiffers) {
+TEST(TokenUri, SaysHowATokenDiffers) {
   EXPECT_EQ("its manufacturer is \"Example Corp.\" instead of \"Example\"",
             Difference("pkcs11:manufacturer=Example"));
   EXPECT_EQ("its model is \"M 1\" instead of \"M 2\"", Difference("pkcs11:model=M%202"));
