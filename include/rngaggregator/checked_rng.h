@@ -22,8 +22,9 @@
 /// After an alarm, all draws fail until `Reset`. Good bytes raise an alarm with a probability of less than 10^-6
 /// per terabyte. This object keeps the last 16 bytes that were drawn until it is reset or destroyed.
 ///
-/// Threads: any. Nothing waits: the bytes of a draw that ends while another thread's bytes are being tested are
-/// tested alone. So a forked copy of the process can draw, too, whatever other threads did during the fork.
+/// Threads: any. Never waits for another thread: if a draw ends while another thread's bytes are being tested, its
+/// bytes are tested separately from the stream. So a forked copy of the process can draw, too, whatever other threads
+/// did during the fork.
 class RngDrawCheck {
  public:
   RngDrawCheck() = default;
@@ -41,8 +42,8 @@ class RngDrawCheck {
     alarm = RngHealthAlarm::kNone;
   }
 
-  /// Zeroes `size` bytes at `buffer`, calls `draw()` to fill them, and tests them. So an unfilled tail of 9 bytes
-  /// or more raises an alarm.
+  /// Zeroes `size` bytes at `buffer`, calls `draw()` to fill them, and tests them. An unfilled tail of 9 bytes or more
+  /// therefore raises an alarm.
   ///
   /// Returns true when `draw` has returned true and there is no alarm. Otherwise, also when `draw` throws, the
   /// buffer holds zeros. A draw of 0 bytes calls `draw` as well; only then may `buffer` be null.
@@ -114,7 +115,7 @@ class RngDrawCheck {
   std::atomic<RngHealthAlarm> alarm{RngHealthAlarm::kNone};
 };
 
-/// A provider whose draws are checked. Passes every other operation on.
+/// Checks the draws of a provider, and passes every other operation on to it.
 ///
 /// Ownership: borrows the provider, which must not be null and must stay loaded as long as this object is
 ///            used. `SetSettings` and `Release` do nothing: only the aggregator calls them.

@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-// A draw from the token with the serial number, with "" from any.
+// A draw from the token with the serial number, or from any token if that is "".
 struct Source::Request {
   Request(unsigned char* buffer, std::size_t count, const std::string& wanted, Source& source,
           Turn& right)
@@ -40,7 +40,7 @@ bool LooksRandom(const Draw& draw) {
 Source::Source(Modules& all, const TokenUri& which, const Source* original)
     : modules(all),
       uri(which),
-      turns(!all.BearThreads()),
+      turns(!all.AreThreadSafe()),
       openings(original ? 0 : 1),
       selected(original ? original->selected.load() : &selections.front()) {}
 
@@ -84,10 +84,10 @@ Source::Findings Source::Examine() {
   Turn turn(turns, turns.Cancels());
   Request request(nullptr, 0, any, *this, turn);
   if (!turn.IsMine() || (openings == 0 && !OpenAgain(request))) return {};
-  Survey survey = LookAround(modules, uri);
+  Survey survey = SurveyTokens(modules, uri);
   if (survey.needsOpen) {
     if (!OpenAgain(request)) return {};
-    survey = LookAround(modules, uri);
+    survey = SurveyTokens(modules, uri);
   }
   Findings findings = {{}, modules.Problems(), !modules.All().empty()};
   findings.problems.insert(findings.problems.end(), survey.problems.begin(), survey.problems.end());
@@ -106,7 +106,7 @@ Source::Finding Source::Examine(const Token& token, Turn& turn) {
   return finding;
 }
 
-// Somebody else in the process may have finalized the module: it is then initialized, and the token found, again.
+// Other code in the process may have finalized the module. Then initialize it and look for the token again, once.
 CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial) {
   Turn turn(turns, turns.Cancels());
   Request request(bytes, size, serial, *this, turn);
@@ -120,11 +120,11 @@ CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::s
   return result;
 }
 
-// The token of the last draw needs no search as long as it is where it was.
+// As long as the token of the last draw is in its slot, no search is needed.
 CK_RV Source::DrawFromUsed(Request& request) {
   const Token before = Used();
   Token now;
-  if (before.place.module && LookAt(before.place, uri, now) == CKR_OK &&
+  if (before.place.module && ReadToken(before.place, uri, now) == CKR_OK &&
       now.serial == before.serial && request.IsFor(now)) {
     const CK_RV result = DrawFrom(now, request);
     if (IsEnd(result, request)) return result;
@@ -133,7 +133,7 @@ CK_RV Source::DrawFromUsed(Request& request) {
 }
 
 CK_RV Source::DrawFromFirst(Request& request) {
-  const Survey survey = LookAround(modules, uri);
+  const Survey survey = SurveyTokens(modules, uri);
   if (survey.needsOpen && !request.isRepeated) return CKR_CRYPTOKI_NOT_INITIALIZED;
   bool isAnyFull = false;
   CK_RV result = CKR_TOKEN_NOT_PRESENT;
@@ -147,7 +147,7 @@ CK_RV Source::DrawFromFirst(Request& request) {
   return isAnyFull ? CKR_SESSION_COUNT : result;
 }
 
-// Whether no other token is to be tried.
+// Whether to try no other token.
 bool Source::IsEnd(CK_RV result, const Request& request) {
   return result == CKR_OK || result == CKR_CRYPTOKI_NOT_INITIALIZED || request.turn.IsCancelled();
 }
@@ -160,18 +160,18 @@ void Source::Remember(const Token& token) {
 CK_RV Source::DrawFrom(const Token& token, Request& request) {
   Session session(token.place.module->Functions(), token.place.slot);
   if (session.Result() != CKR_OK) return session.Result();
-  // Another token may have taken its place just before.
+  // Another token may have been inserted just before the session was opened.
   Token opened;
-  const CK_RV result = LookAt(token.place, uri, opened);
+  const CK_RV result = ReadToken(token.place, uri, opened);
   if (result != CKR_OK) return result;
   if (opened.serial != token.serial || !opened.IsCandidate()) return CKR_DEVICE_REMOVED;
   return session.Draw(request.bytes, request.size,
                       [&request] { return !request.turn.IsCancelled(); });
 }
 
-// Several draws may notice at once that a module is not initialized. One of them initializes all.
+// Several draws may notice at once that a module is not initialized. One of them initializes all modules.
 bool Source::OpenAgain(Request& request) {
-  return request.turn.RunAlone([this, &request] {
+  return request.turn.RunExclusively([this, &request] {
     if (openings != request.openingsBefore) return;
     modules.Reopen();
     ++openings;

@@ -11,42 +11,42 @@
 
 #include <rngaggregator/checked_rng.h>
 
-/// Draws from tokens. One object for each process: a forked copy makes its own, because a thread that it does not
-/// have may hold a lock of the original's.
+/// Draws from tokens. Each process has one object: a forked copy makes its own, because a lock of the original's object
+/// may be held by a thread that the copy does not have.
 ///
-/// Threads: any. Draws run at once, each with a session of its own, unless a module does not bear threads.
+/// Threads: any. Draws run concurrently, each with its own session, unless a module is not thread-safe.
 class Source {
  public:
-  /// `original`: what a forked copy of the process takes over the selection from, or null.
+  /// In a forked copy of the process, `original` is the object whose selection it inherits. Otherwise null.
   Source(Modules& all, const TokenUri& which, const Source* original);
 
   /// Fills the buffer from one token: the selected one, or the first that works.
   bool Draw(void* buffer, std::size_t size);
 
-  /// Whether a token is there and gives bytes that differ. If so, draws go on after an alarm.
+  /// Whether a token is there and returns bytes that look random. If so, an alarm ends.
   bool Test();
 
-  /// Selects a token for later draws by its serial number, with "" any. Returns false, and changes nothing, if there is
-  /// no such token, or two, or if it does not pass the test.
+  /// Selects a token for later draws by its serial number; "" means any token. Returns false, and changes nothing, if
+  /// there is no such token, if there are two, or if it does not pass the test.
   bool Select(const std::string& serial);
   const std::string& Selected() const { return *selected; }
 
-  /// Ends the draws that wait for their turn at once, and the others when the module returns.
+  /// Ends waiting draws at once, and the others when the module returns.
   void Cancel() { turns.Cancel(); }
 
   /// The token of the last draw that succeeded.
   Token Used();
 
-  /// A token, and what a small draw from it returned.
+  /// A token, and the result of a small draw from it.
   struct Finding {
     Token token;
-    CK_RV drawn = CKR_CANCEL;  ///< as it is where none was made
-    bool isRandom = false;     ///< whether the bytes were not evidently wrong
+    CK_RV drawn = CKR_CANCEL;  ///< CKR_CANCEL if no draw was tried
+    bool isRandom = false;     ///< whether the bytes look random
   };
   struct Findings {
     std::vector<Finding> all;
     std::vector<std::string> problems;  ///< in sentences
-    bool hasModules = false;            ///< whether any module could be asked
+    bool hasModules = false;            ///< whether any module is initialized
   };
   Findings Examine();
 
@@ -69,10 +69,10 @@ class Source {
   RngDrawCheck check;
   std::atomic<std::uint64_t> openings;  // how many times this process has initialized the modules
 
-  std::mutex lock;  // of what follows; never held while a module is called
+  std::mutex lock;  // of what follows; never held during a call into a module
   Token used = {};
-  std::forward_list<std::string> selections{
-      ""};  // all there were, so that `selected` can be read without the lock
+  // Every selection so far. None is removed, so `selected` can be read without the lock.
+  std::forward_list<std::string> selections{""};
   std::atomic<const std::string*> selected;
 };
 

@@ -13,7 +13,7 @@ constexpr std::size_t kLargestSerial = 17;
 constexpr std::size_t kLargestDescription = 80;
 
 // The size does not depend on the text, because another thread may draw from another token between the caller's two
-// calls. An empty text is none.
+// calls. An empty text is reported as none.
 std::int32_t Report(const std::string& text, std::size_t size, char* buffer) {
   if (text.empty()) return 0;
   if (buffer) std::strncpy(buffer, text.c_str(), size);
@@ -45,7 +45,7 @@ TokenRng::Connection& TokenRng::Connect() {
   return connection.compare_exchange_strong(existing, made.get()) ? *made.release() : *existing;
 }
 
-// In a forked copy, the original's stays as it is: what it holds may be locked.
+// A forked copy never destroys the original's object, because its locks may be held.
 Source& TokenRng::Here() {
   Process* existing = newest;
   if (existing && existing->id == ::getpid()) return existing->source;
@@ -84,7 +84,7 @@ bool TokenRng::SelfTest() { return Here().Test(); }
 
 void TokenRng::Cancel() { Here().Cancel(); }
 
-// A token may take a second for some kilobytes, and a call inside a module cannot be ended.
+// A token may take a second for some kilobytes, and a call inside a module cannot be interrupted.
 std::uint32_t TokenRng::GetFlags() { return kRngCapabilityHardware | kRngCapabilityMayBlock; }
 
 void TokenRng::SetSettings(IRngSettings*) {}

@@ -11,7 +11,7 @@
 /// The provider of a token plug-in.
 ///
 /// The modules are loaded at the first use and released in `Release`, never by a destructor: when the process exits,
-/// they may have ended already.
+/// their own destructors may have run already.
 class TokenRng final : public IRngProvider {
  public:
   std::int32_t GetName(char* buffer) override;

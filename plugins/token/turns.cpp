@@ -32,7 +32,7 @@ void Turn::Enter(Guard& guard) {
   const auto isCancelled = [this] { return turns.cancels != cancelsBefore; };
   turns.change.wait(guard, [&] {
     return isCancelled() ||
-           (turns.users < turns.limit && !turns.isOneAlone && turns.wishesToBeAlone == 0);
+           (turns.users < turns.limit && !turns.isExclusive && turns.exclusiveWaiters == 0);
   });
   isMine = !isCancelled();
   if (isMine) ++turns.users;
@@ -55,24 +55,24 @@ bool Turn::WaitForAnother() {
   return isMine;
 }
 
-bool Turn::RunAlone(const std::function<void()>& function) {
+bool Turn::RunExclusively(const std::function<void()>& function) {
   Guard guard(turns.lock);
-  Leave();  // two that wait for each other would wait for ever
-  ++turns.wishesToBeAlone;
+  Leave();  // otherwise, two such calls would wait for each other forever
+  ++turns.exclusiveWaiters;
   turns.change.wait(guard, [this] {
-    return turns.cancels != cancelsBefore || (turns.users == 0 && !turns.isOneAlone);
+    return turns.cancels != cancelsBefore || (turns.users == 0 && !turns.isExclusive);
   });
-  --turns.wishesToBeAlone;
+  --turns.exclusiveWaiters;
   if (turns.cancels != cancelsBefore) {
     turns.change.notify_all();
     return false;
   }
-  isMine = turns.isOneAlone = true;
+  isMine = turns.isExclusive = true;
   ++turns.users;
   guard.unlock();
   function();
   guard.lock();
-  turns.isOneAlone = false;
+  turns.isExclusive = false;
   turns.change.notify_all();
   return true;
 }

@@ -6,14 +6,14 @@
 #include <functional>
 #include <mutex>
 
-/// Who uses the modules when. Threads: any.
+/// Decides which threads may use the modules. Threads: any.
 ///
-/// `Cancel` ends every wait here that began before it.
+/// `Cancel` ends every wait that began before it.
 class Turns {
  public:
   explicit Turns(bool oneAtATime) : limit(oneAtATime ? 1 : UINT32_MAX) {}
 
-  /// How many times `Cancel` was called: a wait ends when that has changed.
+  /// How many times `Cancel` was called. A wait ends when this number changes.
   std::uint64_t Cancels();
   void Cancel();
 
@@ -24,8 +24,8 @@ class Turns {
   std::mutex lock;
   std::condition_variable change;
   std::uint32_t users = 0;
-  std::uint32_t wishesToBeAlone = 0;
-  bool isOneAlone = false;
+  std::uint32_t exclusiveWaiters = 0;
+  bool isExclusive = false;
   std::uint64_t ends = 0;  // how many turns have ended
   std::uint64_t cancels = 0;
 };
@@ -38,17 +38,17 @@ class Turn {
   Turn& operator=(const Turn&) = delete;
   ~Turn();
 
-  /// Whether it was granted: not after `Cancel`.
+  /// Whether it was granted. It is not granted after `Cancel`.
   bool IsMine() const { return isMine; }
   bool IsCancelled() const;
 
-  /// Waits until one of the other turns has ended. Returns false if there is no other, and after `Cancel`; the turn has
-  /// then ended.
+  /// Waits until one of the other turns has ended. Returns false if there is no other. After `Cancel`, returns false,
+  /// and this turn has ended.
   bool WaitForAnother();
 
-  /// Waits until all others have ended, keeps new ones waiting, and calls the function, which must not throw. Returns
-  /// false, without the call, after `Cancel`; the turn has then ended.
-  bool RunAlone(const std::function<void()>& function);
+  /// Waits until all other turns have ended, keeps new ones waiting, and calls the function, which must not throw.
+  /// After `Cancel`, returns false without the call, and this turn has ended.
+  bool RunExclusively(const std::function<void()>& function);
 
  private:
   using Guard = std::unique_lock<std::mutex>;

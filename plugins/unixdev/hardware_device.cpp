@@ -8,40 +8,40 @@
 
 namespace {
 
-// The kernel fills a larger buffer without a pause, which takes a slow device long, and Cancel would have to wait.
+// A slow device needs long to fill a larger buffer, and Cancel would have to wait until the kernel returns.
 constexpr std::size_t kPiece = 64;
 
-constexpr useconds_t kPause =
-    1'000;  // microseconds; short enough that nobody notices it after Cancel
+// In microseconds. Cancel waits for as long, which nobody notices.
+constexpr useconds_t kPause = 1'000;
 
 }  // namespace
 
 bool HardwareDevice::Draw(void* buffer, std::size_t size) {
   auto* const bytes = static_cast<unsigned char*>(buffer);
-  return check.Run(buffer, size, [this, bytes, size] { return Fill(bytes, size, kPatience); });
+  return check.Run(buffer, size, [this, bytes, size] { return Fill(bytes, size, kTimeout); });
 }
 
-// The bytes have a check of their own, because that of the draws may be in alarm.
-bool HardwareDevice::PassesTest(std::size_t size, Clock::duration patience) {
+// Uses a separate check, because the one for draws may be in alarm.
+bool HardwareDevice::PassesTest(std::size_t size, Clock::duration timeout) {
   unsigned char sample[kSelfTestSize];
   RngDrawCheck fresh;
-  if (!fresh.Run(sample, size, [&] { return Fill(sample, size, patience); })) return false;
+  if (!fresh.Run(sample, size, [&] { return Fill(sample, size, timeout); })) return false;
   check.Reset();
   return true;
 }
 
-// The patience is for the next byte, not for all: a slow device may take as long as it needs.
-bool HardwareDevice::Fill(unsigned char* bytes, std::size_t size, Clock::duration patience) const {
+// The timeout applies to the next byte, not to the whole draw: a slow device may take as long as it needs.
+bool HardwareDevice::Fill(unsigned char* bytes, std::size_t size, Clock::duration timeout) const {
   const std::uint64_t cancelsBefore = cancels;
   const OpenFile device(kHardwarePath);
   if (!device.IsCharacterDevice()) return false;
-  Clock::time_point latest = Clock::now() + patience;
+  Clock::time_point latest = Clock::now() + timeout;
   for (std::size_t done = 0; done < size;) {
     const ssize_t count = device.Read(bytes + done, std::min(size - done, kPiece));
     const int error = count < 0 ? errno : 0;
     if (count > 0) {
       done += static_cast<std::size_t>(count);
-      latest = Clock::now() + patience;
+      latest = Clock::now() + timeout;
     } else if ((error != EAGAIN && error != EINTR) || Clock::now() >= latest) {
       return false;
     }

@@ -12,13 +12,13 @@ class OpenFile {
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile();
 
-  int Error() const { return error; }     ///< why it is not open, 0 if it is
+  int Error() const { return error; }     ///< the errno of opening it, 0 if it is open
   int Get() const { return descriptor; }  ///< borrowed
 
   bool IsCharacterDevice() const;
-  bool IsCharacterDevice(unsigned major, unsigned minor) const;  ///< whether it is that one
+  bool IsCharacterDevice(unsigned major, unsigned minor) const;  ///< whether it is this device
 
-  /// As the system's read, with its result and errno.
+  /// Like the system's read, with its result and errno.
   ssize_t Read(void* buffer, std::size_t size) const;
 
  private:

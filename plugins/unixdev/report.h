@@ -3,8 +3,8 @@
 
 #include <rngaggregator/provider.h>
 
-/// Tells GetRngReport where the configured device is found. Borrows the settings, which may be null, until the next
-/// call. Threads: as SetSettings.
+/// Gives GetRngReport the settings that name the configured device. Borrows them until the next call; they may be
+/// null. Threads: as SetSettings.
 void SetSettingsOfReport(IRngSettings* settings);
 
 #endif

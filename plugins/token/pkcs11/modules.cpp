@@ -16,7 +16,7 @@ using Text = std::unique_ptr<char, Freed>;
 
 std::string OrEmpty(const Text& text) { return text ? text.get() : ""; }
 
-// Also unmaps the module if nobody else has loaded it. p11_kit_module_release would leave it mapped.
+// Also unmaps the module if no other code has loaded it. p11_kit_module_release would leave it mapped.
 void Release(CK_FUNCTION_LIST* module) {
   const auto list = static_cast<CK_FUNCTION_LIST**>(std::calloc(2, sizeof module));
   if (!list) return p11_kit_module_release(module);
@@ -45,7 +45,7 @@ CK_RV Module::Open() {
 }
 
 CK_RV Module::OpenManaged() {
-  // In a forked copy, this only corrects p11-kit's count: the module itself belongs to the original.
+  // In a forked copy, this only corrects p11-kit's count. It does not finalize the module of the original.
   if (openedBy != 0) p11_kit_module_finalize(functions);
   const CK_RV result = p11_kit_module_initialize(functions);
   openedBy = result == CKR_OK ? ::getpid() : 0;
@@ -85,9 +85,9 @@ void Modules::Reopen() {
   for (const auto& module : all) module->Open();
 }
 
-bool Modules::BearThreads() const {
+bool Modules::AreThreadSafe() const {
   return std::all_of(all.begin(), all.end(),
-                     [](const auto& module) { return module->BearsThreads(); });
+                     [](const auto& module) { return module->IsThreadSafe(); });
 }
 
 void Modules::LoadFile(const std::string& path) {
@@ -103,7 +103,7 @@ void Modules::LoadRegistered(const std::string& name) {
   if (!loaded) {
     const char* const reason = p11_kit_message();
     problems.push_back("The registered modules cannot be loaded: " + Plain(reason ? reason : "") +
-                       ". \"p11-kit list-modules\" shows them.");
+                       ". \"p11-kit list-modules\" lists them.");
     return;
   }
   bool isFound = false;
@@ -120,9 +120,9 @@ void Modules::LoadRegistered(const std::string& name) {
   if (isFound) return;
   problems.push_back(
       name.empty()
-          ? "No module is registered with p11-kit. Install the one of the token's vendor."
-          : "No module with the name \"" + Plain(name) +
-                "\" is registered with p11-kit. \"p11-kit list-modules\" shows those that are.");
+          ? "No module is registered with p11-kit. Install the token vendor's module."
+          : "No module named \"" + Plain(name) +
+                "\" is registered with p11-kit. \"p11-kit list-modules\" lists those that are.");
 }
 
 void Modules::Add(CK_FUNCTION_LIST* loaded) {

@@ -9,8 +9,8 @@
 #include <sys/types.h>
 #include <vector>
 
-/// One PKCS#11 module, shared with everyone in the process who uses it through p11-kit. What somebody else has
-/// initialized is left initialized.
+/// A PKCS#11 module, shared with all code in the process that uses it through p11-kit. A module that other code has
+/// initialized stays initialized.
 class Module {
  public:
   /// Takes over a module that p11-kit has loaded.
@@ -19,19 +19,19 @@ class Module {
   Module& operator=(const Module&) = delete;
   ~Module();
 
-  /// Initializes the module. May follow an earlier `Open`, and then renews it: in a forked copy of the process, or
-  /// after somebody else has finalized the module.
+  /// Initializes the module. Call it again in a forked copy of the process, and after other code has finalized the
+  /// module.
   CK_RV Open();
 
-  /// Whether the last `Open` succeeded. Otherwise nothing may be called: p11-kit crashes if a session is opened in a
-  /// module that it has not initialized, but somebody else has.
+  /// Whether the last `Open` succeeded. If not, do not call the module: p11-kit crashes if a session is opened in a
+  /// module that other code has initialized but p11-kit has not.
   bool IsOpen() const { return isOpen; }
 
   CK_FUNCTION_LIST& Functions() const { return *functions; }
   const std::string& File() const { return file; }
 
-  /// Whether several threads may use it at once.
-  bool BearsThreads() const { return isManaged; }
+  /// Whether several threads may call it at once.
+  bool IsThreadSafe() const { return isManaged; }
 
  private:
   CK_RV OpenManaged();
@@ -41,8 +41,8 @@ class Module {
   CK_FUNCTION_LIST* functions;
   std::string file;
   bool isOpen = false;
-  bool isManaged = true;  // p11-kit counts who has initialized it, which it cannot without locks
-  pid_t openedBy = 0;     // the process in which it is ours to finalize, or 0
+  bool isManaged = true;  // p11-kit counts its users; not possible for a module without locks
+  pid_t openedBy = 0;     // the process in which this object must finalize it, or 0
 };
 
 /// The modules that the URI allows, initialized.
@@ -50,13 +50,13 @@ class Modules {
  public:
   explicit Modules(const TokenUri& uri);
 
-  /// Initializes each of them again.
+  /// Initializes all of them again.
   void Reopen();
 
-  bool BearThreads() const;
+  bool AreThreadSafe() const;
   const std::vector<std::unique_ptr<Module>>& All() const { return all; }
 
-  /// Why modules are missing, in sentences.
+  /// Why modules could not be loaded or initialized, in sentences.
   const std::vector<std::string>& Problems() const { return problems; }
 
  private:
@@ -68,7 +68,7 @@ class Modules {
   std::vector<std::string> problems;
 };
 
-/// For people: the standard's name of the result, and its number.
+/// For display: p11-kit's message for the result, and its number.
 std::string Explain(CK_RV result);
 
 #endif

@@ -8,8 +8,8 @@ Session::~Session() {
   if (opened == CKR_OK) module.C_CloseSession(handle);
 }
 
-// Modules agree on no result for a piece that is too large. These have other reasons.
-bool Session::MayBearLess(CK_RV result) {
+// Modules return different results for a piece that is too large. The ones listed here always have other causes.
+bool Session::MayAcceptLess(CK_RV result) {
   switch (result) {
     case CKR_CANCEL:
     case CKR_DEVICE_REMOVED:

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-/// A session with the token in a slot, closed at the end.
+/// A session with the token in a slot. The destructor closes it.
 class Session {
  public:
   Session(CK_FUNCTION_LIST& functions, CK_SLOT_ID slot);
@@ -15,8 +15,8 @@ class Session {
 
   CK_RV Result() const { return opened; }
 
-  /// Draws in one piece after another. A piece that the token refuses is halved: tokens have limits that they do not
-  /// tell. `goesOn()` is asked after each piece; where it says no, the result is CKR_CANCEL.
+  /// Draws in one piece after another. A piece that the token refuses is halved, because tokens do not report how much
+  /// they accept. Calls `goesOn()` after each piece, and returns CKR_CANCEL if that returns false.
   template <typename GoesOn>
   CK_RV Draw(unsigned char* bytes, std::size_t size, const GoesOn& goesOn) {
     std::size_t piece = kLargestPiece;
@@ -26,7 +26,7 @@ class Session {
       if (!goesOn()) return CKR_CANCEL;
       if (result == CKR_OK) {
         done += piece;
-      } else if (piece > 1 && MayBearLess(result)) {
+      } else if (piece > 1 && MayAcceptLess(result)) {
         piece /= 2;
       } else {
         return result;
@@ -38,7 +38,7 @@ class Session {
  private:
   static constexpr std::size_t kLargestPiece = 256;
 
-  static bool MayBearLess(CK_RV result);
+  static bool MayAcceptLess(CK_RV result);
 
   CK_FUNCTION_LIST& module;
   CK_SESSION_HANDLE handle = 0;

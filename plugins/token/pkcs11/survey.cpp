@@ -6,10 +6,10 @@
 
 namespace {
 
-// Far more than there are; a module that reports more is out of its mind.
+// Far more than any machine has. A module that reports more is broken.
 constexpr CK_ULONG kMostSlots = 4096;
 
-// The slots that hold a token. A slot may come between the two calls, so they are repeated.
+// The slots that hold a token. A token may be inserted between the two calls, so they are repeated.
 CK_RV ListSlots(const Module& module, std::vector<CK_SLOT_ID>& slots) {
   if (!module.IsOpen()) return CKR_CRYPTOKI_NOT_INITIALIZED;
   CK_RV result = CKR_BUFFER_TOO_SMALL;
@@ -26,7 +26,7 @@ CK_RV ListSlots(const Module& module, std::vector<CK_SLOT_ID>& slots) {
   return result;
 }
 
-void LookInto(Module& module, const TokenUri& uri, Survey& survey) {
+void SurveyModule(Module& module, const TokenUri& uri, Survey& survey) {
   std::vector<CK_SLOT_ID> slots;
   const CK_RV listed = ListSlots(module, slots);
   if (listed == CKR_CRYPTOKI_NOT_INITIALIZED) survey.needsOpen = true;
@@ -36,32 +36,32 @@ void LookInto(Module& module, const TokenUri& uri, Survey& survey) {
   }
   for (const CK_SLOT_ID slot : slots) {
     Token token;
-    const CK_RV result = LookAt({&module, slot}, uri, token);
+    const CK_RV result = ReadToken({&module, slot}, uri, token);
     if (result == CKR_OK) {
       survey.tokens.push_back(token);
     } else if (result != CKR_TOKEN_NOT_PRESENT && result != CKR_SLOT_ID_INVALID) {
       survey.problems.push_back("The token in slot " + std::to_string(slot) + " of " +
                                 module.File() + " cannot be read: " + Explain(result) +
-                                ". Insert it again.");
+                                ". Remove it and insert it again.");
     }
   }
 }
 
-// Slots with tokens that have not been initialized may all report one serial number, and nobody means them.
-void FindTwins(std::vector<Token>& tokens) {
-  const auto isMeant = [](const Token& token) {
+// Tokens that have not been initialized may all report the same serial number. They are not used, so they do not count.
+void FindDuplicates(std::vector<Token>& tokens) {
+  const auto counts = [](const Token& token) {
     return token.isInitialized && token.difference.empty() && !token.serial.empty();
   };
   for (Token& token : tokens) {
-    token.isTwin = std::any_of(tokens.begin(), tokens.end(), [&](const Token& other) {
-      return &other != &token && other.serial == token.serial && isMeant(other) && isMeant(token);
+    token.isDuplicate = std::any_of(tokens.begin(), tokens.end(), [&](const Token& other) {
+      return &other != &token && other.serial == token.serial && counts(other) && counts(token);
     });
   }
 }
 
 }  // namespace
 
-CK_RV LookAt(const Place& place, const TokenUri& uri, Token& token) {
+CK_RV ReadToken(const Place& place, const TokenUri& uri, Token& token) {
   if (!place.module->IsOpen()) return CKR_CRYPTOKI_NOT_INITIALIZED;
   CK_TOKEN_INFO info = {};
   const CK_RV result = place.module->Functions().C_GetTokenInfo(place.slot, &info);
@@ -76,10 +76,10 @@ CK_RV LookAt(const Place& place, const TokenUri& uri, Token& token) {
   return CKR_OK;
 }
 
-Survey LookAround(const Modules& modules, const TokenUri& uri) {
+Survey SurveyTokens(const Modules& modules, const TokenUri& uri) {
   Survey survey;
-  for (const auto& module : modules.All()) LookInto(*module, uri, survey);
-  FindTwins(survey.tokens);
+  for (const auto& module : modules.All()) SurveyModule(*module, uri, survey);
+  FindDuplicates(survey.tokens);
   return survey;
 }
 

@@ -6,44 +6,44 @@
 #include <string>
 #include <vector>
 
-/// Where a token is.
+/// The slot that a token is in.
 struct Place {
   Module* module = nullptr;
   CK_SLOT_ID slot = 0;
 };
 
-/// A token as its module describes it. The texts are trimmed, and not yet fit for people.
+/// A token as its module describes it. The texts are trimmed but may hold any bytes; see `Plain`.
 struct Token {
   Place place;
   std::string serial;
   std::string label;
   std::string model;
-  std::string difference;  ///< in what it does not match the URI; "" if it matches
+  std::string difference;  ///< how it differs from the URI; "" if it matches
   bool isInitialized;
   bool hasGenerator;
-  bool isTwin = false;  ///< another token that matches has the same serial number
+  bool isDuplicate = false;  ///< another matching token has the same serial number
 
-  /// Whether a draw may try it.
+  /// Whether draws may use it.
   bool IsCandidate() const {
-    return difference.empty() && isInitialized && hasGenerator && !isTwin;
+    return difference.empty() && isInitialized && hasGenerator && !isDuplicate;
   }
 };
 
-/// Looks at the token in a slot. Returns what the module returns.
-CK_RV LookAt(const Place& place, const TokenUri& uri, Token& token);
+/// Reads about the token in a slot. Returns what the module returns.
+CK_RV ReadToken(const Place& place, const TokenUri& uri, Token& token);
 
-/// What all modules have in their slots.
+/// The tokens in the slots of all modules.
 struct Survey {
   std::vector<Token> tokens;
-  std::vector<std::string> problems;  ///< why slots could not be looked at, in sentences
+  std::vector<std::string> problems;  ///< why slots could not be read, in sentences
   bool needsOpen = false;             ///< a module is not initialized
 };
-Survey LookAround(const Modules& modules, const TokenUri& uri);
+Survey SurveyTokens(const Modules& modules, const TokenUri& uri);
 
-/// Whether rng.ini can hold it, so that `SelectDevice` takes it.
+/// Whether it can be stored in rng.ini. `SelectDevice` accepts no others.
 bool IsStorable(const std::string& serial);
 
-/// For people: `Token "label" (serial number 0123)`.
+/// For display: `Token "label" (serial number 0123)`.
 std::string Describe(const Token& token);
 
 #endif

@@ -9,7 +9,7 @@ struct Character {
   std::size_t size;  // 0: not UTF-8
 };
 
-// What follows the first byte of a character: how many bytes, and the smallest code that needs them.
+// How UTF-8 encodes a character in that many bytes: the smallest code that needs them, and the first byte's high bits.
 struct Form {
   std::size_t size;
   std::uint32_t smallest;

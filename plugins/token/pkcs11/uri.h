@@ -6,16 +6,16 @@
 #include <p11-kit/uri.h>
 #include <string>
 
-/// The URI of the plug-in (RFC 7512): which tokens are its own, and which modules are asked for them.
+/// The URI of the plug-in (RFC 7512). It selects the tokens and the modules that the plug-in uses.
 class TokenUri {
  public:
   explicit TokenUri(const char* text);
 
-  /// Why no token can match, in a sentence; "" if one can.
+  /// Why the URI is invalid, in a sentence; "" if it is valid.
   const std::string& Problem() const { return problem; }
 
-  std::string ModulePath() const;  ///< "": the registered modules
-  std::string ModuleName() const;  ///< "": every registered module
+  std::string ModulePath() const;  ///< "" for the registered modules
+  std::string ModuleName() const;  ///< "" for every registered module
 
   bool Matches(const CK_TOKEN_INFO& token) const;
 
