@@ -6,7 +6,7 @@
 #include <sys/types.h>
 #include <vector>
 
-/// A call that the module of the tests has logged. For "hangs" and "overlaps", see `remark`.
+/// A call that the mock module has logged. For "hangs" and "overlaps", see `remark`.
 struct MockCall {
   pid_t process = 0;
   std::string remark;
@@ -17,7 +17,7 @@ struct MockCall {
   unsigned long result = 0;
 };
 
-/// The tokens of the module of the tests, and its log, in the tree of the case. Programs that the case starts
+/// The tokens of the mock module, and its log, in the tree of the case. Programs that the case starts
 /// see the same.
 class MockTokens {
  public:
@@ -36,7 +36,7 @@ class MockTokens {
   /// The slots in which a session was opened, each once, ascending.
   std::vector<unsigned long> OpenedSlots() const;
 
-  /// The sessions that were opened and neither closed nor ended by finalising.
+  /// The sessions that were opened and neither closed nor ended by C_Finalize.
   std::size_t OpenSessions() const;
 
   /// The sizes of the pieces that were drawn, with success, in order.

@@ -10,7 +10,7 @@
 #include <string>
 
 /// This process as a host: the built library with the token plug-in as "Rutoken". The plug-in's URI names the
-/// manufacturer "Mock" and the module of the tests.
+/// manufacturer "Mock" and the mock module.
 class TokenHost : public testing::Test {
  protected:
   explicit TokenHost(const std::string& plugin = MOCK_PLUGIN);

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <string>
 
-/// /dev/hwrng is a device that gives what the case says.
+/// /dev/hwrng is a device that returns what the case says.
 class Hardware : public UnixDev {
  protected:
   void SetUp() override {

@@ -18,7 +18,7 @@ class HardwareAlarm : public Hardware {
   }
 };
 
-TEST_F(HardwareAlarm, LastsHoweverGoodTheBytesAreNow) {
+TEST_F(HardwareAlarm, LastsEvenIfTheBytesAreGoodAgain) {
   for (int i = 0; i < 3; ++i) ExpectAlarm();
 }
 
@@ -45,7 +45,7 @@ TEST_F(HardwareAlarm, DoesNotEndWithATestThatFails) {
   }
 }
 
-TEST_F(HardwareAlarm, DoesNotReachTheSystemsGenerator) {
+TEST_F(HardwareAlarm, DoesNotAffectTheSystemsGenerator) {
   EXPECT_TRUE(rng->SelectDevice(""));
   EXPECT_NE(Draw(32), Draw(32));
   EXPECT_TRUE(rng->SelfTest());  // tests what is selected
@@ -72,7 +72,7 @@ TEST_F(HardwareAlarm, SelfTestNeedsAThousandBytesOfTheDevice) {
   EXPECT_EQ(1024U, given);
 }
 
-TEST_F(HardwareAlarm, SelfTestBearsADeviceThatIsSilentForLessThanTenSeconds) {
+TEST_F(HardwareAlarm, SelfTestAcceptsADeviceThatIsSilentForLessThanTenSeconds) {
   FakeTime();
   device.read = [](unsigned char* bytes, std::size_t size) {
     return FakeTimePassed() < std::chrono::milliseconds(9900) ? Fail(EAGAIN)

@@ -48,7 +48,7 @@ TEST_F(HardwareDraw, BytesArriveInTheirOrder) {
   for (std::size_t i = 0; i < bytes.size(); ++i) EXPECT_EQ(i, bytes[i]);
 }
 
-TEST_F(HardwareDraw, BearsSingleBytesInterruptionsAndPauses) {
+TEST_F(HardwareDraw, HandlesSingleBytesInterruptionsAndPauses) {
   int calls = 0;
   device.read = [&calls](unsigned char* bytes, std::size_t) {
     switch (++calls % 3) {
@@ -155,7 +155,7 @@ TEST_F(HardwareDraw, CancelEndsADrawWhoseBytesStillCome) {
   EXPECT_EQ(5, reads);
 }
 
-TEST_F(HardwareDraw, CancelDoesNotReachLaterDraws) {
+TEST_F(HardwareDraw, CancelDoesNotAffectLaterDraws) {
   rng->Cancel();
   int calls = 0;
   device.read = [&calls](unsigned char* bytes, std::size_t size) {

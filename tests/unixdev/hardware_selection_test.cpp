@@ -17,7 +17,7 @@ class HardwareSelection : public Hardware {
   }
 };
 
-TEST_F(HardwareSelection, IsNotTheChoiceAfterTheStart) {
+TEST_F(HardwareSelection, IsNotMadeByTheStart) {
   EXPECT_FALSE(IsSelected());
   EXPECT_TRUE(rng->IsAvailable());
   Draw(32);
@@ -80,7 +80,7 @@ TEST_F(HardwareSelection, AMissingOrUnreadableDeviceIsRefused) {
   }
 }
 
-TEST_F(HardwareSelection, WhatIsNoCharacterDeviceIsRefused) {
+TEST_F(HardwareSelection, WhatIsNotACharacterDeviceIsRefused) {
   WriteFile(TreePath("file"), "good bytes for a whole selection, and more");
   ASSERT_EQ(0, ::mkfifo(TreePath("pipe").c_str(), 0600));  // opening one waits for a writer
   for (const char* name : {"file", "pipe", ""}) {
@@ -90,7 +90,7 @@ TEST_F(HardwareSelection, WhatIsNoCharacterDeviceIsRefused) {
   EXPECT_EQ(3, device.opened);
 }
 
-TEST_F(HardwareSelection, WhatCannotBeKnownToBeADeviceIsRefused) {
+TEST_F(HardwareSelection, AFileThatCannotBeExaminedIsRefused) {
   g_statError = EIO;
   ExpectRefusal();
 }
@@ -144,7 +144,7 @@ TEST_F(HardwareSelection, ADeviceThatGivesAByteInLessThanTwoSecondsIsAccepted) {
   EXPECT_EQ(32, given);
 }
 
-TEST_F(HardwareSelection, ARefusalKeepsTheDevice) {
+TEST_F(HardwareSelection, ARefusalKeepsTheEarlierSelection) {
   EXPECT_TRUE(rng->SelectDevice("hwrng"));
   device.error = ENOENT;
   EXPECT_FALSE(rng->SelectDevice("hwrng"));

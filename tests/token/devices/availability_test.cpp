@@ -33,27 +33,27 @@ TEST_F(TokenAvailability, NeedsAGenerator) {
   EXPECT_THAT(tokens.OpenedSlots(), IsEmpty());
 }
 
-TEST_F(TokenAvailability, TokenThatWantsAPinIsNone) {
+TEST_F(TokenAvailability, TokenThatRequiresAPinIsNotAvailable) {
   EXPECT_FALSE(IsAvailable({"slot id=0 pin=yes"}));
   EXPECT_EQ(0U, tokens.Count("C_Login"));
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
 
-TEST_F(TokenAvailability, TokenThatFailsIsNone) {
+TEST_F(TokenAvailability, TokenThatFailsIsNotAvailable) {
   EXPECT_FALSE(IsAvailable(
       {"slot id=0", "fault number=1 function=C_GenerateRandom call=1 times=99 result=0x30"}));
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
 
-TEST_F(TokenAvailability, TokenThatGivesHalfZerosIsNone) {
+TEST_F(TokenAvailability, TokenThatReturnsHalfZerosIsNotAvailable) {
   EXPECT_FALSE(IsAvailable({"slot id=0 zeros=half"}));
 }
 
-TEST_F(TokenAvailability, TokenThatRepeatsItselfIsNone) {
+TEST_F(TokenAvailability, TokenThatRepeatsItselfIsNotAvailable) {
   EXPECT_FALSE(IsAvailable({"slot id=0 same=yes"}));
 }
 
-TEST_F(TokenAvailability, TokenWithoutContentOrUnknownIsNone) {
+TEST_F(TokenAvailability, UninitializedOrUnknownTokenIsNotAvailable) {
   EXPECT_FALSE(IsAvailable({"slot id=0 initialized=no", "slot id=1 known=no"}));
 }
 
@@ -70,7 +70,7 @@ TEST_F(TokenAvailability, OneOfManyIsEnough) {
   EXPECT_THAT(tokens.OpenedSlots(), ElementsAre(3));
 }
 
-TEST_F(TokenAvailability, SlotThatAppearsBetweenTheCallsIsBorne) {
+TEST_F(TokenAvailability, SlotThatAppearsBetweenTheCallsIsFound) {
   EXPECT_TRUE(IsAvailable({"module hides=1", "slot id=0", "slot id=1 serial=B2"}));
   EXPECT_EQ("drawn", Draw());
   EXPECT_TRUE(rng->SelectDevice("B2"));

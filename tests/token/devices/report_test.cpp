@@ -58,7 +58,7 @@ TEST_F(TokenReport, SecondCallWritesWhatTheFirstSaw) {
   ::dlclose(plugin);
 }
 
-TEST_F(TokenReport, OpensNoTokenThatIsNotMeant) {
+TEST_F(TokenReport, OpensOnlyTokensThatMatch) {
   Start({"slot id=0", "slot id=1 serial=B2 manufacturer=Other", "slot id=2 serial=C3 rng=no",
          "slot id=3 serial=D4 initialized=no", "slot id=4 serial=E5 manufacturer=Other rng=no"});
   const std::string report = Report();
@@ -69,7 +69,7 @@ TEST_F(TokenReport, OpensNoTokenThatIsNotMeant) {
   EXPECT_THAT(tokens.OpenedSlots(), ElementsAre(0));
 }
 
-TEST_F(TokenReport, SaysWhatKeepsATokenFromBeingUsed) {
+TEST_F(TokenReport, SaysWhyATokenCannotBeUsed) {
   Start({"slot id=0", "slot id=1 serial=T label=One", "slot id=2 serial=T label=Other",
          "slot id=3 serial=P label=Locked pin=yes", "slot id=4 serial=Z label=Half zeros=half",
          "slot id=5 serial=a%3Db label=Odd"});
@@ -86,7 +86,7 @@ TEST_F(TokenReport, SaysWhatKeepsATokenFromBeingUsed) {
   EXPECT_THAT(report, Not(HasSubstr("device\tT\t")));
 }
 
-TEST_F(TokenReport, HasNoForeignControlCharacters) {
+TEST_F(TokenReport, ContainsNoControlCharactersOfTokens) {
   Start({"slot id=0", "slot id=1 serial=" + Encoded("a\tb\nc") +
                           " label=" + Encoded("x\ndevice\tfake\ttext\x1b[0m\xff")});
   const std::string report = Report();

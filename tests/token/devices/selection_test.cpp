@@ -69,7 +69,7 @@ TEST_F(TokenSelection, HardwareIdIsThatOfTheTokenInUse) {
   }
 }
 
-// The token is exchanged after it was found.
+// The token is replaced after it was found.
 TEST_F(TokenSelection, AnotherTokenIsNotDrawnFromAtTheLastMoment) {
   Start({"slot id=0"});
   ASSERT_TRUE(rng->SelectDevice("A1"));
@@ -93,7 +93,7 @@ TEST_F(TokenSelection, TokenWithoutAnIdentifierIsUsedWhenNoneIsSelected) {
   EXPECT_EQ(0, rng->GetHardwareId(nullptr));
 }
 
-TEST_F(TokenSelection, ForeignTokenWithTheSameSerialDoesNotMatter) {
+TEST_F(TokenSelection, TokenThatDoesNotMatchIsNoDuplicate) {
   Start({"slot id=0", "slot id=1 manufacturer=Other"});
   EXPECT_TRUE(rng->SelectDevice("A1"));
   EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(0));
@@ -188,8 +188,8 @@ TEST_F(TokenSelection, TwoTokensWithOneSerialAreRefused) {
   EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(2));
 }
 
-// The one in use is known. Without it, it is unknown which of the others is meant.
-TEST_F(TokenSelection, TwinOfTheSelectedTokenIsNotDrawnFrom) {
+// The one in use is known. If it is removed, it is unknown which of the others was selected.
+TEST_F(TokenSelection, DuplicateOfTheSelectedTokenIsNotDrawnFrom) {
   Start({"slot id=0"});
   ASSERT_TRUE(rng->SelectDevice("A1"));
   tokens.Set({"slot id=0", "slot id=1"});
@@ -200,7 +200,7 @@ TEST_F(TokenSelection, TwinOfTheSelectedTokenIsNotDrawnFrom) {
   EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(2));
 }
 
-TEST_P(TokenSerials, AreIdentifiersIfTheSettingsCanHoldThem) {
+TEST_P(TokenSerials, AreIdentifiersIfTheyCanBeStored) {
   Start({"slot id=0 serial=" + Encoded(GetParam().stored), "slot id=1 serial=Other"});
   if (GetParam().identifier.empty()) {
     EXPECT_FALSE(rng->SelectDevice(GetParam().stored.c_str()) && !GetParam().stored.empty());

@@ -41,7 +41,7 @@ class TokenCancel : public TokenHost {
 
 }  // namespace
 
-TEST_F(TokenCancel, EndsTheOneInsideWhenTheModuleReturns) {
+TEST_F(TokenCancel, EndsTheDrawInsideTheModuleWhenThatReturns) {
   Start({"slot id=0"});
   SetHanging("module");
   BackgroundDraw inside(draw);
@@ -54,8 +54,8 @@ TEST_F(TokenCancel, EndsTheOneInsideWhenTheModuleReturns) {
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
 
-// A module that takes one thread: the others wait for it.
-TEST_F(TokenCancel, EndsThoseThatWaitAtOnce) {
+// The module is not thread-safe, so the other draws wait.
+TEST_F(TokenCancel, EndsWaitingDrawsAtOnce) {
   Start({"module locks=no", "slot id=0"});
   SetHanging("module locks=no");
   BackgroundDraw inside(draw);
@@ -73,7 +73,7 @@ TEST_F(TokenCancel, EndsThoseThatWaitAtOnce) {
   EXPECT_EQ("drawn", Draw());
 }
 
-TEST_F(TokenCancel, EndsTheOneThatWaitsForASession) {
+TEST_F(TokenCancel, EndsADrawThatWaitsForASession) {
   Start({"slot id=0 sessions=1"});
   SetHanging("module", "slot id=0 sessions=1");
   BackgroundDraw inside(draw);
@@ -83,7 +83,7 @@ TEST_F(TokenCancel, EndsTheOneThatWaitsForASession) {
 }
 
 // It must initialize the module again, and waits until nobody uses that.
-TEST_F(TokenCancel, EndsTheOneThatWaitsToInitialize) {
+TEST_F(TokenCancel, EndsADrawThatWaitsToInitialize) {
   Start({"slot id=0"});
   SetHanging("module");
   BackgroundDraw inside(draw);

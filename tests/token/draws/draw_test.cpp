@@ -88,7 +88,7 @@ TEST_F(TokenDraw, NeverLogsIn) {
   EXPECT_EQ(0U, tokens.Count("C_Login"));
 }
 
-TEST_F(TokenDraw, CrowdedTokenIsDrawnFromWhenASessionIsFree) {
+TEST_F(TokenDraw, TokenWithoutAFreeSessionFailsUntilOneIsFree) {
   Start({"slot id=0"});
   tokens.Set({"slot id=0 sessions=0"});
   EXPECT_EQ("zeros", Draw());

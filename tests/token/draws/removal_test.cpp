@@ -27,7 +27,7 @@ TEST_F(TokenRemoval, OfTheReaderFailsTheDraw) {
   EXPECT_EQ("drawn", Draw());
 }
 
-TEST_F(TokenRemoval, OfTheFileFailsTheDrawOnly) {
+TEST_F(TokenRemoval, ReportedByEveryCallFailsTheDrawOnly) {
   Start({"slot id=0"});
   tokens.Set({"slot id=0", "fault number=1 function=* call=1 times=1000000 result=0x32"});
   EXPECT_EQ("zeros", Draw());

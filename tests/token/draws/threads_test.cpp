@@ -17,8 +17,8 @@ class TokenThreads : public TokenHost {
  protected:
   using Outcomes = std::map<std::string, int>;
 
-  // In eight threads, each with that many draws at least. Meanwhile, the tokens change that many times. Returns how
-  // often each outcome was seen.
+  // Draws in eight threads, at least `draws` times in each, while the tokens change `changes` times. Returns how often
+  // each outcome was seen.
   Outcomes DrawInThreads(int draws, int changes = 0, const std::function<void(int)>& change = {}) {
     std::atomic<bool> isOver = false;
     Outcomes outcomes;
@@ -74,7 +74,7 @@ TEST_F(TokenThreads, DrawWhileTokensComeAndGo) {
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
 
-TEST_F(TokenThreads, WaitForAModuleThatTakesOneThread) {
+TEST_F(TokenThreads, TakeTurnsInAModuleThatIsNotThreadSafe) {
   Start({"module locks=no micros=200", "slot id=0"});
   EXPECT_THAT(DrawInThreads(10), ElementsAre(Pair("drawn", Ge(80))));
   EXPECT_EQ(0U, tokens.CountRemarks("overlaps"));

@@ -53,7 +53,7 @@ TEST_F(TokenFork, CopyKeepsTheSelection) {
 }
 
 // It would draw the same bytes as the original, or disturb it.
-TEST_F(TokenFork, CopyInitializesAlsoAModuleThatDoesNotNotice) {
+TEST_F(TokenFork, CopyAlsoInitializesAModuleThatDoesNotNoticeTheFork) {
   Start({"module forks=unnoticed", "slot id=0"});
   EXPECT_EQ(0, RunForked([this] { return DrawsAndStops(1) ? 0 : 1; }).status);
   const auto calls = tokens.Log();
@@ -63,7 +63,7 @@ TEST_F(TokenFork, CopyInitializesAlsoAModuleThatDoesNotNotice) {
   EXPECT_EQ("C_Initialize", first->function);
 }
 
-TEST_F(TokenFork, CopyThatOnlyStopsHarmsNobody) {
+TEST_F(TokenFork, CopyThatOnlyStopsDoesNotAffectTheOriginal) {
   Start({"slot id=0"});
   EXPECT_EQ("drawn", Draw());
   EXPECT_EQ(0, RunForked([this] { return DrawsAndStops(0) ? 0 : 1; }).status);

@@ -1,5 +1,5 @@
-/* module_user MODULE COUNT: uses a PKCS#11 module that many times as a token plug-in does, from loading to unloading,
-   with nothing of the plug-in. Prints by how many bytes the heap has grown in these uses. */
+/* module_user MODULE COUNT: uses a PKCS#11 module COUNT times in the way a token plug-in does, from loading to
+   unloading, without any code of the plug-in. Prints by how many bytes the heap has grown. */
 #include <malloc.h>
 #include <p11-kit/p11-kit.h>
 #include <stdbool.h>

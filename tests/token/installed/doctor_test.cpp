@@ -66,7 +66,7 @@ TEST_F(ToolWithTokens, DoctorNamesTokensWithOneSerial) {
   EXPECT_THAT(output, HasSubstr("device C3"));
 }
 
-TEST_F(ToolWithTokens, DoctorNamesASerialThatTheSettingsCannotHold) {
+TEST_F(ToolWithTokens, DoctorNamesATokenWhoseSerialCannotBeStored) {
   EXPECT_THAT(Doctor({"slot id=0", "slot id=1 label=Odd serial=a%3Db"}, 0),
               ContainsRegex("problem: .*Odd"));
 }
@@ -78,7 +78,7 @@ TEST_F(ToolWithTokens, ListHasALineForEachToken) {
   EXPECT_THAT(output, HasSubstr("\nRutoken, device B2: Token \"Two\", model M1\n"));
 }
 
-TEST_F(ToolWithTokens, ReadFailsForTheTokenThatIsNotThere) {
+TEST_F(ToolWithTokens, ReadFailsIfTheTokenIsMissing) {
   tokens.Set({"slot id=0", "slot id=1 serial=B2"});
   ASSERT_EQ(0, Run("default set Rutoken B2").status);
   EXPECT_EQ(0, Run("read -n 32").status);

@@ -1,4 +1,4 @@
-// "rngctl check" on the token plug-in with SoftHSM: what that leaks itself is not the plug-in's.
+// "rngctl check" on the token plug-in with SoftHSM, whose own leaks are told apart from those of the plug-in.
 
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/tree.h"
@@ -44,7 +44,7 @@ class CheckWithSoftHsm : public InstalledTool {
 
 }  // namespace
 
-// Its heap grows for some thousand uses and then no more. "check" sees the end of that sometimes.
+// The heap of SoftHSM grows for some thousand uses and then stops. "check" sometimes sees the end of that growth.
 TEST_F(CheckWithSoftHsm, FindsNothingThatTheModuleAloneDoesNotDo) {
   const Result result = Run("check --json " + TreePath("lib/librngrutoken.so"));
   const json report = json::parse(result.output);

@@ -68,7 +68,7 @@ class TokenOfATpm : public TokenHost {
 
 }  // namespace
 
-// Its flags say that a login is required, but not for this.
+// The flags of the token require a login, but random bytes do not need one.
 TEST_F(TokenOfATpm, IsDrawnFromWithoutALogin) {
   Start({});
   EXPECT_THAT(Description(), HasSubstr("mine"));

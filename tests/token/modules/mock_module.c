@@ -103,7 +103,7 @@ static void DescribeToken(const struct MockSlot* slot, CK_TOKEN_INFO* info) {
   info->ulMaxSessionCount = slot->sessions;
   info->ulSessionCount = CountMockSessions(slot);
   if (slot->hasRng) info->flags |= CKF_RNG;
-  if (slot->wantsPin) info->flags |= CKF_LOGIN_REQUIRED | CKF_USER_PIN_INITIALIZED;
+  if (slot->requiresPin) info->flags |= CKF_LOGIN_REQUIRED | CKF_USER_PIN_INITIALIZED;
   if (slot->isInitialized) info->flags |= CKF_TOKEN_INITIALIZED;
   if (slot->isProtected) info->flags |= CKF_WRITE_PROTECTED;
 }
@@ -215,7 +215,7 @@ static CK_RV Generate(const struct MockSlot* slot, unsigned char* data, CK_ULONG
   if (!IsMockTokenPresent(slot)) return CKR_DEVICE_REMOVED;
   if (!data) return CKR_ARGUMENTS_BAD;
   if (!slot->hasRng) return CKR_RANDOM_NO_RNG;
-  if (slot->wantsPin) return CKR_USER_NOT_LOGGED_IN;
+  if (slot->requiresPin) return CKR_USER_NOT_LOGGED_IN;
   if (size > slot->largest) return slot->refusal;
   const CK_ULONG given = ServeMockBytes(slot, size);
   Fill(data, given);

@@ -1,4 +1,4 @@
-// The module of the tests behaves as modules do, and as its script says.
+// The mock module behaves as modules do, and as its script says.
 
 #include "tests/support/process.h"
 #include "tests/support/tree.h"
@@ -200,7 +200,7 @@ TEST_F(MockModule, HangsUntilAFileAppears) {
   EXPECT_EQ(1U, tokens.Count("C_OpenSession"));
 }
 
-TEST_F(MockModule, WithoutLocksTakesNoThreads) {
+TEST_F(MockModule, WithoutLocksIsNotThreadSafe) {
   tokens.Set({"module locks=no micros=20000", "slot id=0"});
   CK_C_INITIALIZE_ARGS args = {};
   args.flags = CKF_OS_LOCKING_OK;
@@ -233,7 +233,7 @@ TEST_F(MockModule, CopyOfTheProcessInitializesAgain) {
   EXPECT_EQ(CKR_OK, Draw(1));
 }
 
-TEST_F(MockModule, CopyOfTheProcessMayGoUnnoticed) {
+TEST_F(MockModule, MayNotNoticeAFork) {
   Start({"module forks=unnoticed", "slot id=0"});
   ASSERT_EQ(CKR_OK, Open(0));
   EXPECT_EQ(0, RunForked([this] { return Draw(1) == CKR_OK ? 0 : 1; }).status);

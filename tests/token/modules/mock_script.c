@@ -61,7 +61,7 @@ static void ReadSlotText(struct MockSlot* slot, const struct Word* word) {
 static void ReadSlotFlag(struct MockSlot* slot, const struct Word* word) {
   if (IsKey(word, "present")) slot->isPresent = IsYes(word);
   if (IsKey(word, "rng")) slot->hasRng = IsYes(word);
-  if (IsKey(word, "pin")) slot->wantsPin = IsYes(word);
+  if (IsKey(word, "pin")) slot->requiresPin = IsYes(word);
   if (IsKey(word, "initialized")) slot->isInitialized = IsYes(word);
   if (IsKey(word, "protected")) slot->isProtected = IsYes(word);
   if (IsKey(word, "known")) slot->isKnown = IsYes(word);

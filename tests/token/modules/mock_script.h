@@ -1,4 +1,4 @@
-/* What the module of the tests shall be, read from the file that MOCK_TOKENS names. Its lines are words,
+/* The script of the mock module, read from the file that MOCK_TOKENS names. Its lines are words,
    "key=value", with %XX for any byte:
 
      module locks=no forks=unnoticed micros=500 hides=1
@@ -24,7 +24,7 @@ struct MockText {
 struct MockSlot {
   CK_SLOT_ID id;
   struct MockText serial, label, manufacturer, model;
-  bool isPresent, hasRng, wantsPin, isInitialized, isProtected;
+  bool isPresent, hasRng, requiresPin, isInitialized, isProtected;
   bool isKnown;            /* otherwise the module does not know what was inserted */
   unsigned long sessions;  /* how many may be open */
   unsigned long largest;   /* piece of random bytes that it gives */

@@ -30,7 +30,7 @@ static CK_SESSION_HANDLE g_lastHandle;
 static struct Token g_tokens[kMostSlots];
 static unsigned long g_faultNumber, g_faultCalls, g_hidden;
 
-/* --- Fork: the copy has to initialise the module again. */
+/* --- Fork: the copy has to initialize the module again. */
 
 static void Lock(void) { pthread_mutex_lock(&g_lock); }
 

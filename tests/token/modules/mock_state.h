@@ -1,4 +1,4 @@
-/* What the module of the tests remembers between calls, and the frame of each call. */
+/* What the mock module remembers between calls, and what each call begins and ends with. */
 #ifndef TESTS_TOKEN_MODULES_MOCK_STATE_H
 #define TESTS_TOKEN_MODULES_MOCK_STATE_H
 
