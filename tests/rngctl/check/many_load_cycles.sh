@@ -1,21 +1,23 @@
 #!/bin/sh
-# many_load_cycles.sh RNGCTL PLUGIN RUNS: makes the check load-cycles that often on a plug-in that has
-# from 1 to 64 threads and leaks nothing. Fails if a run reports growth, or if few runs have enough time.
+# many_load_cycles.sh RNGCTL PLUGIN RUNS [SECONDS]: makes the check load-cycles that often on a plug-in that has
+# from 1 to 64 threads and leaks nothing, with that time limit or one second. Fails if a run reports growth, or if
+# few runs have enough time.
 set -eu
 rngctl=$1
 plugin=$2
 runs=$3
+seconds=${4-1}
 results=$(mktemp)
 trap 'rm -f "$results"' EXIT
 
 # shellcheck disable=SC2016 # the inner shell expands these
 seq "$runs" | xargs -P 2 -n 1 sh -c '
-  rngctl=$1 plugin=$2
-  set -- $(($3 % 10)) 1 2 3 4 5 8 12 16 32 64
+  rngctl=$1 plugin=$2 seconds=$3
+  set -- $(($4 % 10)) 1 2 3 4 5 8 12 16 32 64
   shift "$1"
-  RNG_FAKE_THREADS=$2 "$rngctl" check --only load-cycles --timeout 1 "$plugin" 2>&1 |
+  RNG_FAKE_THREADS=$2 "$rngctl" check --only load-cycles --timeout "$seconds" "$plugin" 2>&1 |
     sed "s/^/$2 threads: /"
-' one "$rngctl" "$plugin" >"$results"
+' one "$rngctl" "$plugin" "$seconds" >"$results"
 
 passed=$(grep -c '^[0-9]* threads: passed ' "$results" || true)
 unexamined=$(grep -c '^[0-9]* threads: not examined ' "$results" || true)
