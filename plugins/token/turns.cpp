@@ -35,6 +35,7 @@ void Turn::Enter(Guard& guard) {
            (turns.users < turns.limit && !turns.isExclusive && turns.exclusiveWaiters == 0);
   });
   isMine = !isCancelled();
+  endsBefore = turns.ends;
   if (isMine) ++turns.users;
 }
 
@@ -46,9 +47,9 @@ void Turn::Leave() {
 
 bool Turn::WaitForAnother() {
   Guard guard(turns.lock);
-  if (turns.users < 2) return false;
+  // One that has ended since this turn was granted may have been the only other.
+  if (turns.users < 2 && turns.ends == endsBefore) return false;
   Leave();
-  const std::uint64_t endsBefore = turns.ends;
   turns.change.wait(guard,
                     [&] { return turns.ends != endsBefore || turns.cancels != cancelsBefore; });
   Enter(guard);

@@ -42,8 +42,8 @@ class Turn {
   bool IsMine() const { return isMine; }
   bool IsCancelled() const;
 
-  /// Waits until one of the other turns has ended. Returns false if there is no other. After `Cancel`, returns false,
-  /// and this turn has ended.
+  /// Waits until one of the other turns has ended since this one was granted or last waited. Returns false if none has
+  /// and there is no other. After `Cancel`, returns false, and this turn has ended.
   bool WaitForAnother();
 
   /// Waits until all other turns have ended, keeps new ones waiting, and calls the function, which must not throw.
@@ -58,6 +58,7 @@ class Turn {
 
   Turns& turns;
   const std::uint64_t cancelsBefore;
+  std::uint64_t endsBefore = 0;
   bool isMine = false;
 };
 
