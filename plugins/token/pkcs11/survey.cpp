@@ -29,7 +29,7 @@ CK_RV ListSlots(const Module& module, std::vector<CK_SLOT_ID>& slots) {
 void SurveyModule(Module& module, const TokenUri& uri, Survey& survey) {
   std::vector<CK_SLOT_ID> slots;
   const CK_RV listed = ListSlots(module, slots);
-  if (listed == CKR_CRYPTOKI_NOT_INITIALIZED) survey.needsOpen = true;
+  survey.needsOpen = survey.needsOpen || listed == CKR_CRYPTOKI_NOT_INITIALIZED;
   if (listed != CKR_OK) {
     survey.problems.push_back("The module " + module.File() + " cannot list its slots: " +
                               Explain(listed) + ". See its vendor's manual.");
@@ -37,6 +37,7 @@ void SurveyModule(Module& module, const TokenUri& uri, Survey& survey) {
   for (const CK_SLOT_ID slot : slots) {
     Token token;
     const CK_RV result = ReadToken({&module, slot}, uri, token);
+    survey.needsOpen = survey.needsOpen || result == CKR_CRYPTOKI_NOT_INITIALIZED;
     if (result == CKR_OK) {
       survey.tokens.push_back(token);
     } else if (result != CKR_TOKEN_NOT_PRESENT && result != CKR_SLOT_ID_INVALID) {

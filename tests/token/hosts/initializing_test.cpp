@@ -6,6 +6,7 @@
 #include "tests/token/token_host.h"
 
 #include <dlfcn.h>
+#include <gmock/gmock.h>
 #include <p11-kit/pkcs11.h>
 
 namespace {
@@ -71,6 +72,58 @@ TEST_F(TokenInitializing, KeepsOtherDrawsWaiting) {
   WriteFile(release, "");
   EXPECT_EQ("drawn", first.Finish());
   EXPECT_EQ("drawn", second.Finish());
+}
+
+TEST_F(TokenInitializing, IsDoneBeforeDrawsThatBeginLater) {
+  Start({"slot id=0"});
+  tokens.Set({"slot id=0", HangIn("C_GenerateRandom")});
+  BackgroundDraw inside(draw);
+  WaitForHanging("C_GenerateRandom", 1);
+  tokens.Set({"slot id=0", Fault(1, "*", 1, CKR_CRYPTOKI_NOT_INITIALIZED) + " times=2"});
+  tokens.ClearLog();
+  BackgroundDraw initializing(draw);
+  while (tokens.Log().size() < 2) Pause();
+  for (int i = 0; i < 4; ++i) Pause();
+  tokens.ClearLog();
+  BackgroundDraw later(draw);
+  for (int i = 0; i < 10; ++i) Pause();
+  EXPECT_TRUE(tokens.Log().empty());
+  WriteFile(release, "");
+  for (BackgroundDraw* const each : {&inside, &initializing, &later}) each->Finish();
+  EXPECT_EQ(1U, CountSuccesses("C_Initialize"));
+}
+
+TEST_F(TokenInitializing, LetsOtherDrawsGoOnBeforeItsOwnDrawHasEnded) {
+  Start({"slot id=0"});
+  FinalizeModule();
+  tokens.Set({"slot id=0", HangIn("C_Initialize")});
+  BackgroundDraw first(draw);
+  WaitForHanging("C_Initialize", 1);
+  BackgroundDraw second(draw);
+  for (int i = 0; i < 10; ++i) Pause();
+  const std::string end = TreePath("mock/end");
+  tokens.Set({"slot id=0", "hang function=C_GenerateRandom until=" + end});
+  tokens.ClearLog();
+  WriteFile(release, "");
+  WaitForHanging("C_GenerateRandom", 2);
+  WriteFile(end, "");
+  EXPECT_EQ("drawn", first.Finish());
+  EXPECT_EQ("drawn", second.Finish());
+}
+
+// The module is finalized after it has listed its slots.
+TEST_F(TokenInitializing, FollowsATokenThatCannotBeRead) {
+  Start({"slot id=0"});
+  tokens.Set(
+      {"slot id=0", Fault(1, "C_GetTokenInfo", 1, CKR_CRYPTOKI_NOT_INITIALIZED) + " times=2"});
+  EXPECT_EQ("drawn", Draw());
+  EXPECT_EQ(2U, CountSuccesses("C_Initialize"));
+}
+
+TEST_F(TokenInitializing, IsDoneForAReport) {
+  Start({"slot id=0"});
+  FinalizeModule();
+  EXPECT_THAT(Report(), testing::StartsWith("device\tA1\t"));
 }
 
 TEST_F(TokenInitializing, LeavesAModuleWithoutLocksFinalizedAtTheEnd) {
