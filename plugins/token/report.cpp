@@ -49,7 +49,7 @@ std::string ProblemOfOther(const Token& token, bool isAlone) {
 
 std::string ProblemOf(const Finding& finding, bool isAlone) {
   const Token& token = finding.token;
-  if (finding.drawn == CKR_CANCEL) return ProblemOfOther(token, isAlone);
+  if (!token.IsCandidate()) return ProblemOfOther(token, isAlone);
   if (finding.drawn == CKR_USER_NOT_LOGGED_IN) {
     return Describe(token) +
            " requires a PIN to generate random bytes, and this plug-in never asks for one. Insert "

@@ -3,8 +3,10 @@
 #include "tests/support/tree.h"
 #include "tests/token/token_host.h"
 
+#include <algorithm>
 #include <dlfcn.h>
 #include <gmock/gmock.h>
+#include <p11-kit/pkcs11.h>
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -111,6 +113,25 @@ TEST_F(TokenReport, TokenWithoutAFreeSessionIsADevice) {
   EXPECT_EQ(kDeviceA1, Report());
 }
 
+// Not that another token has the same serial number.
+TEST_F(TokenReport, GivesTheResultOfAModuleThatCancels) {
+  Start({"slot id=0", "slot id=1 serial=B2"});
+  tokens.Set({"slot id=0", "slot id=1 serial=B2", Fault(1, "C_OpenSession", 1, CKR_CANCEL)});
+  EXPECT_THAT(Report(), AllOf(StartsWith("device\tB2\t"),
+                              HasSubstr("(serial number A1) cannot generate random bytes"),
+                              Not(HasSubstr("same serial number"))));
+}
+
+TEST_F(TokenReport, SaysNothingOfATokenThatWasJustTakenOut) {
+  Start({"slot id=0"});
+  for (const unsigned long result : {CKR_TOKEN_NOT_PRESENT, CKR_SLOT_ID_INVALID}) {
+    tokens.Set({"slot id=0", "slot id=1", Fault(result, "C_GetTokenInfo", 1, result) + " times=9"});
+    const std::string report = Report();
+    EXPECT_THAT(report, StartsWith("problem\tNo usable token"));
+    EXPECT_EQ(1, std::count(report.begin(), report.end(), '\n'));
+  }
+}
+
 TEST_F(UnavailableToken, ReportSaysWhy) {
   EXPECT_THAT(ReportOf({}),
               AllOf(StartsWith("problem\tNo usable token matches pkcs11:manufacturer=Mock"),
@@ -119,12 +140,13 @@ TEST_F(UnavailableToken, ReportSaysWhy) {
               HasSubstr("does not match pkcs11:manufacturer=Mock"));
   EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other"}),
               HasSubstr(": its manufacturer is \"Other\" instead of \"Mock\"."));
+  EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other rng=no"}), HasSubstr("does not match"));
   EXPECT_THAT(ReportOf({"slot id=0 rng=no"}), HasSubstr("has no random-number generator"));
   EXPECT_THAT(ReportOf({"slot id=0 pin=yes"}), HasSubstr("requires a PIN"));
   EXPECT_THAT(ReportOf({"slot id=0 initialized=no"}),
               HasSubstr("The token in slot 0 of " MOCK_MODULE " has not been initialized."));
   EXPECT_THAT(ReportOf({"slot id=0 known=no"}), HasSubstr("The token in slot 0"));
   EXPECT_THAT(ReportOf({"slot id=0", Fault(1, "C_OpenSession", 1, 0x30) + " times=100"}),
-              HasSubstr("cannot generate random bytes: "));
+              AllOf(HasSubstr("cannot generate random bytes: "), HasSubstr(" (0x30). ")));
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
