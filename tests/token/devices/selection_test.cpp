@@ -83,6 +83,19 @@ TEST_F(TokenSelection, AnotherTokenIsNotDrawnFromAtTheLastMoment) {
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
 
+TEST_F(TokenSelection, ForeignTokenWithTheSameSerialIsNotDrawnFromAtTheLastMoment) {
+  Start({"slot id=0"});
+  ASSERT_TRUE(rng->SelectDevice("A1"));
+  tokens.Set({"slot id=0", "hang function=C_OpenSession until=" + TreePath("mock/go")});
+  tokens.ClearLog();
+  BackgroundDraw drawing([this] { return Draw(); });
+  ASSERT_TRUE(tokens.Hangs("C_OpenSession"));
+  tokens.Set({"slot id=0 manufacturer=Other life=2"});
+  WriteFile(TreePath("mock/go"), "");
+  EXPECT_EQ("zeros", drawing.Finish());
+  EXPECT_THAT(tokens.Pieces(), IsEmpty());
+}
+
 TEST_F(TokenSelection, TokenWithoutAnIdentifierIsUsedWhenNoneIsSelected) {
   Start({"slot id=0 serial=", "slot id=1 serial="});
   EXPECT_EQ("drawn", Draw());
@@ -115,6 +128,12 @@ TEST_F(TokenSelection, SizeOfATextStaysWhenAnotherTokenIsUsedBetweenItsTwoCalls)
   }
   EXPECT_EQ("0123456789ABCDEF", HardwareId());
   EXPECT_EQ("Token \"0123456789ABCDEF0123456789ABCDEF\", model 0123456789ABCDEF", Description());
+}
+
+TEST_F(TokenSelection, UninitializedTokenWithTheSameSerialDoesNotMatter) {
+  Start({"slot id=0", "slot id=1 initialized=no"});
+  EXPECT_TRUE(rng->SelectDevice("A1"));
+  EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(0));
 }
 
 TEST_F(TokenSelection, NullAndEmptyMeanAnyToken) {
@@ -170,7 +189,9 @@ TEST_F(TokenSelection, DescriptionNamesLabelAndModel) {
 }
 
 TEST_F(TokenSelection, DescriptionIsOneLineOfText) {
-  Start({"slot id=0 label=" + Encoded("a\nb\tc\x1b[31m\x7f\xff\xc3\xa4"), "slot id=1 serial=B2"});
+  Start({"slot id=0 label=" + Encoded("a\nb\tc\x1b[31m\x7f\xff\xc3\xa4") +
+             " model=" + Encoded("M\n1"),
+         "slot id=1 serial=B2"});
   ASSERT_TRUE(rng->SelectDevice("A1"));
   const std::string text = Description();
   for (const char byte : text) {

@@ -90,6 +90,7 @@ TEST_F(TokenCancel, EndsADrawThatWaitsToInitialize) {
   ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
   tokens.Set({"slot id=0", Fault(1, "*", 1, CKR_CRYPTOKI_NOT_INITIALIZED) + " times=2"});
   ExpectCancelToEndAWaitingDraw(inside);
+  EXPECT_EQ(0U, tokens.Count("C_Initialize"));
 }
 
 TEST_F(TokenCancel, DoesNotAffectLaterDraws) {

@@ -1,5 +1,6 @@
 #include "tests/support/process.h"
 #include "tests/support/tree.h"
+#include "tests/token/background_draw.h"
 #include "tests/token/token_host.h"
 
 #include <algorithm>
@@ -50,6 +51,42 @@ TEST_F(TokenFork, CopyKeepsTheSelection) {
   tokens.ClearLog();
   EXPECT_EQ(0, RunForked([this] { return DrawsAndStops(1) ? 0 : 1; }).status);
   EXPECT_EQ(std::vector{1UL}, tokens.OpenedSlots());
+}
+
+TEST_F(TokenFork, CopyReportsTheSelectionBeforeItsFirstDraw) {
+  Start({"slot id=0", "slot id=1 serial=B2"});
+  ASSERT_TRUE(rng->SelectDevice("B2"));
+  EXPECT_EQ(0, RunForked([this] { return HardwareId() == "B2" ? 0 : 1; }).status);
+}
+
+// A module without locks is called directly, so p11-kit does not notice the fork either.
+TEST_F(TokenFork, CopyInitializesForAReport) {
+  Start({"module locks=no forks=unnoticed", "slot id=0"});
+  tokens.ClearLog();
+  EXPECT_EQ(0, RunForked([this] { return Report().empty() ? 1 : 0; }).status);
+  ASSERT_FALSE(tokens.Log().empty());
+  EXPECT_EQ("C_Initialize", tokens.Log().front().function);
+}
+
+TEST_F(TokenFork, CopyDoesNotFinalizeWhatTheOriginalInitialized) {
+  Start({"module locks=no forks=unnoticed", "slot id=0"});
+  tokens.ClearLog();
+  EXPECT_EQ(0, RunForked([this] { return DrawsAndStops(0) ? 0 : 1; }).status);
+  EXPECT_EQ(0U, tokens.Count("C_Finalize"));
+}
+
+TEST_F(TokenFork, CopyStopsWhileADrawOfTheOriginalWaits) {
+  Start({"module locks=no", "slot id=0"});
+  tokens.Set({"module locks=no", "slot id=0",
+              "hang function=C_GenerateRandom until=" + TreePath("mock/go")});
+  BackgroundDraw inside([this] { return Draw(); });
+  ASSERT_TRUE(tokens.Hangs("C_GenerateRandom"));
+  BackgroundDraw waiting([this] { return Draw(); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(0, RunForked([this] { return DrawsAndStops(0) ? 0 : 1; }).status);
+  WriteFile(TreePath("mock/go"), "");
+  EXPECT_EQ("drawn", inside.Finish());
+  EXPECT_EQ("drawn", waiting.Finish());
 }
 
 // It would draw the same bytes as the original, or disturb it.
