@@ -56,7 +56,7 @@ std::string ProblemOf(const Finding& finding, bool isAlone) {
            "another token.";
   }
   if (finding.drawn == CKR_OK && !finding.isRandom) {
-    return Describe(token) + " returns bytes that are not random. Do not use it.";
+    return Describe(token) + " returns bytes that are not random. Remove it.";
   }
   if (!IsDevice(finding)) {
     return Describe(token) + " cannot generate random bytes: " + Explain(finding.drawn) +

@@ -81,7 +81,7 @@ TEST_F(TokenReport, SaysWhyATokenCannotBeUsed) {
        {"problem\tToken \"One\" (serial number T) has the same serial number as another",
         "problem\tToken \"Other\" (serial number T) has the same serial number as another",
         "problem\tToken \"Locked\" (serial number P) requires a PIN",
-        "problem\tToken \"Half\" (serial number Z) returns bytes that are not random",
+        "problem\tToken \"Half\" (serial number Z) returns bytes that are not random. Remove it.",
         "problem\tToken \"Odd\" (serial number a=b) cannot be selected"}) {
     EXPECT_THAT(report, HasSubstr(problem));
   }
