@@ -99,8 +99,10 @@ class RngDrawCheck {
   }
 
   bool FeedTo(RngHealthTest& used, const void* bytes, std::size_t size) {
-    if (!used.Feed(bytes, size)) alarm = used.Alarm();
-    return alarm == RngHealthAlarm::kNone;
+    const bool isGood = used.Feed(bytes, size);
+    if (!isGood) alarm = used.Alarm();
+    // Not the alarm alone: another thread may have reset it just now.
+    return isGood && alarm == RngHealthAlarm::kNone;
   }
 
   void ForgetIfOutdated() {

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <future>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -288,4 +289,21 @@ TEST(RngDrawCheck, BytesThatEndDuringATestAreTestedAlone) {
     EXPECT_EQ(isGood, check.Run(bytes.data(), bytes.size(), draw));
     EXPECT_TRUE(other.get() || !isGood);
   }
+}
+
+// The alarm is taken back at any moment, also while a draw is judged by it.
+TEST(RngDrawCheck, ResetLetsNoBadBytesPass) {
+  RngDrawCheck check;
+  std::atomic<bool> isOver = false;
+  auto reset = std::async(std::launch::async, [&] {
+    while (!isOver) check.Reset();
+  });
+  Bytes bytes(16);
+  int passed = 0;
+  for (int drawn = 0; drawn < 50'000;) {  // draws before a reset are not made
+    passed += check.Run(bytes.data(), bytes.size(), [&drawn] { return ++drawn > 0; }) ? 1 : 0;
+  }
+  isOver = true;
+  reset.get();
+  EXPECT_EQ(0, passed);
 }
