@@ -19,6 +19,15 @@ TEST_F(TokenRemoval, InTheMiddleOfADrawFailsIt) {
   }
 }
 
+// The next token is broken, and must not pass with what the removed one has left in the buffer.
+TEST_F(TokenRemoval, LeavesNoBytesToTheNextToken) {
+  Start({"slot id=0"});
+  EXPECT_EQ("drawn", Draw());
+  tokens.Set({"slot id=0 bytes=767 life=2", "slot id=1 serial=B2 leaves=half"});
+  EXPECT_EQ("zeros", Draw(768));
+  EXPECT_EQ(0U, tokens.OpenSessions());
+}
+
 TEST_F(TokenRemoval, OfTheReaderFailsTheDraw) {
   Start({"slot id=0"});
   tokens.Set("");

@@ -218,7 +218,7 @@ static CK_RV Generate(const struct MockSlot* slot, unsigned char* data, CK_ULONG
   if (slot->requiresPin) return CKR_USER_NOT_LOGGED_IN;
   if (size > slot->largest) return slot->refusal;
   const CK_ULONG given = ServeMockBytes(slot, size);
-  Fill(data, given);
+  Fill(data, slot->leavesHalf ? given / 2 : given);
   for (CK_ULONG i = 0; slot->isSame && i < given; ++i) data[i] = (unsigned char)(167 * i + 13);
   if (slot->zeroesHalf) memset(data + size / 2, 0, size - size / 2);
   return given == size ? CKR_OK : CKR_DEVICE_REMOVED;

@@ -66,6 +66,7 @@ static void ReadSlotFlag(struct MockSlot* slot, const struct Word* word) {
   if (IsKey(word, "protected")) slot->isProtected = IsYes(word);
   if (IsKey(word, "known")) slot->isKnown = IsYes(word);
   if (IsKey(word, "same")) slot->isSame = IsYes(word);
+  if (IsKey(word, "leaves")) slot->leavesHalf = strcmp((const char*)word->value.bytes, "half") == 0;
   if (IsKey(word, "zeros")) slot->zeroesHalf = strcmp((const char*)word->value.bytes, "half") == 0;
 }
 

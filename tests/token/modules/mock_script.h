@@ -3,7 +3,8 @@
 
      module locks=no forks=unnoticed micros=500 hides=1
      slot id=0 serial=A1 label=Token%20A manufacturer=Mock model=M1 present=no rng=no pin=yes initialized=no
-          protected=yes known=no sessions=3 largest=64 refusal=0x21 zeros=half same=yes life=2 bytes=1000
+          protected=yes known=no sessions=3 largest=64 refusal=0x21 zeros=half leaves=half same=yes life=2
+          bytes=1000
      fault number=1 function=C_OpenSession call=2 times=1 result=0x30
      hang function=C_GenerateRandom until=/path
 
@@ -30,6 +31,7 @@ struct MockSlot {
   unsigned long largest;   /* piece of random bytes that it gives */
   CK_RV refusal;           /* its answer to larger ones */
   bool zeroesHalf;         /* of each piece, and reports success */
+  bool leavesHalf;         /* of each piece as it was, and reports success */
   bool isSame;             /* the same bytes in each piece */
   unsigned long life;      /* another number: the token was taken out and inserted again */
   unsigned long lastBytes; /* after so many in this life the token is gone; 0: never */
