@@ -43,6 +43,12 @@ Character ReadCharacter(const std::string& text, std::size_t place) {
 
 bool IsControl(std::uint32_t code) { return code < 0x20 || (code >= 0x7F && code < 0xA0); }
 
+// Separators of lines, and what turns the order of the characters around it.
+bool TurnsOrBreaksLines(std::uint32_t code) {
+  return code == 0x61C || code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
+         (code >= 0x2066 && code <= 0x2069);
+}
+
 }  // namespace
 
 std::string Trimmed(const unsigned char* field, std::size_t size) {
@@ -57,7 +63,8 @@ std::string Plain(const std::string& text) {
   std::string plain;
   for (std::size_t place = 0; place < text.size();) {
     const Character character = ReadCharacter(text, place);
-    const bool isShown = character.size != 0 && !IsControl(character.code);
+    const bool isShown =
+        character.size != 0 && !IsControl(character.code) && !TurnsOrBreaksLines(character.code);
     plain += isShown ? text.substr(place, character.size) : "?";
     place += character.size != 0 ? character.size : 1;
   }

@@ -13,8 +13,8 @@ std::string Trimmed(const unsigned char (&field)[Size]) {
   return Trimmed(field, Size);
 }
 
-/// The text with "?" for each control character and each byte that is not UTF-8. A token may hold any bytes, and the
-/// text is shown on terminals.
+/// The text with "?" for each control character, each character that breaks the line or turns its order, and each byte
+/// that is not UTF-8. A token may hold any bytes, and the text is shown on terminals.
 std::string Plain(const std::string& text);
 
 #endif

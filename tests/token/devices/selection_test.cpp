@@ -202,6 +202,12 @@ TEST_F(TokenSelection, DescriptionIsOneLineOfText) {
   EXPECT_THAT(text, HasSubstr("\xc3\xa4"));
 }
 
+// The separators of lines and paragraphs, and what turns the order of the text that follows.
+TEST_F(TokenSelection, DescriptionDoesNotBreakOrTurnTheLine) {
+  Start({"slot id=0 label=" + Encoded("a\u2028b\u2029c\u202ed\u2066e\u200ff")});
+  EXPECT_THAT(Description(), HasSubstr("\"a?b?c?d?e?f\""));
+}
+
 TEST_F(TokenSelection, TwoTokensWithOneSerialAreRefused) {
   Start({"slot id=0", "slot id=1", "slot id=2 serial=C3"});
   EXPECT_FALSE(rng->SelectDevice("A1"));
@@ -239,4 +245,4 @@ INSTANTIATE_TEST_SUITE_P(Of, TokenSerials,
                                          Serial{"1", "1"}, Serial{"12   ", "12"},
                                          Serial{"a b", "a b"}, Serial{"", ""}, Serial{"   ", ""},
                                          Serial{"a=b", ""}, Serial{"a\nb", ""}, Serial{"a\tb", ""},
-                                         Serial{"\x01", ""}));
+                                         Serial{"\x01", ""}, Serial{"a\u202eb", ""}));
