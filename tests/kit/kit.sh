@@ -116,6 +116,8 @@ contains "model=01234567890123456". A value of model has at most 16 bytes|Rutoke
 contains " ". Write special characters as %XX|Rutoken|pkcs11:model=A B
 contains "%z". Write special characters as %XX|Rutoken|pkcs11:model=%zz
 contains "%4". Write special characters as %XX|Rutoken|pkcs11:model=%4
+contains "]". Write special characters as %XX|Rutoken|pkcs11:model=A];pin-value=1234
+contains "%00". No text of a token does|Rutoken|pkcs11:model=%00A
 is not an absolute path|Rutoken|pkcs11:model=A?module-path=libsofthsm2.so
 "unixdev" is not a device. Choose from: accord, sobol|unixdev|pkcs11:model=A
 There is no kind "token" of generator|token|pkcs11:model=A
