@@ -68,6 +68,16 @@ std::string ProblemOf(const Finding& finding, bool isAlone) {
          "used only while no device is selected.";
 }
 
+// Where none can be used.
+std::string ProblemOfAll(const Findings& findings) {
+  const bool areSome =
+      std::any_of(findings.all.begin(), findings.all.end(),
+                  [](const Finding& finding) { return finding.token.isInitialized; });
+  // Modules show no tokens to a user who may not use them.
+  const char* const rights = areSome ? "" : " If one is inserted, allow this user to use it.";
+  return std::string("No usable token matches ") + kUri + ". Insert one." + rights;
+}
+
 std::string WriteReport() {
   const Findings findings = GetTokenRng().Here().Examine();
   const bool isAlone = std::none_of(findings.all.begin(), findings.all.end(), IsDevice);
@@ -84,8 +94,7 @@ std::string WriteReport() {
   for (const Finding& finding : findings.all) addProblem(ProblemOf(finding, isAlone));
   if (!isAlone) return report;
   for (const std::string& problem : findings.problems) addProblem(problem);
-  if (findings.hasModules)
-    addProblem(std::string("No usable token matches ") + kUri + ". Insert one.");
+  if (findings.hasModules) addProblem(ProblemOfAll(findings));
   return report;
 }
 

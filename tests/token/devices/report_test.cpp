@@ -135,7 +135,9 @@ TEST_F(TokenReport, SaysNothingOfATokenThatWasJustTakenOut) {
 TEST_F(UnavailableToken, ReportSaysWhy) {
   EXPECT_THAT(ReportOf({}),
               AllOf(StartsWith("problem\tNo usable token matches pkcs11:manufacturer=Mock"),
-                    HasSubstr("Insert one.")));
+                    HasSubstr("Insert one. If one is inserted, allow this user to use it.\n")));
+  EXPECT_THAT(ReportOf({"slot id=0 initialized=no"}), HasSubstr("If one is inserted"));
+  EXPECT_THAT(ReportOf({"slot id=0 pin=yes"}), Not(HasSubstr("If one is inserted")));
   EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other"}),
               HasSubstr("does not match pkcs11:manufacturer=Mock"));
   EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other"}),
