@@ -1,4 +1,4 @@
-# rng_add_token_plugin(TARGET KIND kind URI uri)
+# rng_add_token_plugin(TARGET KIND kind URI "uri")
 #
 # Adds a plug-in that draws from PKCS#11 tokens, such as smart cards, for a kind that is a device. For example:
 #
@@ -15,7 +15,7 @@
 function(rng_add_token_plugin target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "KIND;URI" "")
   if(NOT arg_KIND OR NOT arg_URI OR arg_UNPARSED_ARGUMENTS)
-    message(FATAL_ERROR "Write rng_add_token_plugin(TARGET KIND kind URI uri).")
+    message(FATAL_ERROR "Write rng_add_token_plugin(TARGET KIND kind URI \"uri\"), with the quotes: a URI may contain semicolons.")
   endif()
   set(devices accord sobol JacartaGost Rutoken EsmartGost grandmaster biocore)
   rng_look_up_kind("${arg_KIND}" file factory)

@@ -121,7 +121,7 @@ contains "%00". No text of a token does|Rutoken|pkcs11:model=%00A
 is not an absolute path|Rutoken|pkcs11:model=A?module-path=libsofthsm2.so
 "unixdev" is not a device. Choose from: accord, sobol|unixdev|pkcs11:model=A
 There is no kind "token" of generator|token|pkcs11:model=A
-Write rng_add_token_plugin(TARGET KIND kind URI uri)|Rutoken|
+Write rng_add_token_plugin(TARGET KIND kind URI "uri"), with the quotes|Rutoken|
 URIS
   { cat begun; echo 'rng_add_token_plugin(token KIND sobol URI
     "pkcs11:manufacturer=A%20%25%41;model=0123456789%41%42%43%44%45%46?module-name=m&module-path=%2Fa/b-c.so")'; } >CMakeLists.txt
