@@ -66,6 +66,7 @@ TEST_F(RngctlHardware, ThatThisUserMayNotReadIsExplained) {
   const Result result = RunWith("refused", "doctor");
   EXPECT_EQ(1, result.status);
   EXPECT_THAT(result.output, HasSubstr("the generator refuses the device \"hwrng\"\n"));
+  EXPECT_THAT(result.output, HasSubstr("\nDefault: Follow the advice for unixdev, store another "));
   EXPECT_THAT(
       result.output,
       HasSubstr("\nunixdev, problem: This user may not read /dev/hwrng. Add a udev rule that "

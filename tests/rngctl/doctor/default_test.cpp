@@ -81,9 +81,10 @@ INSTANTIATE_TEST_SUITE_P(
                 "Follow the advice for sobol"},
         Default{"AKindThatIsNotAvailable", "Rutoken", "",
                 "its plug-in is not usable: not available", "Follow the advice for Rutoken"},
-        Default{"ARefusedDevice", "dsdr", "C3", "the generator refuses the device \"C3\"",
-                "Connect that device, store another one with \"rngctl default set dsdr DEVICE\", "
-                "or accept any device with \"rngctl default set dsdr\"."},
+        Default{
+            "ARefusedDevice", "dsdr", "C3", "the generator refuses the device \"C3\"",
+            "Connect that device, store another device with \"rngctl default set dsdr DEVICE\", "
+            "or accept any device with \"rngctl default set dsdr\"."},
         Default{"ADeviceInQuotes", "dsdr", "'A1'",
                 "the device \"'A1'\" has quotes, which are part of the value", "Correct the line"},
         Default{"ADeviceOfEighteenBytes", "dsdr", "123456789012345678",

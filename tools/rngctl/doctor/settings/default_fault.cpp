@@ -53,17 +53,21 @@ DefaultFault ExplainNotFound(const DoctorReport& report, const std::string& type
               "KIND\"."};
 }
 
-// By the devices that the plug-in reports, if it does. Otherwise it may have none to choose from.
+// By the devices and problems that the plug-in reports, if it does. Otherwise it may have no devices to choose from.
 std::string FixDevice(const DoctorReport& report) {
-  const std::string command = "\"rngctl default set " + report.settings.type;
+  const std::string& type = report.settings.type;
+  const std::string command = "\"rngctl default set " + type;
   std::string known;
-  if (const GeneratorReport* const row = FindRow(report, report.settings.type)) {
+  std::string remedy = "Connect that device";
+  if (const GeneratorReport* const row = FindRow(report, type)) {
     for (const Device& device : row->devices) {
       known += (known.empty() ? "" : ", ") + Quoted(device.identifier);
     }
+    // The device may be connected, but not be readable, for example.
+    if (!row->problems.empty()) remedy = "Follow the advice for " + type;
   }
   if (known.empty()) {
-    return "Connect that device, store another one with " + command +
+    return remedy + ", store another device with " + command +
            " DEVICE\", or accept any device with " + command + "\".";
   }
   return "The devices are " + known + ". Connect the configured one, or store one of these with " +
