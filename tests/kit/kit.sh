@@ -272,6 +272,7 @@ include(FetchContent)
 FetchContent_Declare(RngAggregator SOURCE_DIR "$source")
 FetchContent_MakeAvailable(RngAggregator)
 rng_add_plugin(grandmaster SOURCES grandmaster_rng.cpp)
+rng_add_token_plugin(token KIND sobol URI "pkcs11:?module-path=/absent")
 add_executable(host minimal_host.cpp)
 target_link_libraries(host PRIVATE RngAggregator::rngaggregator)
 PROJECT
@@ -279,6 +280,7 @@ PROJECT
     find build -name 'rngctl*' | grep . && fail "the tool was built"
     [ "$(find build -name 'librng*' -printf '%h\n' | sort -u | wc -l)" = 1 ] || fail "not in one folder"
     [ -f build/_deps/rngaggregator-build/lib/librnggrandmaster.so ] || fail "no plug-in"
+    [ -f build/_deps/rngaggregator-build/lib/librngsobol.so ] || fail "no token plug-in"
     build/host | grep -qE '^[0-9a-f]{64}$' || fail "the host found no generator"
     (cd build && ctest -N) | grep -q '^Total Tests: 0$' || fail "it has our tests"
     ;;
