@@ -20,6 +20,7 @@ struct Source::Request {
   Turn& turn;
   std::uint64_t openingsBefore;
   bool isRepeated = false;
+  Token found = {};  // by a search, if one was made
 };
 
 namespace {
@@ -45,20 +46,38 @@ Source::Source(Modules& all, const TokenUri& which, const Source* original)
       selected(original ? original->selected.load() : &selections.front()) {}
 
 bool Source::Draw(void* buffer, std::size_t size) {
-  return check.Run(buffer, size, [&] {
+  Token found;
+  const bool isDrawn = check.Run(buffer, size, [&] {
     return size == 0 ||
-           DrawUnchecked(static_cast<unsigned char*>(buffer), size, Selected()) == CKR_OK;
+           DrawUnchecked(static_cast<unsigned char*>(buffer), size, Selected(), found) == CKR_OK;
   });
+  if (isDrawn) Remember(found);
+  return isDrawn;
 }
 
 bool Source::Test() { return Test(Selected()); }
 
 bool Source::Test(const std::string& serial) {
-  const bool hasPassed = LooksRandom([&](unsigned char* bytes, std::size_t size) {
-    return DrawUnchecked(bytes, size, serial) == CKR_OK;
+  const std::uint64_t cancelsBefore = turns.Cancels();
+  Token found;
+  const bool isGood = LooksRandom([&](unsigned char* bytes, std::size_t size) {
+    return DrawUnchecked(bytes, size, serial, found) == CKR_OK;
   });
+  if (isGood) Remember(found);
+  const bool mayUseAnother = serial.empty() && turns.Cancels() == cancelsBefore;
+  const bool hasPassed = isGood || (mayUseAnother && UseGoodToken());
   if (hasPassed) check.Reset();
   return hasPassed;
+}
+
+// The first token may succeed with bytes that are not random, and another one be in order.
+bool Source::UseGoodToken() {
+  for (const Finding& finding : Examine().all) {
+    if (!finding.isRandom) continue;
+    Remember(finding.token);
+    return true;
+  }
+  return false;
 }
 
 bool Source::Select(const std::string& serial) {
@@ -107,7 +126,8 @@ Source::Finding Source::Examine(const Token& token, Turn& turn) {
 }
 
 // Other code in the process may have finalized the module. Then initialize it and look for the token again, once.
-CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial) {
+CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial,
+                            Token& found) {
   Turn turn(turns, turns.Cancels());
   Request request(bytes, size, serial, *this, turn);
   if (!turn.IsMine() || (openings == 0 && !OpenAgain(request))) return CKR_CANCEL;
@@ -117,6 +137,7 @@ CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::s
     result = DrawFromUsed(request);
   }
   while (result == CKR_SESSION_COUNT && turn.WaitForAnother()) result = DrawFromUsed(request);
+  if (request.found.place.module) found = request.found;
   return result;
 }
 
@@ -140,7 +161,7 @@ CK_RV Source::DrawFromFirst(Request& request) {
   for (const Token& token : survey.tokens) {
     if (!request.IsFor(token)) continue;
     result = DrawFrom(token, request);
-    if (result == CKR_OK) Remember(token);
+    if (result == CKR_OK) request.found = token;
     if (IsEnd(result, request)) return result;
     isAnyFull = isAnyFull || result == CKR_SESSION_COUNT;
   }
@@ -153,6 +174,7 @@ bool Source::IsEnd(CK_RV result, const Request& request) {
 }
 
 void Source::Remember(const Token& token) {
+  if (!token.place.module) return;
   const std::lock_guard<std::mutex> guard(lock);
   used = token;
 }

@@ -54,8 +54,10 @@ class Source {
   struct Request;
 
   bool Test(const std::string& serial);
+  bool UseGoodToken();
   Finding Examine(const Token& token, Turn& turn);
-  CK_RV DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial);
+  CK_RV DrawUnchecked(unsigned char* bytes, std::size_t size, const std::string& serial,
+                      Token& found);
   CK_RV DrawFromUsed(Request& request);
   CK_RV DrawFromFirst(Request& request);
   CK_RV DrawFrom(const Token& token, Request& request);

@@ -49,6 +49,25 @@ TEST_F(TokenAvailability, TokenThatReturnsHalfZerosIsNotAvailable) {
   EXPECT_FALSE(IsAvailable({"slot id=0 zeros=half"}));
 }
 
+TEST_F(TokenAvailability, GoodTokenIsUsedInsteadOfOneWhoseBytesAreNotRandom) {
+  for (const std::string fault : {"zeros=half", "same=yes"}) {
+    Start({"slot id=0 serial=A1 " + fault, "slot id=1 serial=B2"});
+    EXPECT_EQ("B2", HardwareId());
+    EXPECT_EQ("drawn", Draw());
+    EXPECT_FALSE(rng->SelectDevice("A1"));
+    EXPECT_EQ("drawn", Draw());
+    Stop();
+  }
+}
+
+TEST_F(TokenAvailability, SelectedTokenIsNotReplacedByAGoodOne) {
+  Start({"slot id=0 serial=A1", "slot id=1 serial=B2"});
+  ASSERT_TRUE(rng->SelectDevice("A1"));
+  tokens.Set({"slot id=0 serial=A1 zeros=half", "slot id=1 serial=B2"});
+  EXPECT_FALSE(rng->IsAvailable());
+  EXPECT_EQ("A1", HardwareId());
+}
+
 TEST_F(TokenAvailability, TokenThatRepeatsItselfIsNotAvailable) {
   EXPECT_FALSE(IsAvailable({"slot id=0 same=yes"}));
 }
