@@ -95,6 +95,19 @@ TEST_F(TokenAvailability, SlotThatAppearsBetweenTheCallsIsFound) {
   EXPECT_TRUE(rng->SelectDevice("B2"));
 }
 
+// A token was taken out between the calls, or the module is broken.
+TEST_F(TokenAvailability, SlotsThatAreReportedButNotListedAreNone) {
+  for (const char* const number : {"1", "5000", "1000000000000000000"}) {
+    EXPECT_TRUE(IsAvailable({std::string("module extra=") + number, "slot id=0"})) << number;
+    Stop();
+  }
+}
+
+TEST_F(TokenAvailability, EmptySlotsAreNotAsked) {
+  EXPECT_TRUE(IsAvailable({"slot id=0", "slot id=1 present=no"}));
+  for (const MockCall& call : tokens.Log()) EXPECT_NE(1U, call.slot) << call.function;
+}
+
 TEST_F(TokenAvailability, TokenIsUsedAgainAfterItWasTakenOut) {
   Start({"slot id=0"});
   EXPECT_EQ("drawn", Draw());

@@ -152,3 +152,10 @@ TEST_F(UnavailableToken, ReportSaysWhy) {
               AllOf(HasSubstr("cannot generate random bytes: "), HasSubstr(" (0x30). ")));
   EXPECT_EQ(0U, tokens.OpenSessions());
 }
+
+// A token would not help.
+TEST_F(UnavailableToken, ReportSaysThatNoModuleCanBeUsed) {
+  EXPECT_THAT(ReportOf({"slot id=0", Fault(1, "C_Initialize", 1, CKR_DEVICE_ERROR) + " times=99"}),
+              AllOf(StartsWith("problem\tThe module " MOCK_MODULE " cannot be initialized: "),
+                    Not(HasSubstr("No usable token"))));
+}

@@ -67,6 +67,15 @@ TEST_F(TokenLeaving, KeepsNoDescriptorsAndNoMemory) {
   EXPECT_LE(ofPlugin, std::max<std::ptrdiff_t>(ofPeer, 0) + 1024);
 }
 
+TEST_F(TokenLeaving, KeepsNothingOfRepeatedSelections) {
+  Start({"slot id=0"});
+  EXPECT_LE(GrowthOf([this] {
+              EXPECT_TRUE(rng->SelectDevice("A1"));
+              EXPECT_TRUE(rng->SelectDevice(""));
+            }),
+            1024);
+}
+
 TEST_F(TokenLeaving, KeepsNothingOfFailedDraws) {
   Start({"slot id=0"});
   tokens.Set("");

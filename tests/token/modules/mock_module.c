@@ -63,6 +63,7 @@ static CK_RV ListSlots(const struct MockCall* call, CK_BBOOL onlyPresent, CK_SLO
   }
   const bool isEnough = !list || *count >= number;
   *count = !list && number > 0 && HidesMockSlot(call) ? number - 1 : number;
+  if (!list) *count += call->script.extra;
   if (!isEnough) return CKR_BUFFER_TOO_SMALL;
   if (list) memcpy(list, found, number * sizeof found[0]);
   return CKR_OK;

@@ -103,6 +103,16 @@ TEST_F(MockModule, ReportsASlotLessBetweenTheCalls) {
   EXPECT_EQ(CKR_OK, module->C_GetSlotList(true, list, &count));
 }
 
+TEST_F(MockModule, ReportsMoreSlotsThanItLists) {
+  Start({"module extra=3", "slot id=1"});
+  CK_SLOT_ID list[8];
+  CK_ULONG count = 0;
+  ASSERT_EQ(CKR_OK, module->C_GetSlotList(true, nullptr, &count));
+  EXPECT_EQ(4U, count);
+  ASSERT_EQ(CKR_OK, module->C_GetSlotList(true, list, &count));
+  EXPECT_EQ(1U, count);
+}
+
 TEST_F(MockModule, PadsTextsWithBlanks) {
   Start({"slot id=0 serial=%3D%01 label=My%20token model=M manufacturer=Us rng=no pin=yes"});
   const CK_TOKEN_INFO token = Token(0);

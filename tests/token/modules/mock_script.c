@@ -48,6 +48,7 @@ static void ReadModuleWord(struct MockScript* script, const struct Word* word) {
   if (IsKey(word, "forks")) script->noticesForks = word->value.bytes[0] != 'u';
   if (IsKey(word, "micros")) script->micros = NumberOf(word);
   if (IsKey(word, "hides")) script->hides = NumberOf(word);
+  if (IsKey(word, "extra")) script->extra = NumberOf(word);
   if (IsKey(word, "manufacturer")) script->manufacturer = word->value;
 }
 

@@ -1,7 +1,7 @@
 /* The script of the mock module, read from the file that MOCK_TOKENS names. Its lines are words,
    "key=value", with %XX for any byte:
 
-     module locks=no forks=unnoticed micros=500 hides=1
+     module locks=no forks=unnoticed micros=500 hides=1 extra=1
      slot id=0 serial=A1 label=Token%20A manufacturer=Mock model=M1 present=no rng=no pin=yes initialized=no
           protected=yes known=no sessions=3 largest=64 refusal=0x21 zeros=half leaves=half same=yes life=2
           bytes=1000
@@ -49,6 +49,8 @@ struct MockScript {
   bool noticesForks;    /* so that a copy of the process must initialize it */
   unsigned long micros; /* that a piece of random bytes takes */
   unsigned long hides;  /* how many times the number of slots is reported one too small */
+  unsigned long
+      extra; /* how many slots too many are reported when a caller asks for their number */
   struct MockText manufacturer;
   struct MockSlot slots[kMostSlots];
   size_t slotCount;

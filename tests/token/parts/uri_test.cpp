@@ -99,6 +99,23 @@ TEST(TokenText, IsPlain) {
   EXPECT_EQ("????", Plain("\xF4\x90\x80\x80"));  // above the last character
 }
 
+TEST(TokenText, IsPlainUpToTheLimits) {
+  for (const char* const last :
+       {"\x20", "\x7E", "\xC2\xA0", "\xED\x9F\xBF", "\xEE\x80\x80", "\xF4\x8F\xBF\xBF"})
+    EXPECT_EQ(last, Plain(last));
+  for (const char* const beyond : {"\x1F", "\xC2\x9F"}) EXPECT_EQ("?", Plain(beyond));
+  EXPECT_EQ("???", Plain("\xED\xBF\xBF"));
+}
+
+// Some modules pad with zeros.
+TEST(TokenText, IsTrimmedAtBothEnds) {
+  for (const std::string& field : {std::string(" a b   "), std::string("a b\0\0\0\0", 7),
+                                   std::string(" a b\0 \0", 7), std::string("\0 \0\0a b", 7)})
+    EXPECT_EQ("a b", Trimmed(reinterpret_cast<const unsigned char*>(field.data()), field.size()));
+  const unsigned char empty[16] = {};
+  EXPECT_EQ("", Trimmed(empty));
+}
+
 TEST(TokenModules, AreNamedIfTheyAreMissing) {
   const Modules noName(TokenUri("pkcs11:?module-name=nothing"));
   EXPECT_THAT(noName.All(), IsEmpty());
