@@ -1,4 +1,8 @@
+#include "tests/headers/stopping_page.h"
+
 #include <atomic>
+#include <cstring>
+#include <functional>
 #include <future>
 #include <gtest/gtest.h>
 #include <stdexcept>
@@ -271,23 +275,24 @@ TEST(RngDrawCheck, TestsAndZeroesWhatTheFunctionDraws) {
 }
 
 // As in a copy that was forked while another thread's bytes were being tested.
+// The other thread stops in the middle of its test.
 TEST(RngDrawCheck, BytesThatEndDuringATestAreTestedAlone) {
   for (const bool isGood : {true, false}) {
     RngDrawCheck check;
-    Bytes large(64 << 20);
-    std::promise<void> isDrawn;
+    StoppingPage page;
     auto other = std::async(std::launch::async, [&] {
-      return check.Run(large.data(), large.size(), [&] {
-        const bool isFilled = DrawGood(large.data(), large.size());
-        isDrawn.set_value();
+      return check.Run(page.Bytes(), page.kSize, [&] {
+        const bool isFilled = DrawGood(page.Bytes(), page.kSize);
+        page.Close();
         return isFilled;
       });
     });
-    isDrawn.get_future().wait();
+    page.WaitForReader();
     Bytes bytes(4096);
     const auto draw = [&] { return isGood ? DrawGood(bytes.data(), 4096) : true; };
     EXPECT_EQ(isGood, check.Run(bytes.data(), bytes.size(), draw));
-    EXPECT_TRUE(other.get() || !isGood);
+    page.Open();
+    EXPECT_EQ(isGood, other.get());  // the alarm ends this draw, too
   }
 }
 
@@ -306,4 +311,17 @@ TEST(RngDrawCheck, ResetLetsNoBadBytesPass) {
   isOver = true;
   reset.get();
   EXPECT_EQ(0, passed);
+}
+
+// They may be part of a key.
+TEST(RngDrawCheck, ResetErasesTheLastBytes) {
+  RngDrawCheck check;
+  Bytes bytes(48);
+  ASSERT_TRUE(check.Run(bytes.data(), bytes.size(), [&] { return DrawGood(bytes.data(), 48); }));
+  const auto isKept = [&] {
+    return ::memmem(&check, sizeof check, bytes.data() + 32, 16) != nullptr;
+  };
+  EXPECT_TRUE(isKept());
+  check.Reset();
+  EXPECT_FALSE(isKept());
 }

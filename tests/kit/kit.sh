@@ -112,19 +112,26 @@ contains "object=A". Write name=value there, where name is one of: manufacturer,
 contains "pin-value=1234". Write name=value there|Rutoken|pkcs11:model=A?pin-value=1234
 contains "module-path=/a". Write name=value there|Rutoken|pkcs11:module-path=/a
 contains model twice|Rutoken|pkcs11:model=A;model=B
+contains module-name twice|Rutoken|pkcs11:?module-name=a&module-name=b
 contains "model=01234567890123456". A value of model has at most 16 bytes|Rutoken|pkcs11:model=01234567890123456
+contains "serial=01234567890123456". A value of serial has at most 16 bytes|Rutoken|pkcs11:serial=01234567890123456
 contains " ". Write special characters as %XX|Rutoken|pkcs11:model=A B
 contains "%z". Write special characters as %XX|Rutoken|pkcs11:model=%zz
 contains "%4". Write special characters as %XX|Rutoken|pkcs11:model=%4
 contains "]". Write special characters as %XX|Rutoken|pkcs11:model=A];pin-value=1234
 contains "%00". No text of a token does|Rutoken|pkcs11:model=%00A
+contains "%4z". Write special characters as %XX|Rutoken|pkcs11:model=%4z1
 is not an absolute path|Rutoken|pkcs11:model=A?module-path=libsofthsm2.so
 "unixdev" is not a device. Choose from: accord, sobol|unixdev|pkcs11:model=A
 There is no kind "token" of generator|token|pkcs11:model=A
 Write rng_add_token_plugin(TARGET KIND kind URI "uri"), with the quotes|Rutoken|
 URIS
   { cat begun; echo 'rng_add_token_plugin(token KIND sobol URI
-    "pkcs11:manufacturer=A%20%25%41;model=0123456789%41%42%43%44%45%46?module-name=m&module-path=%2Fa/b-c.so")'; } >CMakeLists.txt
+    "pkcs11:manufacturer=A%20%25%410123456789012345678901234567;model=0123456789%41%42%43%44%45%46;serial=0123456789abcdef;token=01234567890123456789012345678901?module-name=m&module-path=%2Fa/b-c.so")
+  foreach(kind accord JacartaGost Rutoken EsmartGost grandmaster biocore)
+    rng_add_token_plugin(token_${kind} KIND ${kind} URI "pkcs11:")
+    set_target_properties(token_${kind} PROPERTIES EXCLUDE_FROM_ALL ON)
+  endforeach()'; } >CMakeLists.txt
   { configure && cmake --build build >"$room/log" 2>&1; } || fail "$(cat "$room/log")"
   exports_alone 'GetRngReport
 T GetSobolRng' build/librngsobol.so
