@@ -30,8 +30,8 @@ std::string LineOfDevice(const Finding& finding) {
 // Why no draw from the token was tried; "" if nobody expects one.
 std::string ProblemOfOther(const Token& token, bool isAlone) {
   if (!token.isInitialized) {
-    return isAlone ? "The token in slot " + std::to_string(token.place.slot) + " of " +
-                         token.place.module->File() +
+    return isAlone ? "The token in slot " + std::to_string(token.slot.id) + " of " +
+                         token.slot.module->File() +
                          " has not been initialized. Initialize it with its vendor's tool."
                    : "";
   }

@@ -2,6 +2,7 @@
 
 #include "pkcs11/session.h"
 
+#include <algorithm>
 #include <cstring>
 
 // A draw from the token with the serial number, or from any token if that is "".
@@ -72,12 +73,11 @@ bool Source::Test(const std::string& serial) {
 
 // The first token may succeed with bytes that are not random, and another one be in order.
 bool Source::UseGoodToken() {
-  for (const Finding& finding : Examine().all) {
-    if (!finding.isRandom) continue;
-    Remember(finding.token);
-    return true;
-  }
-  return false;
+  const std::vector<Finding> all = Examine().all;
+  const auto good =
+      std::find_if(all.begin(), all.end(), [](const Finding& finding) { return finding.isRandom; });
+  if (good != all.end()) Remember(good->token);
+  return good != all.end();
 }
 
 bool Source::Select(const std::string& serial) {
@@ -137,7 +137,7 @@ CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::s
     result = DrawFromUsed(request);
   }
   while (result == CKR_SESSION_COUNT && turn.WaitForAnother()) result = DrawFromUsed(request);
-  if (request.found.place.module) found = request.found;
+  if (request.found.slot.module) found = request.found;
   return result;
 }
 
@@ -145,7 +145,7 @@ CK_RV Source::DrawUnchecked(unsigned char* bytes, std::size_t size, const std::s
 CK_RV Source::DrawFromUsed(Request& request) {
   const Token before = Used();
   Token now;
-  if (before.place.module && ReadToken(before.place, uri, now) == CKR_OK &&
+  if (before.slot.module && ReadToken(before.slot, uri, now) == CKR_OK &&
       now.serial == before.serial && request.IsFor(now)) {
     const CK_RV result = DrawFrom(now, request);
     if (IsEnd(result, request)) return result;
@@ -174,17 +174,17 @@ bool Source::IsEnd(CK_RV result, const Request& request) {
 }
 
 void Source::Remember(const Token& token) {
-  if (!token.place.module) return;
+  if (!token.slot.module) return;
   const std::lock_guard<std::mutex> guard(lock);
   used = token;
 }
 
 CK_RV Source::DrawFrom(const Token& token, Request& request) {
-  Session session(token.place.module->Functions(), token.place.slot);
+  Session session(token.slot.module->Functions(), token.slot.id);
   if (session.Result() != CKR_OK) return session.Result();
   // Another token may have been inserted just before the session was opened.
   Token opened;
-  const CK_RV result = ReadToken(token.place, uri, opened);
+  const CK_RV result = ReadToken(token.slot, uri, opened);
   if (result != CKR_OK) return result;
   if (opened.serial != token.serial || !opened.IsCandidate()) return CKR_DEVICE_REMOVED;
   return session.Draw(request.bytes, request.size,

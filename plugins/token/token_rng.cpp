@@ -60,7 +60,7 @@ std::int32_t TokenRng::GetName(char* buffer) {
 
 std::int32_t TokenRng::GetDescription(char* buffer) {
   const Token token = Here().Used();
-  const std::string text = token.place.module
+  const std::string text = token.slot.module
                                ? "Token \"" + Plain(token.label) + "\", model " + Plain(token.model)
                                : "PKCS#11 token";
   return Report(text, kLargestDescription, buffer);

@@ -62,12 +62,12 @@ void FindDuplicates(std::vector<Token>& tokens) {
 
 }  // namespace
 
-CK_RV ReadToken(const Place& place, const TokenUri& uri, Token& token) {
-  if (!place.module->IsOpen()) return CKR_CRYPTOKI_NOT_INITIALIZED;
+CK_RV ReadToken(const Slot& slot, const TokenUri& uri, Token& token) {
+  if (!slot.module->IsOpen()) return CKR_CRYPTOKI_NOT_INITIALIZED;
   CK_TOKEN_INFO info = {};
-  const CK_RV result = place.module->Functions().C_GetTokenInfo(place.slot, &info);
+  const CK_RV result = slot.module->Functions().C_GetTokenInfo(slot.id, &info);
   if (result != CKR_OK) return result;
-  token.place = place;
+  token.slot = slot;
   token.serial = Trimmed(info.serialNumber);
   token.label = Trimmed(info.label);
   token.model = Trimmed(info.model);

@@ -7,14 +7,14 @@
 #include <vector>
 
 /// The slot that a token is in.
-struct Place {
+struct Slot {
   Module* module = nullptr;
-  CK_SLOT_ID slot = 0;
+  CK_SLOT_ID id = 0;
 };
 
 /// A token as its module describes it. The texts are trimmed but may hold any bytes; see `Plain`.
 struct Token {
-  Place place;
+  Slot slot;
   std::string serial;
   std::string label;
   std::string model;
@@ -30,7 +30,7 @@ struct Token {
 };
 
 /// Reads about the token in a slot. Returns what the module returns.
-CK_RV ReadToken(const Place& place, const TokenUri& uri, Token& token);
+CK_RV ReadToken(const Slot& slot, const TokenUri& uri, Token& token);
 
 /// The tokens in the slots of all modules.
 struct Survey {
