@@ -50,9 +50,11 @@ TEST_F(TokenSearch, GoesOnToAnotherTokenIfTheOneInUseFails) {
 TEST_F(TokenSearch, DoesNotRememberATokenThatFails) {
   Start({"slot id=0"});
   EXPECT_EQ("drawn", Draw());
-  tokens.Set({"slot id=1 serial=Z9 pin=yes"});
-  EXPECT_EQ("zeros", Draw());
-  EXPECT_EQ("A1", HardwareId());
+  for (const char* const fault : {"pin=yes", "zeros=half"}) {
+    tokens.Set({std::string("slot id=1 serial=Z9 ") + fault});
+    EXPECT_EQ("zeros", Draw());
+    EXPECT_EQ("A1", HardwareId()) << fault;
+  }
 }
 
 TEST_F(TokenSearch, EndsWithCancel) {
