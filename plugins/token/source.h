@@ -20,7 +20,7 @@ class Source {
   /// In a forked copy of the process, `original` is the object whose selection it inherits. Otherwise null.
   Source(Modules& all, const TokenUri& which, const Source* original);
 
-  /// Fills the buffer from one token: the selected one, or the first that returns bytes.
+  /// Fills the buffer from one token: the selected one, or the first that works.
   bool Draw(void* buffer, std::size_t size);
 
   /// Whether a token is there and returns bytes that look random. If so, an alarm ends.
