@@ -71,7 +71,11 @@
 #define kDefaultFallbackBioX11 UINT32_C(8)  ///< "unixx11", if it is loaded
 #define kDefaultFallbackBioKb UINT32_C(4)   ///< "biokbd", loaded or not
 
+/// A settings object: one of the host's own, or that of the library from `GetDefaultSettings`.
 typedef struct IRngSettings IRngSettings;
+
+/// A generator. Hosts get it from `GetRng` or `GetAvailableRng` and borrow it until the final
+/// `ShutDown`. A plug-in in C makes it and returns its address from the factory.
 typedef struct IRngProvider IRngProvider;
 
 /// The operations of a settings object, in the order of their slots. None is ever null. Providers
@@ -93,8 +97,7 @@ typedef struct RngSettingsOperations {
   const char* (*GetDsdrFilePath)(IRngSettings* settings);
 } RngSettingsOperations;
 
-/// A settings object: one of the host's own, or that of the library from `GetDefaultSettings`. What
-/// follows the first word belongs to whoever made the object.
+/// The part of a settings object that all of them have. What follows belongs to whoever made it.
 struct IRngSettings {
   const RngSettingsOperations* operations;  ///< never null
 };
@@ -142,9 +145,7 @@ typedef struct RngProviderOperations {
   void (*Release)(IRngProvider* provider);
 } RngProviderOperations;
 
-/// A generator. Hosts get it from `GetRng` or `GetAvailableRng` and borrow it until the final
-/// `ShutDown`. A plug-in in C makes it and returns its address from the factory. What follows the
-/// first word belongs to the plug-in.
+/// The part of a provider that all of them have. What follows belongs to the plug-in.
 struct IRngProvider {
   const RngProviderOperations* operations;  ///< never null
 };

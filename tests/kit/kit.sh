@@ -69,12 +69,15 @@ examples_work() {
     fail "rngctl: $(cat "$room/log")"
   use_example minimal-host "$1"
   tail -n 1 "$room/log" | grep -qE '^[0-9a-f]{64}$' || fail "host: $(cat "$room/log")"
+  use_example c-host "$1"
+  "$P/bin/rngctl" default set grandmaster >/dev/null
+  build/c_host | grep -qE '^[0-9a-f]{64}$' || fail "the host in C drew nothing"
 }
 
-# host_says SENTENCE: the host built before fails with exactly that.
+# host_says SENTENCE: the host built before, which is $host or the minimal one, fails with exactly that.
 host_says() {
   status=0
-  "$room/minimal-host/minimal_host" >"$room/log" 2>&1 || status=$?
+  "${host-$room/minimal-host/minimal_host}" >"$room/log" 2>&1 || status=$?
   [ $status = 1 ] && [ "$(cat "$room/log")" = "$1" ] || fail "$status: $(cat "$room/log")"
 }
 
@@ -266,6 +269,28 @@ T GetRuTokenRng' "$P/lib/librngrutoken.so"
     export LD_PRELOAD
     host_says 'refused
 A plug-in failed: boost: mutex lock failed in pthread_mutex_lock: Invalid argument'
+    ;;
+  HostInCDrawsAndSaysWhatItLacks)
+    use_example c-host 2
+    run_block README.md 3
+    tail -n 1 "$room/log" | grep -qE '^[0-9a-f]{64}$' || fail "host in C: $(cat "$room/log")"
+    build/c_host >/dev/full 2>"$room/log" && fail "unprinted bytes are no failure"
+    grep -qx 'The bytes cannot be printed: No space left on device' "$room/log" || fail "$(cat "$room/log")"
+    host=build/c_host
+    "$P/bin/rngctl" default set grandmaster >/dev/null 2>&1
+    host_says 'The generator "grandmaster" is not usable. To find out why: rngctl doctor grandmaster'
+    "$P/bin/rngctl" default set "" >/dev/null
+    host_says 'No default generator is configured. Choose one: rngctl default set KIND'
+    cp "$build/tests/fake_plugins/failing_device/librngdsdr.so" "$P/lib"
+    "$P/bin/rngctl" default set dsdr >/dev/null
+    host_says 'The draw failed.'
+    "$P/bin/rngctl" default set unixdev absent >/dev/null 2>&1
+    host_says 'The generator "unixdev" cannot use the device "absent" now.'
+    # C catches nothing.
+    cp "$build/tests/fake_plugins/throwing_start/librngdsdr.so" "$P/lib"
+    status=0
+    build/c_host >"$room/log" 2>&1 || status=$?
+    [ $status = 134 ] && grep -q '^terminate called' "$room/log" || fail "$status: $(cat "$room/log")"
     ;;
   ServesAsPartOfAnotherProject) # whose own tests are on
     mkdir "$room/project"
