@@ -63,6 +63,24 @@ timeout 300 ./host >log 2>&1 || fail "the limit of a draw: $?"
 g++ -std=c++11 -Wall -Wextra -Werror -pthread checked.cpp -o checked -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
 ./checked || fail "a checked draw: $?"
 
+# A host in Python.
+block host-guide python GetRng >draw.py
+[ "$(wc -l <draw.py)" -le 20 ] || fail "the host in Python is long"
+draw_in_python() { LD_LIBRARY_PATH="$P/lib" python3 "$1" >log 2>&1; }
+draw_in_python draw.py || fail "a host in Python: $?"
+grep -qE '^[0-9a-f]{64}$' log || fail "a host in Python"
+cp log first
+draw_in_python draw.py || fail "a second host in Python: $?"
+# A buffer that is not filled is zero in both.
+if cmp -s first log; then fail "two draws in Python are equal"; fi
+cp "$build/tests/fake_plugins/failing_device/librngdsdr.so" "$P/lib"
+for failure in 'absent|The generator is not usable.' 'dsdr|The draw failed.'; do
+  sed "s/unixdev/${failure%|*}/" draw.py >failing.py
+  status=0
+  draw_in_python failing.py || status=$?
+  [ $status = 1 ] && [ "$(cat log)" = "${failure#*|}" ] || fail "a host in Python that fails: $status"
+done
+
 # The health tests of raw noise.
 {
   block plugin-guide cpp RngHealthTest
