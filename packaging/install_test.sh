@@ -170,6 +170,10 @@ export PKG_CONFIG_SYSROOT_DIR
 g++ "$examples/minimal-host/minimal_host.cpp" -o "$root/tmp/host" $(pkg-config --cflags --libs rngaggregator)
 passes /tmp/host
 says '^[0-9a-f]{64}$'
+# shellcheck disable=SC2046 # words
+gcc -fexceptions "$examples/c-host/c_host.c" -o "$root/tmp/c_host" $(pkg-config --cflags --libs rngaggregator)
+passes /tmp/c_host
+says '^[0-9a-f]{64}$'
 
 # So does a token plug-in, whose sources are in the development package. The last part of this test uses it.
 env -u PKG_CONFIG_SYSROOT_DIR -u PKG_CONFIG_PATH cmake -S "$examples/token-plugin" -B "$room/token" \
