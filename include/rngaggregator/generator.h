@@ -1,0 +1,218 @@
+#ifndef RNGAGGREGATOR_GENERATOR_H
+#define RNGAGGREGATOR_GENERATOR_H
+
+/// \file
+/// A generator as a C++17 value: draws that throw when they fail. session.h shows how a host gets one.
+
+#if __cplusplus < 201703L
+#error "rngaggregator/generator.h needs C++17. Compile with -std=c++17 or later."
+#endif
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include <rngaggregator/checked_rng.h>
+#include <rngaggregator/provider.h>
+
+namespace rng {
+
+/// What went wrong.
+enum class ErrorCode {
+  kStartFailed,      ///< the library could not be started
+  kStopFailed,       ///< a plug-in failed when the library was stopped
+  kStopped,          ///< `Session::Stop` was called on this session before
+  kNoSuchGenerator,  ///< no generator of that name is loaded
+  kNoDefault,        ///< no default is configured, or its settings could not be read
+  kDeviceMissing,    ///< the generator refused the device
+  kDrawFailed,       ///< a draw, or another call of the generator, failed or was cancelled
+  kAlarm,            ///< the drawn bytes are evidently not random
+  kNeedsUser         ///< the generator would ask the user, which was not allowed
+};
+
+/// What the classes of this namespace throw. `what()` says what is wrong and then what to do, in printable ASCII. It
+/// contains copies of what plug-ins report, so the object stays valid after the stop.
+class __attribute__((visibility("default"))) Error : public std::runtime_error {
+ public:
+  Error(ErrorCode reason, const std::string& text) : std::runtime_error(text), kind(reason) {}
+
+  ErrorCode code() const noexcept { return kind; }
+
+ private:
+  ErrorCode kind;
+};
+
+/// Not part of the interface.
+namespace detail {
+
+// Plug-ins report anything: control characters, escape sequences, a megabyte.
+inline std::string Printable(const char* text) {
+  constexpr std::size_t kLongest = 200;
+  std::string result(text, ::strnlen(text, kLongest));
+  for (char& character : result) {
+    if (character < ' ' || character > '~') character = '?';
+  }
+  return result;
+}
+
+inline std::string Quoted(const std::string& text) { return '"' + Printable(text.c_str()) + '"'; }
+
+inline std::string Doctor(const std::string& name) {
+  return "Run \"rngctl doctor " + Printable(name.c_str()) + "\" to find out why.";
+}
+
+// The end of a sentence about the exception that is being handled.
+inline std::string CaughtText() {
+  try {
+    throw;
+  } catch (const std::exception& error) {
+    const char* const text = error.what();
+    if (text && *text) return ": " + Printable(text) + ". ";
+  } catch (...) {  // no text
+  }
+  return ". ";
+}
+
+// Makes a call into plug-ins. What they throw is destroyed while they are loaded, and becomes an Error, to which
+// `problem` gives the sentence before its text, and `advice` the sentence after it.
+template <typename Call, typename Problem, typename Advice>
+auto Ask(ErrorCode code, const Call& call, const Problem& problem, const Advice& advice) {
+  try {
+    return call();
+  } catch (...) {
+    if (!std::current_exception()) throw;  // no exception: the thread is being cancelled
+    throw Error(code, problem() + CaughtText() + advice());
+  }
+}
+
+// Wipes a buffer, unless everything went well.
+struct Wiper {
+  Wiper(void* bytes, std::size_t count) : buffer(bytes), size(count) {}
+  Wiper(const Wiper&) = delete;
+  Wiper& operator=(const Wiper&) = delete;
+  ~Wiper() {
+    if (isNeeded && size != 0) ::explicit_bzero(buffer, size);
+  }
+  void* const buffer;
+  const std::size_t size;
+  bool isNeeded = true;
+};
+
+// Not bool, enumerations or structures: some of their bit patterns are not values.
+template <typename Element>
+constexpr bool kCanBeFilled = (std::is_integral_v<Element> && !std::is_same_v<Element, bool> &&
+                               !std::is_const_v<Element> && !std::is_volatile_v<Element>) ||
+                              std::is_same_v<Element, std::byte>;
+
+}  // namespace detail
+
+/// One generator, to draw from. A value: copies draw from the same generator, and share its checks.
+///
+/// Every draw is checked as checked_rng.h describes. The checks continue from draw to draw. After an alarm, every draw
+/// of the session from that generator fails; a new session begins new checks.
+///
+/// Ownership: keeps the session alive, and with it the plug-in.
+/// Threads:   any, also at the same time, as far as the plug-in supports that. Assigning to an object that another
+///            thread uses is not safe.
+/// Failure:   throws `Error`. What a plug-in throws becomes one; only `pthread_cancel` and `pthread_exit` pass through.
+class Generator {
+ public:
+  /// Draws from any provider, such as one of the host's own. `name` is for the texts of errors. `provider` must not
+  /// be null, and its destruction must leave nothing to be done: the last copy of this object may be the last owner.
+  Generator(std::shared_ptr<CheckedRng> provider, std::string name)
+      : rng(std::move(provider)), kind(std::move(name)) {}
+
+  /// Fills a C array, `std::array`, `std::vector`, `std::span` or other contiguous range of integers or `std::byte`
+  /// with random bytes. When it throws, the range holds zeros.
+  template <typename Range>
+  void Fill(Range&& range) const {
+    Fill(std::data(range), std::size(range));
+  }
+
+  /// Fills `count` elements, not bytes. With a `count` of 0, `first` may be null.
+  template <typename Element>
+  void Fill(Element* first, std::size_t count) const {
+    static_assert(
+        detail::kCanBeFilled<Element>,
+        "Fill needs elements that are integers other than bool, or std::byte, and not const");
+    Draw(first, count * sizeof(Element));
+  }
+
+  /// Returns `size` random bytes. When it throws, none of them is left in the memory of the call.
+  template <std::size_t size>
+  std::array<std::uint8_t, size> Bytes() const {
+    std::array<std::uint8_t, size> bytes;
+    Fill(bytes);
+    return bytes;
+  }
+
+  /// Ends all waiting draws of this generator, of all threads; they throw `kDrawFailed`. Later draws are not affected.
+  void Cancel() const {
+    Call([this] { rng->Cancel(); });
+  }
+
+  /// Whether a draw asks the user now. Device and settings may change that.
+  bool NeedsUser() const {
+    return Call([this] { return (rng->GetFlags() & kRngCapabilityNeedsUser) != 0; });
+  }
+
+  /// The name by which the generator was found.
+  const std::string& Name() const { return kind; }
+
+  /// The device in use, or "" if there is none, or the generator does not say.
+  std::string Device() const {
+    return Call([this] {
+      const std::int32_t size = rng->GetHardwareId(nullptr);
+      if (size <= 0) return std::string();
+      std::string text(static_cast<std::size_t>(size), '\0');
+      if (rng->GetHardwareId(text.data()) != size) return std::string();
+      return std::string(text.c_str());
+    });
+  }
+
+  /// The provider, for its other operations. Draws through it are checked as well. Exceptions of the plug-in pass.
+  /// Ownership: borrowed from this object. `SetSettings` and `Release` do nothing.
+  CheckedRng& Provider() const { return *rng; }
+
+ private:
+  template <typename Operation>
+  auto Call(const Operation& operation) const -> decltype(operation()) {
+    return detail::Ask(
+        ErrorCode::kDrawFailed, operation,
+        [this] { return "The generator " + detail::Quoted(kind) + " failed"; },
+        [this] { return detail::Doctor(kind); });
+  }
+
+  void Draw(void* buffer, std::size_t size) const {
+    detail::Wiper wiper(buffer, size);
+    if (!Call([&] { return rng->Generate(buffer, size); })) ThrowFailure();
+    wiper.isNeeded = false;
+  }
+
+  [[noreturn]] void ThrowFailure() const {
+    const std::string name = detail::Quoted(kind);
+    if (rng->Alarm() == RngHealthAlarm::kNone) {
+      throw Error(ErrorCode::kDrawFailed, "A draw from the generator " + name +
+                                              " failed or was cancelled. " + detail::Doctor(kind));
+    }
+    throw Error(ErrorCode::kAlarm,
+                "The generator " + name +
+                    " drew bytes that are evidently not random. Stop using it, and replace "
+                    "everything that was made from its bytes.");
+  }
+
+  std::shared_ptr<CheckedRng> rng;
+  std::string kind;
+};
+
+}  // namespace rng
+
+#endif
