@@ -171,6 +171,10 @@ g++ "$examples/minimal-host/minimal_host.cpp" -o "$root/tmp/host" $(pkg-config -
 passes /tmp/host
 says '^[0-9a-f]{64}$'
 # shellcheck disable=SC2046 # words
+g++ -std=c++17 "$examples/session-host/session_host.cpp" -o "$root/tmp/host" $(pkg-config --cflags --libs rngaggregator)
+passes /tmp/host unixdev
+says '^[0-9a-f]{64}$'
+# shellcheck disable=SC2046 # words
 gcc -fexceptions "$examples/c-host/c_host.c" -o "$root/tmp/c_host" $(pkg-config --cflags --libs rngaggregator)
 passes /tmp/c_host
 says '^[0-9a-f]{64}$'

@@ -54,6 +54,24 @@ cp "$build/tests/fake_plugins/breaking/waits_for_user/librngdsdr.so" "$P/lib"
 g++ -std=c++11 -Wall -Wextra -Werror -pthread host.cpp -o host -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
 timeout 300 ./host >log 2>&1 || fail "the limit of a draw: $?"
 
+# The host of the README, with its default and without, and what the guide says about sessions.
+{
+  block ../README cpp rng::Session
+  printf '%s\n' '#include <algorithm>' '#include <vector>' 'using Card = int;'
+  block host-guide cpp MakeKeyAndDeal | sed 's/  const std::array/  [[maybe_unused]] &/'
+} >readme.cpp
+g++ -std=c++17 -Wall -Wextra -Werror readme.cpp -o readme -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
+rngctl default set unixdev >log 2>&1 || fail "default set"
+./readme >log 2>&1 && grep -qE '^[0-9a-f]{64}$' log || fail "the host of the README"
+block host-guide cpp 'DefaultRngInfo choice' >plain.cpp
+g++ -std=c++11 -Wall -Wextra -Werror plain.cpp -o plain -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
+./plain || fail "the host without sessions: $?"
+rngctl default set sobol >log 2>&1 || fail "default set"
+status=0
+./readme >log 2>&1 || status=$?
+[ $status = 1 ] && grep -q '^The generator "sobol" is not loaded[.] Run' log || fail "without its generator: $status"
+rngctl default set "" >log 2>&1 || fail "default set"
+
 # A checked draw of a host.
 {
   printf '%s\n' '#include <rngaggregator/aggregator.h>'

@@ -72,6 +72,10 @@ examples_work() {
   use_example c-host "$1"
   "$P/bin/rngctl" default set grandmaster >/dev/null
   build/c_host | grep -qE '^[0-9a-f]{64}$' || fail "the host in C drew nothing"
+  use_example session-host "$1"  # of the default
+  for line in '^[0-9a-f]{64}$' '^from grandmaster, in the order( [1-6]){6}$'; do
+    grep -qE "$line" "$room/log" || fail "no $line: $(cat "$room/log")"
+  done
 }
 
 # host_says SENTENCE: the host built before, which is $host or the minimal one, fails with exactly that.
