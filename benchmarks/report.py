@@ -20,6 +20,7 @@ TITLES = {
     "write": "Rewriting a profile file, relative to fopen, getc and fprintf",
     "modules": "Starting and stopping twelve modules, relative to dlopen, dlsym and dlclose",
     "draws": "Checked draws, relative to the same draws of the system's generator",
+    "numbers": "8 bytes from rng::Engine over the system's generator, relative to another source",
     "growth": "Growth",
 }
 
@@ -109,7 +110,7 @@ def label(axes, title, x, y):
 
 def panels(results):
     """A function for each panel that has something to show."""
-    for group in ("library", "plain", "read", "write", "modules", "draws"):
+    for group in ("library", "plain", "read", "write", "modules", "draws", "numbers"):
         rows = [row for row in results[group] if "ratio" in row[1]]
         if rows:
             yield lambda axes, group=group, rows=rows: draw_ratios(axes, group, rows)

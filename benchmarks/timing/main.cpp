@@ -3,6 +3,7 @@
 
 #include "benchmarks/timing/draw_timing.h"
 #include "benchmarks/timing/module_timing.h"
+#include "benchmarks/timing/number_timing.h"
 #include "benchmarks/timing/profile_timing.h"
 
 #include <benchmark/benchmark.h>
@@ -13,6 +14,7 @@ void RegisterPeers();
 int main(int count, char** arguments) {
   RegisterLibrary();
   RegisterDraws();
+  RegisterNumbers();
   RegisterPlainLoops();
   RegisterOwnModules();
   RegisterPeers();
