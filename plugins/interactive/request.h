@@ -1,6 +1,8 @@
 #ifndef PLUGINS_INTERACTIVE_REQUEST_H
 #define PLUGINS_INTERACTIVE_REQUEST_H
 
+#include "plugins/interactive/start_orphan.h"
+
 #include <cstdint>
 
 /// What a plug-in asks of its helper, over the socket that is the helper's descriptor 3. The helper answers a draw
@@ -14,7 +16,7 @@ struct HelperRequest {
   std::uint64_t size;
 };
 
-constexpr int kHelperSocket = 3;
+constexpr int kHelperSocket = kOrphanSocket;
 constexpr unsigned char kHelperPassed = 'p';
 
 #endif
