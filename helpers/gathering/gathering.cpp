@@ -19,9 +19,8 @@ unsigned char* Write(unsigned char* place, std::uint64_t value, int bytes) {
 
 }  // namespace
 
-Gathering::Gathering(const HmacAlgorithm& hmac, const SystemBytes& system, bool isRemote)
-    : algorithm(hmac),
-      conditioning(hmac, "SHA512", system.data(), system.size()),
+Gathering::Gathering(const SystemBytes& system, bool isRemote)
+    : conditioning(system.data(), system.size()),
       keyCredit(isRemote),
       keyTest(Cutoffs()),
       motionTest(Cutoffs()) {}
@@ -62,9 +61,9 @@ void Gathering::Credit(int count, unsigned char sample, RngHealthTest& test) {
 HmacDrbg Gathering::Finish() {
   if (!IsComplete() || HasAlarm()) throw std::logic_error("there is no entropy for a draw");
   struct Seed {
-    char bytes[64] = {};
+    unsigned char bytes[Sha512::kSize] = {};
     ~Seed() { OPENSSL_cleanse(bytes, sizeof bytes); }
   } seed;
-  conditioning.Finish(seed.bytes, sizeof seed.bytes);
-  return HmacDrbg(algorithm, {seed.bytes, sizeof seed.bytes}, kNonce);
+  conditioning.Finish(seed.bytes);
+  return HmacDrbg({reinterpret_cast<const char*>(seed.bytes), sizeof seed.bytes}, kNonce);
 }

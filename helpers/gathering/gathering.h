@@ -1,6 +1,7 @@
 #ifndef HELPERS_GATHERING_GATHERING_H
 #define HELPERS_GATHERING_GATHERING_H
 
+#include "helpers/gathering/hmac.h"
 #include "helpers/gathering/hmac_drbg.h"
 #include "helpers/gathering/key_credit.h"
 #include "helpers/gathering/motion_credit.h"
@@ -23,8 +24,8 @@ class Gathering {
   /// 256 bits of strength, and 64 more for the loss in conditioning.
   static constexpr int kNeededBits = 320;
 
-  /// The algorithm must outlive this object. `isRemote`: see `KeyCredit`.
-  Gathering(const HmacAlgorithm& hmac, const SystemBytes& system, bool isRemote);
+  /// `isRemote`: see `KeyCredit`.
+  Gathering(const SystemBytes& system, bool isRemote);
   Gathering(const Gathering&) = delete;
   Gathering& operator=(const Gathering&) = delete;
 
@@ -48,8 +49,7 @@ class Gathering {
               std::uint32_t second, std::uint32_t third);
   void Credit(int count, unsigned char sample, RngHealthTest& test);
 
-  const HmacAlgorithm& algorithm;
-  Hmac conditioning;
+  Hmac<Sha512> conditioning;
   KeyCredit keyCredit;
   MotionCredit motionCredit;
   RngHealthTest keyTest;

@@ -2,41 +2,60 @@
 #define HELPERS_GATHERING_HMAC_H
 
 #include <cstddef>
-#include <memory>
-#include <openssl/evp.h>
+#include <openssl/sha.h>
 
-/// libcrypto's HMAC. It has its own library context, so neither a configuration file nor an environment variable
-/// replaces the algorithm. Throws a `std::runtime_error` on failure, which only a lack of memory causes.
-class HmacAlgorithm {
+/// A hash function of libcrypto. Called directly: libcrypto's general interface reads the configuration of OpenSSL first,
+/// even with a library context of its own. That may load modules into the process, or draw random bytes from
+/// the generators that this project serves. Needs no memory and never fails. The destructors wipe the state.
+class Sha256 {
  public:
-  HmacAlgorithm();
-  EVP_MAC* Get() const { return algorithm.get(); }
+  static constexpr std::size_t kSize = 32;
+  static constexpr std::size_t kBlockSize = 64;
+
+  Sha256();
+  Sha256(const Sha256&) = delete;
+  Sha256& operator=(const Sha256&) = delete;
+  ~Sha256();
+  void Add(const void* bytes, std::size_t size);
+  void Finish(unsigned char* result);
 
  private:
-  struct Free {
-    void operator()(OSSL_LIB_CTX* object) const { OSSL_LIB_CTX_free(object); }
-    void operator()(EVP_MAC* mac) const { EVP_MAC_free(mac); }
-  };
-  std::unique_ptr<OSSL_LIB_CTX, Free> context;
-  std::unique_ptr<EVP_MAC, Free> algorithm;
+  SHA256_CTX state;
 };
 
-/// One computation. The algorithm must outlive it.
+/// Likewise.
+class Sha512 {
+ public:
+  static constexpr std::size_t kSize = 64;
+  static constexpr std::size_t kBlockSize = 128;
+
+  Sha512();
+  Sha512(const Sha512&) = delete;
+  Sha512& operator=(const Sha512&) = delete;
+  ~Sha512();
+  void Add(const void* bytes, std::size_t size);
+  void Finish(unsigned char* result);
+
+ private:
+  SHA512_CTX state;
+};
+
+/// HMAC (RFC 2104), for keys that are at most as long as a block of the hash function.
+template <typename Hash>
 class Hmac {
  public:
-  /// `digest` is libcrypto's name of the hash function, for example "SHA512".
-  Hmac(const HmacAlgorithm& algorithm, const char* digest, const void* key, std::size_t size);
+  Hmac(const void* key, std::size_t size);
+  void Add(const void* bytes, std::size_t size) { inner.Add(bytes, size); }
 
-  void Add(const void* bytes, std::size_t size);
-
-  /// Writes the result, which must be `size` bytes long. Nothing may be added after that.
-  void Finish(void* result, std::size_t size);
+  /// Writes `Hash::kSize` bytes. Nothing may be added after that.
+  void Finish(unsigned char* result);
 
  private:
-  struct Free {
-    void operator()(EVP_MAC_CTX* object) const { EVP_MAC_CTX_free(object); }  // wipes it, too
-  };
-  std::unique_ptr<EVP_MAC_CTX, Free> context;
+  Hash inner;
+  Hash outer;
 };
+
+extern template class Hmac<Sha256>;
+extern template class Hmac<Sha512>;
 
 #endif

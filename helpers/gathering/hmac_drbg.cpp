@@ -1,5 +1,7 @@
 #include "helpers/gathering/hmac_drbg.h"
 
+#include "helpers/gathering/hmac.h"
+
 #include <algorithm>
 #include <cstring>
 #include <openssl/crypto.h>
@@ -10,8 +12,7 @@ constexpr std::size_t kLargestRequest = 65536;  // 2^19 bits
 
 }  // namespace
 
-HmacDrbg::HmacDrbg(const HmacAlgorithm& hmac, std::string_view entropy, std::string_view nonce)
-    : algorithm(hmac) {
+HmacDrbg::HmacDrbg(std::string_view entropy, std::string_view nonce) {
   value.fill(1);
   Update(entropy, nonce);
 }
@@ -50,16 +51,16 @@ void HmacDrbg::Update(std::string_view first, std::string_view second) {
 }
 
 void HmacDrbg::UpdateKey(unsigned char round, std::string_view first, std::string_view second) {
-  Hmac hmac(algorithm, "SHA256", key.data(), key.size());
+  Hmac<Sha256> hmac(key.data(), key.size());
   hmac.Add(value.data(), value.size());
   hmac.Add(&round, 1);
   hmac.Add(first.data(), first.size());
   hmac.Add(second.data(), second.size());
-  hmac.Finish(key.data(), key.size());
+  hmac.Finish(key.data());
 }
 
 void HmacDrbg::UpdateValue() {
-  Hmac hmac(algorithm, "SHA256", key.data(), key.size());
+  Hmac<Sha256> hmac(key.data(), key.size());
   hmac.Add(value.data(), value.size());
-  hmac.Finish(value.data(), value.size());
+  hmac.Finish(value.data());
 }

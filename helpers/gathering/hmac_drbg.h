@@ -1,18 +1,15 @@
 #ifndef HELPERS_GATHERING_HMAC_DRBG_H
 #define HELPERS_GATHERING_HMAC_DRBG_H
 
-#include "helpers/gathering/hmac.h"
-
 #include <array>
 #include <string_view>
 
 /// HMAC_DRBG with SHA-256, as defined in NIST SP 800-90A, section 10.1.2. It is never reseeded, because each draw has a
-/// generator of its own. The destructor wipes the state.
+/// generator of its own. Needs no memory and never fails. The destructor wipes the state.
 class HmacDrbg {
  public:
-  /// `entropy`, with at least 256 bits of entropy, and `nonce` are the inputs of these names in the standard. The
-  /// algorithm must outlive this object.
-  HmacDrbg(const HmacAlgorithm& hmac, std::string_view entropy, std::string_view nonce);
+  /// `entropy`, with at least 256 bits of entropy, and `nonce` are the inputs of these names in the standard.
+  HmacDrbg(std::string_view entropy, std::string_view nonce);
   HmacDrbg(const HmacDrbg&) = delete;
   HmacDrbg& operator=(const HmacDrbg&) = delete;
   ~HmacDrbg();
@@ -28,7 +25,6 @@ class HmacDrbg {
   void UpdateKey(unsigned char round, std::string_view first, std::string_view second);
   void UpdateValue();
 
-  const HmacAlgorithm& algorithm;
   Value key = {};
   Value value = {};
 };

@@ -22,10 +22,10 @@ void FillForSelfTest(Gathering& gathering) {
   gathering.Add(Motion{123456789ns, -5, 70000, 3});
 }
 
-bool GivesKnownAnswer(const HmacAlgorithm& algorithm) {
+bool GivesKnownAnswer() {
   SystemBytes system;
   for (std::size_t i = 0; i < system.size(); ++i) system[i] = static_cast<unsigned char>(i);
-  Gathering gathering(algorithm, system, false);
+  Gathering gathering(system, false);
   FillForSelfTest(gathering);
   if (!gathering.IsComplete() || gathering.HasAlarm()) return false;
   unsigned char bytes[sizeof kKnownAnswer];
@@ -34,15 +34,12 @@ bool GivesKnownAnswer(const HmacAlgorithm& algorithm) {
 }
 
 // The same bend of the pointer's path over and over.
-bool NoticesRepetition(const HmacAlgorithm& algorithm) {
-  Gathering gathering(algorithm, {}, false);
+bool NoticesRepetition() {
+  Gathering gathering({}, false);
   for (int i = 0; i < 40; ++i) gathering.Add(Motion{8ms * i, i * i, 0, 0});
   return gathering.HasAlarm();
 }
 
 }  // namespace
 
-bool TestGathering() {
-  const HmacAlgorithm algorithm;
-  return GivesKnownAnswer(algorithm) && NoticesRepetition(algorithm);
-}
+bool TestGathering() { return GivesKnownAnswer() && NoticesRepetition(); }

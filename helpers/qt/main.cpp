@@ -38,9 +38,8 @@ void Draw(const Session& session) {
     QApplication::installTranslator(&translator);
   }
 
-  const HmacAlgorithm algorithm;
   const bool isRemote = IsDisplayRemote();
-  Gathering gathering(algorithm, DrawSystemBytes(), isRemote);
+  Gathering gathering(DrawSystemBytes(), isRemote);
   Dialog dialog(gathering, isRemote);
   if (dialog.exec() == QDialog::Accepted) session.Answer(gathering.Finish());
 }

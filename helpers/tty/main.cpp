@@ -35,8 +35,7 @@ void Draw(const Session& session) {
   }
   terminal.StartGuard(session.Socket());
   const bool isRemote = MayBeRemote(terminal.Name());
-  const HmacAlgorithm algorithm;
-  Gathering gathering(algorithm, DrawSystemBytes(), isRemote);
+  Gathering gathering(DrawSystemBytes(), isRemote);
   const bool isDone = Typing(session, signals, terminal, gathering, isRemote).Run();
   if (!isDone) return;
   session.ExitAtEnd();

@@ -9,9 +9,8 @@ namespace {
 // The window is closed before the bytes are sent.
 void Draw(const Session& session) {
   session.ExitAtEnd();
-  const HmacAlgorithm algorithm;
   const bool isRemote = IsDisplayRemote();
-  Gathering gathering(algorithm, DrawSystemBytes(), isRemote);
+  Gathering gathering(DrawSystemBytes(), isRemote);
   if (Asking(gathering, isRemote).Run()) session.Answer(gathering.Finish());
 }
 

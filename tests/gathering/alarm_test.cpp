@@ -40,8 +40,7 @@ class Path {
 
 class Alarm : public testing::Test {
  protected:
-  const HmacAlgorithm algorithm;
-  Gathering gathering{algorithm, {}, false};
+  Gathering gathering{{}, false};
   Path path{gathering};
 };
 

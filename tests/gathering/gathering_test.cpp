@@ -35,9 +35,8 @@ int Type(Gathering& gathering, Robot robot) {
 }  // namespace
 
 TEST(Gathering, TakesSome160To200Presses) {
-  const HmacAlgorithm algorithm;
   for (std::uint64_t seed = 0; seed < 50; ++seed) {
-    Gathering gathering(algorithm, Zeros(), false);
+    Gathering gathering(Zeros(), false);
     const int presses = Type(gathering, Robot(seed));
     EXPECT_LE(161, presses);
     EXPECT_GE(200, presses);
@@ -46,16 +45,14 @@ TEST(Gathering, TakesSome160To200Presses) {
 }
 
 TEST(Gathering, TakesTwiceAsManyOverANetwork) {
-  const HmacAlgorithm algorithm;
-  Gathering gathering(algorithm, Zeros(), true);
+  Gathering gathering(Zeros(), true);
   const int presses = Type(gathering, Robot(1));
   EXPECT_LE(321, presses);
   EXPECT_GE(400, presses);
 }
 
 TEST(Gathering, TakesMotionAndKeysTogether) {
-  const HmacAlgorithm algorithm;
-  Gathering gathering(algorithm, Zeros(), false);
+  Gathering gathering(Zeros(), false);
   Robot robot(2);
   for (int i = 0; i < 100; ++i) gathering.Add(robot.Move());
   const int moved = gathering.Bits();
@@ -67,8 +64,7 @@ TEST(Gathering, TakesMotionAndKeysTogether) {
 }
 
 TEST(Gathering, GivesNothingBeforeThereIsEnough) {
-  const HmacAlgorithm algorithm;
-  Gathering gathering(algorithm, Zeros(), false);
+  Gathering gathering(Zeros(), false);
   Robot robot(3);
   while (gathering.Bits() < Gathering::kNeededBits - 2) gathering.Add(robot.Press());
   EXPECT_FALSE(gathering.IsComplete());
@@ -76,8 +72,7 @@ TEST(Gathering, GivesNothingBeforeThereIsEnough) {
 }
 
 TEST(Gathering, AlarmsAtTheSameKeyOverAndOver) {
-  const HmacAlgorithm algorithm;
-  Gathering gathering(algorithm, Zeros(), false);
+  Gathering gathering(Zeros(), false);
   Robot robot(4);
   for (int i = 0; i < 400; ++i) {
     KeyPress press = robot.Press();
@@ -91,8 +86,7 @@ TEST(Gathering, AlarmsAtTheSameKeyOverAndOver) {
 }
 
 TEST(Gathering, AlarmsAtTheSameBendOverAndOver) {
-  const HmacAlgorithm algorithm;
-  Gathering gathering(algorithm, Zeros(), false);
+  Gathering gathering(Zeros(), false);
   for (int i = 0; i < 40; ++i)
     gathering.Add(Motion{8ms * i, i * i, 0, 0});  // constant acceleration
   EXPECT_TRUE(gathering.HasAlarm());
@@ -100,10 +94,9 @@ TEST(Gathering, AlarmsAtTheSameBendOverAndOver) {
 
 // Computed with other implementations of HMAC and HMAC_DRBG.
 TEST(Gathering, ConditionsAllEventsInOrder) {
-  const HmacAlgorithm algorithm;
   SystemBytes system;
   for (std::size_t i = 0; i < system.size(); ++i) system[i] = static_cast<unsigned char>(i);
-  Gathering gathering(algorithm, system, false);
+  Gathering gathering(system, false);
   std::chrono::nanoseconds now = 1s;
   for (std::uint32_t i = 0; i < 200; ++i) {
     now += 1ms * (50 + i * 29 % 97 * 3) + 1ns * i;
@@ -115,9 +108,8 @@ TEST(Gathering, ConditionsAllEventsInOrder) {
 }
 
 TEST(Gathering, EveryEventAndEverySystemByteChangesTheResult) {
-  const HmacAlgorithm algorithm;
   const auto draw = [&](const SystemBytes& system, const std::function<void(Gathering&)>& add) {
-    Gathering gathering(algorithm, system, false);
+    Gathering gathering(system, false);
     Type(gathering, Robot(6));
     add(gathering);
     return Draw(gathering, 32);

@@ -1,11 +1,15 @@
 #include "helpers/gathering/hmac_drbg.h"
 
+#include "helpers/gathering/hmac.h"
+
 #include <fstream>
 #include <gtest/gtest.h>
 #include <openssl/core_names.h>
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 #include <random>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 namespace {
 
@@ -36,25 +40,23 @@ bool Read(std::istream& file, std::string& line) {
 }  // namespace
 
 TEST(Hmac, GivesTheKnownAnswer) {  // RFC 4231, test case 2
-  const HmacAlgorithm algorithm;
-  Hmac hmac(algorithm, "SHA512", "Jefe", 4);
+  Hmac<Sha512> hmac("Jefe", 4);
   hmac.Add("what do ya want ", 16);
   hmac.Add("for nothing?", 12);
   std::string result(64, 'x');
-  hmac.Finish(result.data(), result.size());
+  hmac.Finish(reinterpret_cast<unsigned char*>(result.data()));
   EXPECT_EQ(FromHexadecimal("164b7a7bfcf819e2e395fbe73b56e0a387bd64222e831fd610270cd7ea250554"
                             "9758bf75c05a994a6d034f65f8f0e6fdcaeab1a34d4a6b4b636e070a38bce737"),
             result);
 }
 
 TEST(HmacDrbg, GivesTheKnownAnswers) {
-  const HmacAlgorithm algorithm;
   std::ifstream file(VECTORS);
   int vectors = 0;
   for (std::string entropy, nonce, first, second, expected; Read(file, entropy); ++vectors) {
     ASSERT_TRUE(Read(file, nonce) && Read(file, first) && Read(file, second) &&
                 Read(file, expected));
-    HmacDrbg drbg(algorithm, FromHexadecimal(entropy), FromHexadecimal(nonce));
+    HmacDrbg drbg(FromHexadecimal(entropy), FromHexadecimal(nonce));
     Generate(drbg, expected.size() / 2, FromHexadecimal(first));
     EXPECT_EQ(FromHexadecimal(expected),
               Generate(drbg, expected.size() / 2, FromHexadecimal(second)));
@@ -123,12 +125,11 @@ std::string Draw(std::mt19937_64& source, std::size_t size) {
 }  // namespace
 
 TEST(HmacDrbg, AgreesWithLibcryptosOwn) {
-  const HmacAlgorithm algorithm;
   std::mt19937_64 source(1);
   for (int i = 0; i < 200; ++i) {
     const std::string entropy = Draw(source, 32);
     const std::string nonce = Draw(source, 16);
-    HmacDrbg ours(algorithm, entropy, nonce + kPersonalisation);
+    HmacDrbg ours(entropy, nonce + kPersonalisation);
     OpenSslDrbg theirs(entropy, nonce);
     for (int request = 0; request < 4; ++request) {
       const std::size_t size = 1 + source() % 300;
@@ -139,44 +140,47 @@ TEST(HmacDrbg, AgreesWithLibcryptosOwn) {
 }
 
 TEST(HmacDrbg, ALargeDrawIsOneRequestForEach65536Bytes) {
-  const HmacAlgorithm algorithm;
-  HmacDrbg whole(algorithm, std::string(32, 'e'), "nonce");
-  HmacDrbg pieces(algorithm, std::string(32, 'e'), "nonce");
+  HmacDrbg whole(std::string(32, 'e'), "nonce");
+  HmacDrbg pieces(std::string(32, 'e'), "nonce");
   std::string expected;
   for (const std::size_t size : {65536UL, 65536UL, 10UL}) expected += Generate(pieces, size);
   EXPECT_TRUE(expected == Generate(whole, expected.size()));
 
-  HmacDrbg halves(algorithm, std::string(32, 'e'), "nonce");
+  HmacDrbg halves(std::string(32, 'e'), "nonce");
   const std::string first = Generate(halves, 32768);
   EXPECT_FALSE(expected.substr(0, 65536) == first + Generate(halves, 32768));
 }
 
 TEST(HmacDrbg, AnEmptyDrawChangesNothing) {
-  const HmacAlgorithm algorithm;
-  HmacDrbg drbg(algorithm, std::string(32, 'e'), "nonce");
-  HmacDrbg other(algorithm, std::string(32, 'e'), "nonce");
+  HmacDrbg drbg(std::string(32, 'e'), "nonce");
+  HmacDrbg other(std::string(32, 'e'), "nonce");
   drbg.Generate(nullptr, 0);
   EXPECT_EQ(Generate(other, 32), Generate(drbg, 32));
 }
 
-// OpenSSL's configuration may change what the process gets by default, but not what a draw is made of.
-TEST(Hmac, IsNotChangedByOpenSslsConfiguration) {
+// It may load modules into the process, or draw from the generators that this project serves.
+TEST(Hmac, DoesNotReadOpenSslsConfiguration) {
   const std::string file = testing::TempDir() + "openssl_" + std::to_string(::getpid());
-  std::ofstream(file) << "openssl_conf = start\n[start]\nalg_section = algorithms\n"
-                         "[algorithms]\ndefault_properties = provider=none\n";
+  std::ofstream(file) << "# nothing\n";
   ::setenv("OPENSSL_CONF", file.c_str(), 1);
-  EXPECT_NO_THROW(HmacAlgorithm());
-  EVP_MAC* const usual = EVP_MAC_fetch(nullptr, "HMAC", nullptr);
-  EXPECT_EQ(nullptr, usual);  // so the file has been read
-  EVP_MAC_free(usual);
+  const int watch = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  ASSERT_LE(0, ::inotify_add_watch(watch, file.c_str(), IN_OPEN));
+  HmacDrbg drbg(std::string(32, 'e'), "nonce");
+  Generate(drbg, 100);
+  unsigned char result[Sha512::kSize];
+  Hmac<Sha512>("key", 3).Finish(result);
+  alignas(inotify_event) char events[4096];
+  EXPECT_EQ(-1, ::read(watch, events, sizeof events));
+  OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CONFIG, nullptr);
+  EXPECT_LT(0, ::read(watch, events, sizeof events));  // the watch would have noticed
+  ::close(watch);
   std::remove(file.c_str());
 }
 
-TEST(Hmac, HasOneSize) {
-  const HmacAlgorithm algorithm;
-  for (const std::size_t size : {31UL, 33UL}) {
-    Hmac hmac(algorithm, "SHA256", "key", 3);
-    std::string result(size, 'x');
-    EXPECT_THROW(hmac.Finish(result.data(), size), std::runtime_error);
-  }
+TEST(Hmac, RefusesKeysThatAreLongerThanABlock) {
+  const std::string key(Sha512::kBlockSize + 1, 'k');
+  EXPECT_NO_THROW((Hmac<Sha512>(key.data(), key.size() - 1)));
+  EXPECT_THROW((Hmac<Sha512>(key.data(), key.size())), std::invalid_argument);
+  EXPECT_NO_THROW((Hmac<Sha256>(key.data(), Sha256::kBlockSize)));
+  EXPECT_THROW((Hmac<Sha256>(key.data(), Sha256::kBlockSize + 1)), std::invalid_argument);
 }

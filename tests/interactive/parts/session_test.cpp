@@ -48,9 +48,8 @@ class SessionTest : public testing::Test {
     return bytes;
   }
 
-  HmacDrbg Generator() const { return HmacDrbg(algorithm, std::string(32, 'e'), "nonce"); }
+  HmacDrbg Generator() const { return HmacDrbg(std::string(32, 'e'), "nonce"); }
 
-  const HmacAlgorithm algorithm;
   int plugin = -1;
 };
 
