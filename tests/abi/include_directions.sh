@@ -6,9 +6,9 @@ cd "$1"
 
 # "file header" for every include. A header without a folder is the file's neighbour. Only the
 # project's own headers keep an "=" before them: quoted ones, and those in a folder of ours.
-ours='^([.]|(rngaggregator|include|aggregator|providers|settings|plugins|helpers|quality|tools|examples|benchmarks|tests)/)'
+ours='^([.]|(rngaggregator|include|aggregator|providers|settings|plugins|helpers|combine|quality|tools|examples|benchmarks|tests)/)'
 list_includes() {
-  find include aggregator providers settings plugins helpers quality tools examples benchmarks \
+  find include aggregator providers settings plugins helpers combine quality tools examples benchmarks \
     -name '*.h' -o -name '*.cpp' -o -name '*.c' 2>/dev/null | sort |
     xargs awk -v ours="$ours" '
       /^[ \t]*#[ \t]*include/ {
@@ -57,7 +57,7 @@ list=$(mktemp)
 hits=$(mktemp)
 trap 'rm -f "$list" "$hits"' EXIT
 list_includes >"$list"
-for folder in include aggregator providers settings plugins helpers quality tools; do
+for folder in include aggregator providers settings plugins helpers combine quality tools; do
   grep -q "^$folder/" "$list" || {
     echo "no includes found in $folder/"
     exit 1
@@ -84,7 +84,8 @@ see '^plugins/token/pkcs11/' '^plugins/token/pkcs11/'
 keep '^p11-kit/' '^(plugins/token/pkcs11|benchmarks/timing/peers|tests/token)/'
 see '^examples/' '^(examples|rngaggregator)/'
 see '^quality/' '^(quality|rngaggregator)/'
-keep_in '^(include|quality)/' '^dlfcn[.]h$' '^$'
+see '^combine/' '^(combine|rngaggregator)/|^helpers/gathering/hmac_drbg[.]h$'
+keep_in '^(include|combine|quality)/' '^dlfcn[.]h$' '^$'
 # A plug-in that starts a program finds out where its own file is.
 keep_in '^plugins/' '^dlfcn[.]h$' '^plugins/interactive/kind[.]cpp$'
 
@@ -98,7 +99,7 @@ done
 see '^helpers/' '^(helpers|plugins/interactive|rngaggregator)/'
 # No input and no output: of the system's headers none, and of the language's none that reads or writes.
 keep_in '^helpers/gathering/' '^([a-z0-9_]+[.]h|sys/.*|[a-z]*stream|cstdio|filesystem|print|format)$' '^$'
-keep '^openssl/' '^(helpers/gathering|benchmarks/timing/peers)/'
+keep '^openssl/' '^(helpers/gathering|combine|benchmarks/timing/peers)/'
 keep '^X11/' '^helpers/x11/'  # the library's display probe looks up what it calls
 keep '^cairo' '^helpers/x11/'
 keep '^Q[A-Za-z]*(/|$)|^ui_' '^helpers/qt/'
@@ -147,7 +148,7 @@ keep_in "$tool" '^CLI/' "${tool}main[.]cpp$"
 keep '^tests/' '^tests/'
 
 # Comments may name it.
-grep -rn CKP_GetPath include aggregator providers settings plugins helpers tools |
+grep -rn CKP_GetPath include aggregator providers settings plugins helpers combine tools |
   awk -F: '$1 != "settings/known_path.cpp"' | sed 's,//.*,,' | grep CKP_GetPath >"$hits" || :
 report "CKP_GetPath is kept to settings/known_path.cpp"
 

@@ -7,7 +7,7 @@ root=$2
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
-for folder in include aggregator providers settings plugins helpers quality tools; do
+for folder in include aggregator providers settings plugins helpers combine quality tools; do
   cp -r "$root/$folder" "$copy/"
 done
 
@@ -76,6 +76,11 @@ helpers/gathering/gathering.cpp #include "helpers/session/session.h"
 helpers/gathering/gathering.cpp #include "helpers/tty/terminal/terminal.h"
 helpers/gathering/gathering.cpp #include "plugins/interactive/request.h"
 helpers/gathering/gathering.cpp #include "quality/blocks.h"
+helpers/gathering/gathering.cpp #include "combine/draw_pool.h"
+combine/source.cpp #include "helpers/gathering/gathering.h"
+combine/source.cpp #include "aggregator/process_state.h"
+combine/source.cpp #include <dlfcn.h>
+combine/new_file.cpp #include "tools/rngctl/refusal.h"
 helpers/gathering/key_credit.cpp #include <unistd.h>
 helpers/gathering/key_credit.cpp #include <poll.h>
 helpers/gathering/key_credit.cpp #include <sys/random.h>

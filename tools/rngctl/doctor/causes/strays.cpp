@@ -28,7 +28,8 @@ std::string WithoutVersion(const std::string& name) {
 // "dsdr" of "librngdsdr.so" and of "rngdsdr.so"; "" for a name that is not like those of plug-ins.
 std::string PluginPart(const std::string& library) {
   const std::string rest = library.starts_with("lib") ? library.substr(3) : library;
-  if (!rest.starts_with("rng") || rest.starts_with("rngaggregator")) return "";
+  if (!rest.starts_with("rng")) return "";
+  if (rest.starts_with("rngaggregator") || rest == "rngcombine.so") return "";  // our own
   return rest.substr(3, rest.size() - 3 - (sizeof kSuffix - 1));
 }
 

@@ -1,0 +1,96 @@
+// Several threads, and forked copies of the process.
+
+#include "tests/combine/fake_source.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+struct Shared {
+  SteadySource one{"unixdev", 1};
+  SteadySource other{"dsdr", 2};
+  rng::CombinedRng combined{{one.Named(), other.Named("device")}};
+  const Bytes expected = DrawOf({one.Named(), other.Named("device")});
+
+  bool Draws() {
+    Bytes bytes(32);
+    return combined.Generate(bytes.data(), bytes.size()) && bytes == expected;
+  }
+
+  // Whether a forked copy of the process draws.
+  bool DrawsInChild() {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      ::alarm(60);  // not a limit of time, but an end if the child waits for a lock
+      std::_Exit(Draws() ? 0 : 1);
+    }
+    int status = -1;
+    return ::waitpid(child, &status, 0) == child && status == 0;
+  }
+};
+
+}  // namespace
+
+TEST(CombinedThreads, DrawAtOnceAndGetTheSameAsAlone) {
+  Shared shared;
+  std::atomic<int> wrong{0};
+  const auto draw = [&] {
+    for (int i = 0; i < 200; ++i) {
+      if (!shared.Draws()) ++wrong;
+      shared.combined.Cancel();
+    }
+  };
+  std::thread first(draw);
+  std::thread second(draw);
+  first.join();
+  second.join();
+  EXPECT_EQ(0, wrong);
+}
+
+TEST(CombinedFork, LeavesACombinationInBothProcesses) {
+  Shared shared;
+  EXPECT_TRUE(shared.DrawsInChild());
+  EXPECT_TRUE(shared.Draws());
+}
+
+TEST(CombinedFork, MayHappenWhileAnotherThreadDraws) {
+  Shared shared;
+  std::atomic<bool> ends{false};
+  std::thread thread([&] {
+    while (!ends) shared.Draws();
+  });
+  for (int i = 0; i < 50; ++i) EXPECT_TRUE(shared.DrawsInChild());
+  ends = true;
+  thread.join();
+}
+
+// A thread that is cancelled in a source's draw unwinds; the buffer holds nothing of the draw.
+TEST(CombinedThreads, MayBeCancelledDuringADraw) {
+  struct Call {
+    FakeSource one{"unixdev", 1};
+    FakeSource other{"dsdr", 2};
+    rng::CombinedRng combined{{one.Named(), other.Named()}};
+    Bytes bytes = Bytes(32, 0xAA);
+  } call;
+  call.other.draw = [](unsigned char* bytes, std::size_t size) {
+    std::memset(bytes, 7, size);
+    pthread_exit(nullptr);
+    return true;
+  };
+  pthread_t thread;
+  const auto run = [](void* argument) -> void* {
+    auto& at = *static_cast<Call*>(argument);
+    at.combined.Generate(at.bytes.data(), at.bytes.size());
+    return argument;
+  };
+  ASSERT_EQ(0, ::pthread_create(&thread, nullptr, run, &call));
+  void* result = &call;
+  ASSERT_EQ(0, ::pthread_join(thread, &result));
+  EXPECT_EQ(nullptr, result);
+  EXPECT_EQ(Bytes(32), call.bytes);
+}
