@@ -38,7 +38,7 @@ enum class Interaction { kRefused, kAllowed };
 /// Failure:   throws `Error`. An algorithm that is interrupted leaves its elements half done.
 class Engine {
  public:
-  using result_type = std::uint64_t;
+  using result_type = std::uint64_t;  ///< as the C++ library calls it
 
   /// Throws `kNeedsUser` when the generator asks the user and that is not allowed. Draws nothing yet.
   explicit Engine(Generator generator, Interaction interaction = Interaction::kRefused)
@@ -48,6 +48,7 @@ class Engine {
                                            " would ask the user for an engine's numbers. Choose "
                                            "another, or pass Interaction::kAllowed.");
   }
+  /// Without the numbers in advance.
   Engine(const Engine& other) : source(other.source), asksUser(other.asksUser) {}
   /// The numbers in advance are wiped: they are of the old generator.
   Engine& operator=(const Engine& other) {
@@ -60,9 +61,10 @@ class Engine {
   }
   ~Engine() = default;
 
-  static constexpr result_type min() { return 0; }
-  static constexpr result_type max() { return UINT64_MAX; }
+  static constexpr result_type min() { return 0; }           ///< the smallest number
+  static constexpr result_type max() { return UINT64_MAX; }  ///< the largest number
 
+  /// Returns the next number, and draws more when there is none in advance.
   result_type operator()() {
     if (!store) return DrawOne();
     if (store->count == 0) Refill();

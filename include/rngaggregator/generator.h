@@ -40,17 +40,19 @@ enum class ErrorCode {
 
 /// What the classes of this namespace throw. `what()` says what is wrong and then what to do, in printable ASCII. It
 /// contains copies of what plug-ins report, so the object stays valid after the stop.
-class __attribute__((visibility("default"))) Error : public std::runtime_error {
+class [[gnu::visibility("default")]] Error : public std::runtime_error {
  public:
+  /// For the classes of this namespace.
   Error(ErrorCode reason, const std::string& text) : std::runtime_error(text), kind(reason) {}
 
+  /// What went wrong.
   ErrorCode code() const noexcept { return kind; }
 
  private:
   ErrorCode kind;
 };
 
-/// Not part of the interface.
+// Not part of the interface.
 namespace detail {
 
 // Plug-ins report anything: control characters, escape sequences, a megabyte.
