@@ -140,10 +140,10 @@ TEST(Session, AStaticOneStopsAtExitBeforeItsPluginsAreDestroyed) {
 
 TEST(Session, FindsTheConfiguredDefaultAndSelectsItsDevice) {
   InstallPlugin("dsdr", "drawing/NamesItsDevice");
-  FakeSettings settings = Choosing("dsdr", "r1");
+  FakeSettings settings = Choosing("dsdr", "r2");
   const rng::Generator generator = rng::Session(&settings).Default();
   EXPECT_EQ("dsdr", generator.Name());
-  EXPECT_EQ("r1", generator.Device());
+  EXPECT_EQ("r2", generator.Device());
 }
 
 TEST(Session, NoDefaultIsAnErrorUnlessTheMaskAcceptsOne) {
@@ -183,6 +183,14 @@ TEST(Session, FindsANameAndLeavesTheSelectionUnlessADeviceIsNamed) {
   const rng::Generator first = session.Find("dsdr");
   EXPECT_EQ("r2", session.Find("dsdr", "r2").Device());
   EXPECT_EQ("r2", first.Device());
+}
+
+TEST(Session, WithoutADeviceNothingIsSelected) {
+  InstallPlugin("dsdr", "breaking/refuses_the_empty_device");
+  FakeSettings settings = Choosing("dsdr");
+  const rng::Session session(&settings);
+  EXPECT_EQ("dsdr", session.Find("dsdr").Name());
+  EXPECT_EQ("dsdr", session.Default().Name());
 }
 
 TEST(Session, RefusesNamesAndDevicesThatCannotBe) {
