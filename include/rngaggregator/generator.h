@@ -95,19 +95,6 @@ auto Ask(ErrorCode code, const Call& call, const Problem& problem, const Advice&
   }
 }
 
-// Wipes a buffer, unless everything went well.
-struct Wiper {
-  Wiper(void* bytes, std::size_t count) : buffer(bytes), size(count) {}
-  Wiper(const Wiper&) = delete;
-  Wiper& operator=(const Wiper&) = delete;
-  ~Wiper() {
-    if (isNeeded && size != 0) ::explicit_bzero(buffer, size);
-  }
-  void* const buffer;
-  const std::size_t size;
-  bool isNeeded = true;
-};
-
 // Not bool, enumerations or structures: some of their bit patterns are not values.
 template <typename Element>
 constexpr bool kCanBeFilled = (std::is_integral_v<Element> && !std::is_same_v<Element, bool> &&
@@ -193,10 +180,9 @@ class Generator {
         [this] { return detail::Doctor(kind); });
   }
 
+  // The checks leave zeros where a draw fails, throws or is cancelled.
   void Draw(void* buffer, std::size_t size) const {
-    detail::Wiper wiper(buffer, size);
     if (!Call([&] { return rng->Generate(buffer, size); })) ThrowFailure();
-    wiper.isNeeded = false;
   }
 
   [[noreturn]] void ThrowFailure() const {
