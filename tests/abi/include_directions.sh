@@ -8,7 +8,7 @@ cd "$1"
 # project's own headers keep an "=" before them: quoted ones, and those in a folder of ours.
 ours='^([.]|(rngaggregator|include|aggregator|providers|settings|plugins|helpers|combine|quality|tools|examples|benchmarks|tests)/)'
 list_includes() {
-  find include aggregator providers settings plugins helpers combine quality tools examples benchmarks \
+  find include aggregator providers settings plugins helpers combine quality openssl tools examples benchmarks \
     -name '*.h' -o -name '*.cpp' -o -name '*.c' 2>/dev/null | sort |
     xargs awk -v ours="$ours" '
       /^[ \t]*#[ \t]*include/ {
@@ -57,7 +57,7 @@ list=$(mktemp)
 hits=$(mktemp)
 trap 'rm -f "$list" "$hits"' EXIT
 list_includes >"$list"
-for folder in include aggregator providers settings plugins helpers combine quality tools; do
+for folder in include aggregator providers settings plugins helpers combine quality openssl tools; do
   grep -q "^$folder/" "$list" || {
     echo "no includes found in $folder/"
     exit 1
@@ -99,7 +99,12 @@ done
 see '^helpers/' '^(helpers|plugins/interactive|rngaggregator)/'
 # No input and no output: of the system's headers none, and of the language's none that reads or writes.
 keep_in '^helpers/gathering/' '^([a-z0-9_]+[.]h|sys/.*|[a-z]*stream|cstdio|filesystem|print|format)$' '^$'
-keep '^openssl/' '^(helpers/gathering|combine|benchmarks/timing/peers)/'
+keep '^openssl/' '^(helpers/gathering|combine|openssl|benchmarks/timing/peers|tests/openssl)/'
+# The module runs in other people's programs, the child beside them. They share their conversation, and the start of a
+# program in the background.
+see '^openssl/module/' '^openssl/(module/|request[.]h$)|^plugins/interactive/start_orphan[.]h$'
+see '^openssl/child/' '^openssl/(child/|request[.]h$)|^plugins/interactive/start_orphan[.]h$|^rngaggregator/'
+keep_in '^openssl/' '^dlfcn[.]h$' '^openssl/module/drawing_program[.]cpp$'
 keep '^X11/' '^helpers/x11/'  # the library's display probe looks up what it calls
 keep '^cairo' '^helpers/x11/'
 keep '^Q[A-Za-z]*(/|$)|^ui_' '^helpers/qt/'

@@ -7,7 +7,7 @@ root=$2
 
 copy=$(mktemp -d)
 trap 'rm -rf "$copy"' EXIT
-for folder in include aggregator providers settings plugins helpers combine quality tools; do
+for folder in include aggregator providers settings plugins helpers combine quality openssl tools; do
   cp -r "$root/$folder" "$copy/"
 done
 
@@ -107,6 +107,14 @@ helpers/qt/new_file.cpp #include <X11/Xlib.h>
 helpers/qt/new_file.cpp #include <cairo/cairo.h>
 helpers/qt/new_file.cpp #include <cairo-xlib.h>
 helpers/qt/new_file.cpp #include <openssl/rand.h>
+openssl/module/provider.cpp #include <rngaggregator/provider.h>
+openssl/module/provider.cpp #include "openssl/child/conversation.h"
+openssl/module/provider.cpp #include <dlfcn.h>
+openssl/child/main.cpp #include "openssl/module/connection.h"
+openssl/child/main.cpp #include "combine/draw_pool.h"
+openssl/child/main.cpp #include "tools/rngctl/refusal.h"
+openssl/request.h #include <dlfcn.h>
+tools/rngctl/main.cpp #include "openssl/request.h"
 helpers/other/new_file.cpp #include "aggregator/process_state.h"
 providers/display_probe.cpp #include <X11/Xlib.h>
 tools/rngctl/main.cpp #include "helpers/gathering/gathering.h"

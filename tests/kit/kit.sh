@@ -205,7 +205,8 @@ case $case in
     (cd "$P" && find . ! -type d | sed 's,^\./,,' | sort) | diff "$room/expected" - || fail "see above"
     ;;
   InstalledFilesAreHardened)
-    for file in bin/rngctl lib/librngaggregator.so.1 $(installed_plugins); do
+    for file in bin/rngctl lib/librngaggregator.so.1 lib/ossl-modules/rngaggregator.so \
+      libexec/rngaggregator/rng-openssl-draw $(installed_plugins); do
       for hardening in binds_at_load protects_relocations stack_is_data checks_its_stack; do
         "$fact" $hardening "$P/$file"
       done

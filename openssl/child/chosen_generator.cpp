@@ -1,0 +1,75 @@
+#include "openssl/child/chosen_generator.h"
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include <rngaggregator/combined_rng.h>
+#include <rngaggregator/session.h>
+
+namespace {
+
+void RefuseIfItAsksTheUser(const std::string& name, std::uint32_t flags) {
+  if (!IsInteractiveRng(name.c_str()) && !(flags & kRngCapabilityNeedsUser)) return;
+  throw rng::Error(
+      rng::ErrorCode::kNeedsUser,
+      "The generator \"" + name +
+          "\" asks the user, which a program that uses OpenSSL "
+          "cannot wait for. Choose another with \"rngctl default set\", or with \"kind\" "
+          "in the provider's section of OpenSSL's configuration.");
+}
+
+ChosenGenerator ChooseOne(const rng::Session& session, const rng::Generator& generator) {
+  RefuseIfItAsksTheUser(generator.Name(), generator.Provider().GetFlags());
+  const std::string device = generator.Device();
+  return {device.empty() ? generator.Name() : generator.Name() + ' ' + device,
+          [session, generator](void* buffer, std::size_t size) {
+            generator.Fill(static_cast<unsigned char*>(buffer), size);
+          }};
+}
+
+// Why a combined draw has failed: the first source that could not be used.
+[[noreturn]] void ThrowFailure(const std::vector<rng::SourceOutcome>& outcomes) {
+  for (const rng::SourceOutcome& outcome : outcomes) {
+    if (outcome.result == rng::SourceResult::kAlarm)
+      throw rng::Error(rng::ErrorCode::kAlarm, rng::Explain(outcome));
+  }
+  for (const rng::SourceOutcome& outcome : outcomes) {
+    const std::string reason = rng::Explain(outcome);
+    if (!reason.empty()) throw rng::Error(rng::ErrorCode::kDrawFailed, reason);
+  }
+  throw rng::Error(rng::ErrorCode::kDrawFailed, "The draw failed because memory ran out.");
+}
+
+ChosenGenerator ChooseSeveral(const rng::Session& session, const std::string& list) {
+  const std::vector<rng::CombinedSource> sources = rng::FindSources(list);
+  for (const rng::CombinedSource& source : sources) {
+    RefuseIfItAsksTheUser(source.kind, source.provider ? source.provider->GetFlags() : 0);
+  }
+  const auto combined = std::make_shared<rng::CombinedRng>(sources);
+  return {list, [session, combined](void* buffer, std::size_t size) {
+            std::vector<rng::SourceOutcome> outcomes;
+            if (!combined->Generate(buffer, size, outcomes)) ThrowFailure(outcomes);
+          }};
+}
+
+}  // namespace
+
+ChosenGenerator ChooseGenerator(const GeneratorChoice& choice) {
+  const std::string kind = choice.kind.text;
+  const std::string device = choice.hardwareId.text;
+  const std::string from = choice.from.text;
+  if (!from.empty() && !(kind + device).empty()) {
+    throw std::invalid_argument(
+        "OpenSSL's configuration gives \"from\" together with \"kind\" or "
+        "\"hardware-id\". Fix: remove one of them.");
+  }
+  if (kind.empty() && !device.empty()) {
+    throw std::invalid_argument(
+        "OpenSSL's configuration gives \"hardware-id\" without \"kind\". Fix: add the kind.");
+  }
+  const rng::Session session;
+  if (!from.empty()) return ChooseSeveral(session, from);
+  return ChooseOne(session, kind.empty() ? session.Default() : session.Find(kind, device));
+}

@@ -1,0 +1,25 @@
+#ifndef OPENSSL_CHILD_CHOSEN_GENERATOR_H
+#define OPENSSL_CHILD_CHOSEN_GENERATOR_H
+
+#include "openssl/request.h"
+
+#include <functional>
+#include <string>
+
+/// The generator that the provider's parameters name. It keeps the library started.
+struct ChosenGenerator {
+  std::string name;  ///< with its device, such as "Rutoken 3A7F"
+
+  /// Fills the buffer with checked bytes. Throws a `rng::Error`, with zeros in the buffer, if that is not possible.
+  /// After `kAlarm`, all later draws throw it, too.
+  std::function<void(void* buffer, std::size_t size)> draw;
+};
+
+/// Starts the library and looks for the generator: the configured default, one kind, or several sources.
+///
+/// Kinds that ask the user are refused: programs draw without the user's knowledge, and often.
+///
+/// Failure: throws a `std::exception` with a sentence for people.
+ChosenGenerator ChooseGenerator(const GeneratorChoice& choice);
+
+#endif

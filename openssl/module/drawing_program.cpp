@@ -1,0 +1,140 @@
+#include "openssl/module/drawing_program.h"
+
+#include "plugins/interactive/start_orphan.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr const char* kProgram = "/" RNG_HELPERS_FROM_MODULE "/rng-openssl-draw";
+
+constexpr const char* kHasTerminated =
+    "The program that draws has terminated. Run \"rngctl doctor\" to find out why.";
+
+bool Fail(DrawText& text, const char* reason) {
+  std::snprintf(text.text, sizeof text.text, "%s", reason);
+  return false;
+}
+
+// Relative to the file of this module, so an installation can be moved.
+bool FindProgram(char (&path)[PATH_MAX]) {
+  Dl_info module = {};
+  if (!::dladdr(kProgram, &module) || !module.dli_fname || *module.dli_fname != '/') return false;
+  const auto length = static_cast<int>(std::strrchr(module.dli_fname, '/') - module.dli_fname);
+  char found[PATH_MAX];
+  const int size = std::snprintf(found, sizeof found, "%.*s%s", length, module.dli_fname, kProgram);
+  if (size >= PATH_MAX) return false;
+  if (!::realpath(found, path)) std::memcpy(path, found, sizeof found);  // for the message
+  return true;
+}
+
+// Not in the place of a standard stream that the host has closed: what it prints would be sent there.
+int MoveFromStandardStreams(int descriptor) {
+  if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+  const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  ::close(descriptor);
+  return moved;
+}
+
+bool Receive(int socket, void* buffer, std::size_t size, const Deadline& deadline, DrawText& text) {
+  auto* next = static_cast<char*>(buffer);
+  while (size > 0) {
+    pollfd event = {socket, POLLIN, 0};
+    if (::poll(&event, 1, deadline.MillisecondsLeft()) == 0) {
+      return Fail(text, "The generator has not answered for a minute. Run \"rngctl doctor\".");
+    }
+    const ssize_t count = ::recv(socket, next, size, MSG_DONTWAIT);
+    if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+    if (count <= 0) {
+      return Fail(text, kHasTerminated);
+    }
+    next += count;
+    size -= static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool Socket::IsStillThis() const {
+  struct stat now = {};
+  return isOpen && ::fstat(descriptor, &now) == 0 && now.st_dev == device && now.st_ino == inode;
+}
+
+// Nothing arrives between two draws. If something does, the program has terminated or cannot be trusted.
+bool DrawingProgram::IsRunning() const {
+  if (!socket.IsStillThis()) return false;
+  pollfd event = {socket.descriptor, POLLIN, 0};
+  return ::poll(&event, 1, 0) == 0;
+}
+
+bool DrawingProgram::Start(DrawText& text) {
+  char path[PATH_MAX];
+  if (!FindProgram(path)) {
+    return Fail(text,
+                "The module was loaded by a relative path. Give its absolute path in OpenSSL's "
+                "configuration.");
+  }
+  socket.descriptor =
+      MoveFromStandardStreams(::access(path, X_OK) == 0 ? StartOrphan(path, ::environ) : -1);
+  struct stat now = {};
+  if (socket.descriptor < 0 || ::fstat(socket.descriptor, &now) != 0) {
+    std::snprintf(text.text, sizeof text.text,
+                  "The program that draws cannot be started: %.400s: %s", path,
+                  std::strerror(errno));
+    return false;
+  }
+  socket.device = now.st_dev;
+  socket.inode = now.st_ino;
+  socket.isOpen = true;
+  return true;
+}
+
+void DrawingProgram::Stop() {
+  if (socket.IsStillThis()) {
+    ::shutdown(socket.descriptor, SHUT_RDWR);  // closes it in forked copies of this process, too
+    ::close(socket.descriptor);
+  }
+  socket.isOpen = false;
+}
+
+DrawAnswer::Result DrawingProgram::Converse(const GeneratorChoice& choice, void* buffer,
+                                            std::size_t size, const Deadline& deadline,
+                                            DrawText& text) {
+  const DrawRequest request = {++requests, static_cast<std::uint32_t>(size), choice};
+  // Does not wait: the socket's buffer holds more than one request, and is empty.
+  if (::send(socket.descriptor, &request, sizeof request, MSG_NOSIGNAL | MSG_DONTWAIT) !=
+      sizeof request) {
+    Fail(text, kHasTerminated);
+    return DrawAnswer::kFailed;
+  }
+  DrawAnswer answer = {};
+  if (!Receive(socket.descriptor, &answer, sizeof answer, deadline, text))
+    return DrawAnswer::kFailed;
+  if (answer.number != request.number) {
+    Fail(text, "The program that draws has given a wrong answer.");
+    return DrawAnswer::kFailed;
+  }
+  text = answer.text;
+  text.text[sizeof text.text - 1] = 0;
+  if (answer.result != DrawAnswer::kDrawn) return answer.result;
+  const bool isReceived = Receive(socket.descriptor, buffer, size, deadline, text);
+  return isReceived ? DrawAnswer::kDrawn : DrawAnswer::kFailed;
+}
+
+bool DrawingProgram::Ask(const GeneratorChoice& choice, void* buffer, std::size_t size,
+                         const Deadline& deadline, DrawText& text) {
+  const DrawAnswer::Result result = Converse(choice, buffer, size, deadline, text);
+  if (result != DrawAnswer::kDrawn && result != DrawAnswer::kRefused) Stop();
+  return result == DrawAnswer::kDrawn;
+}

@@ -1,0 +1,51 @@
+#ifndef OPENSSL_MODULE_PROVIDER_H
+#define OPENSSL_MODULE_PROVIDER_H
+
+#include "openssl/module/connection.h"
+
+#include <openssl/core.h>
+#include <openssl/core_dispatch.h>
+
+/// What OpenSSL creates once for each library context that loads the module, so once in almost all programs.
+class Provider {
+ public:
+  /// Reads the parameters of the module's section in OpenSSL's configuration. `functions` are those that OpenSSL offers
+  /// to its providers.
+  Provider(const OSSL_CORE_HANDLE* handle, const OSSL_DISPATCH* functions);
+  Provider(const Provider&) = delete;
+  Provider& operator=(const Provider&) = delete;
+  ~Provider() = default;
+
+  /// Fills `size` bytes, of any number. Otherwise returns false, with zeros in the buffer and the reason in OpenSSL's
+  /// queue of errors. Threads: any.
+  bool Draw(void* buffer, std::size_t size);
+
+  /// See `Connection`.
+  DrawText LastGenerator() { return connection.LastGenerator(); }
+
+ private:
+  bool ReadParameter(const char* name, DrawText& value) const;
+  void RaiseError(const char* format, ...) const __attribute__((format(printf, 2, 3)));
+
+  const OSSL_CORE_HANDLE* const core;
+  OSSL_FUNC_core_get_params_fn* getParams = nullptr;
+  OSSL_FUNC_core_new_error_fn* newError = nullptr;
+  OSSL_FUNC_core_vset_error_fn* setError = nullptr;
+  GeneratorChoice choice = {};
+  bool isChoiceValid = true;
+  Connection connection;
+};
+
+/// The random-number generator "RNGAGGREGATOR", whose `provctx` is a `Provider`.
+extern const OSSL_DISPATCH kRandomFunctions[];
+
+/// A function in a table of OpenSSL's.
+template <typename Function>
+OSSL_DISPATCH Entry(int id, Function* function) {
+  return {id, reinterpret_cast<void (*)()>(function)};
+}
+
+/// The error that a failed draw leaves.
+constexpr int kNoRandomBytes = 1;
+
+#endif

@@ -1,0 +1,189 @@
+// A program that draws through OpenSSL, and prints a character for each draw: "o" for bytes of the tests' generator, "-"
+// if there were none, and "X" for bytes from elsewhere.
+
+#include "tests/openssl/marked_bytes.h"
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <functional>
+#include <map>
+#include <openssl/err.h>
+#include <openssl/evp.h>
+#include <openssl/provider.h>
+#include <openssl/rand.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+char DrawFrom(OSSL_LIB_CTX* context) {
+  unsigned char bytes[32];
+  std::memset(bytes, 0xAA, sizeof bytes);
+  if (RAND_bytes_ex(context, bytes, sizeof bytes, 0) == 1)
+    return AreMarked(bytes, sizeof bytes) ? 'o' : 'X';
+  const bool isUntouched =
+      std::all_of(std::begin(bytes), std::end(bytes), [](auto byte) { return byte == 0xAA; });
+  const bool isZero =
+      std::all_of(std::begin(bytes), std::end(bytes), [](auto byte) { return byte == 0; });
+  ERR_print_errors_fp(stderr);
+  return isUntouched || isZero ? '-' : 'X';
+}
+
+char Draw() { return DrawFrom(nullptr); }
+
+void Print(char drawn) {
+  std::putchar(drawn);
+  std::fflush(stdout);
+}
+
+// Runs `work` in a forked copy, and returns whether it exited normally.
+bool InCopy(const std::function<void()>& work) {
+  const pid_t copy = ::fork();
+  if (copy == 0) {
+    work();
+    std::exit(0);
+  }
+  int status = -1;
+  ::waitpid(copy, &status, 0);
+  return status == 0;
+}
+
+void DrawThen(const std::function<void()>& between) {
+  Print(Draw());
+  between();
+  Print(Draw());
+}
+
+void DrawInThreads(int threads, int draws) {
+  std::map<char, std::atomic<int>> counts;
+  for (const char kind : {'o', '-', 'X'}) counts[kind] = 0;
+  std::vector<std::thread> running;
+  for (int i = 0; i < threads; ++i) {
+    running.emplace_back([&] {
+      for (int done = 0; done < draws; ++done) ++counts[Draw()];
+    });
+  }
+  for (std::thread& thread : running) thread.join();
+  std::printf("o %d - %d X %d\n", counts['o'].load(), counts['-'].load(), counts['X'].load());
+}
+
+// While another thread draws, so that some copies are made in the middle of a draw.
+void DrawInCopies(int copies) {
+  std::atomic<bool> isEnough = false;
+  std::thread other([&] {
+    while (!isEnough) Draw();
+  });
+  for (int i = 0; i < copies; ++i) {
+    if (!InCopy([] { Print(Draw()); })) Print('!');
+  }
+  isEnough = true;
+  other.join();
+}
+
+// As a daemon does. The file that is then opened must stay as it is.
+void CloseAll() {
+  ::close_range(3, ~0U, 0);
+  std::FILE* const file = std::tmpfile();
+  for (int i = 0; i < 8; ++i) {
+    if (::fcntl(::fileno(file), F_DUPFD, 3) < 0) Print('!');
+  }
+}
+
+void CloseStandardStreams() {
+  const int kept = ::dup(STDOUT_FILENO);
+  for (int descriptor = 0; descriptor < 3; ++descriptor) ::close(descriptor);
+  const char drawn = Draw();
+  // It has taken none of the three numbers.
+  const bool areFree = ::open("/dev/null", O_RDWR) == 0;
+  if (::write(kept, areFree ? &drawn : "!", 1) != 1) std::abort();
+}
+
+// Another library context has a provider of its own. Its end must leave this one's alone.
+void UseOtherContext(const char* configuration) {
+  OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
+  if (!OSSL_LIB_CTX_load_config(context, configuration)) Print('!');
+  Print(DrawFrom(context));
+  OSSL_LIB_CTX_free(context);
+}
+
+// The copy lives longer than the test waits.
+void LeaveCopy() {
+  if (::fork() == 0) ::sleep(40);
+}
+
+char DrawWithoutDescriptors() {
+  OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CONFIG, nullptr);  // opens files
+  const rlimit limit = {3, 3};
+  ::setrlimit(RLIMIT_NOFILE, &limit);
+  return Draw();
+}
+
+void Interrupt() {
+  ::setpgid(0, 0);
+  std::signal(SIGINT, SIG_IGN);
+  Print(Draw());
+  ::kill(0, SIGINT);
+  Print(Draw());
+}
+
+void Run(const std::vector<std::string>& words) {
+  const std::string& what = words[0];
+  const int number = words.size() > 1 ? std::atoi(words[1].c_str()) : 1;
+  if (what == "draw") {
+    for (int i = 0; i < number; ++i) Print(Draw());
+  } else if (what == "threads") {
+    DrawInThreads(number, std::atoi(words[2].c_str()));
+  } else if (what == "copies") {
+    DrawInCopies(number);
+  } else if (what == "shell") {  // between two draws
+    DrawThen([&] {
+      std::fflush(stdout);
+      if (std::system(words[1].c_str()) != 0) Print('!');
+    });
+  } else if (what == "fork") {
+    DrawThen([] {
+      if (!InCopy([] { DrawThen([] {}); })) Print('!');
+    });
+  } else if (what == "fork_first") {
+    if (!InCopy([] { DrawThen([] {}); })) Print('!');
+    Print(Draw());
+  } else if (what == "close_all") {
+    DrawThen(CloseAll);
+  } else if (what == "close_standard_streams") {
+    CloseStandardStreams();
+  } else if (what == "other_context") {
+    DrawThen([&] { UseOtherContext(words[1].c_str()); });
+  } else if (what == "context") {
+    UseOtherContext(words[1].c_str());
+  } else if (what == "children") {
+    DrawThen([] {
+      if (::waitpid(-1, nullptr, WNOHANG) != -1) Print('!');
+    });
+  } else if (what == "execute") {
+    Print(Draw());
+    ::execl("/bin/sh", "sh", "-c", words[1].c_str(), nullptr);
+  } else if (what == "leave_copy") {
+    Print(Draw());
+    LeaveCopy();
+  } else if (what == "no_descriptor") {
+    Print(DrawWithoutDescriptors());
+  } else if (what == "interrupt") {
+    Interrupt();
+  } else {
+    std::fprintf(stderr, "unknown: %s\n", what.c_str());
+    std::exit(2);
+  }
+}
+
+}  // namespace
+
+int main(int count, char** arguments) { Run({arguments + 1, arguments + count}); }

@@ -1,0 +1,81 @@
+// A generator whose bytes are marked. It notes its draws in the file $MARKED_RNG.draws, a line for each, and does what
+// the file $MARKED_RNG says, which may change at any time.
+
+#include "tests/openssl/marked_bytes.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <rngaggregator/provider.h>
+
+namespace {
+
+std::string ScriptPath() {
+  const char* const path = std::getenv("MARKED_RNG");
+  return path ? path : "";
+}
+
+std::string Command() {
+  std::string word = "draw";
+  std::ifstream(ScriptPath()) >> word;
+  return word;
+}
+
+void Fill(void* buffer, std::size_t size) {
+  auto* next = static_cast<char*>(buffer);
+  for (std::size_t done = 0; done < size; done += sizeof(MarkedBlock)) {
+    MarkedBlock block = {};
+    if (::getrandom(&block.first, sizeof block.first, 0) != sizeof block.first) std::abort();
+    block.second = block.first ^ kMark;
+    std::memcpy(next + done, &block, std::min(size - done, sizeof block));
+  }
+}
+
+std::int32_t Report(const std::string& text, char* buffer) {
+  if (text.empty()) return 0;
+  if (buffer) std::memcpy(buffer, text.c_str(), text.size() + 1);
+  return static_cast<std::int32_t>(text.size() + 1);
+}
+
+class MarkedRng final : public IRngProvider {
+  std::int32_t GetName(char* buffer) override { return Report(NAME, buffer); }
+  std::int32_t GetDescription(char* buffer) override { return Report("Marked bytes", buffer); }
+  std::int32_t GetHardwareId(char* buffer) override { return Report(device, buffer); }
+  bool SelectDevice(const char* id) override {
+    if (id && *id && std::strcmp(id, "A1") != 0) return false;
+    device = id ? id : "";
+    return true;
+  }
+  bool Generate(void* buffer, std::size_t size) override {
+    const std::string command = Command();
+    std::ofstream(ScriptPath() + ".draws", std::ios::app) << NAME << ' ' << device << '\n';
+    std::memset(buffer, 0, size);
+    if (command == "fail") return false;
+    if (command == "zeros") return true;
+    if (command == "throw") throw std::runtime_error("the device burns");
+    if (command == "crash") std::abort();
+    if (command == "exit") std::_Exit(0);
+    if (command == "hang") ::pause();
+    Fill(buffer, size);
+    return true;
+  }
+  bool IsAvailable() override { return true; }
+  bool SelfTest() override { return true; }
+  void Cancel() override {}
+  std::uint32_t GetFlags() override { return FLAGS; }
+  void SetSettings(IRngSettings*) override {}
+  void Release() override {
+    if (Command() == "hang_release") ::pause();
+  }
+
+  std::string device;
+} g_rng;
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) IRngProvider* FACTORY() { return &g_rng; }

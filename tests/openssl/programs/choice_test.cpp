@@ -1,0 +1,118 @@
+// Which generator the provider's parameters name.
+
+#include "tests/openssl/openssl_test.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Choice : public OpensslTest {
+ protected:
+  static Result Draw() { return Run("openssl rand -hex 32"); }
+  static std::string Draws() { return ReadFile(TreePath("script.draws")); }
+};
+
+}  // namespace
+
+TEST_F(Choice, TheDefaultWithItsDevice) {
+  WriteFile(
+      TreePath("etc/rng.ini"),
+      "[Devices]\nRandomNumberGeneratorType=grandmaster\nRandomNumberGeneratorHardwareID=A1\n");
+  EXPECT_TRUE(IsMarkedText(Draw().output));
+  EXPECT_EQ("grandmaster A1\n", Draws());
+}
+
+TEST_F(Choice, NoDefault) {
+  fs::remove(TreePath("etc/rng.ini"));
+  EXPECT_TRUE(Refused(Draw(), "No default generator is configured"));
+}
+
+// No interactive kind takes the place of the default.
+TEST_F(Choice, ADefaultThatIsNotLoaded) {
+  WriteFile(TreePath("etc/rng.ini"), "[Devices]\nRandomNumberGeneratorType=Rutoken\n");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"Rutoken\" is not loaded."));
+}
+
+TEST_F(Choice, AKind) {
+  Configure("kind = unixdev");
+  const Result result = Draw();
+  EXPECT_EQ(65u, result.output.size()) << result.errors;
+  EXPECT_EQ("", Draws());
+}
+
+TEST_F(Choice, AKindWithADevice) {
+  Configure("kind = grandmaster\nhardware-id = A1");
+  EXPECT_TRUE(IsMarkedText(Draw().output));
+  EXPECT_EQ("grandmaster A1\n", Draws());
+}
+
+TEST_F(Choice, ADeviceThatIsMissing) {
+  Configure("kind = grandmaster\nhardware-id = B2");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"grandmaster\" refuses the device \"B2\"."));
+}
+
+TEST_F(Choice, SeveralSources) {
+  Configure("from = unixdev,grandmaster:A1");
+  const Result result = Draw();
+  EXPECT_EQ(65u, result.output.size()) << result.errors;
+  EXPECT_FALSE(IsMarkedText(result.output));
+  EXPECT_EQ("grandmaster A1\n", Draws());
+}
+
+TEST_F(Choice, OneOfSeveralSourcesFails) {
+  Configure("from = unixdev,grandmaster");
+  Command("fail");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"grandmaster\" failed"));
+}
+
+TEST_F(Choice, OneOfSeveralSourcesIsMissing) {
+  Configure("from = unixdev,Rutoken");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"Rutoken\""));
+}
+
+TEST_F(Choice, AKindThatAsksTheUser) {
+  fs::copy(MARKED_PLUGINS "/librngbiokb.so", TreePath("lib"));
+  Configure("kind = biokbd");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"biokbd\" asks the user"));
+  WriteFile(TreePath("etc/rng.ini"), "[Devices]\nRandomNumberGeneratorType=biokbd\n");
+  Configure("");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"biokbd\" asks the user"));
+  Configure("from = unixdev,biokbd");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"biokbd\" asks the user"));
+  EXPECT_EQ("", Draws());
+}
+
+// Whatever its name.
+TEST_F(Choice, AGeneratorThatSaysThatItNeedsTheUser) {
+  fs::copy(MARKED_PLUGINS "/librngdsdr.so", TreePath("lib"));
+  Configure("kind = dsdr");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"dsdr\" asks the user"));
+  EXPECT_EQ("", Draws());
+}
+
+TEST_F(Choice, ContradictoryParameters) {
+  Configure("kind = unixdev\nfrom = unixdev,grandmaster");
+  EXPECT_TRUE(Refused(Draw(), "gives \"from\" together with \"kind\""));
+  Configure("hardware-id = A1\nfrom = unixdev,grandmaster");
+  EXPECT_TRUE(Refused(Draw(), "gives \"from\" together with \"kind\""));
+  Configure("hardware-id = A1");
+  EXPECT_TRUE(Refused(Draw(), "\"hardware-id\" without \"kind\""));
+}
+
+// Cut, it might name another one.
+TEST_F(Choice, AParameterThatIsTooLong) {
+  Configure("from = unixdev" + std::string(600, ','));
+  EXPECT_TRUE(Refused(Draw(), "is too long"));
+  EXPECT_EQ("", Draws());
+}
+
+TEST_F(Choice, ParametersOfHostileText) {
+  for (const std::string line :
+       {"kind = %s%n%s%n", "kind = \"a\\nb\"", "from = ,", "from = unixdev:;rm -rf ."}) {
+    Configure(line);
+    EXPECT_TRUE(Refused(Draw(), "rngaggregator")) << line;
+  }
+}
