@@ -163,7 +163,8 @@ class Generator {
       if (size <= 0) return std::string();
       std::string text(static_cast<std::size_t>(size), '\0');
       if (rng->GetHardwareId(text.data()) != size) return std::string();
-      return std::string(text.c_str());
+      text.resize(std::strlen(text.c_str()));
+      return text;
     });
   }
 

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <cxxabi.h>
 #include <exception>
 #include <link.h>
@@ -128,7 +129,7 @@ class StartedLibrary {
       text = CaughtText();
       isCounted = !IsLockRefused(*type);
     } else {
-      new std::exception_ptr(thrown);  // never deleted
+      [[maybe_unused]] auto* const neverDeleted = new std::exception_ptr(thrown);
     }
     if (isCounted) Stop();
     throw Error(ErrorCode::kStartFailed,

@@ -135,6 +135,19 @@ TEST(SessionQuery, ANegativeSizeOfANameBecomesAnError) {
   EXPECT_EQ(ErrorCode::kNoSuchGenerator, ErrorOf([&] { session.Find("dsdr"); }).first);
 }
 
+TEST(SessionQuery, ExceptionsOfDevicesAndFlagsBecomeErrors) {
+  InstallPlugin("dsdr", "disturbing/Device_Throw");
+  EXPECT_THAT(ErrorOf([] { rng::Session().Find("dsdr", "A1"); }),
+              Pair(ErrorCode::kDeviceMissing,
+                   "The generator \"dsdr\" refuses the device \"A1\". Run \"rngctl list\" to see "
+                   "the devices."));
+  InstallPlugin("dsdr", "disturbing/Flags_Throw");
+  EXPECT_THAT(ErrorOf([] { rng::Engine engine(rng::Session().Find("dsdr")); }),
+              Pair(ErrorCode::kDrawFailed,
+                   "The generator \"dsdr\" failed. Run \"rngctl doctor dsdr\" to find out why."));
+  EXPECT_EQ(0, g_unmatchedStarts);
+}
+
 // The error outlives the plug-in whose exception it was.
 TEST(SessionDraw, AnExceptionOfAPluginsOwnClassIsCopied) {
   InstallPlugin("dsdr", "throws_own_class");
