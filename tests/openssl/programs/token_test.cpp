@@ -21,9 +21,9 @@ class KeyFromToken : public OpensslTest {
                   device + '\n');
   }
 
-  static Result MakeKey() {
-    return Run("openssl genpkey -algorithm EC -pkeyopt ec_paramgen_curve:P-256");
-  }
+  // The size of this private key is that of no other draw.
+  static Result MakeKey() { return Run("openssl genpkey -algorithm ED448"); }
+  static constexpr unsigned long kKeySize = 57;
 };
 
 }  // namespace
@@ -35,7 +35,7 @@ TEST_F(KeyFromToken, IsDrawnInTheModule) {
   const Result result = MakeKey();
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_THAT(result.output, HasSubstr("BEGIN PRIVATE KEY"));
-  EXPECT_THAT(tokens.Pieces(), testing::Contains(32u));  // the size of the private key
+  EXPECT_THAT(tokens.Pieces(), testing::Contains(kKeySize));
   EXPECT_THAT(tokens.OpenedSlots(), testing::Contains(1u));
 }
 
@@ -46,7 +46,7 @@ TEST_F(KeyFromToken, IsNotMadeWithoutTheToken) {
   const Result result = MakeKey();
   EXPECT_EQ(1, result.status);
   EXPECT_TRUE(Refused(result, "The generator \"Rutoken\" refuses the device \"B2\"."));
-  EXPECT_THAT(tokens.Pieces(), testing::Not(testing::Contains(32u)));
+  EXPECT_THAT(tokens.Pieces(), testing::Not(testing::Contains(kKeySize)));
 }
 
 TEST_F(KeyFromToken, IsNotMadeAfterTheTokenIsTakenOut) {
