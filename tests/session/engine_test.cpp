@@ -1,6 +1,10 @@
 #include "tests/session/own_provider.h"
 #include "tests/support/process.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
 #include <numeric>
 #include <random>

@@ -1,6 +1,8 @@
 #include "tests/session/own_provider.h"
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <gmock/gmock.h>
 #include <pthread.h>
 #include <span>

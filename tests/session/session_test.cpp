@@ -6,7 +6,10 @@
 #include "tests/support/process.h"
 #include "tests/support/tree.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <gmock/gmock.h>
+#include <memory>
 
 #include <rngaggregator/session.h>
 

@@ -5,6 +5,7 @@
 #include "tests/support/tree.h"
 #include "tests/threads/released_together.h"
 
+#include <gtest/gtest.h>
 #include <set>
 
 #include <rngaggregator/session.h>
