@@ -21,18 +21,20 @@ foreach(package IN LISTS packages)
     file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
   endif()
 
-  set(pkgconfig ${CPACK_TEMPORARY_DIRECTORY}/${package}${CPACK_PACKAGING_INSTALL_PREFIX}/lib/pkgconfig/rngaggregator.pc)
-  if(EXISTS ${pkgconfig})  # a package is never moved, and packagers write $DESTDIR before the folder for plug-ins
-    file(READ ${pkgconfig} text)
+  # A package is never moved, and packagers write $DESTDIR before the folder for plug-ins.
+  file(GLOB pkgconfig ${CPACK_TEMPORARY_DIRECTORY}/${package}${CPACK_PACKAGING_INSTALL_PREFIX}/lib/pkgconfig/*.pc)
+  foreach(file IN LISTS pkgconfig)
+    file(READ ${file} text)
     string(REPLACE "\${pcfiledir}/../.." ${CPACK_PACKAGING_INSTALL_PREFIX} text "${text}")
     string(REGEX REPLACE "^#[^\n]*\n" "" text "${text}")
-    file(WRITE ${pkgconfig} "${text}")
-  endif()
+    file(WRITE ${file} "${text}")
+  endforeach()
 
   configure_file(${debian}/copyright ${documents}/copyright COPYONLY)
   configure_file(${debian}/changelog ${documents}/changelog.Debian COPYONLY)
   configure_file(${debian}/../../CHANGELOG.md ${documents}/changelog COPYONLY)
   string(REGEX REPLACE "^(rng-plugin)-.*" "\\1" overrides ${package})  # which all plug-ins share
+  string(REPLACE librngcombine1 librngaggregator1 overrides ${overrides})
   configure_file(${debian}/${overrides}.lintian-overrides ${share}/lintian/overrides/${package} COPYONLY)
   file(GLOB_RECURSE texts ${share}/man/* ${documents}/changelog*)
   run(gzip -9n ${texts})
@@ -64,7 +66,7 @@ endfunction()
 # also calls ldconfig from maintainer scripts, which the trigger makes unnecessary.)
 macro(add_dependencies_of package)
   file(MAKE_DIRECTORY ${CPACK_TEMPORARY_DIRECTORY}/${package}/DEBIAN)
-  run(dpkg-shlibdeps -O -Slibrngaggregator1 -xlibrngaggregator1 ${ARGN})
+  run(dpkg-shlibdeps -O -Slibrngaggregator1 -Slibrngcombine1 -xlibrngaggregator1 ${ARGN})
   if(NOT output MATCHES "^shlibs:Depends=(.+)\n$")
     message(FATAL_ERROR "unexpected output of dpkg-shlibdeps for ${package}: ${output}")
   endif()
@@ -75,6 +77,8 @@ endmacro()
 
 file(COPY ${CPACK_DEBIAN_LIBRNGAGGREGATOR1_PACKAGE_CONTROL_EXTRA}
   DESTINATION ${CPACK_TEMPORARY_DIRECTORY}/librngaggregator1/DEBIAN)
+file(COPY ${CPACK_DEBIAN_LIBRNGCOMBINE1_PACKAGE_CONTROL_EXTRA}
+  DESTINATION ${CPACK_TEMPORARY_DIRECTORY}/librngcombine1/DEBIAN)
 file(WRITE ${CPACK_TEMPORARY_DIRECTORY}/debian/control "")
 # Fails if the library and the list of symbols differ. The version includes the release, so that it is later than
 # that of every symbol in the list; a missing symbol of exactly the given version would go unnoticed.

@@ -137,6 +137,14 @@ passes stat -c %a /etc/rngaggregator /etc/rngaggregator/rng.ini
 [ "$(cat "$room/log")" = "755
 644" ] || fail "modes of the settings: $(cat "$room/log")"
 
+# Several sources, with a record.
+passes ldconfig -p
+says 'librngcombine\.so\.1 \(libc6,x86-64\) => /lib/librngcombine\.so\.1'
+passes rngctl read --from unixdev -n 8 --record /tmp/record
+passes cat /tmp/record
+says '"plugin": "/usr/lib/librngunixdev.so"'
+inside rm /tmp/record
+
 # The tool, as in the demonstration.
 passes rngctl list
 says '^unixdev +no '
