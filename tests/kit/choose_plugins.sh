@@ -116,7 +116,7 @@ bioqt    not in RNG_PLUGINS'
         fail "not configured with BUILD_TESTING=$testing"
     done
     cmake -S "$source" -B "$room/other" -DBUILD_TESTING=OFF $no_openssl >"$room/log" 2>&1 && fail "accepted"
-    refuses 'The combination of generators needs OpenSSL 3. Install from Debian: libssl-dev'
+    refuses 'OpenSSL 3 is missing, which rngctl needs. Install from Debian: libssl-dev'
     ;;
   TestsNeedTheReferencePlugin)
     cmake -S "$source" -B "$room/build" -DRNG_PLUGINS=biokb >"$room/log" 2>&1 && fail "accepted"
