@@ -33,7 +33,7 @@ std::string rng::Explain(const SourceOutcome& outcome) {
       return name + " returned bytes that are not random (" + Describe(outcome.alarm) + ").";
     case SourceResult::kThrew:
       return name + " threw an exception" +
-             (outcome.message.empty() ? "." : ": " + outcome.message);
+             (outcome.message.empty() ? "." : " (" + outcome.message + ").");
     case SourceResult::kNotAsked:
       return name + " was not asked, because the draw had ended.";
     case SourceResult::kUsed:

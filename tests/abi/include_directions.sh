@@ -113,7 +113,7 @@ keep_in '^helpers/' '^dlfcn[.]h$' '^$'
 
 # --- The tool. Two families of commands, doctor and check, stand beside each other on rooms that know
 # neither.
-see '^tools/' '^(tools|providers|quality|rngaggregator)/|^settings/known_path[.]h$'
+see '^tools/' '^(tools|providers|quality|rngaggregator)/|^settings/known_path[.]h$|^helpers/gathering/hmac[.]h$'
 tool='^tools/rngctl/'
 common="${tool}refusal[.]h\$"
 see "${tool}terminal/" "${tool}terminal/|$common"
@@ -130,9 +130,10 @@ see "${tool}commands/[^/]*\$" "${tool}(commands|devices|settings|terminal|proces
 see "${tool}drawing/" \
   "${tool}(drawing|channel|process|settings|terminal)/|$common|$started|^rngaggregator/"
 see "${tool}commands/read/" \
-  "${tool}commands/(read/|provider_text[.]h$)|${tool}(drawing|channel|process|terminal)/|$common|^rngaggregator/"
+  "${tool}commands/(read/|provider_text[.]h$)|${tool}(drawing|channel|process|terminal)/|$common|^helpers/gathering/hmac[.]h$|^rngaggregator/"
 see "${tool}test/" \
   "${tool}(test|drawing|channel|process|terminal)/|${tool}commands/provider_text[.]h$|$common|^(quality|rngaggregator)/"
+keep_in "$tool" '^helpers/' "${tool}commands/read/"
 keep_in "$tool" '^quality/' "${tool}(test|check)/"
 keep_in "$tool" '^png[.]h$' "${tool}test/picture[.]cpp$"
 see "${tool}doctor/" \

@@ -118,6 +118,7 @@ tools/rngctl/main.cpp #include "openssl/request.h"
 helpers/other/new_file.cpp #include "aggregator/process_state.h"
 providers/display_probe.cpp #include <X11/Xlib.h>
 tools/rngctl/main.cpp #include "helpers/gathering/gathering.h"
+tools/rngctl/main.cpp #include "helpers/gathering/hmac.h"
 tools/rngctl/main.cpp #include "plugins/interactive/request.h"
 tools/rngctl/main.cpp #include "settings/profile_file.h"
 tools/rngctl/main.cpp #include "../../aggregator/process_state.h"

@@ -82,8 +82,8 @@ const std::vector<Failure> kFailures = {
     {SourceResult::kAlarm, DrawsARepetition,
      " returned bytes that are not random (16 bytes equal to the 16 before them)."},
     {SourceResult::kThrew, Throws(std::runtime_error("the cable is loose")),
-     " threw an exception: the cable is loose"},
-    {SourceResult::kThrew, Throws(std::bad_alloc()), " threw an exception: std::bad_alloc"},
+     " threw an exception (the cable is loose)."},
+    {SourceResult::kThrew, Throws(std::bad_alloc()), " threw an exception (std::bad_alloc)."},
     {SourceResult::kThrew, Throws(7), " threw an exception."},
 };
 

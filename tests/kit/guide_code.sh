@@ -81,6 +81,29 @@ rngctl default set "" >log 2>&1 || fail "default set"
 g++ -std=c++11 -Wall -Wextra -Werror -pthread checked.cpp -o checked -I"$P/include" -L"$P/lib" -lrngaggregator -Wl,-rpath,"$P/lib"
 ./checked || fail "a checked draw: $?"
 
+# A combined draw of a host, whose second source fails.
+{
+  block host-guide cpp CombinedRng
+  cat <<'HOST'
+int main() {
+  Initialize(nullptr);
+  unsigned char key[32];
+  const bool isDrawn = DrawKey(key, sizeof key);
+  ShutDown();
+  return isDrawn ? 0 : 7;
+}
+HOST
+} >combined.cpp
+# shellcheck disable=SC2046 # words
+g++ -std=c++11 -Wall -Wextra -Werror combined.cpp -o combined \
+  $(PKG_CONFIG_PATH="$P/lib/pkgconfig" pkg-config --cflags --libs rngcombine) -Wl,-rpath,"$P/lib"
+for end in stub:0 failing_device:7; do
+  cp "$build/tests/fake_plugins/${end%:*}/librngdsdr.so" "$P/lib"
+  status=0
+  ./combined || status=$?
+  [ $status = "${end#*:}" ] || fail "a combined draw: $status"
+done
+
 # A host in Python.
 block host-guide python GetRng >draw.py
 [ "$(wc -l <draw.py)" -le 20 ] || fail "the host in Python is long"

@@ -20,6 +20,7 @@
 #include <iostream>
 
 #include <rngaggregator/aggregator.h>
+#include <rngaggregator/combined_rng.h>
 
 namespace {
 
@@ -60,6 +61,20 @@ std::string CheckFileName(const std::string& text) {
   return text.empty() ? "the file name is empty" : "";
 }
 
+std::string CheckRecord(const std::string& text) {
+  return text == "-" ? "the record cannot be written to standard output: name a file"
+                     : CheckFileName(text);
+}
+
+std::string CheckSources(const std::string& text) {
+  try {
+    rng::ParseSources(text);
+    return "";
+  } catch (const std::invalid_argument& refusal) {
+    return refusal.what();
+  }
+}
+
 // An empty identifier would mean any device.
 std::string CheckDevice(const std::string& text) {
   return text.empty() ? "the hardware identifier is empty" : "";
@@ -76,9 +91,33 @@ void AddList(CLI::App& app, bool& asJson) {
   list->callback([&asJson] { RunList(asJson); });
 }
 
+CLI::Option* AddCombination(CLI::App& read, ReadRequest& request) {
+  CLI::Option* const from =
+      read.add_option("--from", request.draw.from,
+                      "Combine these generators, each with the identifier of its device if a colon "
+                      "follows; nothing is written unless all of them can be used")
+          ->type_name("NAME[:ID],...")
+          ->check(CheckSources);
+  read.add_option("--need", request.draw.need, "With --from, N of the generators are enough")
+      ->type_name("N")
+      ->check(CheckDecimal)
+      ->needs(from);
+  read.add_option_function<std::string>(
+          "--record",
+          [&request](const std::string& file) {
+            request.record = file;
+            request.draw.isRecorded = true;
+          },
+          "Write to FILE, as JSON, which generators and plug-ins the bytes are from")
+      ->type_name("FILE")
+      ->check(CheckRecord);
+  return from;
+}
+
 void AddRead(CLI::App& app, ReadRequest& request) {
   CLI::App* const read = app.add_subcommand("read", "Draw random bytes from a generator");
-  read->add_option("NAME", request.draw.name, "The generator; default: the configured one");
+  CLI::Option* const name =
+      read->add_option("NAME", request.draw.name, "The generator; default: the configured one");
   read->add_option("-n", request.draw.size, "The number of bytes")
       ->type_name("BYTES")
       ->required()
@@ -104,13 +143,15 @@ void AddRead(CLI::App& app, ReadRequest& request) {
   read->add_flag("--force", request.replacesOthers,
                  "With -o, replace a file that belongs to another user")
       ->needs(file);
-  read->add_option("--device", request.draw.device,
-                   "Draw from the device with this hardware identifier")
-      ->type_name("ID")
-      ->check(CheckDevice);
-  read->add_flag_callback(
+  CLI::Option* const device = read->add_option("--device", request.draw.device,
+                                               "Draw from the device with this hardware identifier")
+                                  ->type_name("ID")
+                                  ->check(CheckDevice);
+  CLI::Option* const unchecked = read->add_flag_callback(
       "--unchecked", [&request] { request.draw.isChecked = false; },
       "Write the bytes without checking that they look random");
+  CLI::Option* const from = AddCombination(*read, request);
+  from->excludes(name)->excludes(device)->excludes(unchecked);
   read->callback([&request] { RunRead(request); });
 }
 

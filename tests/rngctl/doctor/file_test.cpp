@@ -147,8 +147,7 @@ json Stray(const std::string& name, const std::string& problem, const std::strin
 }  // namespace
 
 TEST_F(Doctor, ShowsFilesThatLookLikePluginsAndAreOfNoKind) {
-  for (const char* name : {"librngDsdr.so", "librngmine.so", "librngsobol.so.1", "rngaccord.so",
-                           "librngcombine.so", "librngcombine.so.1"}) {
+  for (const char* name : {"librngDsdr.so", "librngmine.so", "librngsobol.so.1", "rngaccord.so"}) {
     WriteFile(TreePath("lib/") + name, "");
   }
   fs::copy(FakePlugin("biocore", "stub"), TreePath("lib/librngfirst.so.1.2"));

@@ -24,7 +24,7 @@ _rngctl() {
   local word=${COMP_WORDS[COMP_CWORD]} command=${COMP_WORDS[1]} words
 
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    -o | --picture) compopt -o default; return ;;
+    -o | --picture | --record) compopt -o default; return ;;
     --only)
       # The last of several: a comma does not begin a new word.
       local before=
@@ -32,7 +32,14 @@ _rngctl() {
       mapfile -t COMPREPLY < <(compgen -P "$before" -W "$checks" -- "${word##*,}")
       return
       ;;
-    -n | --device | --factory | --mask | --restarts | --timeout) return ;; # the user types the value
+    --from)
+      # The last of several, as above.
+      local given=
+      [[ $word == *,* ]] && given=${word%,*},
+      mapfile -t COMPREPLY < <(compgen -P "$given" -W "$kinds" -- "${word##*,}")
+      return
+      ;;
+    -n | --device | --factory | --mask | --need | --restarts | --timeout) return ;; # the user types the value
   esac
 
   [[ $command == default && $COMP_CWORD -gt 2 && ${COMP_WORDS[2]} == set ]] && command="default set"
@@ -44,7 +51,7 @@ _rngctl() {
       compopt -o nosort
       # shellcheck disable=SC2086 # a list of words
       [[ $word == -* ]] || kinds=$(_rngctl_loaded_first $kinds)
-      words="$kinds -n --raw --hex --base64 -o --force --device --unchecked --help"
+      words="$kinds -n --raw --hex --base64 -o --force --device --unchecked --from --need --record --help"
       ;;
     test)
       compopt -o nosort

@@ -61,3 +61,8 @@ void WithGenerator(const GeneratorChoice& choice, const std::function<void(IRngP
   WithStartedAggregator(
       [&] { work(isNamed ? FindNamed(choice) : FindDefaultRng(settings, choice.device)); });
 }
+
+void WithGenerators(const std::string& list,
+                    const std::function<void(const std::vector<rng::CombinedSource>&)>& work) {
+  WithStartedAggregator([&] { work(rng::FindSources(list)); });
+}

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include <rngaggregator/combined_rng.h>
 #include <rngaggregator/provider.h>
 
 /// What the user asks for.
@@ -15,5 +16,10 @@ struct GeneratorChoice {
 /// Starts the library, does `work` with that generator, whose device is selected, and stops the library.
 /// Throws a `Refusal`, also in place of what a plug-in throws.
 void WithGenerator(const GeneratorChoice& choice, const std::function<void(IRngProvider&)>& work);
+
+/// Likewise with several generators, listed as in "unixdev,Rutoken:3a2f01". The providers of those that are not usable
+/// are null, and no device is selected yet.
+void WithGenerators(const std::string& list,
+                    const std::function<void(const std::vector<rng::CombinedSource>&)>& work);
 
 #endif

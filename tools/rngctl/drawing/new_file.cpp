@@ -2,11 +2,13 @@
 
 #include "tools/rngctl/channel/signal_block.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <iterator>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -21,7 +23,7 @@ struct Unfinished {
   int file = -1;
   char name[NAME_MAX + 1] = {};
 };
-Unfinished g_unfinished;
+Unfinished g_unfinished[2];
 
 [[noreturn]] void Fail(int error = errno) {
   throw std::system_error(error, std::generic_category());
@@ -35,8 +37,9 @@ void Discard(int directory, const char* name, int file) {
 }
 
 void RemoveUnfinished(int signal) {
-  if (g_unfinished.directory >= 0) {
-    Discard(g_unfinished.directory, g_unfinished.name, g_unfinished.file);
+  for (const Unfinished& unfinished : g_unfinished) {
+    if (unfinished.directory < 0) continue;
+    Discard(unfinished.directory, unfinished.name, unfinished.file);
   }
   ::raise(signal);  // SA_RESETHAND has restored the default action
 }
@@ -72,10 +75,14 @@ void ReplaceHandlers(void (*from)(int), void (*to)(int)) {
 }
 
 void RemoveWhenSignalled(int directory, const std::string& name, int file) {
-  g_unfinished = {};
-  g_unfinished.file = file;
-  name.copy(g_unfinished.name, sizeof g_unfinished.name - 1);
-  g_unfinished.directory = directory;
+  Unfinished* const unfinished =
+      std::find_if(std::begin(g_unfinished), std::end(g_unfinished),
+                   [](const Unfinished& place) { return place.directory < 0; });
+  if (unfinished == std::end(g_unfinished)) Fail(EMFILE);
+  *unfinished = {};
+  unfinished->file = file;
+  name.copy(unfinished->name, sizeof unfinished->name - 1);
+  unfinished->directory = directory;
   ReplaceHandlers(SIG_DFL, RemoveUnfinished);
 }
 
@@ -133,7 +140,7 @@ bool NewFile::TryToCreate() {
 NewFile::~NewFile() {
   const SignalBlock block;
   if (!temporary.empty()) Discard(place.directory.Get(), temporary.c_str(), file.Get());
-  g_unfinished.directory = -1;
+  Forget();
 }
 
 void NewFile::Commit() {
@@ -143,7 +150,7 @@ void NewFile::Commit() {
   const int directory = place.directory.Get();
   if (::renameat(directory, temporary.c_str(), directory, place.name.c_str()) != 0) Fail();
   temporary.clear();
-  g_unfinished.directory = -1;
+  Forget();
   SyncDirectory();
 }
 
@@ -153,8 +160,15 @@ void NewFile::SyncDirectory() const {
   if (errno != EBADF || ::syncfs(file.Get()) != 0) Fail();
 }
 
+// A signal does not remove it any more.
+void NewFile::Forget() const {
+  for (Unfinished& unfinished : g_unfinished) {
+    if (unfinished.file == file.Get()) unfinished = {};
+  }
+}
+
 void NewFile::LeaveToParent() {
-  g_unfinished.directory = -1;
+  Forget();
   ReplaceHandlers(RemoveUnfinished, SIG_DFL);
   temporary.clear();
   file.Close();

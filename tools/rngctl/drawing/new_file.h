@@ -17,8 +17,8 @@ struct Place {
 Place OpenPlace(const std::string& path);
 
 /// A file that appears when it is complete. Until then it has another name in the same directory, and is
-/// emptied and removed if this process ends, except by SIGKILL. Only its owner can read it. At most one
-/// exists at a time. Failures are thrown as `std::system_error`.
+/// emptied and removed if this process ends, except by SIGKILL. Only its owner can read it. At most two
+/// exist at a time. Failures are thrown as `std::system_error`.
 class NewFile {
  public:
   explicit NewFile(Place where);
@@ -39,6 +39,8 @@ class NewFile {
   void Create();
   bool TryToCreate();
   void SyncDirectory() const;
+
+  void Forget() const;
 
   Place place;
   std::string temporary;

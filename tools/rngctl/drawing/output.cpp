@@ -114,6 +114,15 @@ bool Output::IsTerminal() const { return ::isatty(descriptor) == 1; }
 
 bool Output::IsStandardOutput() const { return descriptor == STDOUT_FILENO; }
 
+bool Output::IsSameAs(const Output& other) const {
+  if (!file || !other.file) return descriptor == other.descriptor;
+  struct stat ours = {};
+  struct stat theirs = {};
+  return ::fstat(file->Where().directory.Get(), &ours) == 0 &&
+         ::fstat(other.file->Where().directory.Get(), &theirs) == 0 && IsSame(ours, theirs) &&
+         file->Where().name == other.file->Where().name;
+}
+
 bool Output::MayBeShown() const {
   struct stat status = {};
   const bool isKnown = ::fstat(descriptor, &status) == 0;

@@ -23,6 +23,8 @@ class Output {
   bool IsTerminal() const;
   bool IsStandardOutput() const;
   bool MayBeShown() const;  ///< a terminal, or a pipe, which may lead to one
+  bool AppearsAtEnd() const { return file.has_value(); }  ///< only `Commit` shows what was written
+  bool IsSameAs(const Output& other) const;  ///< each would replace or follow the other
   void Write(const SecretBytes& bytes);
   void Commit();  ///< after the last byte: makes the file appear
 

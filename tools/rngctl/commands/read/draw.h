@@ -5,14 +5,18 @@
 #include "tools/rngctl/process/forked/forked_process.h"
 
 #include <cstdint>
+#include <optional>
 
 struct DrawRequest : GeneratorChoice {
   std::uint64_t size = 0;
-  bool isChecked = true;  ///< refuses bytes that are evidently not random
+  bool isChecked = true;              ///< refuses bytes that are evidently not random
+  std::string from;                   ///< the generators to combine; empty: draws from one
+  std::optional<std::uint64_t> need;  ///< how many of them are enough; by default all
+  bool isRecorded = false;
 };
 
-/// Starts the library, draws from that generator and stops the library. All pieces but the last have a
-/// multiple of three bytes. Throws a `Refusal`.
+/// Starts the library, draws from that generator or those, and stops the library. All pieces but the last have a
+/// multiple of three bytes. The bytes are followed by the record, as JSON, if it is wanted. Throws a `Refusal`.
 void Draw(const DrawRequest& request, const TakePiece& pass);
 
 #endif

@@ -11,9 +11,11 @@ struct ReadRequest {
   Encoding encoding = Encoding::kHex;
   std::string file;  ///< empty: standard output
   bool replacesOthers = false;
+  std::string record;  ///< a file that says what went into the bytes; empty: none
 };
 
-/// Draws random bytes and writes them.
+/// Draws random bytes and writes them. With several generators or a record, nothing appears before everything has
+/// succeeded.
 void RunRead(const ReadRequest& request);
 
 #endif
