@@ -99,7 +99,7 @@ done
 see '^helpers/' '^(helpers|plugins/interactive|rngaggregator)/'
 # No input and no output: of the system's headers none, and of the language's none that reads or writes.
 keep_in '^helpers/gathering/' '^([a-z0-9_]+[.]h|sys/.*|[a-z]*stream|cstdio|filesystem|print|format)$' '^$'
-keep '^openssl/' '^(helpers/gathering|combine|openssl|benchmarks/timing/peers|tests/openssl)/'
+keep '^openssl/' '^(helpers/gathering|combine|openssl|tools/rngctl/doctor/openssl|benchmarks/timing/peers|tests/openssl)/'
 # The module runs in other people's programs, the child beside them. They share their conversation, and the start of a
 # program in the background.
 see '^openssl/module/' '^openssl/(module/|request[.]h$)|^plugins/interactive/start_orphan[.]h$'
@@ -141,6 +141,9 @@ see "${tool}doctor/" \
 # What judges files needs no answer of a child.
 see "${tool}doctor/permissions/" \
   "${tool}(doctor/permissions/|doctor/report[.]h|files/|loader/|terminal/)|^providers/catalogue[.]h$"
+# A draw by OpenSSL needs no plug-in.
+see "${tool}doctor/openssl/" \
+  "${tool}(doctor/openssl/|doctor/doctor[.]h|channel/|files/|process/|terminal/)|$common|^providers/library_handle[.]h$"
 see "${tool}check/" \
   "${tool}(check|devices|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^(quality|rngaggregator)/"
 # What judges bytes needs no plug-in.

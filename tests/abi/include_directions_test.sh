@@ -149,6 +149,8 @@ tools/rngctl/check/looks/bias.cpp #include "tools/rngctl/check/plugin/watched_dr
 tools/rngctl/doctor/doctor.cpp #include "tools/rngctl/commands/list.h"
 tools/rngctl/doctor/doctor.cpp #include "aggregator/process_state.h"
 tools/rngctl/doctor/doctor.cpp #include <gelf.h>
+tools/rngctl/doctor/doctor.cpp #include <openssl/rand.h>
+tools/rngctl/doctor/openssl/openssl.cpp #include "tools/rngctl/doctor/report.h"
 tools/rngctl/check/check.cpp #include "tools/rngctl/doctor/report.h"
 tools/rngctl/check/check.cpp #include "settings/known_path.h"
 tools/rngctl/check/plugin/step.cpp #include "tools/rngctl/check/rules/rule.h"

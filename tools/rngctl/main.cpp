@@ -8,6 +8,8 @@
 #include "tools/rngctl/devices/ask.h"
 #include "tools/rngctl/doctor/doctor.h"
 #include "tools/rngctl/doctor/examine/child.h"
+#include "tools/rngctl/doctor/openssl/child.h"
+#include "tools/rngctl/doctor/openssl/openssl.h"
 #include "tools/rngctl/process/interruption.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/terminal/standard_output.h"
@@ -78,6 +80,10 @@ std::string CheckSources(const std::string& text) {
 // An empty identifier would mean any device.
 std::string CheckDevice(const std::string& text) {
   return text.empty() ? "the hardware identifier is empty" : "";
+}
+
+std::string CheckUser(const std::string& text) {
+  return text.empty() ? "the name of the user is empty" : "";
 }
 
 std::string CheckPicture(const std::string& text) {
@@ -178,13 +184,26 @@ void AddDefault(CLI::App& app, std::uint32_t& mask, std::string& name, std::stri
 void AddDoctor(CLI::App& app, DoctorRequest& request) {
   CLI::App* const doctor =
       app.add_subcommand("doctor", "Explain why a generator is not listed and how to fix it");
-  doctor->add_option("KIND", request.kind, "The kind to examine; default: all twelve");
+  CLI::Option* const kind =
+      doctor->add_option("KIND", request.kind, "The kind to examine; default: all twelve");
   doctor->add_flag("--json", request.asJson, "Print the report as JSON");
   doctor->add_option("--timeout", request.timeout, "Time limit for each plug-in, at most 3600")
       ->type_name("SECONDS")
       ->capture_default_str()
       ->check(CheckDecimal)
       ->check(CLI::Range(1, 3600));
+  CLI::Option* const openssl =
+      doctor
+          ->add_flag("--openssl", request.isOpenssl,
+                     "Make a draw as programs do that use OpenSSL, and show from which generator "
+                     "it comes")
+          ->excludes(kind);
+  doctor
+      ->add_option("--user", request.user,
+                   "With --openssl, draw as this user; only root can name another one")
+      ->type_name("NAME")
+      ->needs(openssl)
+      ->check(CheckUser);
   doctor->footer(
       "Starts the library with all plug-ins in one process, and each examined plug-in alone in a\n"
       "separate process, so a crash or a hang ends neither the doctor nor the other\n"
@@ -196,10 +215,12 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
       "     that was meant to configure it is ignored. Other users cannot change what root's\n"
       "     processes load or write.\n"
       "     With KIND: programs get that generator, even if other plug-ins have problems.\n"
+      "     With --openssl: the draw comes from this project's provider.\n"
       "  1  One of these is not true, or an examination failed.\n"
       "  2  Wrong usage.\n"
       "  3  Without KIND: no generator is usable.");
-  doctor->callback([&request] { RunDoctor(request); });
+  doctor->callback(
+      [&request] { request.isOpenssl ? RunOpensslDoctor(request) : RunDoctor(request); });
 }
 
 void AddCheck(CLI::App& app, CheckRequest& request) {
@@ -278,6 +299,7 @@ void AddChildren(CLI::App& app, int& channel) {
     child->callback([run, &channel] { run(channel); });
   };
   add(kDoctorChildCommand, RunDoctorChild);
+  add(kOpensslChildCommand, RunOpensslChild);
   add(kCheckChildCommand, [](int number) { RunCheckChild(number); });
   add(kDevicesChildCommand, [](int number) { RunDevicesChild(number); });
   add(kTestChildCommand, RunTestChild);

@@ -39,6 +39,7 @@ _rngctl() {
       mapfile -t COMPREPLY < <(compgen -P "$given" -W "$kinds" -- "${word##*,}")
       return
       ;;
+    --user) compopt -o nosort; mapfile -t COMPREPLY < <(compgen -u -- "$word"); return ;;
     -n | --device | --factory | --mask | --need | --restarts | --timeout) return ;; # the user types the value
   esac
 
@@ -61,7 +62,7 @@ _rngctl() {
       ;;
     default) words="set --mask --help" ;;
     "default set") words="$kinds --help" ;;
-    doctor) words="$kinds --json --timeout --help" ;;
+    doctor) words="$kinds --json --openssl --timeout --user --help" ;;
     check)
       words="--factory --json --only --timeout --help"
       [[ $word == -* ]] || compopt -o default

@@ -1,0 +1,155 @@
+#include "tests/rngctl/openssl/openssl_doctor.h"
+
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+// --- The draw
+
+TEST_F(OpensslDoctor, NamesTheGeneratorOfADrawThatIsOurs) {
+  const Result result = Examine();
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.errors, IsEmpty());
+  EXPECT_EQ(
+      "Environment      OPENSSL_CONF=" + File() + "\nConfiguration    " + File() +
+          "\nModule           " + Module() +
+          "\nDraw             from Rutoken 3A7F, through rngaggregator\n"
+          "Not examined     programs that ignore the configuration or use a library context of "
+          "their own; they draw nothing from rngaggregator, see "
+          "openssl-provider-rngaggregator(7)\n",
+      result.output);
+}
+
+TEST_F(OpensslDoctor, MakesADrawFromTheGeneratorItself) {
+  fs::copy_file(PROVIDER "/libexec/rngaggregator/rng-openssl-draw", Program(),
+                fs::copy_options::overwrite_existing);
+  fs::copy_file(PROVIDER "/lib/librngcombine.so.1", TreePath("lib/librngcombine.so.1"),
+                fs::copy_options::overwrite_existing);
+  ASSERT_EQ(0, Run("default set unixdev").status);
+  const Result result = Examine();
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.output, HasSubstr("from unixdev, through rngaggregator\n"));
+}
+
+TEST_F(OpensslDoctor, FindsOurProviderUnderAnotherName) {
+  Change("rngaggregator = rngaggregator_provider", "mine = rngaggregator_provider");
+  Result result = Examine();
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.output,
+              HasSubstr("\nModule           " + Module() + "\nDraw             from Rutoken 3A7F"));
+  result = Examine("", "FAKE_DRAW=fail");
+  EXPECT_EQ(std::string(kNoBytes) + "The token is gone. Fix: insert it.\n", result.errors);
+}
+
+TEST_F(OpensslDoctor, RepeatsWhatTheProviderSaysOfAFailedDraw) {
+  const Result result = Examine("", "FAKE_DRAW=fail");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ(std::string(kNoBytes) + "The token is gone. Fix: insert it.\n", result.errors);
+}
+
+TEST_F(OpensslDoctor, ADrawingProgramThatEndsIsAFailedDraw) {
+  EXPECT_THAT(Examine("", "FAKE_DRAW=end").errors, StartsWith(kNoBytes));
+}
+
+TEST_F(OpensslDoctor, ADrawWithoutEndEndsAtTheLimit) {
+  const Result result = Examine("--timeout 1", "FAKE_DRAW=hang");
+  ExpectFault(result, std::string(kNoBytes) + "the process that draws did not answer within 1 s",
+              "If the generator is slow, allow more with --timeout.");
+  EXPECT_EQ(0U, CountProcessesOf(Program()));
+}
+
+TEST_F(OpensslDoctor, AModuleThatCrashesEndsOnlyItsProcess) {
+  fs::copy_file(CRASHING_MODULE, Module(), fs::copy_options::overwrite_existing);
+  const Result result = Examine();
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("the process that draws crashed with signal 6 (Aborted)"));
+}
+
+TEST_F(OpensslDoctor, AnEngineThatReplacesTheGeneratorIsNotOurs) {
+  Change("providers = rngaggregator_providers", "providers = rngaggregator_providers\nengines = e");
+  WriteFile(File(), ReadFile(File()) + "\n[e]\nreplacing = r\n[r]\ndynamic_path = " REPLACING_ENGINE
+                                       "\ninit = 1\ndefault_algorithms = RAND\n");
+  const Result result = Examine();
+  ExpectFault(result,
+              std::string(kElsewhere) + "an engine replaces OpenSSL's random-number generator",
+              "Remove the engine from the configuration.");
+}
+
+// --- Users
+
+TEST_F(OpensslDoctor, DrawsAsAnotherUser) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  fs::permissions(TreePath(""), fs::perms(0755));
+  const Result result = Examine("--user nobody");
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_THAT(result.output, StartsWith("User             nobody\nEnvironment      OPENSSL_CONF=" +
+                                        File() + ", as in this process\n"));
+  fs::permissions(File(), fs::perms(0600));
+  EXPECT_EQ(kElsewhere + File() + " cannot be read by this user: Permission denied.\n",
+            Examine("--user nobody").errors);
+}
+
+TEST_F(OpensslDoctor, OnlyRootDrawsAsAnotherUser) {
+  const Result result = RunForked([] {
+    const Unprivileged user;
+    ::execl(Rngctl().c_str(), "rngctl", "doctor", "--openssl", "--user", "root", nullptr);
+    return 127;
+  });
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("rngctl: Only root can draw as another user. Run this command with sudo.\n",
+            result.errors);
+}
+
+TEST_F(OpensslDoctor, AnyoneMayNameThemselves) {
+  const Result result = ExamineAsUser("--user \"$(id -un)\"");
+  EXPECT_EQ(0, result.status) << result.errors;
+}
+
+TEST_F(OpensslDoctor, RefusesUnknownUsersAndContradictions) {
+  const Result unknown = Examine("--user nobody-at-all");
+  EXPECT_EQ(2, unknown.status);
+  EXPECT_EQ("rngctl: There is no user \"nobody-at-all\".\n", unknown.errors);
+  EXPECT_THAT(unknown.output, IsEmpty());
+  for (const std::string arguments : {"--openssl unixdev", "--user root", "--openssl --user ''"}) {
+    EXPECT_EQ(2, Run("doctor " + arguments).status) << arguments;
+  }
+}
+
+// --- The report
+
+TEST_F(OpensslDoctor, ReportsInJson) {
+  const Result drawn = Examine("--json");
+  EXPECT_EQ(0, drawn.status);
+  EXPECT_EQ(json({{"user", nullptr},
+                  {"environment", {"OPENSSL_CONF=" + File()}},
+                  {"configuration", File()},
+                  {"module", Module()},
+                  {"result", "drawn"},
+                  {"generator", "Rutoken 3A7F"},
+                  {"problem", nullptr},
+                  {"fix", nullptr},
+                  {"warnings", json::array()}}),
+            json::parse(drawn.output));
+  const Result failed = Examine("--json", "FAKE_DRAW=fail");
+  EXPECT_EQ("failed", json::parse(failed.output).at("result"));
+  Change("random = RNGAGGREGATOR", "");
+  const Result elsewhere = Examine("--json --user \"$(id -un)\"");
+  EXPECT_EQ("drawn-elsewhere", json::parse(elsewhere.output).at("result"));
+  for (const Result& result : {drawn, failed, elsewhere}) {
+    const Result match = MatchSchema("doctor-openssl.schema.json", result.output);
+    EXPECT_EQ(0, match.status) << match.errors;
+  }
+}
+
+// The fake draws only this byte.
+TEST_F(OpensslDoctor, ShowsNoBytes) {
+  const std::string text = Examine().output + Examine("--json").output;
+  EXPECT_THAT(text, AllOf(Not(HasSubstr("RRRR")), Not(HasSubstr("5252"))));
+}

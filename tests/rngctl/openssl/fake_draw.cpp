@@ -1,0 +1,39 @@
+// Stands in for the program that draws for OpenSSL's provider. The variable FAKE_DRAW says what it does.
+
+#include "openssl/request.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kSocket = 3;
+
+void Answer(const DrawRequest& request, DrawAnswer::Result result, const char* text) {
+  DrawAnswer answer = {request.number, result, {}};
+  std::strncpy(answer.text.text, text, sizeof answer.text.text - 1);
+  ::send(kSocket, &answer, sizeof answer, MSG_NOSIGNAL);
+  if (result != DrawAnswer::kDrawn) return;
+  const std::string bytes(request.size, 'R');
+  ::send(kSocket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+}
+
+}  // namespace
+
+int main() {
+  const char* const given = std::getenv("FAKE_DRAW");
+  const std::string word = given ? given : "";
+  DrawRequest request;
+  while (::recv(kSocket, &request, sizeof request, MSG_WAITALL) == sizeof request) {
+    if (word == "hang") ::sleep(3600);
+    if (word == "end") return 1;
+    if (word == "fail") {
+      Answer(request, DrawAnswer::kFailed, "The token is gone. Fix: insert it.");
+    } else {
+      Answer(request, DrawAnswer::kDrawn, "Rutoken 3A7F");
+    }
+  }
+}

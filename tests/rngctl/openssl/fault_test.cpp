@@ -1,0 +1,144 @@
+#include "tests/rngctl/openssl/openssl_doctor.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+// --- Why it is not ours
+
+TEST_F(OpensslDoctor, FindsAFileThatIsMissingOrNotRead) {
+  fs::remove(File());
+  ExpectElsewhere(File() + " does not exist", "Correct the variable OPENSSL_CONF.");
+  fs::create_directory(File());
+  ExpectElsewhere(File() + " is a directory", "Replace it with a file.");
+  ExpectFault(Examine("", "OPENSSL_CONF="),
+              std::string(kElsewhere) + "OPENSSL_CONF is empty, so OpenSSL reads no configuration",
+              "Unset the variable, or set it to the path of a configuration.");
+}
+
+TEST_F(OpensslDoctor, FindsAFileThatTheUserMayNotRead) {
+  fs::permissions(File(), fs::perms(0600));
+  if (::geteuid() != 0) fs::permissions(File(), fs::perms(0));
+  ExpectFault(ExamineAsUser(),
+              kElsewhere + File() + " cannot be read by this user: Permission denied",
+              "Let the user read it: chmod o+r " + File());
+}
+
+TEST_F(OpensslDoctor, FindsAFolderThatTheUserMayNotSearch) {
+  fs::create_directory(TreePath("closed"));
+  fs::rename(File(), TreePath("closed/openssl.cnf"));
+  fs::create_symlink(TreePath("closed/openssl.cnf"), File());
+  fs::permissions(TreePath("closed"), fs::perms(::geteuid() == 0 ? 0700 : 0));
+  const Result result = ExamineAsUser();
+  fs::permissions(TreePath("closed"), fs::perms(0700));
+  ExpectFault(result,
+              kElsewhere + File() + " cannot be read by this user: " + TreePath("closed") +
+                  " cannot be searched",
+              "Let the user search it: chmod o+x " + TreePath("closed"));
+}
+
+TEST_F(OpensslDoctor, FindsASyntaxErrorWithItsLine) {
+  WriteFile(File(), "a = 1\nb = 2\n[c\n" + good);
+  const Result result = Examine();
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, StartsWith(kElsewhere + ("OpenSSL cannot read line 3 of " + File()) +
+                                        ": missing close square bracket"));
+  EXPECT_THAT(result.output, HasSubstr("\nFix: Correct line 3 of " + File() + ".\n"));
+}
+
+TEST_F(OpensslDoctor, FindsAFileThatChoosesNothing) {
+  WriteFile(File(), "[a]\nb = c\n");
+  ExpectElsewhere(File() + " has no line \"openssl_conf\" before its first section",
+                  "Make \".include ");
+}
+
+TEST_F(OpensslDoctor, FindsALaterLineThatReplacesOurs) {
+  WriteFile(File(),
+            good + "\nopenssl_conf = o\n[o]\nproviders = p\n[p]\ndefault = d\n[d]\nactivate = 1\n");
+  ExpectElsewhere("the section [o] of " + File() + " has no line \"random\"",
+                  "Remove the line \"openssl_conf\" of " + File());
+}
+
+TEST_F(OpensslDoctor, FindsMissingSectionsAndLines) {
+  const std::string fix = "Restore it as it is in ";
+  Change("[rngaggregator_init]", "[other]");
+  ExpectElsewhere(File() + " has no section [rngaggregator_init], which \"openssl_conf\" names",
+                  fix);
+  Change("random = rngaggregator_random", "");
+  ExpectElsewhere("the section [rngaggregator_init] of " + File() + " has no line \"random\"", fix);
+  Change("[rngaggregator_random]", "[other]");
+  ExpectElsewhere(
+      File() + " has no section [rngaggregator_random], which [rngaggregator_init] names", fix);
+  Change("random = RNGAGGREGATOR", "");
+  ExpectElsewhere(
+      "the section [rngaggregator_random] of " + File() + " has no line \"random = RNGAGGREGATOR\"",
+      fix);
+  Change("random = RNGAGGREGATOR", "random = CTR-DRBG");
+  ExpectElsewhere(
+      "the section [rngaggregator_random] of " + File() + " chooses the generator \"CTR-DRBG\"",
+      fix);
+}
+
+TEST_F(OpensslDoctor, FindsABrokenSectionBeforeOurs) {
+  Change("random = rngaggregator_random", "alg_section = absent\nrandom = rngaggregator_random");
+  ExpectElsewhere(
+      "OpenSSL stops at the line \"alg_section\" in [rngaggregator_init]: error loading section",
+      "Correct it, or move the line \"random\" before it.");
+}
+
+// --- Why there are no bytes
+
+TEST_F(OpensslDoctor, FindsWhatKeepsTheModuleFromBeingLoaded) {
+  const std::string install = "Install the package openssl-provider-rngaggregator";
+  const std::string reinstall = "Reinstall the package openssl-provider-rngaggregator.";
+  WriteFile(Module(), "not a library");
+  EXPECT_THAT(Examine().errors,
+              AllOf(StartsWith(kNoBytes + std::string("the module cannot be opened: ") + Module()),
+                    HasSubstr("file too short")));
+  fs::copy_file(REPLACING_ENGINE, Module(), fs::copy_options::overwrite_existing);
+  ExpectNoBytes(
+      "the module " + Module() + " is not a provider: it has no function OSSL_provider_init",
+      reinstall);
+  fs::remove(Module());
+  ExpectNoBytes("the module " + Module() + " does not exist", install);
+  Change("module = " + Module(), "module = other.so");
+  ExpectNoBytes("the module " + TreePath("lib/other.so") + " does not exist", install,
+                "OPENSSL_MODULES=" + TreePath("lib"));
+}
+
+TEST_F(OpensslDoctor, FindsAProviderThatIsNotChosen) {
+  const std::string section = "the section [rngaggregator_init] of " + File();
+  Change("providers = rngaggregator_providers", "");
+  ExpectNoBytes(section + " has no line \"providers\"", "Add \"providers = SECTION\"");
+  Change("rngaggregator = rngaggregator_provider", "");
+  ExpectNoBytes(
+      "the section [rngaggregator_providers] of " + File() + " does not name the provider",
+      "Add \"rngaggregator = SECTION\"");
+  Change("[rngaggregator_provider]", "[other]");
+  ExpectNoBytes(
+      File() + " has no section [rngaggregator_provider], which [rngaggregator_providers] names",
+      "Add that section");
+  Change("activate = 1", "");
+  ExpectNoBytes(
+      "the section [rngaggregator_provider] of " + File() + " does not activate the provider",
+      "Add \"activate = 1\" to it.");
+}
+
+// --- Warnings
+
+TEST_F(OpensslDoctor, WarnsOfWhatCouldMakeProgramsDrawElsewhere) {
+  Change("config_diagnostics = 1", "config_diagnostics = 0");
+  Result result = Examine();
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output,
+              HasSubstr("\nWarning: The configuration has no line \"config_diagnostics = 1\""));
+  Change("random = rngaggregator_random\nproviders = rngaggregator_providers",
+         "providers = rngaggregator_providers\nrandom = rngaggregator_random");
+  result = Examine();
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(
+      result.output,
+      HasSubstr("\nWarning: The line \"random\" is not the first in [rngaggregator_init]."));
+}

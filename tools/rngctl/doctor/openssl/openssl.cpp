@@ -1,0 +1,116 @@
+#include "tools/rngctl/doctor/openssl/openssl.h"
+
+#include "tools/rngctl/doctor/openssl/child.h"
+#include "tools/rngctl/doctor/openssl/messages.h"
+#include "tools/rngctl/doctor/openssl/report.h"
+#include "tools/rngctl/process/child.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/terminal/standard_output.h"
+#include "tools/rngctl/terminal/wait_notice.h"
+
+namespace {
+
+using Limit = std::chrono::seconds;
+
+ChildResult Ask(const OpensslQuestion& question, Limit limit) {
+  const WaitNotice notice("Waiting for a draw by OpenSSL, at most " +
+                          std::to_string(limit.count()) + " s");
+  ChildOrder order = {kOpensslChildCommand, Encode(question), limit};
+  order.endsDescendants = true;  // the program that draws for the module
+  return RunChild(order);
+}
+
+bool IsOurs(const OpensslDraw& draw) {
+  return draw.isDrawn && !draw.isReplaced && draw.algorithm == "RNGAGGREGATOR" &&
+         !draw.generator.empty();
+}
+
+OpensslResult Judge(const OpensslDraw& draw) {
+  if (!draw.isDrawn) return OpensslResult::kFailed;
+  return IsOurs(draw) ? OpensslResult::kDrawn : OpensslResult::kDrawnElsewhere;
+}
+
+std::string NameGenerator(const OpensslDraw& draw) {
+  if (!draw.isDrawn) return "";
+  if (draw.isReplaced) return "an engine";
+  return IsOurs(draw) ? draw.generator : draw.algorithm + " of the provider " + draw.provider;
+}
+
+// What the provider itself says is a sentence with the advice.
+void PutReason(OpensslReport& report, const std::string& reason) {
+  report.problem = reason;
+  while (report.problem.ends_with('.')) report.problem.pop_back();
+  if (reason.find("rngctl") == std::string::npos && reason.find("Fix:") == std::string::npos) {
+    report.fix = "Run \"rngctl doctor\" to examine the generators.";
+  }
+}
+
+void PutConfiguration(OpensslReport& report, const OpensslDraw& draw, Limit limit) {
+  const bool isInOrder = IsOurs(draw) || !draw.reason.empty();
+  const ChildResult result = Ask({OpensslSubject::kConfiguration, report.user, isInOrder}, limit);
+  const auto answer = result.Last<OpensslConfiguration>();
+  if (!answer) {
+    report.warnings.push_back("The process that reads the configuration " +
+                              DescribeEnd(result, limit) + '.');
+    return;
+  }
+  report.module = answer->module;
+  report.warnings = answer->warnings;
+  if (!report.problem.empty()) return;
+  report.problem = answer->problem;
+  report.fix = answer->fix;
+}
+
+// Where the configuration does not explain it.
+void PutRest(OpensslReport& report, const OpensslDraw& draw) {
+  if (report.result == OpensslResult::kDrawn || !report.problem.empty()) return;
+  report.problem =
+      draw.isDrawn ? "the configuration does not explain why" : "OpenSSL says: " + draw.error;
+}
+
+void PutBadEnd(OpensslReport& report, const ChildResult& result, Limit limit) {
+  report.problem = "the process that draws " + DescribeEnd(result, limit);
+  report.fix =
+      result.end == ChildEnd::kTimedOut
+          ? "If the generator is slow, allow more with --timeout. Otherwise run \"rngctl doctor\"."
+          : "Examine the modules that the configuration names, and run \"rngctl doctor\".";
+}
+
+OpensslReport Examine(const std::string& user, Limit limit) {
+  const ChildResult result = Ask({OpensslSubject::kDraw, user}, limit);
+  const auto draw = result.Last<OpensslDraw>().value_or(OpensslDraw{});
+  if (!draw.refusal.empty()) throw Refusal(kWrongUsage, draw.refusal);
+  OpensslReport report = {user, draw.environment, draw.file};
+  if (draw.step != OpensslStep::kEnd) {
+    PutBadEnd(report, result, limit);
+    return report;
+  }
+  report.result = Judge(draw);
+  report.generator = NameGenerator(draw);
+  if (draw.isReplaced) {
+    report.problem = "an engine replaces OpenSSL's random-number generator";
+    report.fix = "Remove the engine from the configuration.";
+  }
+  if (!draw.isDrawn && !draw.reason.empty()) PutReason(report, draw.reason);
+  PutConfiguration(report, draw, limit);
+  PutRest(report, draw);
+  return report;
+}
+
+void Conclude(const OpensslReport& report) {
+  if (report.result == OpensslResult::kDrawn) return;
+  const std::string consequence =
+      report.result == OpensslResult::kFailed
+          ? "Programs that use OpenSSL get no random bytes: "
+          : "Programs that use OpenSSL do not draw from rngaggregator: ";
+  throw Refusal(kNegativeAnswer, consequence + report.problem + '.');
+}
+
+}  // namespace
+
+void RunOpensslDoctor(const DoctorRequest& request) {
+  const OpensslReport report = Examine(request.user, Limit(request.timeout));
+  request.asJson ? PrintJson(report) : PrintText(report);
+  FinishOutput();
+  Conclude(report);
+}
