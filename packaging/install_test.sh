@@ -235,7 +235,7 @@ starts() { # HELPER KIND
 }
 
 cp "$room"/window/*.deb "$root/tmp"
-passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/rngctl_*.deb'
+passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/librngcombine1_*.deb /tmp/rngctl_*.deb'
 needs_library biox11 libcairo2
 needs_library bioqt libqt6widgets6
 # shellcheck disable=SC2046 # words
@@ -256,7 +256,7 @@ echo "Plug-ins that open a window: installed beside $(wc -l <"$root/tmp/packages
 # A token.
 copy_packages softhsm2 libp11-kit0
 passes ldconfig
-passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/rngctl_*.deb'
+passes sh -c 'dpkg -i /tmp/librngaggregator1_*.deb /tmp/librngcombine1_*.deb /tmp/rngctl_*.deb'
 cp "$room/token/librngrutoken.so" "$root/usr/lib"
 mkdir "$root/tmp/tokens"
 echo 'directories.tokendir = /tmp/tokens' >"$root/tmp/softhsm2.conf"
