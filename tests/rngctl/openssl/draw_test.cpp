@@ -96,6 +96,21 @@ TEST_F(OpensslDoctor, DrawsAsAnotherUser) {
             Examine("--user nobody").errors);
 }
 
+TEST_F(OpensslDoctor, AnotherUserHasNoneOfRootsGroups) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  fs::permissions(TreePath(""), fs::perms(0755));
+  fs::permissions(File(), fs::perms(0640));
+  const Result result = RunForked([] {
+    const gid_t root = 0;
+    if (::setgroups(1, &root) != 0) return 126;
+    ::setenv("OPENSSL_CONF", File().c_str(), 1);
+    ::execl(Rngctl().c_str(), "rngctl", "doctor", "--openssl", "--user", "nobody", nullptr);
+    return 127;
+  });
+  EXPECT_EQ(kElsewhere + File() + " cannot be read by this user: Permission denied.\n",
+            result.errors);
+}
+
 TEST_F(OpensslDoctor, OnlyRootDrawsAsAnotherUser) {
   const Result result = RunForked([] {
     const Unprivileged user;

@@ -70,10 +70,9 @@ void DrawWithOpenssl(OpensslDraw& answer) {
   auto* const place = reinterpret_cast<unsigned char*>(bytes.data());
   const auto size = static_cast<int>(bytes.size());
   OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CONFIG, nullptr);
-  // Public bytes and those of keys come from two instances.
+  // Public bytes and those of keys come from two instances of the same algorithm.
   answer.isDrawn = RAND_bytes(place, size) == 1 && RAND_priv_bytes(place, size) == 1;
   if (!answer.isDrawn) TakeErrors(answer);
   answer.isReplaced = RAND_get_rand_method() != RAND_OpenSSL();
   Identify(answer, RAND_get0_public(nullptr));
-  if (!answer.generator.empty()) Identify(answer, RAND_get0_private(nullptr));
 }
