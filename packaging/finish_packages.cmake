@@ -34,7 +34,9 @@ foreach(package IN LISTS packages)
   configure_file(${debian}/changelog ${documents}/changelog.Debian COPYONLY)
   configure_file(${debian}/../../CHANGELOG.md ${documents}/changelog COPYONLY)
   string(REGEX REPLACE "^(rng-plugin)-.*" "\\1" overrides ${package})  # which all plug-ins share
-  string(REPLACE librngcombine1 librngaggregator1 overrides ${overrides})
+  if(NOT EXISTS ${debian}/${overrides}.lintian-overrides)
+    set(overrides package)  # which all others share
+  endif()
   configure_file(${debian}/${overrides}.lintian-overrides ${share}/lintian/overrides/${package} COPYONLY)
   file(GLOB_RECURSE texts ${share}/man/* ${documents}/changelog*)
   run(gzip -9n ${texts})
@@ -86,7 +88,8 @@ run(dpkg-gensymbols -c4 -plibrngaggregator1 -v${CPACK_PACKAGE_VERSION}-${CPACK_D
   -Plibrngaggregator1 -Ilibrngaggregator1/DEBIAN/symbols -Osymbols)
 foreach(package IN LISTS packages)
   set(prefix ${CPACK_TEMPORARY_DIRECTORY}/${package}${CPACK_PACKAGING_INSTALL_PREFIX})
-  file(GLOB files ${prefix}/bin/* ${prefix}/lib/*.so ${prefix}/lib/*.so.* ${prefix}/libexec/rngaggregator/*)
+  file(GLOB files ${prefix}/bin/* ${prefix}/lib/*.so ${prefix}/lib/*.so.* ${prefix}/lib/*/ossl-modules/*.so
+    ${prefix}/libexec/rngaggregator/*)
   set(binaries)
   foreach(file IN LISTS files)
     if(IS_SYMLINK ${file})

@@ -74,7 +74,7 @@ lay_out_system() {
     ln -s usr/$folder "$root/$folder"
   done
   # shellcheck disable=SC2046 # words
-  copy_packages $(dependencies "$room"/plain/*.deb)
+  copy_packages $(dependencies "$room"/plain/*.deb) openssl
   cp /var/lib/dpkg/info/format "$root/var/lib/dpkg/info"
   cp /var/lib/dpkg/triggers/ldconfig "$root/var/lib/dpkg/triggers"
   for device in null tty; do
@@ -192,8 +192,21 @@ env -u PKG_CONFIG_SYSROOT_DIR -u PKG_CONFIG_PATH cmake -S "$examples/token-plugi
   -DCMAKE_PREFIX_PATH="$root/usr" >"$room/log" 2>&1 || fail "the token plug-in: $(cat "$room/log")"
 cmake --build "$room/token" >"$room/log" 2>&1 || fail "the token plug-in: $(cat "$room/log")"
 
+# OpenSSL draws from the default, and makes no key without it.
+openssl_draws() { inside env OPENSSL_CONF=/usr/share/rngaggregator/openssl.cnf openssl genpkey -algorithm ED25519 >"$room/log" 2>&1; }
+passes openssl version -m
+says 'MODULESDIR: "/usr/lib/x86_64-linux-gnu/ossl-modules"'
+[ -f "$root/usr/lib/x86_64-linux-gnu/ossl-modules/rngaggregator.so" ] || fail "the module for OpenSSL is not there"
+openssl_draws || fail "openssl: $(cat "$room/log")"
+says 'BEGIN PRIVATE KEY'
+passes rngctl default set dsdr
+if openssl_draws; then fail "openssl made a key without the default generator"; fi
+says 'The generator "dsdr" is not loaded'
+passes rngctl default set unixdev
+
 # A debugger finds the debug symbols of the library and the plug-in by their build IDs.
-for binary in lib/librngaggregator.so.1 lib/librngunixdev.so lib/librngbiokb.so libexec/rngaggregator/rng-gather-tty; do
+for binary in lib/librngaggregator.so.1 lib/librngunixdev.so lib/librngbiokb.so libexec/rngaggregator/rng-gather-tty \
+  lib/x86_64-linux-gnu/ossl-modules/rngaggregator.so libexec/rngaggregator/rng-openssl-draw; do
   identity=$(readelf -n "$root/usr/$binary" | sed -n 's/^ *Build ID: //p')
   readelf -SW "$root/usr/lib/debug/.build-id/$(echo "$identity" | sed 's,^..,&/,').debug" 2>/dev/null | grep -qF .debug_info ||
     fail "no debug symbols for $binary"

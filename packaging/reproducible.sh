@@ -29,7 +29,8 @@ mkdir "$copy"
 }
 
 results() {
-  cd "$1" && ls aggregator/librngaggregator.so.*.*.* combine/librngcombine.so.*.*.* tools/rngctl/rngctl plugins/*/librng*.so helpers/*/rng-gather-* ./*.deb
+  cd "$1" && ls aggregator/librngaggregator.so.*.*.* combine/librngcombine.so.*.*.* tools/rngctl/rngctl plugins/*/librng*.so \
+    openssl/rngaggregator.so openssl/rng-openssl-draw helpers/*/rng-gather-* ./*.deb
 }
 
 (results "$first") >"$room/results"
