@@ -28,7 +28,7 @@ int main() {
   const std::string word = given ? given : "";
   DrawRequest request;
   while (::recv(kSocket, &request, sizeof request, MSG_WAITALL) == sizeof request) {
-    if (word == "hang") ::sleep(3600);
+    if (word == "hang") ::sleep(60);
     if (word == "end") return 1;
     if (word == "fail") {
       Answer(request, DrawAnswer::kFailed, "The token is gone. Fix: insert it.");
