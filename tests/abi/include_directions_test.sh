@@ -1,12 +1,13 @@
 #!/bin/sh
-# include_directions_test.sh SCRIPT ROOT: plants one wrong line at a time in a copy of the project;
-# the watching script must report each, and nothing in the copy as it is.
+# include_directions_test.sh SCRIPT ROOT: plants wrong lines in a copy of the project, at most one in each file at
+# a time; the watching script must report each, and nothing in the copy as it is.
 set -u
 script=$1
 root=$2
 
 copy=$(mktemp -d)
-trap 'rm -rf "$copy"' EXIT
+list=$(mktemp)
+trap 'rm -rf "$copy" "$list"' EXIT
 for folder in include aggregator providers settings plugins helpers combine quality openssl tools; do
   cp -r "$root/$folder" "$copy/"
 done
@@ -16,26 +17,18 @@ done
   exit 1
 }
 
-status=0
-cases=0
-while read -r file line; do
-  planted="$copy/$file"
-  mkdir -p "$(dirname "$planted")"
-  existed=0
-  [ -e "$planted" ] && existed=1 && cp "$planted" "$copy/original"
-  echo "$line" >>"$planted"
-  output=$("$script" "$copy") && {
-    echo "not noticed in $file: $line"
-    status=1
-  }
-  echo "$output" | grep -q "$file" || {
-    echo "not named: $file"
-    status=1
-  }
-  rm "$planted"
-  [ $existed = 1 ] && mv "$copy/original" "$planted"
-  cases=$((cases + 1))
-done <<'BREACHES'
+plant() { # FILE LINE
+  mkdir -p "$(dirname "$copy/$1")"
+  [ -e "$root/$1" ] && cp "$root/$1" "$copy/$1"
+  echo "$2" >>"$copy/$1"
+}
+
+restore() { # FILE
+  rm "$copy/$1"
+  [ ! -e "$root/$1" ] || cp "$root/$1" "$copy/$1"
+}
+
+awk '{ print ++lines[$1], $0 }' >"$list" <<'BREACHES'
 include/rngaggregator/provider.h #include "aggregator/process_state.h"
 include/rngaggregator/aggregator.h #include <settings/default_settings.h>
 aggregator/lookup.cpp #include "tests/support/tree.h"
@@ -173,5 +166,24 @@ examples/small/host.cpp #include "aggregator/process_state.h"
 examples/small/host.cpp #include "tests/support/tree.h"
 benchmarks/bench.cpp #include "tests/support/tree.h"
 BREACHES
-echo "$cases breaches"
+
+# Each round plants the next line of every file. If a file is not named then, its line was not noticed.
+status=0
+for round in $(seq "$(sort -n "$list" | tail -n 1 | cut -d' ' -f1)"); do
+  sed -n "s/^$round //p" "$list" | while read -r file line; do plant "$file" "$line"; done
+  output=$("$script" "$copy") && {
+    echo "nothing is noticed in round $round"
+    status=1
+  }
+  while read -r file line; do
+    echo "$output" | grep -q "^$file" || {
+      echo "not noticed in $file: $line"
+      status=1
+    }
+    restore "$file"
+  done <<PLANTED
+$(sed -n "s/^$round //p" "$list")
+PLANTED
+done
+echo "$(wc -l <"$list") breaches"
 exit $status
