@@ -2,9 +2,7 @@
 
 #include "helpers/gathering/hmac.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -16,7 +14,6 @@ namespace {
 struct Mapping {
   std::uintptr_t start = 0;
   std::uintptr_t end = 0;
-  std::uintptr_t offset = 0;
   ino_t node = 0;
   std::string path = {};
 };
@@ -28,7 +25,8 @@ Mapping ParseMapping(const std::string& line) {
   char dash = 0;
   std::string rights;
   std::string device;
-  parts >> std::hex >> mapping.start >> dash >> mapping.end >> rights >> mapping.offset >> device >>
+  std::string offset;
+  parts >> std::hex >> mapping.start >> dash >> mapping.end >> rights >> offset >> device >>
       std::dec >> mapping.node >> std::ws;
   std::getline(parts, mapping.path);
   return mapping;
@@ -44,16 +42,11 @@ Mapping FindMapping(const void* code) {
   return {};
 }
 
-// The device is not compared: some file systems report another one here than for the file. The code is.
-bool IsLoaded(const Mapping& mapping, const std::string& content) {
+// The path of a file that is gone ends with " (deleted)". The device is not compared, because some file systems report
+// another one in that list than for the file.
+bool IsStillThere(const Mapping& mapping) {
   struct stat status = {};
-  if (::stat(mapping.path.c_str(), &status) != 0 || status.st_ino != mapping.node) return false;
-  if (content.size() <= mapping.offset) return false;
-  // The memory after the end of the file belongs to no file.
-  const std::size_t size =
-      std::min<std::size_t>(mapping.end - mapping.start, content.size() - mapping.offset);
-  return std::memcmp(reinterpret_cast<const void*>(mapping.start), content.data() + mapping.offset,
-                     size) == 0;
+  return ::stat(mapping.path.c_str(), &status) == 0 && status.st_ino == mapping.node;
 }
 
 std::string DigestOf(const std::string& content) {
@@ -79,7 +72,7 @@ LoadedFile FindLoadedFile(const void* code) {
   }
   std::ifstream file(mapping.path, std::ios::binary);
   const std::string content{std::istreambuf_iterator<char>(file), {}};
-  if (!IsLoaded(mapping, content)) {
+  if (!IsStillThere(mapping) || content.empty()) {
     return {mapping.path, "", "has been replaced since it was loaded, or cannot be read"};
   }
   return {mapping.path, DigestOf(content), ""};

@@ -10,7 +10,7 @@ struct LoadedFile {
   std::string problem = {};  ///< why there is no digest: "has been replaced since it was loaded"
 };
 
-/// Compares the file with the memory: if it has been replaced, its digest would be that of another plug-in.
+/// If the file has been replaced since, its digest would be that of another plug-in.
 LoadedFile FindLoadedFile(const void* code);
 
 #endif
