@@ -46,13 +46,13 @@ namespace rng {
 
 /// One source of a combined draw.
 struct CombinedSource {
+  /// Copies both texts.
   explicit CombinedSource(std::string kindOfRng, std::string hardwareId = "",
                           IRngProvider* rng = nullptr)
       : kind(std::move(kindOfRng)), device(std::move(hardwareId)), provider(rng) {}
 
-  std::string kind;  ///< the name by which `GetRng` finds it, 1 to 17 bytes
-  std::string
-      device;  ///< selected before each draw, at most 17 bytes; empty: the one that is in use
+  std::string kind;        ///< the name by which `GetRng` finds it, 1 to 17 bytes
+  std::string device;      ///< selected before each draw, at most 17 bytes; "": the one in use
   IRngProvider* provider;  ///< borrowed; null if there is none, and then its draws fail
 };
 
@@ -70,9 +70,9 @@ enum class SourceResult {
 
 /// One source after a draw.
 struct SourceOutcome {
-  std::string kind;
-  std::string device;
-  SourceResult result;
+  std::string kind;      ///< as it was given
+  std::string device;    ///< as it was given
+  SourceResult result;   ///< whether it was used, and if not, why
   RngHealthAlarm alarm;  ///< with `kAlarm`: what raised it
   std::string message;   ///< with `kThrew`: the exception's text, which comes from the plug-in
 };
@@ -88,7 +88,7 @@ struct CombinedState;
 /// empty, a kind or device is longer than 17 bytes or contains control characters, or a kind appears twice.
 std::vector<CombinedSource> ParseSources(const std::string& text);
 
-/// A sentence about a source that was not used, for example `The generator "dsdr" failed.`; "" if it was used.
+/// A sentence about a source that was not used, such as: The generator "dsdr" failed. The result is empty if it was used.
 /// It contains the kind and the message as they are. Threads: any.
 std::string Explain(const SourceOutcome& outcome);
 
