@@ -185,16 +185,18 @@ TEST_F(ReadRecord, IsRefusedIfThePluginHasBeenReplaced) {
   }
 }
 
-// Both files are unfinished then.
+// Both files are unfinished then. The program waits for one of these signals; the other ends it at once.
 TEST_F(ReadRecord, LeavesNothingWhenTheDrawIsInterrupted) {
   InstallPlugin("dsdr", "drawing/TellOfSignals");
   const std::string log = TreePath("log");
-  const Result result = RunShell(Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") +
-                                 " --record " + RecordPath() + " 2>" + log +
-                                 " & until grep -q waiting " + log + "; do sleep 0.01; done; ls " +
-                                 TreePath("keys") + " | wc -l; kill $!; wait $!; echo $?");
-  EXPECT_EQ("2\n143\n", result.output);
-  EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+  for (const auto& [signal, status] : {std::pair("TERM", "143"), std::pair("USR1", "138")}) {
+    const Result result = RunShell(
+        Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") + " --record " + RecordPath() +
+        " 2>" + log + " & until grep -q waiting " + log + "; do sleep 0.01; done; ls " +
+        TreePath("keys") + " | wc -l; kill -" + signal + " $!; wait $!; echo $?; rm " + log);
+    EXPECT_EQ(std::string("2\n") + status + "\n", result.output);
+    EXPECT_TRUE(fs::is_empty(TreePath("keys"))) << signal;
+  }
 }
 
 // As the record in the forked process would be of the parent's plug-ins, and a forged one is none.
