@@ -2,7 +2,8 @@
 """report.py RESULTS NOT_INSTALLED PICTURE: prints a table of the benchmark results and draws a picture.
 
 RESULTS is Google Benchmark's JSON. Each ratio compares the processor time of the measured operation with
-that of the bare loop; it is the median over all rounds, with its quartiles.
+that of the bare loop; it is the median over all rounds, with its quartiles. Operations that wait for another process also
+have ratios of the time that passes.
 """
 
 import json
@@ -21,6 +22,7 @@ TITLES = {
     "modules": "Starting and stopping twelve modules, relative to dlopen, dlsym and dlclose",
     "draws": "Checked draws, relative to the same draws of the system's generator",
     "numbers": "8 bytes from rng::Engine over the system's generator, relative to another source",
+    "provider": "Draws through the provider for OpenSSL, relative to OpenSSL's own generator",
     "growth": "Growth",
 }
 
@@ -37,7 +39,7 @@ def load(path):
 
 
 def print_table(results):
-    row = "  {:<28}{:>9}{:>9}{:>9}{:>14}{:>14}"
+    row = "  {:<44}{:>9}{:>9}{:>9}{:>14}{:>14}"
     for group, title in TITLES.items():
         if not results[group]:
             continue
@@ -64,7 +66,7 @@ def resident(results):
 def print_restarts(results):
     print("\nResident memory in KiB, by number of restarts with twelve plug-ins")
     for restarts, size in resident(results):
-        print(f"  {restarts:<28}{size:>9.0f}")
+        print(f"  {restarts:<44}{size:>9.0f}")
 
 
 def draw_ratios(axes, group, rows):
@@ -77,7 +79,7 @@ def draw_ratios(axes, group, rows):
     axes.axvline(1, color="gray", linewidth=0.5)
     if max(middle) > 5:
         axes.set_xscale("log")
-    label(axes, TITLES[group], "ratio of processor times: median and quartiles", None)
+    label(axes, TITLES[group], "ratio of times: median and quartiles", None)
 
 
 def draw_growth(axes, points, operation, unit):
@@ -110,7 +112,7 @@ def label(axes, title, x, y):
 
 def panels(results):
     """A function for each panel that has something to show."""
-    for group in ("library", "plain", "read", "write", "modules", "draws", "numbers"):
+    for group in ("library", "plain", "read", "write", "modules", "draws", "numbers", "provider"):
         rows = [row for row in results[group] if "ratio" in row[1]]
         if rows:
             yield lambda axes, group=group, rows=rows: draw_ratios(axes, group, rows)

@@ -10,32 +10,26 @@ namespace {
 constexpr int kRounds = 61;
 constexpr double kBatchSeconds = 0.004;  // long compared with the cost of the clock itself
 
-double ProcessorSeconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-double TimeBatch(const Side& side, long runs) {
+double TimeBatch(const Side& side, long runs, const Clock& clock) {
   if (side.prepare) side.prepare();
-  const double begin = ProcessorSeconds();
+  const double begin = clock();
   for (long run = 0; run < runs; ++run) side.run();
-  return (ProcessorSeconds() - begin) / static_cast<double>(runs);
+  return (clock() - begin) / static_cast<double>(runs);
 }
 
 // The speed of a string function varies by some percent with the distance of its text from the end
 // of a page. So the stack begins at a different place in each round.
-__attribute__((noinline)) double TimeBatchElsewhere(const Side& side, long runs,
+__attribute__((noinline)) double TimeBatchElsewhere(const Side& side, long runs, const Clock& clock,
                                                     std::size_t round) {
   void* const room = __builtin_alloca(1 + round * 208 % 4096);
   asm volatile("" : : "r"(room) : "memory");  // keeps the compiler from removing it
-  return TimeBatch(side, runs);
+  return TimeBatch(side, runs, clock);
 }
 
 // Finds how many runs fill a batch, which also warms the caches.
-long FindBatch(const Side& side) {
+long FindBatch(const Side& side, const Clock& clock) {
   long runs = 1;
-  while (TimeBatch(side, runs) * static_cast<double>(runs) < kBatchSeconds / 2) runs *= 2;
+  while (TimeBatch(side, runs, clock) * static_cast<double>(runs) < kBatchSeconds / 2) runs *= 2;
   return runs;
 }
 
@@ -51,24 +45,25 @@ struct Samples {
 };
 
 // The sides take turns in going first, so that neither benefits from the order.
-void AddRound(const Pair& pair, long measuredRuns, long bareRuns, Samples& samples) {
+void AddRound(const Pair& pair, long measuredRuns, long bareRuns, const Clock& clock,
+              Samples& samples) {
   const std::size_t round = samples.ratios.size();
   const bool isBareFirst = round % 2 == 0;
-  double bare = isBareFirst ? TimeBatchElsewhere(pair.bare, bareRuns, round) : 0;
-  const double measured = TimeBatchElsewhere(pair.measured, measuredRuns, round);
-  if (!isBareFirst) bare = TimeBatchElsewhere(pair.bare, bareRuns, round);
+  double bare = isBareFirst ? TimeBatchElsewhere(pair.bare, bareRuns, clock, round) : 0;
+  const double measured = TimeBatchElsewhere(pair.measured, measuredRuns, clock, round);
+  if (!isBareFirst) bare = TimeBatchElsewhere(pair.bare, bareRuns, clock, round);
   samples.ratios.push_back(measured / bare);
   samples.measured.push_back(measured);
   samples.bare.push_back(bare);
 }
 
-void Alternate(benchmark::State& state, const std::function<Pair()>& make) {
+void Alternate(benchmark::State& state, const std::function<Pair()>& make, const Clock& clock) {
   const Pair pair = make();
-  const long measuredRuns = FindBatch(pair.measured);
-  const long bareRuns = FindBatch(pair.bare);
+  const long measuredRuns = FindBatch(pair.measured, clock);
+  const long bareRuns = FindBatch(pair.bare, clock);
   Samples samples;
   for (auto _ : state) {
-    AddRound(pair, measuredRuns, bareRuns, samples);
+    AddRound(pair, measuredRuns, bareRuns, clock, samples);
     state.SetIterationTime(samples.measured.back());
   }
   state.counters["ratio_q1"] = Quantile(samples.ratios, 0.25);
@@ -80,9 +75,16 @@ void Alternate(benchmark::State& state, const std::function<Pair()>& make) {
 
 }  // namespace
 
-void RegisterPair(const std::string& name, std::function<Pair()> make) {
+double ProcessorSeconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
+void RegisterPair(const std::string& name, std::function<Pair()> make, const Clock& clock) {
   benchmark::RegisterBenchmark(
-      name.c_str(), [make = std::move(make)](benchmark::State& state) { Alternate(state, make); })
+      name.c_str(),
+      [make = std::move(make), clock](benchmark::State& state) { Alternate(state, make, clock); })
       ->Iterations(kRounds)
       ->UseManualTime();
 }

@@ -15,9 +15,13 @@ struct Pair {
   Side bare;
 };
 
-/// Registers a benchmark that runs batches of both sides alternately, measures processor time, and
+using Clock = std::function<double()>;  ///< in seconds
+double ProcessorSeconds();              ///< of this process
+
+/// Registers a benchmark that runs batches of both sides alternately, measures with that clock, and
 /// reports the quartiles of the ratio between neighbouring batches. `make` is called when the
 /// benchmark begins; the functions of the pair own whatever they need.
-void RegisterPair(const std::string& name, std::function<Pair()> make);
+void RegisterPair(const std::string& name, std::function<Pair()> make,
+                  const Clock& clock = ProcessorSeconds);
 
 #endif

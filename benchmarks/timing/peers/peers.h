@@ -10,6 +10,7 @@ void RegisterSimpleIni();
 void RegisterGModule();
 void RegisterLibltdl();
 void RegisterOpenSsl();
+void RegisterOpenSslProvider();
 void RegisterOpenSslRandom();
 void RegisterP11Kit();
 
