@@ -5,8 +5,8 @@
 #include <cstdint>
 
 /// The conversation of the OpenSSL provider, which runs in other people's programs, with the program that draws
-/// for it. The provider sends one request at a time. The answer to it is a `DrawAnswer`, followed by the bytes if
-/// there are any. Either side ends the conversation by closing its socket.
+/// for it. The provider sends one request at a time. The answer to it is a `DrawAnswer`, followed by as many bytes as the
+/// request asks for, which are zeros unless they are drawn. Either side ends the conversation by closing its socket.
 
 constexpr std::uint32_t kLargestDraw = 16384;  ///< bytes
 
@@ -31,7 +31,7 @@ struct DrawRequest {
 struct DrawAnswer {
   enum Result : std::uint32_t {
     kFailed = 0,  ///< the conversation ends
-    kDrawn = 1,   ///< the bytes follow
+    kDrawn = 1,
     kRefused = 2  ///< after an alarm, every later draw of the conversation is refused, too
   };
 

@@ -45,13 +45,6 @@ bool Send(const void* bytes, std::size_t size) {
   return true;
 }
 
-// If it cannot be sent, the host is gone, and the next request does not come.
-bool SendHeader(const DrawRequest& request, DrawAnswer::Result result, const std::string& text) {
-  DrawAnswer answer = {request.number, result, {}};
-  text.copy(answer.text.text, sizeof answer.text.text - 1);
-  return Send(&answer, sizeof answer);
-}
-
 }  // namespace
 
 Conversation::Conversation() {
@@ -78,13 +71,13 @@ std::optional<DrawRequest> Conversation::Receive() const {
   return request;
 }
 
-void Conversation::AnswerBytes(const DrawRequest& request, const std::string& generator,
-                               const void* bytes) const {
-  if (SendHeader(request, DrawAnswer::kDrawn, generator)) Send(bytes, request.size);
-}
-
-void Conversation::AnswerFailure(const DrawRequest& request, DrawAnswer::Result result,
-                                 const std::string& reason) const {
-  SendHeader(request, result, reason);
+// If it cannot be sent, the host is gone, and the next request does not come.
+void Conversation::Answer(const DrawRequest& request, DrawAnswer::Result result,
+                          const std::string& text, Reply& reply) const {
+  reply.answer = {request.number, result, {}};
+  text.copy(reply.answer.text.text, sizeof reply.answer.text.text - 1);
+  if (result != DrawAnswer::kDrawn) ::explicit_bzero(reply.bytes, request.size);
+  Send(&reply, sizeof reply.answer + request.size);
+  ::explicit_bzero(reply.bytes, request.size);
 }
 // NOLINTEND(readability-convert-member-functions-to-static)

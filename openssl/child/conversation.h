@@ -6,6 +6,12 @@
 #include <optional>
 #include <string>
 
+/// What is sent in one piece, so that the host wakes up once.
+struct Reply {
+  DrawAnswer answer;
+  unsigned char bytes[kLargestDraw];
+};
+
 /// The conversation with the program that has started this one, over descriptor 3. When that program ends or closes its
 /// socket, this process ends within two seconds, whatever a plug-in is doing. At most one object exists.
 class Conversation {
@@ -19,12 +25,10 @@ class Conversation {
   /// Waits for the next request. Nothing if the conversation has ended.
   std::optional<DrawRequest> Receive() const;
 
-  void AnswerBytes(const DrawRequest& request, const std::string& generator,
-                   const void* bytes) const;
-
-  /// `result` says whether the conversation goes on.
-  void AnswerFailure(const DrawRequest& request, DrawAnswer::Result result,
-                     const std::string& reason) const;
+  /// `text` is the generator if the bytes of `reply` are drawn, otherwise why they are not. Wipes the bytes, also before
+  /// it reports a failure.
+  void Answer(const DrawRequest& request, DrawAnswer::Result result, const std::string& text,
+              Reply& reply) const;
 };
 
 #endif

@@ -4,9 +4,7 @@
 #include "openssl/child/chosen_generator.h"
 #include "openssl/child/conversation.h"
 
-#include <array>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <iostream>
 #include <openssl/crypto.h>
@@ -26,41 +24,30 @@ void SeparateFromHost() {
   OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
 }
 
-class Buffer {
- public:
-  Buffer() = default;
-  Buffer(const Buffer&) = delete;
-  Buffer& operator=(const Buffer&) = delete;
-  ~Buffer() { ::explicit_bzero(bytes.data(), bytes.size()); }
-  unsigned char* data() { return bytes.data(); }
-
- private:
-  std::array<unsigned char, kLargestDraw> bytes = {};
-};
-
 // Answers one request. Returns whether the conversation goes on.
-bool Answer(const Conversation& host, const DrawRequest& request, ChosenGenerator& generator) {
-  Buffer buffer;
+bool Answer(const Conversation& host, const DrawRequest& request, ChosenGenerator& generator,
+            Reply& reply) {
   try {
     if (!generator.draw) generator = ChooseGenerator(request.choice);
-    generator.draw(buffer.data(), request.size);
+    generator.draw(reply.bytes, request.size);
   } catch (const rng::Error& error) {
     const bool isAlarm = error.code() == rng::ErrorCode::kAlarm;
-    host.AnswerFailure(request, isAlarm ? DrawAnswer::kRefused : DrawAnswer::kFailed, error.what());
+    host.Answer(request, isAlarm ? DrawAnswer::kRefused : DrawAnswer::kFailed, error.what(), reply);
     return isAlarm;
   } catch (const std::exception& error) {
-    host.AnswerFailure(request, DrawAnswer::kFailed, error.what());
+    host.Answer(request, DrawAnswer::kFailed, error.what(), reply);
     return false;
   }
-  host.AnswerBytes(request, generator.name, buffer.data());
+  host.Answer(request, DrawAnswer::kDrawn, generator.name, reply);
   return true;
 }
 
 void Converse() {
   const Conversation host;
   ChosenGenerator generator;
+  Reply reply = {};
   while (const auto request = host.Receive()) {
-    if (!Answer(host, *request, generator)) return;
+    if (!Answer(host, *request, generator, reply)) return;
   }
 }
 

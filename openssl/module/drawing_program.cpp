@@ -2,6 +2,7 @@
 
 #include "plugins/interactive/start_orphan.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -9,9 +10,11 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <iterator>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace {
@@ -46,20 +49,28 @@ int MoveFromStandardStreams(int descriptor) {
   return moved;
 }
 
-bool Receive(int socket, void* buffer, std::size_t size, const Deadline& deadline, DrawText& text) {
-  auto* next = static_cast<char*>(buffer);
-  while (size > 0) {
+void Skip(iovec& part, std::size_t& size) {
+  const std::size_t skipped = std::min(part.iov_len, size);
+  part.iov_base = static_cast<char*>(part.iov_base) + skipped;
+  part.iov_len -= skipped;
+  size -= skipped;
+}
+
+// The two parts arrive together, as a rule.
+bool Receive(int socket, iovec (&parts)[2], const Deadline& deadline, DrawText& text) {
+  while (parts[1].iov_len > 0) {
     pollfd event = {socket, POLLIN, 0};
     if (::poll(&event, 1, deadline.MillisecondsLeft()) == 0) {
       return Fail(text, "The generator has not answered for a minute. Run \"rngctl doctor\".");
     }
-    const ssize_t count = ::recv(socket, next, size, MSG_DONTWAIT);
+    msghdr message = {};
+    message.msg_iov = parts;
+    message.msg_iovlen = std::size(parts);
+    const ssize_t count = ::recvmsg(socket, &message, MSG_DONTWAIT);
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
-    if (count <= 0) {
-      return Fail(text, kHasTerminated);
-    }
-    next += count;
-    size -= static_cast<std::size_t>(count);
+    if (count <= 0) return Fail(text, kHasTerminated);
+    auto received = static_cast<std::size_t>(count);
+    for (iovec& part : parts) Skip(part, received);
   }
   return true;
 }
@@ -119,17 +130,15 @@ DrawAnswer::Result DrawingProgram::Converse(const GeneratorChoice& choice, void*
     return DrawAnswer::kFailed;
   }
   DrawAnswer answer = {};
-  if (!Receive(socket.descriptor, &answer, sizeof answer, deadline, text))
-    return DrawAnswer::kFailed;
+  iovec parts[] = {{&answer, sizeof answer}, {buffer, size}};
+  if (!Receive(socket.descriptor, parts, deadline, text)) return DrawAnswer::kFailed;
   if (answer.number != request.number) {
     Fail(text, "The program that draws has given a wrong answer.");
     return DrawAnswer::kFailed;
   }
   text = answer.text;
   text.text[sizeof text.text - 1] = 0;
-  if (answer.result != DrawAnswer::kDrawn) return answer.result;
-  const bool isReceived = Receive(socket.descriptor, buffer, size, deadline, text);
-  return isReceived ? DrawAnswer::kDrawn : DrawAnswer::kFailed;
+  return answer.result;
 }
 
 bool DrawingProgram::Ask(const GeneratorChoice& choice, void* buffer, std::size_t size,

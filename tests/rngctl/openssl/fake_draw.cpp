@@ -16,8 +16,7 @@ void Answer(const DrawRequest& request, DrawAnswer::Result result, const char* t
   DrawAnswer answer = {request.number, result, {}};
   std::strncpy(answer.text.text, text, sizeof answer.text.text - 1);
   ::send(kSocket, &answer, sizeof answer, MSG_NOSIGNAL);
-  if (result != DrawAnswer::kDrawn) return;
-  const std::string bytes(request.size, 'R');
+  const std::string bytes(request.size, result == DrawAnswer::kDrawn ? 'R' : '\0');
   ::send(kSocket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 

@@ -1,0 +1,67 @@
+// What the program that draws sends, and what it loads.
+
+#include "tests/openssl/openssl_test.h"
+#include "tests/support/tree.h"
+
+#include <filesystem>
+
+namespace {
+
+constexpr const char* kProgram = R"(#!/usr/bin/python3
+import socket, struct
+host = socket.socket(fileno=3)
+number, size = struct.unpack_from('II', host.recv(1544))
+answer, piece = ANSWER
+for begin in range(0, len(answer), piece):
+    host.send(answer[begin:begin + piece])
+)";
+
+class Answers : public OpensslTest {
+ protected:
+  // Draws through a program in the place of the one that draws. `answer` is Python for the bytes of the answer, and the
+  // size of the pieces in which they are sent.
+  static Result DrawWithAnswer(const std::string& answer) {
+    std::string program = kProgram;
+    program.replace(program.find("ANSWER"), 6, answer);
+    std::filesystem::remove(DrawingProgram());
+    WriteFile(DrawingProgram(), program);
+    std::filesystem::permissions(DrawingProgram(), std::filesystem::perms(0755));
+    return Run("openssl rand -hex 32");
+  }
+};
+
+}  // namespace
+
+TEST_F(Answers, ArriveInPieces) {
+  std::string expected;
+  for (int i = 0; i < 16; ++i) expected += "3132";
+  for (const char* piece : {"1", "519", "521", "1000"}) {
+    const Result result = DrawWithAnswer("struct.pack('II512s', number, 1, b'x') + b'12' * 16, " +
+                                         std::string(piece));
+    EXPECT_EQ(expected + '\n', result.output) << piece << ": " << result.errors;
+  }
+}
+
+TEST_F(Answers, EndTooEarly) {
+  EXPECT_TRUE(Refused(DrawWithAnswer("struct.pack('II512s', number, 1, b'x') + b'1' * 31, 1000"),
+                      "has terminated"));
+}
+
+TEST_F(Answers, AreToAnotherRequest) {
+  EXPECT_TRUE(
+      Refused(DrawWithAnswer("struct.pack('II512s', number + 1, 1, b'x') + b'1' * 32, 1000"),
+              "has given a wrong answer"));
+}
+
+TEST_F(Answers, AreOfAnUnknownKind) {
+  EXPECT_TRUE(Refused(
+      DrawWithAnswer("struct.pack('II512s', number, 7, b'unknown') + b'1' * 32, 1000"), "unknown"));
+}
+
+// The library asks for a display twelve times.
+TEST_F(Answers, TakeOneLoadOfTheXLibrary) {
+  const Result result = Run("LD_DEBUG=files LD_DEBUG_OUTPUT=" + TreePath("loads") +
+                            " openssl rand -hex 32 >/dev/null; cat " + TreePath("loads") +
+                            ".* | grep -c 'calling init: .*/libX11[.]so'");
+  EXPECT_EQ("1\n", result.output);
+}
