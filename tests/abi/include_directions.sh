@@ -104,7 +104,7 @@ keep '^openssl/' '^(helpers/gathering|combine|openssl|tools/rngctl/doctor/openss
 # program in the background.
 see '^openssl/module/' '^openssl/(module/|request[.]h$)|^plugins/interactive/start_orphan[.]h$'
 see '^openssl/child/' '^openssl/(child/|request[.]h$)|^plugins/interactive/start_orphan[.]h$|^rngaggregator/'
-keep_in '^openssl/' '^dlfcn[.]h$' '^openssl/module/drawing_program[.]cpp$'
+keep_in '^openssl/' '^dlfcn[.]h$' '^openssl/(module/drawing_program|child/chosen_generator)[.]cpp$'
 keep '^X11/' '^helpers/x11/'  # the library's display probe looks up what it calls
 keep '^cairo' '^helpers/x11/'
 keep '^Q[A-Za-z]*(/|$)|^ui_' '^helpers/qt/'
