@@ -90,14 +90,3 @@ TEST_F(Processes, ItEndsWithTheOriginalThatACopyOutlives) {
 
 // Ctrl-C is for the program, which may catch it.
 TEST_F(Processes, TheTerminalsSignalsDoNotReachIt) { EXPECT_EQ("oo", RunHost("interrupt").output); }
-
-TEST_F(Processes, FiveHundredPrograms) {
-  const Result result = Run("seq 500 | xargs -P 8 -I _ openssl rand -hex 16");
-  EXPECT_EQ(0, result.status) << result.errors;
-  std::istringstream lines(result.output);
-  std::size_t count = 0;
-  for (std::string line; std::getline(lines, line); ++count)
-    EXPECT_TRUE(IsMarkedText(line)) << line;
-  EXPECT_EQ(500u, count);
-  EXPECT_TRUE(AllEnd());
-}
