@@ -61,6 +61,7 @@ class MarkedRng final : public IRngProvider {
     if (command == "crash") std::abort();
     if (command == "exit") std::_Exit(0);
     if (command == "hang") ::pause();
+    if (command == "slow") ::usleep(3000);
     Fill(buffer, size);
     return true;
   }

@@ -60,14 +60,22 @@ TEST_F(Processes, ItsEndDuringADrawFailsTheDraw) {
                       "The program that draws has terminated."));
 }
 
-// Bytes from elsewhere would show.
+// At the start of the program that draws, in the middle of a draw, and between two. Bytes from elsewhere would show.
 TEST_F(Processes, ItsEndAtAnyMomentGivesNoOtherBytes) {
-  const Result result =
-      Run("(while :; do pkill -KILL -f ^" + DrawingProgram() +
-          "; sleep 0.0$((RANDOM % 10))3; done) & " + Host() + " draw 300; kill $!");
-  EXPECT_EQ(300u, result.output.size()) << result.errors;
+  Command("slow");
+  const Result result = Run(R"(
+    while :; do
+      for moment in 1 2 3 4 5 6 7 8 9 11 13 17; do
+        sleep $(printf 0.%03d $moment)
+        pkill -KILL -f ^)" + DrawingProgram() +
+                            R"(
+      done
+    done &
+    )" + Host() + " draw 150; kill $!");
+  EXPECT_EQ(150u, result.output.size()) << result.errors;
   EXPECT_EQ(std::string::npos, result.output.find('X')) << result.output;
   EXPECT_NE(std::string::npos, result.output.find('o')) << result.output;
+  EXPECT_NE(std::string::npos, result.output.find('-')) << result.output;
 }
 
 TEST_F(Processes, ItEndsWithAProgramThatIsKilled) {
