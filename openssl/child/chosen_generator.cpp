@@ -20,6 +20,19 @@ void RefuseIfItAsksTheUser(const std::string& name, std::uint32_t flags) {
           "in the provider's section of OpenSSL's configuration.");
 }
 
+// The name decides first, because such a kind may not be loaded here.
+rng::Generator FindDefault(const rng::Session& session) {
+  DefaultRngInfo configured = {};
+  if (GetDefaultRng(&configured, 0)) RefuseIfItAsksTheUser(configured.type, 0);
+  return session.Default();
+}
+
+rng::Generator FindKind(const rng::Session& session, const std::string& kind,
+                        const std::string& device) {
+  RefuseIfItAsksTheUser(kind, 0);
+  return session.Find(kind, device);
+}
+
 ChosenGenerator ChooseOne(const rng::Session& session, const rng::Generator& generator) {
   RefuseIfItAsksTheUser(generator.Name(), generator.Provider().GetFlags());
   const std::string device = generator.Device();
@@ -87,5 +100,5 @@ ChosenGenerator ChooseGenerator(const GeneratorChoice& choice) {
   const XLibraryInUse xLibrary;
   const rng::Session session;
   if (!from.empty()) return ChooseSeveral(session, from);
-  return ChooseOne(session, kind.empty() ? session.Default() : session.Find(kind, device));
+  return ChooseOne(session, kind.empty() ? FindDefault(session) : FindKind(session, kind, device));
 }

@@ -19,8 +19,10 @@ namespace {
 void SeparateFromHost() {
   ::setsid();
   ::prctl(PR_SET_DUMPABLE, 0);
-  ::setenv("OPENSSL_CONF", "/dev/null",
-           1);  // for other copies of the library, and for other programs
+  // For other copies of OpenSSL, and for programs that a plug-in starts.
+  ::setenv("OPENSSL_CONF", "/dev/null", 1);
+  // The kinds that need a display ask the user. An X server that does not answer would make every draw fail.
+  ::unsetenv("DISPLAY");
   OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
 }
 

@@ -53,7 +53,8 @@ class MarkedRng final : public IRngProvider {
   }
   bool Generate(void* buffer, std::size_t size) override {
     const std::string command = Command();
-    std::ofstream(ScriptPath() + ".draws", std::ios::app) << NAME << ' ' << device << '\n';
+    std::ofstream(ScriptPath() + ".draws", std::ios::app)
+        << NAME << ' ' << device << (std::getenv("DISPLAY") ? " on a display\n" : "\n");
     std::memset(buffer, 0, size);
     if (command == "fail") return false;
     if (command == "zeros") return true;

@@ -85,6 +85,20 @@ TEST_F(Choice, AKindThatAsksTheUser) {
   EXPECT_EQ("", Draws());
 }
 
+TEST_F(Choice, AKindThatNeedsADisplay) {
+  Configure("kind = unixx11");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"unixx11\" asks the user"));
+  WriteFile(TreePath("etc/rng.ini"), "[Devices]\nRandomNumberGeneratorType=bioqt\n");
+  Configure("");
+  EXPECT_TRUE(Refused(Draw(), "The generator \"bioqt\" asks the user"));
+}
+
+// Its X server might not answer.
+TEST_F(Choice, IsMadeWithoutTheDisplay) {
+  EXPECT_TRUE(IsMarkedText(Run("DISPLAY=:7 openssl rand -hex 32").output));
+  EXPECT_EQ("grandmaster \n", Draws());
+}
+
 // Whatever its name.
 TEST_F(Choice, AGeneratorThatSaysThatItNeedsTheUser) {
   fs::copy(MARKED_PLUGINS "/librngdsdr.so", TreePath("lib"));
