@@ -7,11 +7,15 @@
 #if __cplusplus < 201703L
 #error "rngaggregator/generator.h needs C++17. Compile with -std=c++17 or later."
 #endif
+#ifndef __cpp_exceptions
+#error "rngaggregator/generator.h needs exceptions. Compile without -fno-exceptions."
+#endif
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <cxxabi.h>
 #include <exception>
 #include <iterator>
 #include <memory>
@@ -28,7 +32,7 @@ namespace rng {
 /// What went wrong.
 enum class ErrorCode {
   kStartFailed,      ///< the library could not be started
-  kStopFailed,       ///< a plug-in failed when the library was stopped
+  kStopFailed,       ///< the library could not be stopped
   kStopped,          ///< `Session::Stop` was called on this session before
   kNoSuchGenerator,  ///< no generator of that name is loaded
   kNoDefault,        ///< no default is configured, or its settings could not be read
@@ -89,8 +93,9 @@ template <typename Call, typename Problem, typename Advice>
 auto Ask(ErrorCode code, const Call& call, const Problem& problem, const Advice& advice) {
   try {
     return call();
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the thread is being cancelled
   } catch (...) {
-    if (!std::current_exception()) throw;  // no exception: the thread is being cancelled
     throw Error(code, problem() + CaughtText() + advice());
   }
 }
@@ -118,6 +123,9 @@ class Generator {
   /// be null, and its destruction must leave nothing to be done: the last copy of this object may be the last owner.
   Generator(std::shared_ptr<CheckedRng> provider, std::string name)
       : rng(std::move(provider)), kind(std::move(name)) {}
+  Generator(const Generator&) = default;  ///< moving does the same: the source remains usable
+  Generator& operator=(const Generator&) = default;  ///< likewise
+  ~Generator() = default;
 
   /// Fills a C array, `std::array`, `std::vector`, `std::span` or other contiguous range of integers or `std::byte`
   /// with random bytes. When it throws, the range holds zeros.

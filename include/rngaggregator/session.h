@@ -161,7 +161,8 @@ class StartedLibrary {
 ///            safe, nor is `Stop`.
 /// Fork:      the child has its own copy: it may find, draw and stop.
 /// Exit:      let a session end before `main` returns. One with static storage duration stops in time, too, because
-///            it is destroyed before the plug-ins that it has loaded.
+///            it is destroyed before the plug-ins that it has loaded. A static `std::optional` or pointer that is filled
+///            later does not: the plug-ins are newer than it. Reset it before `main` returns.
 class Session {
  public:
   /// Starts the library, or shares the start of another user in this process, who has chosen the settings.
@@ -222,15 +223,16 @@ class Session {
   /// session, false when a copy, generator or engine still shares the start. Other calls of this object then throw
   /// `kStopped`.
   ///
-  /// Failure: throws `kStopFailed` when a plug-in threw. It and the plug-ins after it were not released. Do not start
-  ///          again in this process: the next stop would fail, too.
+  /// Failure: throws `kStopFailed` when a plug-in threw, or the lock was refused. That plug-in and those after it were
+  ///          not released. Do not start again in this process: the next stop would fail, too.
   bool Stop() {
     Library();
     const std::shared_ptr<detail::StartedLibrary::Ending> ending = library->GetEnding();
     library.reset();
     if (!ending->isOver || ending->isGood) return ending->isOver;
-    throw Error(ErrorCode::kStopFailed, "A plug-in failed when it was stopped" + ending->failure +
-                                            "Run \"rngctl doctor\" to find out which.");
+    throw Error(ErrorCode::kStopFailed,
+                "The library could not be stopped: a plug-in or the system failed" +
+                    ending->failure + "Run \"rngctl doctor\" to find out which.");
   }
 
  private:

@@ -175,9 +175,20 @@ TEST(SessionStop, TheDestructorSwallowsWhatAPluginThrows) {
 TEST(SessionStop, StopReportsIt) {
   InstallPlugin("dsdr", "throwing_release");
   rng::Session session;
-  EXPECT_THAT(
-      ErrorOf([&] { session.Stop(); }),
-      Pair(ErrorCode::kStopFailed,
-           "A plug-in failed when it was stopped. Run \"rngctl doctor\" to find out which."));
+  EXPECT_THAT(ErrorOf([&] { session.Stop(); }),
+              Pair(ErrorCode::kStopFailed,
+                   "The library could not be stopped: a plug-in or the system failed. Run \"rngctl "
+                   "doctor\" to find out which."));
   EXPECT_FALSE(IsInitialized());
+}
+
+TEST(SessionStop, ALockThatIsRefusedIsNotBlamedOnAPlugin) {
+  rng::Session session;
+  g_refusesLocks = true;
+  const auto error = ErrorOf([&] { session.Stop(); });
+  g_refusesLocks = false;
+  EXPECT_THAT(error, Pair(ErrorCode::kStopFailed,
+                          StartsWith("The library could not be stopped: a plug-in or the system "
+                                     "failed: boost: mutex lock failed in pthread_mutex_lock")));
+  ShutDown();
 }

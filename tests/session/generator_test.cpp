@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <pthread.h>
 #include <span>
 #include <stdexcept>
 #include <thread>
 #include <unistd.h>
+#include <unwind.h>
 
 using rng::ErrorCode;
 using testing::ElementsAre;
@@ -197,6 +199,32 @@ TEST(Generator, ACancelledThreadPassesThrough) {
   ::pthread_join(other, &result);
   EXPECT_EQ(PTHREAD_CANCELED, result);
   EXPECT_TRUE(bytes == decltype(bytes)());
+}
+
+// As from a plug-in in another language: there is no C++ object in it.
+TEST(Generator, AnExceptionOfAnotherLanguageBecomesAnError) {
+  static _Unwind_Exception foreign = {};
+  OwnProvider provider;
+  provider.draw = [](unsigned char*, std::size_t) -> bool {
+    ::_Unwind_RaiseException(&foreign);
+    std::abort();
+  };
+  EXPECT_THAT(ErrorOf([&] { GeneratorOf(provider).Bytes<32>(); }),
+              Pair(ErrorCode::kDrawFailed,
+                   "The generator \"own\" failed. Run \"rngctl doctor own\" to find out why."));
+}
+
+TEST(Generator, AMovedOneIsStillUsable) {
+  OwnProvider provider;
+  rng::Generator generator = GeneratorOf(provider);
+  const rng::Generator moved(std::move(generator));
+  rng::Generator assigned = moved;
+  assigned = std::move(generator);
+  generator.Bytes<8>();
+  moved.Bytes<8>();
+  assigned.Bytes<8>();
+  EXPECT_EQ(3U, provider.sizes.size());
+  EXPECT_EQ("own", generator.Name());
 }
 
 TEST(Generator, ReportsNameDeviceAndUser) {
