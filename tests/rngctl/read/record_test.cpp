@@ -157,6 +157,20 @@ TEST_F(ReadRecord, IsNotWrittenWhereTheBytesGo) {
   }
 }
 
+// The record would replace the name, and the bytes be written to the file that has lost it.
+TEST_F(ReadRecord, IsNotWrittenWhereADescriptorLeads) {
+  for (const std::string& places : {"--record " + RecordPath() + " >>" + RecordPath(),
+                                    "-o " + RecordPath() + " --record /dev/fd/3 3>>" + RecordPath(),
+                                    "--record /dev/fd/3 >>" + RecordPath() + " 3>>" + RecordPath(),
+                                    std::string("--record /dev/stderr 2>&1 | cat")}) {
+    WriteFile(RecordPath(), "old");
+    const Result result = RunShell("{ " + Rngctl() + " read unixdev -n 8 " + places + "; } 2>&1");
+    EXPECT_EQ("rngctl: The record and the bytes cannot be written to the same place.\n",
+              result.output);
+    EXPECT_EQ("old", ReadFile(RecordPath()));
+  }
+}
+
 TEST_F(ReadRecord, MayGoToADescriptor) {
   const Result result = Run("read unixdev -n 8 --record /dev/stderr");
   EXPECT_EQ(0, result.status);

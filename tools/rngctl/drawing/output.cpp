@@ -52,6 +52,13 @@ bool IsSame(const struct stat& one, const struct stat& other) {
   return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+bool AreSame(const Place& one, const Place& other) {
+  struct stat ours = {};
+  struct stat theirs = {};
+  return one.name == other.name && ::fstat(one.directory.Get(), &ours) == 0 &&
+         ::fstat(other.directory.Get(), &theirs) == 0 && IsSame(ours, theirs);
+}
+
 }  // namespace
 
 Output::Output(const std::string& path, OthersFile othersFile)
@@ -115,12 +122,19 @@ bool Output::IsTerminal() const { return ::isatty(descriptor) == 1; }
 bool Output::IsStandardOutput() const { return descriptor == STDOUT_FILENO; }
 
 bool Output::IsSameAs(const Output& other) const {
-  if (!file || !other.file) return descriptor == other.descriptor;
-  struct stat ours = {};
-  struct stat theirs = {};
-  return ::fstat(file->Where().directory.Get(), &ours) == 0 &&
-         ::fstat(other.file->Where().directory.Get(), &theirs) == 0 && IsSame(ours, theirs) &&
-         file->Where().name == other.file->Where().name;
+  if (file && other.file) return AreSame(file->Where(), other.file->Where());
+  if (!file && !other.file && descriptor == other.descriptor) return true;
+  const struct stat target = Target();
+  // One terminal or device may show both.
+  return target.st_mode != 0 && !S_ISCHR(target.st_mode) && IsSame(target, other.Target());
+}
+
+// What is replaced or written to; all zero if it is only created at the end.
+struct stat Output::Target() const {
+  if (file) return Look(file->Where());
+  struct stat found = {};
+  if (::fstat(descriptor, &found) != 0) return {};
+  return found;
 }
 
 bool Output::MayBeShown() const {

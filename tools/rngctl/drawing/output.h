@@ -34,6 +34,7 @@ class Output {
  private:
   void Open();
   struct stat Look(const Place& place) const;
+  struct stat Target() const;
   void CheckOwner(const struct stat& found) const;
   void OpenSpecialFile(const Place& place, const struct stat& found);
   [[noreturn]] void Refuse(const std::string& reason) const;
