@@ -25,6 +25,16 @@ void RequireText(const std::string& text, const std::string& what) {
          " bytes.");
 }
 
+void RequireDifference(const CombinedSource& earlier, const CombinedSource& source) {
+  const char* const reason = " Only one device of a generator can take part.";
+  if (earlier.kind == source.kind) {
+    Refuse("The generator " + Quote(source.kind) + " is named twice." + reason);
+  }
+  if (!earlier.provider || earlier.provider != source.provider) return;
+  Refuse("The generator " + Quote(source.kind) + " has the same provider as " +
+         Quote(earlier.kind) + '.' + reason);
+}
+
 CombinedSource ParseItem(const std::string& item, const std::string& list) {
   if (item.empty()) {
     Refuse("The list of sources " + Quote(list) +
@@ -47,13 +57,9 @@ void RequireDistinctSources(const Sources& sources) {
     if (source->kind.empty()) Refuse("The name of a source is empty.");
     RequireText(source->kind, "generator");
     RequireText(source->device, "device");
-    const auto isSame = [source](const CombinedSource& earlier) {
-      return earlier.kind == source->kind ||
-             (earlier.provider && earlier.provider == source->provider);
-    };
-    if (std::none_of(sources.begin(), source, isSame)) continue;
-    Refuse("The generator " + Quote(source->kind) +
-           " is named twice. Only one device of a generator can take part.");
+    for (auto earlier = sources.begin(); earlier != source; ++earlier) {
+      RequireDifference(*earlier, *source);
+    }
   }
 }
 

@@ -82,8 +82,10 @@ TEST(CombinedRng, RefusesTwoSourcesOfOneProvider) {
   EXPECT_EQ(
       "The generator \"unixdev\" is named twice. Only one device of a generator can take part.",
       RefusalOf({one.Named("1"), other.Named(), CombinedSource("unixdev", "2", &other)}));
-  EXPECT_EQ("The generator \"alias\" is named twice. Only one device of a generator can take part.",
-            RefusalOf({one.Named("1"), CombinedSource("alias", "2", &one)}));
+  EXPECT_EQ(
+      "The generator \"alias\" has the same provider as \"unixdev\". Only one device of a "
+      "generator can take part.",
+      RefusalOf({one.Named("1"), CombinedSource("alias", "2", &one)}));
   EXPECT_EQ("none", RefusalOf({one.Named(), other.Named()}));
   EXPECT_EQ("none", RefusalOf({CombinedSource("a"), CombinedSource("b")}));  // both are missing
 }
