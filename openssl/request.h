@@ -16,16 +16,16 @@ struct DrawText {
 };
 
 /// The parameters of the provider's section in OpenSSL's configuration. All are empty for the user's default.
-struct GeneratorChoice {
+struct ProviderParameters {
   DrawText kind;
   DrawText hardwareId;
   DrawText from;  ///< the sources of a combined draw
 };
 
-struct DrawRequest {
-  std::uint32_t number;    ///< the answer repeats it
-  std::uint32_t size;      ///< bytes, 1 to `kLargestDraw`
-  GeneratorChoice choice;  ///< the same in all requests of a conversation
+struct ProviderRequest {
+  std::uint32_t number;       ///< the answer repeats it
+  std::uint32_t size;         ///< bytes, 1 to `kLargestDraw`
+  ProviderParameters choice;  ///< the same in all requests of a conversation
 };
 
 struct DrawAnswer {

@@ -84,7 +84,7 @@ class XLibraryInUse {
 
 }  // namespace
 
-ChosenGenerator ChooseGenerator(const GeneratorChoice& choice) {
+ChosenGenerator ChooseGenerator(const ProviderParameters& choice) {
   const std::string kind = choice.kind.text;
   const std::string device = choice.hardwareId.text;
   const std::string from = choice.from.text;

@@ -20,6 +20,6 @@ struct ChosenGenerator {
 /// Kinds that ask the user are refused: programs draw without the user's knowledge, and often.
 ///
 /// Failure: throws a `std::exception` with a sentence for people.
-ChosenGenerator ChooseGenerator(const GeneratorChoice& choice);
+ChosenGenerator ChooseGenerator(const ProviderParameters& choice);
 
 #endif

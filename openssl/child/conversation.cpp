@@ -61,8 +61,8 @@ Conversation::Conversation() {
 Conversation::~Conversation() { ::shutdown(kOrphanSocket, SHUT_RDWR); }
 
 // NOLINTBEGIN(readability-convert-member-functions-to-static): only a conversation has the socket
-std::optional<DrawRequest> Conversation::Receive() const {
-  DrawRequest request;
+std::optional<ProviderRequest> Conversation::Receive() const {
+  ProviderRequest request;
   if (::recv(kOrphanSocket, &request, sizeof request, MSG_WAITALL) != sizeof request) return {};
   if (request.size == 0 || request.size > kLargestDraw) return {};
   for (DrawText* text : {&request.choice.kind, &request.choice.hardwareId, &request.choice.from}) {
@@ -72,7 +72,7 @@ std::optional<DrawRequest> Conversation::Receive() const {
 }
 
 // If it cannot be sent, the host is gone, and the next request does not come.
-void Conversation::Answer(const DrawRequest& request, DrawAnswer::Result result,
+void Conversation::Answer(const ProviderRequest& request, DrawAnswer::Result result,
                           const std::string& text, Reply& reply) const {
   reply.answer = {request.number, result, {}};
   text.copy(reply.answer.text.text, sizeof reply.answer.text.text - 1);

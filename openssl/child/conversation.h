@@ -23,11 +23,11 @@ class Conversation {
   ~Conversation();
 
   /// Waits for the next request. Nothing if the conversation has ended.
-  std::optional<DrawRequest> Receive() const;
+  std::optional<ProviderRequest> Receive() const;
 
   /// `text` is the generator if the bytes of `reply` are drawn, otherwise why they are not. Wipes the bytes, also before
   /// it reports a failure.
-  void Answer(const DrawRequest& request, DrawAnswer::Result result, const std::string& text,
+  void Answer(const ProviderRequest& request, DrawAnswer::Result result, const std::string& text,
               Reply& reply) const;
 };
 

@@ -27,7 +27,7 @@ void SeparateFromHost() {
 }
 
 // Answers one request. Returns whether the conversation goes on.
-bool Answer(const Conversation& host, const DrawRequest& request, ChosenGenerator& generator,
+bool Answer(const Conversation& host, const ProviderRequest& request, ChosenGenerator& generator,
             Reply& reply) {
   try {
     if (!generator.draw) generator = ChooseGenerator(request.choice);

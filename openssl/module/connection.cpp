@@ -81,7 +81,7 @@ void Connection::CloseInherited() {
   opened.isOpen = false;
 }
 
-bool Connection::DrawLocked(const GeneratorChoice& choice, void* buffer, std::size_t size,
+bool Connection::DrawLocked(const ProviderParameters& choice, void* buffer, std::size_t size,
                             const Deadline& deadline, DrawText& reason) {
   DrawingProgram& program = state->program;
   if (!program.IsRunning()) {
@@ -102,7 +102,7 @@ DrawText Connection::LastGenerator() {
   return lock.IsHeld() ? state->generator : DrawText{};
 }
 
-bool Connection::Draw(const GeneratorChoice& choice, void* buffer, std::size_t size,
+bool Connection::Draw(const ProviderParameters& choice, void* buffer, std::size_t size,
                       DrawText& reason) {
   const NoCancellation noCancellation;
   const Deadline deadline(kLongestDraw);

@@ -26,7 +26,7 @@ class Connection {
   /// Fills `size` bytes, at most `kLargestDraw`. Returns true when they are random and come from the generator of
   /// `choice`. Otherwise the buffer holds zeros, and `reason` says why. Takes about a
   /// minute at most. `choice` must be the same at each call.
-  bool Draw(const GeneratorChoice& choice, void* buffer, std::size_t size, DrawText& reason);
+  bool Draw(const ProviderParameters& choice, void* buffer, std::size_t size, DrawText& reason);
 
   /// The generator of the last draw of this process, such as "Rutoken 3A7F". Empty if no draw has succeeded.
   DrawText LastGenerator();
@@ -34,7 +34,7 @@ class Connection {
  private:
   struct State;
 
-  bool DrawLocked(const GeneratorChoice& choice, void* buffer, std::size_t size,
+  bool DrawLocked(const ProviderParameters& choice, void* buffer, std::size_t size,
                   const Deadline& deadline, DrawText& reason);
   void CloseInherited();
 

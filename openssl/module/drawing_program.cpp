@@ -119,10 +119,10 @@ void DrawingProgram::Stop() {
   socket.isOpen = false;
 }
 
-DrawAnswer::Result DrawingProgram::Converse(const GeneratorChoice& choice, void* buffer,
+DrawAnswer::Result DrawingProgram::Converse(const ProviderParameters& choice, void* buffer,
                                             std::size_t size, const Deadline& deadline,
                                             DrawText& text) {
-  const DrawRequest request = {++requests, static_cast<std::uint32_t>(size), choice};
+  const ProviderRequest request = {++requests, static_cast<std::uint32_t>(size), choice};
   // Does not wait: the socket's buffer holds more than one request, and is empty.
   if (::send(socket.descriptor, &request, sizeof request, MSG_NOSIGNAL | MSG_DONTWAIT) !=
       sizeof request) {
@@ -141,7 +141,7 @@ DrawAnswer::Result DrawingProgram::Converse(const GeneratorChoice& choice, void*
   return answer.result;
 }
 
-bool DrawingProgram::Ask(const GeneratorChoice& choice, void* buffer, std::size_t size,
+bool DrawingProgram::Ask(const ProviderParameters& choice, void* buffer, std::size_t size,
                          const Deadline& deadline, DrawText& text) {
   const DrawAnswer::Result result = Converse(choice, buffer, size, deadline, text);
   if (result != DrawAnswer::kDrawn && result != DrawAnswer::kRefused) Stop();

@@ -36,11 +36,11 @@ struct DrawingProgram {
   /// Sends a request and receives the answer. Returns true with `size` bytes in `buffer`, and the generator in `text`.
   /// Otherwise `text` says why not. Then the program is stopped, unless it keeps refusing draws after an alarm: a new
   /// one would not know of the alarm.
-  bool Ask(const GeneratorChoice& choice, void* buffer, std::size_t size, const Deadline& deadline,
-           DrawText& text);
+  bool Ask(const ProviderParameters& choice, void* buffer, std::size_t size,
+           const Deadline& deadline, DrawText& text);
 
  private:
-  DrawAnswer::Result Converse(const GeneratorChoice& choice, void* buffer, std::size_t size,
+  DrawAnswer::Result Converse(const ProviderParameters& choice, void* buffer, std::size_t size,
                               const Deadline& deadline, DrawText& text);
 };
 

@@ -31,7 +31,7 @@ class Provider {
   OSSL_FUNC_core_get_params_fn* getParams = nullptr;
   OSSL_FUNC_core_new_error_fn* newError = nullptr;
   OSSL_FUNC_core_vset_error_fn* setError = nullptr;
-  GeneratorChoice choice = {};
+  ProviderParameters choice = {};
   bool isChoiceValid = true;
   Connection connection;
 };

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kSocket = 3;
 
-void Answer(const DrawRequest& request, DrawAnswer::Result result, const char* text) {
+void Answer(const ProviderRequest& request, DrawAnswer::Result result, const char* text) {
   DrawAnswer answer = {request.number, result, {}};
   std::strncpy(answer.text.text, text, sizeof answer.text.text - 1);
   ::send(kSocket, &answer, sizeof answer, MSG_NOSIGNAL);
@@ -25,7 +25,7 @@ void Answer(const DrawRequest& request, DrawAnswer::Result result, const char* t
 int main() {
   const char* const given = std::getenv("FAKE_DRAW");
   const std::string word = given ? given : "";
-  DrawRequest request;
+  ProviderRequest request;
   while (::recv(kSocket, &request, sizeof request, MSG_WAITALL) == sizeof request) {
     if (word == "hang") ::sleep(60);
     if (word == "end") return 1;

@@ -51,7 +51,11 @@ class Arrival {
 
  private:
   void Write(SecretBytes&& bytes) {
-    isHeld ? held.push_back(std::move(bytes)) : output.Write(bytes);
+    if (isHeld) {
+      held.push_back(std::move(bytes));
+    } else {
+      output.Write(bytes);
+    }
   }
 
   const ReadRequest& request;
