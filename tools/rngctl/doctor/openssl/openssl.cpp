@@ -21,9 +21,7 @@ ChildResult Ask(const OpensslQuestion& question, Limit limit) {
 }
 
 // No other provider names a generator.
-bool IsOurs(const OpensslDraw& draw) {
-  return !draw.isReplaced && !draw.generator.empty();
-}
+bool IsOurs(const OpensslDraw& draw) { return !draw.isReplaced && !draw.generator.empty(); }
 
 OpensslResult Judge(const OpensslDraw& draw) {
   if (!draw.isDrawn) return OpensslResult::kFailed;
