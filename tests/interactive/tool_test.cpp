@@ -97,6 +97,17 @@ TEST_F(InstalledInTree, CancelsTheToolWithControlC) {
   EXPECT_FALSE(std::filesystem::exists(TreePath("key")));
 }
 
+TEST_F(InstalledInTree, ControlCEndsACombinationThatNeedsOnlyOthers) {
+  HostProcess& tool = Start({Rngctl(), "read", "--from", "unixdev,biokbd", "--need", "1", "-n",
+                             "32", "-o", TreePath("key")});
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x03");
+  EXPECT_EQ("", tool.Finish());
+  EXPECT_TRUE(
+      terminal.Shows("rngctl: The generator \"biokbd\" failed, or the draw was cancelled."));
+  EXPECT_FALSE(std::filesystem::exists(TreePath("key")));
+}
+
 TEST_F(InstalledInTree, IsNotReadWithoutATerminal) {
   const Result result = RunWithoutTerminal("read biokbd -n 32");
   EXPECT_EQ(1, result.status);

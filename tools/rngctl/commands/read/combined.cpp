@@ -56,6 +56,16 @@ bool IsFailure(const SourceOutcome& outcome) {
   throw Refusal(kNegativeAnswer, "The draws could not be combined: the memory is exhausted.");
 }
 
+// Users who cancel want no result, even if the other generators are enough. A generator that cannot ask is missing, which
+// is no failure.
+void RequireNoCancellation(const Outcomes& outcomes) {
+  for (const SourceOutcome& outcome : outcomes) {
+    const bool asksUser = IsInteractiveRng(outcome.kind.c_str()) != 0;
+    if (!asksUser || outcome.result != SourceResult::kFailed) continue;
+    throw Refusal(kNegativeAnswer, Explain(outcome), AdviceFor(outcome.result));
+  }
+}
+
 // Before anybody is asked for anything.
 void RequirePresence(const Sources& sources, std::size_t need) {
   Outcomes outcomes;
@@ -84,6 +94,7 @@ class CombinedDraw {
   void Fill(SecretBytes& piece) {
     Outcomes outcomes;
     if (!combined.Generate(piece.data(), piece.size(), outcomes)) RefuseDraw(outcomes, need);
+    RequireNoCancellation(outcomes);
     ++draws;
     for (std::size_t i = 0; i < recorded.size(); ++i) {
       const bool isUsed = outcomes[i].result == SourceResult::kUsed;
