@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The conversation of the OpenSSL provider, which runs in other people's programs, with the program that draws
-/// for it. The provider sends one request at a time. The answer to it is a `DrawAnswer`, followed by as many bytes as the
-/// request asks for, which are zeros unless they are drawn. Either side ends the conversation by closing its socket.
+/// The protocol between the OpenSSL provider, which runs in other people's programs, and its helper process, which
+/// makes the draws. The provider sends one request at a time. The helper sends back a `DrawAnswer`, followed by as many
+/// bytes as were requested, which are zeros if the draw failed. Either side ends the connection by closing its socket.
 
 constexpr std::uint32_t kLargestDraw = 16384;  ///< bytes
 
@@ -15,7 +15,7 @@ struct DrawText {
   char text[512];
 };
 
-/// The parameters of the provider's section in OpenSSL's configuration. All are empty for the user's default.
+/// The parameters in the provider's section of OpenSSL's configuration. All are empty for the user's default.
 struct ProviderParameters {
   DrawText kind;
   DrawText hardwareId;
@@ -25,19 +25,19 @@ struct ProviderParameters {
 struct ProviderRequest {
   std::uint32_t number;       ///< the answer repeats it
   std::uint32_t size;         ///< bytes, 1 to `kLargestDraw`
-  ProviderParameters choice;  ///< the same in all requests of a conversation
+  ProviderParameters choice;  ///< the same in all requests of a connection
 };
 
 struct DrawAnswer {
   enum Result : std::uint32_t {
-    kFailed = 0,  ///< the conversation ends
+    kFailed = 0,  ///< the helper closes the connection
     kDrawn = 1,
-    kRefused = 2  ///< after an alarm, every later draw of the conversation is refused, too
+    kRefused = 2  ///< after an alarm: the helper refuses all later draws, too
   };
 
   std::uint32_t number;
   Result result;
-  DrawText text;  ///< the generator, such as "Rutoken 3A7F", or why there are no bytes
+  DrawText text;  ///< the generator, such as "Rutoken 3A7F", or why the draw failed
 };
 
 #endif

@@ -1,6 +1,6 @@
 #include "openssl/module/connection.h"
 
-#include "openssl/module/drawing_program.h"
+#include "openssl/module/helper_process.h"
 
 #include <cstdio>
 #include <cstring>
@@ -18,7 +18,7 @@ bool Fail(DrawText& reason, const char* sentence) {
   return false;
 }
 
-// A thread that ended in the middle of a draw would leave locks behind, ours and OpenSSL's.
+// A thread that is cancelled during a draw would leave locks held, ours and OpenSSL's.
 class NoCancellation {
  public:
   NoCancellation() { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before); }
@@ -49,11 +49,11 @@ class LockUntil {
 
 }  // namespace
 
-// All zero, it is a lock that nobody holds and a program that is not started. The kernel clears it in a forked copy of
-// the process, so the copy finds just that.
+// All zeros are a free lock and a helper that is not started. The kernel zeroes this page in a child process after a
+// fork, so that is what the child finds.
 struct Connection::State {
   pthread_mutex_t lock;
-  DrawingProgram program;
+  HelperProcess program;
   DrawText generator;  // of the last draw
 };
 
@@ -75,7 +75,7 @@ Connection::~Connection() {
   ::munmap(state, sizeof(State));
 }
 
-// The socket of the original, in a forked copy that is used for the first time. The original goes on using it.
+// Closes the parent's socket at the first draw after a fork. The parent continues to use its own descriptor.
 void Connection::CloseInherited() {
   if (!state->program.socket.isOpen && opened.IsStillThis()) ::close(opened.descriptor);
   opened.isOpen = false;
@@ -83,7 +83,7 @@ void Connection::CloseInherited() {
 
 bool Connection::DrawLocked(const ProviderParameters& choice, void* buffer, std::size_t size,
                             const Deadline& deadline, DrawText& reason) {
-  DrawingProgram& program = state->program;
+  HelperProcess& program = state->program;
   if (!program.IsRunning()) {
     CloseInherited();
     program.Stop();
@@ -108,15 +108,18 @@ bool Connection::Draw(const ProviderParameters& choice, void* buffer, std::size_
   const Deadline deadline(kLongestDraw);
   if (::getauxval(AT_SECURE) != 0) {
     return Fail(reason,
-                "Programs with more rights than their user (set-user-ID, set-group-ID or "
+                "Programs with more privileges than their user (set-user-ID, set-group-ID or "
                 "capabilities) get no random bytes from this provider.");
   }
   if (!state)
     return Fail(
         reason,
-        "No memory could be set up that forked copies do not share. This needs Linux 4.14.");
+        "No memory could be allocated that the kernel zeroes in child processes. This needs "
+        "Linux 4.14 or later.");
   const LockUntil lock(state->lock, deadline);
-  if (!lock.IsHeld()) return Fail(reason, "Draws of other threads have taken a minute.");
+  if (!lock.IsHeld())
+    return Fail(reason,
+                "Draws in other threads have not finished within a minute. Run \"rngctl doctor\".");
   if (DrawLocked(choice, buffer, size, deadline, reason)) return true;
   ::explicit_bzero(buffer, size);
   return false;

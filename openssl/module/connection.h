@@ -1,31 +1,31 @@
 #ifndef OPENSSL_MODULE_CONNECTION_H
 #define OPENSSL_MODULE_CONNECTION_H
 
-#include "openssl/module/drawing_program.h"
+#include "openssl/module/helper_process.h"
 
 #include <cstddef>
 
-/// Draws in a program of this project, which runs beside this process and ends with it. The plug-ins must not run in
-/// this process: they may use OpenSSL themselves, and a draw can happen while OpenSSL holds its locks.
+/// Draws through a helper process, which exits when this process does. The plug-ins must not run in this process: they
+/// may use OpenSSL themselves, and OpenSSL may hold its locks during a draw.
 ///
-/// The first draw starts the program. A forked copy of this process starts its own, and waits for no lock that
-/// a thread of the original held. If the program is lost during a draw, that draw fails and the next one starts the
-/// program again, as does a draw after this process has closed all descriptors, which daemons do.
+/// The first draw starts the helper. After a fork, the child process starts its own, and waits for no lock that a thread
+/// of the parent held. If the helper terminates during a draw, that draw fails and the next one starts another helper.
+/// So does a draw after this process has closed all its descriptors, as daemons do.
 ///
-/// Uses nothing of the C++ library, so the module brings none into a process that has none.
+/// Uses nothing of the C++ library, so that the module does not load it into a process that does not have it.
 ///
-/// Threads: any; draws wait for each other.
+/// Threads: any; one draw at a time, the others wait.
 class Connection {
  public:
-  /// Cannot fail. Without memory for the object's state, every draw fails.
+  /// Does not fail. If there is no memory for the state, every draw fails.
   Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection();
 
-  /// Fills `size` bytes, at most `kLargestDraw`. Returns true when they are random and come from the generator of
-  /// `choice`. Otherwise the buffer holds zeros, and `reason` says why. Takes about a
-  /// minute at most. `choice` must be the same at each call.
+  /// Fills `size` bytes, at most `kLargestDraw`, from the generator that `choice` names. Returns false if that fails; the
+  /// buffer then holds zeros, and `reason` says why. Takes about a minute at most. `choice` must be the same in each
+  /// call.
   bool Draw(const ProviderParameters& choice, void* buffer, std::size_t size, DrawText& reason);
 
   /// The generator of the last draw of this process, such as "Rutoken 3A7F". Empty if no draw has succeeded.
@@ -38,8 +38,8 @@ class Connection {
                   const Deadline& deadline, DrawText& reason);
   void CloseInherited();
 
-  State* state = nullptr;  // in memory that the kernel clears in a forked copy
-  Socket opened = {};  // the last that was opened, in this process or in the original of this copy
+  State* state = nullptr;  // the kernel zeroes it in a child process after a fork
+  Socket opened = {};  // the last that was opened, by this process or by its parent before the fork
 };
 
 #endif

@@ -3,7 +3,7 @@
 
 #include <ctime>
 
-/// The latest end of a draw, which is fixed when the draw begins, whatever it waits for.
+/// The time at which a draw gives up. It is set when the draw begins, and covers everything that the draw waits for.
 class Deadline {
  public:
   explicit Deadline(time_t seconds) {
@@ -14,7 +14,7 @@ class Deadline {
   /// On the monotonic clock.
   const timespec& Get() const { return end; }
 
-  /// 0 when the time is over.
+  /// 0 when the deadline has passed.
   int MillisecondsLeft() const {
     timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);

@@ -1,4 +1,4 @@
-// What OpenSSL calls when it loads the module.
+// The functions that OpenSSL calls on the module itself.
 
 #include "openssl/module/parameters.h"
 #include "openssl/module/provider.h"
@@ -9,14 +9,14 @@
 
 namespace {
 
-// OpenSSL frees its providers in no order that is defined, and some programs draw until the end. This comes after the
-// last draw of this provider's generators.
+// OpenSSL tears down its providers in no defined order, and some programs draw until they exit. OpenSSL calls this after
+// the last draw from this provider.
 void Teardown(void* provider) {
   static_cast<Provider*>(provider)->~Provider();
   std::free(provider);
 }
 
-constexpr const char* kGenerator = "generator";  // that made the last draw: for rngctl doctor
+constexpr const char* kGenerator = "generator";  // of the last draw; rngctl doctor asks for it
 
 const OSSL_PARAM* DescribeParameters(void* /*provider*/) {
   static const OSSL_PARAM kDescription[] = {
@@ -60,8 +60,8 @@ const OSSL_DISPATCH kProviderFunctions[] = {
 
 }  // namespace
 
-// Succeeds even where no draw can: OpenSSL skips what follows a provider that cannot be loaded in its configuration
-// file, and might then use its own generator.
+// Succeeds even where every draw will fail: if a provider cannot be loaded, OpenSSL skips the rest of its configuration,
+// and may then use its own generator.
 extern "C" __attribute__((visibility("default"))) int OSSL_provider_init(
     const OSSL_CORE_HANDLE* handle, const OSSL_DISPATCH* in, const OSSL_DISPATCH** out,
     void** context) {

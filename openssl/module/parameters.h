@@ -5,13 +5,14 @@
 #include <openssl/core.h>
 #include <openssl/params.h>
 
-/// Answers to OpenSSL's requests for parameters. The module has its own because it does not link with libcrypto: a
-/// program may have a copy of libcrypto of its own, beside which the system's must not be loaded.
+/// Access to the parameters that OpenSSL passes. OpenSSL has such functions in libcrypto, with which the module must not
+/// link: the host may have its own copy, and the system's must not be loaded as well.
 
-/// The one of that name, or null. `parameters` may be null, too.
+/// Returns the parameter of that name, or null. `parameters` may be null.
 OSSL_PARAM* FindParameter(OSSL_PARAM* parameters, const char* name);
 
-/// Returns 1, or 0 if the parameter has no room for the value. A null `parameter` is not asked for, which is no failure.
+/// Stores a value. Returns 0 if the parameter has the wrong type or size for it, else 1. A null `parameter` was not
+/// requested: nothing is stored, and the result is 1.
 int SetNumber(OSSL_PARAM* parameter, std::uint64_t number);
 int SetText(OSSL_PARAM* parameter, const char* text);      ///< copied into the caller's buffer
 int SetConstant(OSSL_PARAM* parameter, const char* text);  ///< a pointer to a constant

@@ -21,7 +21,7 @@ Provider::Provider(const OSSL_CORE_HANDLE* handle, const OSSL_DISPATCH* function
                   ReadParameter("from", choice.from);
 }
 
-// A parameter that is too long is not cut, because the rest could name another generator.
+// A parameter that is too long is not truncated, because the rest could name another generator.
 bool Provider::ReadParameter(const char* name, DrawText& value) const {
   const char* text = nullptr;
   OSSL_PARAM parameters[] = {{name, OSSL_PARAM_UTF8_PTR, &text, 0, OSSL_PARAM_UNMODIFIED},

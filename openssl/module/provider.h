@@ -6,18 +6,18 @@
 #include <openssl/core.h>
 #include <openssl/core_dispatch.h>
 
-/// What OpenSSL creates once for each library context that loads the module, so once in almost all programs.
+/// One for each library context that loads the module. Most programs have only one library context.
 class Provider {
  public:
-  /// Reads the parameters of the module's section in OpenSSL's configuration. `functions` are those that OpenSSL offers
-  /// to its providers.
+  /// Reads the parameters in the provider's section of OpenSSL's configuration. `functions` are those that OpenSSL offers
+  /// to providers.
   Provider(const OSSL_CORE_HANDLE* handle, const OSSL_DISPATCH* functions);
   Provider(const Provider&) = delete;
   Provider& operator=(const Provider&) = delete;
   ~Provider() = default;
 
-  /// Fills `size` bytes, of any number. Otherwise returns false, with zeros in the buffer and the reason in OpenSSL's
-  /// queue of errors. Threads: any.
+  /// Fills `size` bytes, however many. Returns false if that fails, with zeros in the buffer and the reason in OpenSSL's
+  /// error queue. Threads: any.
   bool Draw(void* buffer, std::size_t size);
 
   /// See `Connection`.
@@ -36,16 +36,16 @@ class Provider {
   Connection connection;
 };
 
-/// The random-number generator "RNGAGGREGATOR", whose `provctx` is a `Provider`.
+/// The algorithm "RNGAGGREGATOR" (a RAND in OpenSSL's terms), whose `provctx` is a `Provider`.
 extern const OSSL_DISPATCH kRandomFunctions[];
 
-/// A function in a table of OpenSSL's.
+/// One entry of a dispatch table.
 template <typename Function>
 OSSL_DISPATCH Entry(int id, Function* function) {
   return {id, reinterpret_cast<void (*)()>(function)};
 }
 
-/// The error that a failed draw leaves.
+/// The reason code of the error that a failed draw raises.
 constexpr int kNoRandomBytes = 1;
 
 #endif

@@ -1,4 +1,4 @@
-// The random-number generator of the provider. It keeps no bytes: each draw is one of the chosen generator.
+// The provider's random-number generator. It buffers nothing: each request is a draw from the chosen generator.
 
 #include "openssl/module/parameters.h"
 #include "openssl/module/provider.h"
@@ -15,13 +15,13 @@ namespace {
 
 constexpr unsigned kStrength = 256;  // bits
 
-// A program has several: one for each thread and kind of use.
+// OpenSSL creates several in a program: the primary one, and two for each thread.
 struct Random {
   Provider& provider;
   std::atomic<int> state;
 };
 
-// The parent is what other generators are seeded from.
+// A DRBG would be seeded from the parent. This generator needs no seed.
 void* NewRandom(void* provider, void* /*parent*/, const OSSL_DISPATCH* /*parentFunctions*/) {
   void* const memory = std::malloc(sizeof(Random));
   return memory ? new (memory)
@@ -31,7 +31,7 @@ void* NewRandom(void* provider, void* /*parent*/, const OSSL_DISPATCH* /*parentF
 
 void FreeRandom(void* random) { std::free(random); }
 
-// Draws nothing, so programs that need no random bytes do not start the program that draws.
+// Draws nothing, so that a program that needs no random bytes starts no helper.
 int Instantiate(void* random, unsigned strength, int /*predictionResistance*/,
                 const unsigned char* /*personalisation*/, std::size_t, const OSSL_PARAM*) {
   if (strength > kStrength) return 0;
@@ -44,7 +44,7 @@ int Uninstantiate(void* random) {
   return 1;
 }
 
-// Additional input is for generators that compute their bytes.
+// Additional input and prediction resistance are for DRBGs.
 int Generate(void* random, unsigned char* out, std::size_t size, unsigned strength,
              int /*predictionResistance*/, const unsigned char* /*additional*/, std::size_t) {
   Random& self = *static_cast<Random*>(random);
@@ -57,7 +57,8 @@ int Reseed(void*, int, const unsigned char*, std::size_t, const unsigned char*, 
   return 1;
 }
 
-// Without a buffer, OpenSSL asks for the size. It allocates that, and calls again with that as the least size.
+// OpenSSL first passes a null buffer to ask for the size. It allocates that many bytes, and calls again with that as
+// the least size.
 std::size_t Nonce(void* random, unsigned char* out, unsigned strength, std::size_t least,
                   std::size_t most) {
   const std::size_t size = std::max<std::size_t>(least, strength / CHAR_BIT);
@@ -65,7 +66,7 @@ std::size_t Nonce(void* random, unsigned char* out, unsigned strength, std::size
   return !out || Generate(random, out, size, strength, 0, nullptr, 0) ? size : 0;
 }
 
-// There is nothing to lock: instances have no state but a flag, and draws wait for each other.
+// Nothing to do: the only state of an instance is an atomic flag, and `Connection` has a lock of its own.
 int EnableLocking(void*) { return 1; }
 
 const OSSL_PARAM* DescribeParameters(void* /*random*/, void* /*provider*/) {

@@ -100,11 +100,11 @@ see '^helpers/' '^(helpers|plugins/interactive|rngaggregator)/'
 # No input and no output: of the system's headers none, and of the language's none that reads or writes.
 keep_in '^helpers/gathering/' '^([a-z0-9_]+[.]h|sys/.*|[a-z]*stream|cstdio|filesystem|print|format)$' '^$'
 keep '^openssl/' '^(helpers/gathering|combine|openssl|tools/rngctl/doctor/openssl|benchmarks/timing/peers|tests/openssl)/'
-# The module runs in other people's programs, the child beside them. They share their conversation, and the start of a
-# program in the background.
+# The module runs in other people's programs, the helper in a process of its own. They share the protocol, and the start
+# of a program in the background.
 see '^openssl/module/' '^openssl/(module/|request[.]h$)|^plugins/interactive/start_orphan[.]h$'
-see '^openssl/child/' '^openssl/(child/|request[.]h$)|^plugins/interactive/start_orphan[.]h$|^rngaggregator/'
-keep_in '^openssl/' '^dlfcn[.]h$' '^openssl/(module/drawing_program|child/chosen_generator)[.]cpp$'
+see '^openssl/helper/' '^openssl/(helper/|request[.]h$)|^plugins/interactive/start_orphan[.]h$|^rngaggregator/'
+keep_in '^openssl/' '^dlfcn[.]h$' '^openssl/(module/helper_process|helper/chosen_generator)[.]cpp$'
 keep '^X11/' '^helpers/x11/'  # the library's display probe looks up what it calls
 keep '^cairo' '^helpers/x11/'
 keep '^Q[A-Za-z]*(/|$)|^ui_' '^helpers/qt/'

@@ -101,11 +101,11 @@ helpers/qt/new_file.cpp #include <cairo/cairo.h>
 helpers/qt/new_file.cpp #include <cairo-xlib.h>
 helpers/qt/new_file.cpp #include <openssl/rand.h>
 openssl/module/provider.cpp #include <rngaggregator/provider.h>
-openssl/module/provider.cpp #include "openssl/child/conversation.h"
+openssl/module/provider.cpp #include "openssl/helper/host_connection.h"
 openssl/module/provider.cpp #include <dlfcn.h>
-openssl/child/main.cpp #include "openssl/module/connection.h"
-openssl/child/main.cpp #include "combine/draw_pool.h"
-openssl/child/main.cpp #include "tools/rngctl/refusal.h"
+openssl/helper/main.cpp #include "openssl/module/connection.h"
+openssl/helper/main.cpp #include "combine/draw_pool.h"
+openssl/helper/main.cpp #include "tools/rngctl/refusal.h"
 openssl/request.h #include <dlfcn.h>
 tools/rngctl/main.cpp #include "openssl/request.h"
 helpers/other/new_file.cpp #include "aggregator/process_state.h"

@@ -1,6 +1,6 @@
 #include "tests/openssl/openssl_test.h"
 
-#include "tests/openssl/marked_bytes.h"
+#include "tests/openssl/watermark.h"
 #include "tests/support/tree.h"
 
 #include <algorithm>
@@ -29,7 +29,7 @@ void OpensslTest::SetUp() {
        {"librngaggregator.so.1", "librngcombine.so.1", "librngunixdev.so"}) {
     Install("lib/" + name, "lib");
   }
-  fs::copy(MARKED_PLUGINS "/librnggrandmaster.so", TreePath("lib"));
+  fs::copy(WATERMARKING_PLUGINS "/librnggrandmaster.so", TreePath("lib"));
   WriteFile(TreePath("etc/rng.ini"), "[Devices]\nRandomNumberGeneratorType=grandmaster\n");
   Configure("");
   Command("draw");
@@ -48,13 +48,13 @@ void OpensslTest::Command(const std::string& word) { WriteFile(TreePath("script"
 
 Result OpensslTest::Run(const std::string& command) {
   return RunShell("export OPENSSL_CONF=" + ConfigurationFile() +
-                  " MARKED_RNG=" + TreePath("script") + "\n" + command);
+                  " WATERMARKING_RNG=" + TreePath("script") + "\n" + command);
 }
 
 std::string OpensslTest::Host() { return DRAWS; }
 std::string OpensslTest::ConfigurationFile() { return TreePath("openssl.cnf"); }
 std::string OpensslTest::Module() { return TreePath("lib/ossl-modules/rngaggregator.so"); }
-std::string OpensslTest::DrawingProgram() {
+std::string OpensslTest::HelperProgram() {
   return TreePath("libexec/rngaggregator/rng-openssl-draw");
 }
 
@@ -63,20 +63,20 @@ std::size_t OpensslTest::CountDraws() {
   return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n'));
 }
 
-bool OpensslTest::AllEnd() {
+bool OpensslTest::AllHelpersExit() {
   for (int i = 0; i < 600; ++i) {
-    if (CountProcessesOf(DrawingProgram()) == 0) return true;
+    if (CountProcessesOf(HelperProgram()) == 0) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   return false;
 }
 
-bool IsMarkedText(const std::string& text) {
+bool HasWatermark(const std::string& text) {
   std::string bytes;
   for (std::size_t i = 0; i + 2 <= text.size() && std::isxdigit(text[i]); i += 2) {
     bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
   }
-  return AreMarked(bytes.data(), bytes.size());
+  return HaveWatermark(bytes.data(), bytes.size());
 }
 
 testing::AssertionResult Refused(const Result& result, const std::string& reason) {

@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-/// The provider in a tree of the case, with the generator "grandmaster" of the tests, whose bytes are marked, and with
-/// "unixdev". The configured generator is "grandmaster", unless the case configures another.
+/// Installs the provider in a directory of the test, with the generators "unixdev" and "grandmaster". The bytes of the
+/// latter have the watermark. It is the default, unless the test configures another.
 class OpensslTest : public testing::Test {
  protected:
   void SetUp() override;
@@ -15,31 +15,31 @@ class OpensslTest : public testing::Test {
   /// Writes OpenSSL's configuration, with these lines in the provider's section.
   static void Configure(const std::string& lines);
 
-  /// What "grandmaster" does from now on: "draw", or a fault.
+  /// Sets what "grandmaster" does from now on: "draw", or a fault.
   static void Command(const std::string& word);
 
   /// Runs a shell command with that configuration.
   static Result Run(const std::string& command);
 
-  /// Runs the tests' own program, which uses OpenSSL; see hosts/draws.cpp.
+  /// Runs the test program of hosts/draws.cpp, which uses OpenSSL.
   static Result RunHost(const std::string& arguments) { return Run(Host() + " " + arguments); }
   static std::string Host();
 
   static std::string ConfigurationFile();
   static std::string Module();
-  static std::string DrawingProgram();
+  static std::string HelperProgram();
 
   /// How many draws "grandmaster" has made.
   static std::size_t CountDraws();
 
-  /// Whether no process draws any more within half a minute.
-  static bool AllEnd();
+  /// Whether all helper processes exit within half a minute.
+  static bool AllHelpersExit();
 };
 
-/// Whether this hexadecimal text, as programs print it, is of marked bytes.
-bool IsMarkedText(const std::string& text);
+/// Whether the bytes that a program printed in hexadecimal have the watermark.
+bool HasWatermark(const std::string& text);
 
-/// Whether a program got no bytes: it failed, and said why.
+/// Whether a program got no bytes: it printed none, failed, and gave this reason.
 testing::AssertionResult Refused(const Result& result, const std::string& reason);
 
 #endif

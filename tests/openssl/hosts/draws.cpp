@@ -1,7 +1,7 @@
 // A program that draws through OpenSSL, and prints a character for each draw: "o" for bytes of the tests' generator, "-"
 // if there were none, and "X" for bytes from elsewhere.
 
-#include "tests/openssl/marked_bytes.h"
+#include "tests/openssl/watermark.h"
 
 #include <algorithm>
 #include <atomic>
@@ -29,7 +29,7 @@ char DrawFrom(OSSL_LIB_CTX* context) {
   unsigned char bytes[32];
   std::memset(bytes, 0xAA, sizeof bytes);
   if (RAND_bytes_ex(context, bytes, sizeof bytes, 0) == 1)
-    return AreMarked(bytes, sizeof bytes) ? 'o' : 'X';
+    return HaveWatermark(bytes, sizeof bytes) ? 'o' : 'X';
   const bool isUntouched =
       std::all_of(std::begin(bytes), std::end(bytes), [](auto byte) { return byte == 0xAA; });
   const bool isZero =
@@ -45,15 +45,15 @@ void Print(char drawn) {
   std::fflush(stdout);
 }
 
-// Runs `work` in a forked copy, and returns whether it exited normally.
-bool InCopy(const std::function<void()>& work) {
-  const pid_t copy = ::fork();
-  if (copy == 0) {
+// Runs `work` in a forked child, and returns whether it exited with 0.
+bool InChild(const std::function<void()>& work) {
+  const pid_t child = ::fork();
+  if (child == 0) {
     work();
     std::exit(0);
   }
   int status = -1;
-  ::waitpid(copy, &status, 0);
+  ::waitpid(child, &status, 0);
   return status == 0;
 }
 
@@ -76,20 +76,20 @@ void DrawInThreads(int threads, int draws) {
   std::printf("o %d - %d X %d\n", counts['o'].load(), counts['-'].load(), counts['X'].load());
 }
 
-// While another thread draws, so that some copies are made in the middle of a draw.
-void DrawInCopies(int copies) {
+// While another thread draws, so that some of the forks happen during a draw.
+void DrawInChildren(int children) {
   std::atomic<bool> isEnough = false;
   std::thread other([&] {
     while (!isEnough) Draw();
   });
-  for (int i = 0; i < copies; ++i) {
-    if (!InCopy([] { Print(Draw()); })) Print('!');
+  for (int i = 0; i < children; ++i) {
+    if (!InChild([] { Print(Draw()); })) Print('!');
   }
   isEnough = true;
   other.join();
 }
 
-// As a daemon does. The file that is then opened must stay as it is.
+// As a daemon does. The provider must not touch the files that then get the same numbers.
 void CloseAll() {
   ::close_range(3, ~0U, 0);
   std::FILE* const file = std::tmpfile();
@@ -102,12 +102,12 @@ void CloseStandardStreams() {
   const int kept = ::dup(STDOUT_FILENO);
   for (int descriptor = 0; descriptor < 3; ++descriptor) ::close(descriptor);
   const char drawn = Draw();
-  // It has taken none of the three numbers.
+  // The lowest number is still free, so the provider's socket has not taken it.
   const bool areFree = ::open("/dev/null", O_RDWR) == 0;
   if (::write(kept, areFree ? &drawn : "!", 1) != 1) std::abort();
 }
 
-// Another library context has a provider of its own. Its end must leave this one's alone.
+// Another library context has its own provider. Freeing it must not affect the default context's.
 void UseOtherContext(const char* configuration) {
   OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
   if (!OSSL_LIB_CTX_load_config(context, configuration)) Print('!');
@@ -115,8 +115,8 @@ void UseOtherContext(const char* configuration) {
   OSSL_LIB_CTX_free(context);
 }
 
-// The copy lives longer than the test waits.
-void LeaveCopy() {
+// The child lives longer than the test waits.
+void LeaveChild() {
   if (::fork() == 0) ::sleep(40);
 }
 
@@ -142,8 +142,8 @@ void Run(const std::vector<std::string>& words) {
     for (int i = 0; i < number; ++i) Print(Draw());
   } else if (what == "threads") {
     DrawInThreads(number, std::atoi(words[2].c_str()));
-  } else if (what == "copies") {
-    DrawInCopies(number);
+  } else if (what == "forks") {
+    DrawInChildren(number);
   } else if (what == "shell") {  // between two draws
     DrawThen([&] {
       std::fflush(stdout);
@@ -151,10 +151,10 @@ void Run(const std::vector<std::string>& words) {
     });
   } else if (what == "fork") {
     DrawThen([] {
-      if (!InCopy([] { DrawThen([] {}); })) Print('!');
+      if (!InChild([] { DrawThen([] {}); })) Print('!');
     });
   } else if (what == "fork_first") {
-    if (!InCopy([] { DrawThen([] {}); })) Print('!');
+    if (!InChild([] { DrawThen([] {}); })) Print('!');
     Print(Draw());
   } else if (what == "close_all") {
     DrawThen(CloseAll);
@@ -171,9 +171,9 @@ void Run(const std::vector<std::string>& words) {
   } else if (what == "execute") {
     Print(Draw());
     ::execl("/bin/sh", "sh", "-c", words[1].c_str(), nullptr);
-  } else if (what == "leave_copy") {
+  } else if (what == "leave_child") {
     Print(Draw());
-    LeaveCopy();
+    LeaveChild();
   } else if (what == "no_descriptor") {
     Print(DrawWithoutDescriptors());
   } else if (what == "interrupt") {

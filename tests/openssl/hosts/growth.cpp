@@ -1,7 +1,7 @@
-// growth WHAT COUNT [CONFIGURATION]: uses the provider that often, and prints what has grown in this process and in those
-// that draw for it. The first tenth is not counted, because caches fill up.
+// growth WHAT COUNT [CONFIGURATION]: uses the provider COUNT times, and prints how much this process and its helpers have
+// grown. A tenth of that number comes first and is not counted, because it fills caches.
 
-#include "tests/openssl/marked_bytes.h"
+#include "tests/openssl/watermark.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,7 +25,8 @@ namespace fs = std::filesystem;
 
 void Draw(OSSL_LIB_CTX* context) {
   unsigned char bytes[32];
-  if (RAND_bytes_ex(context, bytes, sizeof bytes, 0) == 1 && AreMarked(bytes, sizeof bytes)) return;
+  if (RAND_bytes_ex(context, bytes, sizeof bytes, 0) == 1 && HaveWatermark(bytes, sizeof bytes))
+    return;
   ERR_print_errors_fp(stderr);
   std::_Exit(1);
 }
@@ -34,15 +35,15 @@ void DrawOften(int count) {
   for (int i = 0; i < count; ++i) Draw(nullptr);
 }
 
-void DrawInCopies(int count) {
+void DrawInChildren(int count) {
   for (int i = 0; i < count; ++i) {
-    const pid_t copy = ::fork();
-    if (copy == 0) {
+    const pid_t child = ::fork();
+    if (child == 0) {
       Draw(nullptr);
       std::exit(0);
     }
     int status = -1;
-    if (::waitpid(copy, &status, 0) != copy || status != 0) std::_Exit(1);
+    if (::waitpid(child, &status, 0) != child || status != 0) std::_Exit(1);
   }
 }
 
@@ -55,7 +56,7 @@ void UseContexts(int count, const char* configuration) {
   }
 }
 
-// The processes that draw become children of this one; see main.
+// The helpers are orphans, so they become children of this subreaper.
 std::vector<std::string> Children() {
   std::vector<std::string> children;
   std::error_code ended;
@@ -79,14 +80,14 @@ struct Usage {
     long resident = 0;
     std::ifstream(process / "statm") >> total >> resident;
     residentKiB += resident * ::sysconf(_SC_PAGESIZE) / 1024;
-    // Those of a process that draws can be seen by root alone.
+    // Only root can see those of a helper.
     std::error_code hidden;
     descriptors += std::distance(fs::directory_iterator(process / "fd", hidden), {});
     ++processes;
   }
 };
 
-// Once those that still end have ended, or half a minute later.
+// Waits up to half a minute for processes that are still exiting.
 Usage Measure(std::size_t expected) {
   for (int i = 0; i < 3000 && Children().size() > expected; ++i) {
     while (::waitpid(-1, nullptr, WNOHANG) > 0) continue;
@@ -100,7 +101,7 @@ Usage Measure(std::size_t expected) {
 
 void Run(const std::string& what, int count, const char* configuration) {
   if (what == "draws") DrawOften(count);
-  if (what == "copies") DrawInCopies(count);
+  if (what == "forks") DrawInChildren(count);
   if (what == "contexts") UseContexts(count, configuration);
 }
 

@@ -1,6 +1,6 @@
-// Uses the provider's generator as an object of its own. Prints a line for each call that did not do what it should.
+// Calls the provider's generator directly, as an EVP_RAND. Prints a line for each call that does not do what it should.
 
-#include "tests/openssl/marked_bytes.h"
+#include "tests/openssl/watermark.h"
 
 #include <cstdio>
 #include <cstring>
@@ -52,15 +52,15 @@ void TryDraws(EVP_RAND_CTX* random) {
   Expect(EVP_RAND_generate(random, bytes, sizeof bytes, 257, 0, nullptr, 0) == 0,
          "no draw of more than 256 bits");
   Expect(EVP_RAND_generate(random, bytes, sizeof bytes, 256, 1, bytes, 16) == 1 &&
-             AreMarked(bytes, sizeof bytes),
+             HaveWatermark(bytes, sizeof bytes),
          "a draw");
   Expect(EVP_RAND_reseed(random, 1, nullptr, 0, bytes, 16) == 1, "it is reseeded");
   std::memset(bytes, 0, sizeof bytes);
-  Expect(EVP_RAND_nonce(random, bytes, 32) != 0 && AreMarked(bytes, 32), "a nonce");
+  Expect(EVP_RAND_nonce(random, bytes, 32) != 0 && HaveWatermark(bytes, 32), "a nonce");
   std::string large(100'000, '\0');
   Expect(EVP_RAND_generate(random, reinterpret_cast<unsigned char*>(large.data()), large.size(), 0,
                            0, nullptr, 0) == 1 &&
-             AreMarked(large.data(), large.size()),
+             HaveWatermark(large.data(), large.size()),
          "a large draw");
 }
 
@@ -75,7 +75,7 @@ int main() {
   Expect(LastGenerator(kind) == "grandmaster", "the generator of the last draw");
   Expect(EVP_RAND_uninstantiate(random) == 1 &&
              EVP_RAND_get_state(random) == EVP_RAND_STATE_UNINITIALISED,
-         "its end");
+         "it is uninstantiated");
   EVP_RAND_CTX_free(random);
   EVP_RAND_free(kind);
 }

@@ -1,4 +1,4 @@
-// What the program that draws sends, and what it loads.
+// What the helper process sends and loads.
 
 #include "tests/openssl/openssl_test.h"
 #include "tests/support/tree.h"
@@ -18,14 +18,14 @@ for begin in range(0, len(answer), piece):
 
 class Answers : public OpensslTest {
  protected:
-  // Draws through a program in the place of the one that draws. `answer` is Python for the bytes of the answer, and the
-  // size of the pieces in which they are sent.
+  // Draws with a fake helper. `answer` is Python: the bytes of its answer, and the size of the pieces in which it sends
+  // them.
   static Result DrawWithAnswer(const std::string& answer) {
     std::string program = kProgram;
     program.replace(program.find("ANSWER"), 6, answer);
-    std::filesystem::remove(DrawingProgram());
-    WriteFile(DrawingProgram(), program);
-    std::filesystem::permissions(DrawingProgram(), std::filesystem::perms(0755));
+    std::filesystem::remove(HelperProgram());
+    WriteFile(HelperProgram(), program);
+    std::filesystem::permissions(HelperProgram(), std::filesystem::perms(0755));
     return Run("openssl rand -hex 32");
   }
 };
@@ -50,7 +50,7 @@ TEST_F(Answers, EndTooEarly) {
 TEST_F(Answers, AreToAnotherRequest) {
   EXPECT_TRUE(
       Refused(DrawWithAnswer("struct.pack('II512s', number + 1, 1, b'x') + b'1' * 32, 1000"),
-              "has given a wrong answer"));
+              "sent an unexpected answer"));
 }
 
 TEST_F(Answers, AreOfAnUnknownKind) {
@@ -58,7 +58,7 @@ TEST_F(Answers, AreOfAnUnknownKind) {
       DrawWithAnswer("struct.pack('II512s', number, 7, b'unknown') + b'1' * 32, 1000"), "unknown"));
 }
 
-// The library asks for a display twelve times.
+// The library looks for a display twelve times.
 TEST_F(Answers, TakeOneLoadOfTheXLibrary) {
   const Result result = Run("LD_DEBUG=files LD_DEBUG_OUTPUT=" + TreePath("loads") +
                             " openssl rand -hex 32 >/dev/null; cat " + TreePath("loads") +

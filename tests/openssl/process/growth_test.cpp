@@ -17,7 +17,7 @@ int Times(int count) {
 class Growth : public OpensslTest {
  protected:
   static void ExpectNone(const std::string& use) {
-    constexpr long kMostKiB = 256;  // a page here and there, not some for each use
+    constexpr long kMostKiB = 256;  // a few pages in all, but none for each use
     const Result result = Run(GROWTH " " + use);
     std::cout << use << ": " << result.output;
     long processes = 0, descriptors = 0, size = 0;
@@ -27,7 +27,7 @@ class Growth : public OpensslTest {
     EXPECT_EQ(0, processes);
     EXPECT_EQ(0, descriptors);
     EXPECT_GE(kMostKiB, size);
-    EXPECT_TRUE(AllEnd());
+    EXPECT_TRUE(AllHelpersExit());
   }
 };
 
@@ -36,20 +36,20 @@ class ManyPrograms : public OpensslTest {};
 }  // namespace
 
 TEST_F(Growth, OfDraws) { ExpectNone("draws " + std::to_string(Times(5000))); }
-TEST_F(Growth, OfCopies) { ExpectNone("copies " + std::to_string(Times(50))); }
+TEST_F(Growth, OfForks) { ExpectNone("forks " + std::to_string(Times(50))); }
 TEST_F(Growth, OfContexts) {
   ExpectNone("contexts " + std::to_string(Times(15)) + " " + ConfigurationFile());
 }
 
 TEST_F(ManyPrograms, DrawAtTheSameTime) {
-  const std::string count = std::to_string(Times(500));
-  const Result result = Run("seq " + count + " | xargs -P 8 -I _ openssl rand -hex 16");
+  const Result result =
+      Run("seq " + std::to_string(Times(500)) + " | xargs -P 8 -I _ openssl rand -hex 16");
   EXPECT_EQ(0, result.status) << result.errors;
   std::istringstream lines(result.output);
-  int marked = 0;
-  for (std::string line; std::getline(lines, line); ++marked)
-    ASSERT_TRUE(IsMarkedText(line)) << line;
-  std::cout << marked << " programs drew\n";
-  EXPECT_EQ(Times(500), marked);
-  EXPECT_TRUE(AllEnd());
+  int count = 0;
+  for (std::string line; std::getline(lines, line); ++count)
+    ASSERT_TRUE(HasWatermark(line)) << line;
+  std::cout << count << " programs drew\n";
+  EXPECT_EQ(Times(500), count);
+  EXPECT_TRUE(AllHelpersExit());
 }

@@ -1,4 +1,4 @@
-// What happens to the process beside a program's own when that forks, closes descriptors or ends.
+// The helper process of a program that forks, closes its descriptors or terminates.
 
 #include "tests/openssl/openssl_test.h"
 #include "tests/support/tree.h"
@@ -8,66 +8,66 @@
 
 namespace {
 
-class Processes : public OpensslTest {};
+class HelperProcess : public OpensslTest {};
 
 }  // namespace
 
-TEST_F(Processes, ThreadsShareOne) {
+TEST_F(HelperProcess, ThreadsShareOne) {
   EXPECT_EQ("o 1600 - 0 X 0\n", RunHost("threads 8 200").output);
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Processes, ACopyHasItsOwn) {
+TEST_F(HelperProcess, AForkedChildStartsItsOwn) {
   EXPECT_EQ("oooo", RunHost("fork").output);
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Processes, ACopyHasItsOwnBeforeTheOriginal) {
+TEST_F(HelperProcess, AForkedChildStartsItsOwnEvenBeforeTheParent) {
   EXPECT_EQ("ooo", RunHost("fork_first").output);
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Processes, CopiesInTheMiddleOfADrawWaitForNothing) {
-  EXPECT_EQ(std::string(100, 'o'), RunHost("copies 100").output);
-  EXPECT_TRUE(AllEnd());
+TEST_F(HelperProcess, ForksDuringADrawDoNotBlock) {
+  EXPECT_EQ(std::string(100, 'o'), RunHost("forks 100").output);
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Processes, AProgramMayCloseAllDescriptors) {
+TEST_F(HelperProcess, IsStartedAgainIfTheHostClosesAllDescriptors) {
   EXPECT_EQ("oo", RunHost("close_all").output);
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Processes, TheStandardStreamsStayClosed) {
+TEST_F(HelperProcess, LeavesTheStandardStreamsClosed) {
   EXPECT_EQ("o", RunHost("close_standard_streams").output);
 }
 
-TEST_F(Processes, ItIsNoChildOfTheProgram) { EXPECT_EQ("oo", RunHost("children").output); }
+TEST_F(HelperProcess, IsNotAChildOfTheHost) { EXPECT_EQ("oo", RunHost("children").output); }
 
-TEST_F(Processes, AnotherContextHasItsOwn) {
+TEST_F(HelperProcess, AnotherLibraryContextStartsItsOwn) {
   EXPECT_EQ("ooo", RunHost("other_context " + ConfigurationFile()).output);
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Processes, ItIsStartedAgainAfterItsEnd) {
-  EXPECT_EQ("oo", RunHost("shell 'pkill -KILL -f ^" + DrawingProgram() + " && sleep 0.2'").output);
+TEST_F(HelperProcess, IsStartedAgainAfterItWasKilled) {
+  EXPECT_EQ("oo", RunHost("shell 'pkill -KILL -f ^" + HelperProgram() + " && sleep 0.2'").output);
 }
 
-TEST_F(Processes, ItsEndDuringADrawFailsTheDraw) {
+TEST_F(HelperProcess, TheDrawFailsIfItIsKilled) {
   Command("hang");
   EXPECT_TRUE(Refused(Run("(while ! [ -s " + TreePath("script.draws") +
-                          " ]; do sleep 0.02; done; pkill -KILL -f ^" + DrawingProgram() +
+                          " ]; do sleep 0.02; done; pkill -KILL -f ^" + HelperProgram() +
                           ") & openssl rand -hex 32"),
-                      "The program that draws has terminated."));
+                      "The helper program rng-openssl-draw has terminated."));
 }
 
-// At the start of the program that draws, in the middle of a draw, and between two. Bytes from elsewhere would show.
-TEST_F(Processes, ItsEndAtAnyMomentGivesNoOtherBytes) {
+// As it starts, during a draw, and between two draws. The host prints an X for bytes from elsewhere.
+TEST_F(HelperProcess, NoBytesComeFromElsewhereWheneverItIsKilled) {
   Command("slow");
   const Result result = Run(R"(
     while :; do
       for moment in 1 2 3 4 5 6 7 8 9 11 13 17; do
         sleep $(printf 0.%03d $moment)
-        pkill -KILL -f ^)" + DrawingProgram() +
+        pkill -KILL -f ^)" + HelperProgram() +
                             R"(
       done
     done &
@@ -78,23 +78,23 @@ TEST_F(Processes, ItsEndAtAnyMomentGivesNoOtherBytes) {
   EXPECT_NE(std::string::npos, result.output.find('-')) << result.output;
 }
 
-TEST_F(Processes, ItEndsWithAProgramThatIsKilled) {
+TEST_F(HelperProcess, ExitsWhenTheHostIsKilled) {
   const Result result = Run(Host() + " shell 'kill -KILL $PPID'");
   EXPECT_EQ("o", result.output);
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Processes, ItEndsWhenTheProgramBecomesAnother) {
-  const Result result = RunHost("execute 'while pgrep -f ^" + DrawingProgram() +
+TEST_F(HelperProcess, ExitsWhenTheHostExecutesAnotherProgram) {
+  const Result result = RunHost("execute 'while pgrep -f ^" + HelperProgram() +
                                 " >/dev/null; do sleep 0.02; done; echo alone'");
   EXPECT_EQ("oalone\n", result.output);
 }
 
-// A copy that never draws keeps the socket open.
-TEST_F(Processes, ItEndsWithTheOriginalThatACopyOutlives) {
-  EXPECT_EQ("o", RunHost("leave_copy").output);
-  EXPECT_TRUE(AllEnd());
+// The child never draws, so it keeps the socket open.
+TEST_F(HelperProcess, ExitsWithTheHostEvenIfAChildOutlivesIt) {
+  EXPECT_EQ("o", RunHost("leave_child").output);
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-// Ctrl-C is for the program, which may catch it.
-TEST_F(Processes, TheTerminalsSignalsDoNotReachIt) { EXPECT_EQ("oo", RunHost("interrupt").output); }
+// Ctrl-C is meant for the host, which may handle it.
+TEST_F(HelperProcess, GetsNoSignalsOfTheTerminal) { EXPECT_EQ("oo", RunHost("interrupt").output); }

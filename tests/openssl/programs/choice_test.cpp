@@ -21,7 +21,7 @@ TEST_F(Choice, TheDefaultWithItsDevice) {
   WriteFile(
       TreePath("etc/rng.ini"),
       "[Devices]\nRandomNumberGeneratorType=grandmaster\nRandomNumberGeneratorHardwareID=A1\n");
-  EXPECT_TRUE(IsMarkedText(Draw().output));
+  EXPECT_TRUE(HasWatermark(Draw().output));
   EXPECT_EQ("grandmaster A1\n", Draws());
 }
 
@@ -30,7 +30,7 @@ TEST_F(Choice, NoDefault) {
   EXPECT_TRUE(Refused(Draw(), "No default generator is configured"));
 }
 
-// No interactive kind takes the place of the default.
+// No interactive kind is used instead.
 TEST_F(Choice, ADefaultThatIsNotLoaded) {
   WriteFile(TreePath("etc/rng.ini"), "[Devices]\nRandomNumberGeneratorType=Rutoken\n");
   EXPECT_TRUE(Refused(Draw(), "The generator \"Rutoken\" is not loaded."));
@@ -45,7 +45,7 @@ TEST_F(Choice, AKind) {
 
 TEST_F(Choice, AKindWithADevice) {
   Configure("kind = grandmaster\nhardware-id = A1");
-  EXPECT_TRUE(IsMarkedText(Draw().output));
+  EXPECT_TRUE(HasWatermark(Draw().output));
   EXPECT_EQ("grandmaster A1\n", Draws());
 }
 
@@ -58,7 +58,7 @@ TEST_F(Choice, SeveralSources) {
   Configure("from = unixdev,grandmaster:A1");
   const Result result = Draw();
   EXPECT_EQ(65u, result.output.size()) << result.errors;
-  EXPECT_FALSE(IsMarkedText(result.output));
+  EXPECT_FALSE(HasWatermark(result.output));
   EXPECT_EQ("grandmaster A1\n", Draws());
 }
 
@@ -74,7 +74,7 @@ TEST_F(Choice, OneOfSeveralSourcesIsMissing) {
 }
 
 TEST_F(Choice, AKindThatAsksTheUser) {
-  fs::copy(MARKED_PLUGINS "/librngbiokb.so", TreePath("lib"));
+  fs::copy(WATERMARKING_PLUGINS "/librngbiokb.so", TreePath("lib"));
   Configure("kind = biokbd");
   EXPECT_TRUE(Refused(Draw(), "The generator \"biokbd\" asks the user"));
   WriteFile(TreePath("etc/rng.ini"), "[Devices]\nRandomNumberGeneratorType=biokbd\n");
@@ -93,15 +93,15 @@ TEST_F(Choice, AKindThatNeedsADisplay) {
   EXPECT_TRUE(Refused(Draw(), "The generator \"bioqt\" asks the user"));
 }
 
-// Its X server might not answer.
-TEST_F(Choice, IsMadeWithoutTheDisplay) {
-  EXPECT_TRUE(IsMarkedText(Run("DISPLAY=:7 openssl rand -hex 32").output));
+// The X server might not answer.
+TEST_F(Choice, TheDisplayIsNotUsed) {
+  EXPECT_TRUE(HasWatermark(Run("DISPLAY=:7 openssl rand -hex 32").output));
   EXPECT_EQ("grandmaster \n", Draws());
 }
 
-// Whatever its name.
+// Its flags decide, whatever its name is.
 TEST_F(Choice, AGeneratorThatSaysThatItNeedsTheUser) {
-  fs::copy(MARKED_PLUGINS "/librngdsdr.so", TreePath("lib"));
+  fs::copy(WATERMARKING_PLUGINS "/librngdsdr.so", TreePath("lib"));
   Configure("kind = dsdr");
   EXPECT_TRUE(Refused(Draw(), "The generator \"dsdr\" asks the user"));
   EXPECT_EQ("", Draws());
@@ -109,14 +109,14 @@ TEST_F(Choice, AGeneratorThatSaysThatItNeedsTheUser) {
 
 TEST_F(Choice, ContradictoryParameters) {
   Configure("kind = unixdev\nfrom = unixdev,grandmaster");
-  EXPECT_TRUE(Refused(Draw(), "gives \"from\" together with \"kind\""));
+  EXPECT_TRUE(Refused(Draw(), "has \"from\" together with \"kind\""));
   Configure("hardware-id = A1\nfrom = unixdev,grandmaster");
-  EXPECT_TRUE(Refused(Draw(), "gives \"from\" together with \"kind\""));
+  EXPECT_TRUE(Refused(Draw(), "has \"from\" together with \"kind\""));
   Configure("hardware-id = A1");
   EXPECT_TRUE(Refused(Draw(), "\"hardware-id\" without \"kind\""));
 }
 
-// Cut, it might name another one.
+// If it were truncated, it could name another generator.
 TEST_F(Choice, AParameterThatIsTooLong) {
   Configure("from = unixdev" + std::string(600, ','));
   EXPECT_TRUE(Refused(Draw(), "is too long"));

@@ -1,9 +1,10 @@
-// Whatever goes wrong after the configuration is in force, a program gets no bytes.
+// Whatever goes wrong after OpenSSL has applied the configuration, programs get no bytes.
 
 #include "tests/openssl/openssl_test.h"
 #include "tests/support/tree.h"
 
 #include <filesystem>
+#include <ostream>
 #include <unistd.h>
 
 namespace {
@@ -20,14 +21,17 @@ struct Fault {
   const char* reason;
 };
 
+// For the list of tests.
+void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.command; }
+
 class FaultyPlugin : public Faults, public testing::WithParamInterface<Fault> {};
 
 constexpr Fault kFaults[] = {
     {"fail", "A draw from the generator \"grandmaster\" failed"},
     {"zeros", "evidently not random"},
     {"throw", "the device burns"},
-    {"crash", "The program that draws has terminated."},
-    {"exit", "The program that draws has terminated."},
+    {"crash", "The helper program rng-openssl-draw has terminated."},
+    {"exit", "The helper program rng-openssl-draw has terminated."},
 };
 
 std::string NameOf(const testing::TestParamInfo<Fault>& info) { return info.param.command; }
@@ -37,7 +41,7 @@ std::string NameOf(const testing::TestParamInfo<Fault>& info) { return info.para
 TEST_P(FaultyPlugin, GivesNoBytes) {
   Command(GetParam().command);
   EXPECT_TRUE(Refused(Draw(), GetParam().reason));
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
 TEST_P(FaultyPlugin, GivesNoBytesInALaterDraw) {
@@ -48,12 +52,12 @@ TEST_P(FaultyPlugin, GivesNoBytesInALaterDraw) {
 
 INSTANTIATE_TEST_SUITE_P(All, FaultyPlugin, testing::ValuesIn(kFaults), NameOf);
 
-// Time runs thirty times as fast in the program.
+// Time runs thirty times as fast in the host.
 TEST_F(Faults, AGeneratorThatDoesNotAnswer) {
   Command("hang");
   EXPECT_TRUE(Refused(Run("LD_PRELOAD=" FAST_CLOCK " openssl rand -hex 32"),
                       "has not answered for a minute"));
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
 TEST_F(Faults, ThreadsThatWaitForAGeneratorThatDoesNotAnswer) {
@@ -62,43 +66,43 @@ TEST_F(Faults, ThreadsThatWaitForAGeneratorThatDoesNotAnswer) {
   EXPECT_EQ("o 0 - 4 X 0\n", result.output);
 }
 
-TEST_F(Faults, ThePluginDoesNotStop) {
+TEST_F(Faults, APluginWhoseReleaseHangs) {
   Command("hang_release");
-  EXPECT_TRUE(IsMarkedText(Draw().output));
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(HasWatermark(Draw().output));
+  EXPECT_TRUE(AllHelpersExit());
 }
 
-TEST_F(Faults, TheGeneratorWorksAgain) {
+TEST_F(Faults, AGeneratorThatRecovers) {
   Command("fail");
   EXPECT_EQ("-o", RunHost("shell 'echo draw > " + TreePath("script") + "'").output);
 }
 
-// As long as the process lives. A new one cannot know.
-TEST_F(Faults, AnAlarmStays) {
+// A new process knows nothing of the alarm.
+TEST_F(Faults, AnAlarmLastsUntilTheHostExits) {
   Command("zeros");
   EXPECT_EQ("--", RunHost("shell 'echo draw > " + TreePath("script") + "'").output);
-  EXPECT_TRUE(IsMarkedText(Draw().output));
+  EXPECT_TRUE(HasWatermark(Draw().output));
 }
 
-TEST_F(Faults, TheProgramThatDrawsIsMissing) {
-  fs::remove(DrawingProgram());
+TEST_F(Faults, TheHelperProgramIsMissing) {
+  fs::remove(HelperProgram());
   EXPECT_TRUE(Refused(Draw(), "rng-openssl-draw: No such file or directory"));
 }
 
-TEST_F(Faults, TheProgramThatDrawsIsNoProgram) {
+TEST_F(Faults, TheHelperProgramIsNotExecutable) {
   WriteFile(TreePath("other"), "");
-  fs::rename(TreePath("other"), DrawingProgram());
+  fs::rename(TreePath("other"), HelperProgram());
   EXPECT_TRUE(Refused(Draw(), "rng-openssl-draw"));
-  fs::permissions(DrawingProgram(), fs::perms(0755));
-  EXPECT_TRUE(Refused(Draw(), "The program that draws has terminated."));
+  fs::permissions(HelperProgram(), fs::perms(0755));
+  EXPECT_TRUE(Refused(Draw(), "The helper program rng-openssl-draw has terminated."));
 }
 
 TEST_F(Faults, TheLibraryIsMissing) {
   fs::remove(TreePath("lib/librngaggregator.so.1"));
-  EXPECT_TRUE(Refused(Draw(), "The program that draws has terminated."));
+  EXPECT_TRUE(Refused(Draw(), "The helper program rng-openssl-draw has terminated."));
 }
 
-// OpenSSL applies "random" before it finds out.
+// OpenSSL has applied "random" before it looks for the module.
 TEST_F(Faults, TheModuleIsMissing) {
   fs::remove(Module());
   EXPECT_TRUE(Refused(Draw(), "RNGAGGREGATOR"));
@@ -112,7 +116,7 @@ TEST_F(Faults, TheModuleIsNotActivated) {
   EXPECT_EQ("-", RunHost("draw").output);
 }
 
-// The current directory may have changed when the first draw comes.
+// The current directory may have changed by the time of the first draw.
 TEST_F(Faults, TheModuleHasARelativePath) {
   std::string text = ReadFile(ConfigurationFile());
   const std::string line = "module = " + Module();
@@ -123,13 +127,13 @@ TEST_F(Faults, TheModuleHasARelativePath) {
       "Give its absolute path"));
 }
 
-TEST_F(Faults, NoDescriptorIsLeft) {
+TEST_F(Faults, TheHostHasNoFreeDescriptor) {
   const Result result = RunHost("no_descriptor");
   EXPECT_EQ("-", result.output);
   EXPECT_THAT(result.errors, testing::HasSubstr("cannot be started"));
 }
 
-TEST_F(Faults, NoProcessIsLeft) {
+TEST_F(Faults, TheUserMayStartNoMoreProcesses) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user, who has few processes";
   fs::permissions(TreePath(""), fs::perms(0755));
   const Result result =
@@ -148,5 +152,5 @@ TEST_F(Faults, AProgramWithTheRightsOfAnotherUser) {
   const Result result =
       Run("setpriv --reuid=65534 --clear-groups " + host + " context " + ConfigurationFile());
   EXPECT_EQ("-", result.output);
-  EXPECT_THAT(result.errors, testing::HasSubstr("more rights than their user"));
+  EXPECT_THAT(result.errors, testing::HasSubstr("more privileges than their user"));
 }

@@ -21,30 +21,29 @@ TEST_F(ProviderModule, IsLoadedByOpenssl) {
   EXPECT_EQ(0u, CountDraws());
 }
 
-// Otherwise it could bring a second copy of libcrypto, or the C++ library, into a program.
-TEST_F(ProviderModule, NeedsTheLibraryOfCAlone) {
+// Otherwise it could load a second copy of libcrypto, or the C++ library, into the host.
+TEST_F(ProviderModule, NeedsOnlyTheCLibrary) {
   EXPECT_EQ(
       "libc.so.6\n",
       Run("readelf -dW " + Module() + " | sed -n 's/.*(NEEDED).*\\[\\(.*\\)\\]/\\1/p'").output);
 }
 
-TEST_F(ProviderModule, ExportsItsEntryAlone) {
+TEST_F(ProviderModule, ExportsOnlyItsEntryPoint) {
   EXPECT_EQ("OSSL_provider_init\n",
             Run("nm -D --defined-only --format=just-symbols " + Module()).output);
 }
 
-TEST_F(ProviderModule, KeepsTheContractOfGenerators) {
+TEST_F(ProviderModule, DoesWhatOpensslExpectsOfARandomGenerator) {
   const Result result = Run(RANDOM_OBJECT);
   EXPECT_EQ("", result.output) << result.errors;
   EXPECT_EQ(0, result.status);
 }
 
-// A program that needs no bytes starts no other.
-TEST_F(ProviderModule, StartsNothingWithoutADraw) {
+TEST_F(ProviderModule, StartsNoHelperBeforeADraw) {
   const std::string trace = TreePath("started");
-  std::filesystem::remove(DrawingProgram());
-  WriteFile(DrawingProgram(), "#!/bin/sh\ntouch " + trace + '\n');
-  std::filesystem::permissions(DrawingProgram(), std::filesystem::perms(0755));
+  std::filesystem::remove(HelperProgram());
+  WriteFile(HelperProgram(), "#!/bin/sh\ntouch " + trace + '\n');
+  std::filesystem::permissions(HelperProgram(), std::filesystem::perms(0755));
   EXPECT_EQ(0, Run("openssl dgst -sha256 /dev/null").status);
   EXPECT_FALSE(std::filesystem::exists(trace));
   EXPECT_TRUE(Refused(Run("openssl rand 32"), "has terminated"));

@@ -1,4 +1,4 @@
-// Programs that were never written for this library.
+// Real programs, which know nothing of this library.
 
 #include "tests/openssl/openssl_test.h"
 #include "tests/support/tree.h"
@@ -27,23 +27,23 @@ TEST_F(Programs, OpensslRandDrawsFromTheDefault) {
   const Result result = Run("openssl rand -hex 64");
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_EQ(129u, result.output.size());
-  EXPECT_TRUE(IsMarkedText(result.output)) << result.output;
+  EXPECT_TRUE(HasWatermark(result.output)) << result.output;
 }
 
-TEST_F(Programs, AKeyOnAnEllipticCurveIsDrawnFromIt) {
+TEST_F(Programs, AnEcKeyIsDrawnFromTheDefault) {
   const Result result = Run(
       "openssl genpkey -algorithm EC -pkeyopt ec_paramgen_curve:P-256 | openssl pkey -text -noout");
   EXPECT_EQ(0, result.status) << result.errors;
-  EXPECT_TRUE(IsMarkedText(PrivatePart(result.output))) << result.output;
+  EXPECT_TRUE(HasWatermark(PrivatePart(result.output))) << result.output;
 }
 
-TEST_F(Programs, AnEd25519KeyIsDrawnFromIt) {
+TEST_F(Programs, AnEd25519KeyIsDrawnFromTheDefault) {
   const Result result = Run("openssl genpkey -algorithm ED25519 | openssl pkey -text -noout");
   EXPECT_EQ(0, result.status) << result.errors;
-  EXPECT_TRUE(IsMarkedText(PrivatePart(result.output))) << result.output;
+  EXPECT_TRUE(HasWatermark(PrivatePart(result.output))) << result.output;
 }
 
-TEST_F(Programs, ACertificateIsRequested) {
+TEST_F(Programs, ACertificateIsMade) {
   const Result result =
       Run("openssl req -x509 -newkey rsa:2048 -nodes -keyout /dev/null -subj /CN=test -config "
           "/etc/ssl/openssl.cnf");
@@ -52,14 +52,14 @@ TEST_F(Programs, ACertificateIsRequested) {
   EXPECT_LT(0u, CountDraws());
 }
 
-TEST_F(Programs, PythonDrawsFromIt) {
+TEST_F(Programs, PythonDrawsFromTheDefault) {
   const Result result = Run("python3 -c 'import ssl; print(ssl.RAND_bytes(64).hex())'");
   EXPECT_EQ(0, result.status) << result.errors;
-  EXPECT_TRUE(IsMarkedText(result.output)) << result.output;
+  EXPECT_TRUE(HasWatermark(result.output)) << result.output;
 }
 
-// Both ends of a connection, over a socket of the case. "-rev" makes the server send lines back.
-TEST_F(Programs, AServerAndAClientTalk) {
+// Server and client, over a socket in the test's directory. "-rev" makes the server send lines back.
+TEST_F(Programs, AServerAndAClientConnect) {
   const Result result = Run("cd " + TreePath("") + R"(
     openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -keyout key -out certificate \
       -subj /CN=localhost -config /etc/ssl/openssl.cnf 2>/dev/null || exit 1
@@ -69,7 +69,7 @@ TEST_F(Programs, AServerAndAClientTalk) {
     wait)");
   EXPECT_THAT(result.output, HasSubstr("hello"));
   EXPECT_LT(3u, CountDraws());
-  EXPECT_TRUE(AllEnd());
+  EXPECT_TRUE(AllHelpersExit());
 }
 
 TEST_F(Programs, NoFileIsLeftWithoutAKey) {

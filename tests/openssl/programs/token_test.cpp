@@ -1,4 +1,4 @@
-// The user's default is a token, in a module that counts what is drawn, and in SoftHSM, which itself uses libcrypto.
+// The user's default is a token: of a mock PKCS#11 module that counts draws, or of SoftHSM, which itself uses libcrypto.
 
 #include "tests/openssl/openssl_test.h"
 #include "tests/support/tree.h"
@@ -21,7 +21,7 @@ class KeyFromToken : public OpensslTest {
                   device + '\n');
   }
 
-  // The size of this private key is that of no other draw.
+  // No other draw has the size of this private key.
   static Result MakeKey() { return Run("openssl genpkey -algorithm ED448"); }
   static constexpr unsigned long kKeySize = 57;
 };
@@ -56,10 +56,10 @@ TEST_F(KeyFromToken, IsNotMadeAfterTheTokenIsTakenOut) {
   const std::string script = std::getenv("MOCK_TOKENS");
   const Result result =
       RunHost("shell 'echo slot id=0 serial=A1 life=2 present=no > " + script + "'");
-  EXPECT_EQ("X-", result.output);  // the bytes of the token are not marked
+  EXPECT_EQ("X-", result.output);  // the bytes of the token have no watermark
 }
 
-TEST_F(KeyFromToken, OfSoftHsm) {
+TEST_F(KeyFromToken, IsDrawnFromSoftHsm) {
   const SoftHsm hsm;
   const std::string serial = hsm.Add("first");
   InstallToken(SOFTHSM_PLUGIN, serial);

@@ -54,7 +54,7 @@ TEST_F(OpensslDoctor, RepeatsWhatTheProviderSaysOfAFailedDraw) {
   EXPECT_EQ(std::string(kNoBytes) + "The token is gone. Fix: insert it.\n", result.errors);
 }
 
-TEST_F(OpensslDoctor, ADrawingProgramThatEndsIsAFailedDraw) {
+TEST_F(OpensslDoctor, AHelperThatTerminatesIsAFailedDraw) {
   EXPECT_THAT(Examine("", "FAKE_DRAW=end").errors, StartsWith(kNoBytes));
 }
 

@@ -1,4 +1,4 @@
-// Stands in for the program that draws for OpenSSL's provider. The variable FAKE_DRAW says what it does.
+// Stands in for the helper of OpenSSL's provider. The variable FAKE_DRAW says what it does.
 
 #include "openssl/request.h"
 

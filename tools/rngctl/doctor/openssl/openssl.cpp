@@ -16,7 +16,7 @@ ChildResult Ask(const OpensslQuestion& question, Limit limit) {
   const WaitNotice notice("Waiting for a draw by OpenSSL, at most " +
                           std::to_string(limit.count()) + " s");
   ChildOrder order = {kOpensslChildCommand, Encode(question), limit};
-  order.endsDescendants = true;  // the program that draws for the module
+  order.endsDescendants = true;  // such as the provider's helper
   return RunChild(order);
 }
 

@@ -1,8 +1,8 @@
-// Draws for OpenSSL's provider "rngaggregator", in a process of its own. The plug-ins, and the libraries that they
-// load, can use OpenSSL here, because this process uses no configuration of OpenSSL, and so not the provider either.
+// Draws for OpenSSL's provider "rngaggregator", in a process of its own. Plug-ins and the libraries that they load can
+// use OpenSSL here: this process ignores OpenSSL's configuration, so their calls do not come back to the provider.
 
-#include "openssl/child/chosen_generator.h"
-#include "openssl/child/conversation.h"
+#include "openssl/helper/chosen_generator.h"
+#include "openssl/helper/host_connection.h"
 
 #include <cstdlib>
 #include <exception>
@@ -26,8 +26,8 @@ void SeparateFromHost() {
   OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr);
 }
 
-// Answers one request. Returns whether the conversation goes on.
-bool Answer(const Conversation& host, const ProviderRequest& request, ChosenGenerator& generator,
+// Answers one request. Returns false if the connection must be closed.
+bool Answer(const HostConnection& host, const ProviderRequest& request, ChosenGenerator& generator,
             Reply& reply) {
   try {
     if (!generator.draw) generator = ChooseGenerator(request.choice);
@@ -44,8 +44,8 @@ bool Answer(const Conversation& host, const ProviderRequest& request, ChosenGene
   return true;
 }
 
-void Converse() {
-  const Conversation host;
+void Serve() {
+  const HostConnection host;
   ChosenGenerator generator;
   Reply reply = {};
   while (const auto request = host.Receive()) {
@@ -58,7 +58,7 @@ void Converse() {
 int main() {
   SeparateFromHost();
   try {
-    Converse();
+    Serve();
   } catch (const std::exception& error) {
     std::cerr << "rng-openssl-draw: " << error.what() << '\n';
     return 1;

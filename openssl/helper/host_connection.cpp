@@ -1,4 +1,4 @@
-#include "openssl/child/conversation.h"
+#include "openssl/helper/host_connection.h"
 
 #include "plugins/interactive/start_orphan.h"
 
@@ -15,8 +15,8 @@
 
 namespace {
 
-// The process that has started this one, as a descriptor that becomes readable at its end. Forked copies of it may keep
-// its socket open after that.
+// A descriptor for the process that started this one. It becomes readable when that process terminates. The end of the
+// socket is not enough, because child processes of the host may keep it open.
 int OpenHost() {
   ucred peer = {};
   socklen_t size = sizeof peer;
@@ -24,12 +24,12 @@ int OpenHost() {
   return static_cast<int>(::syscall(SYS_pidfd_open, peer.pid, 0));
 }
 
-void EndWith(int host) {
+void TerminateWith(int host) {
   pollfd ends[] = {{kOrphanSocket, POLLRDHUP, 0}, {host, POLLIN, 0}};
   while (::poll(ends, std::size(ends), -1) <= 0) continue;
   ::shutdown(kOrphanSocket, SHUT_RDWR);  // the main thread now stops the library
   ::sleep(2);
-  ::_exit(1);  // a plug-in does not return
+  ::_exit(1);  // a plug-in has not returned
 }
 
 bool Send(const void* bytes, std::size_t size) {
@@ -47,21 +47,21 @@ bool Send(const void* bytes, std::size_t size) {
 
 }  // namespace
 
-Conversation::Conversation() {
+HostConnection::HostConnection() {
   const int host = OpenHost();
   if (host < 0) {
     throw std::runtime_error(
-        "This program is started by OpenSSL's provider \"rngaggregator\". Run \"rngctl read\" "
-        "instead.");
+        "OpenSSL's provider \"rngaggregator\" starts this program. To draw random bytes yourself, "
+        "run \"rngctl read\".");
   }
-  std::thread(EndWith, host).detach();
+  std::thread(TerminateWith, host).detach();
 }
 
-// The host finds the end of the conversation even if another process has this socket open, too.
-Conversation::~Conversation() { ::shutdown(kOrphanSocket, SHUT_RDWR); }
+// Tells the host that the connection has ended, even if another process has this socket open, too.
+HostConnection::~HostConnection() { ::shutdown(kOrphanSocket, SHUT_RDWR); }
 
-// NOLINTBEGIN(readability-convert-member-functions-to-static): only a conversation has the socket
-std::optional<ProviderRequest> Conversation::Receive() const {
+// NOLINTBEGIN(readability-convert-member-functions-to-static): only the connection has the socket
+std::optional<ProviderRequest> HostConnection::Receive() const {
   ProviderRequest request;
   if (::recv(kOrphanSocket, &request, sizeof request, MSG_WAITALL) != sizeof request) return {};
   if (request.size == 0 || request.size > kLargestDraw) return {};
@@ -71,9 +71,9 @@ std::optional<ProviderRequest> Conversation::Receive() const {
   return request;
 }
 
-// If it cannot be sent, the host is gone, and the next request does not come.
-void Conversation::Answer(const ProviderRequest& request, DrawAnswer::Result result,
-                          const std::string& text, Reply& reply) const {
+// If sending fails, the host is gone. `Receive` then finds that out.
+void HostConnection::Answer(const ProviderRequest& request, DrawAnswer::Result result,
+                            const std::string& text, Reply& reply) const {
   reply.answer = {request.number, result, {}};
   text.copy(reply.answer.text.text, sizeof reply.answer.text.text - 1);
   if (result != DrawAnswer::kDrawn) ::explicit_bzero(reply.bytes, request.size);

@@ -1,4 +1,4 @@
-#include "openssl/child/chosen_generator.h"
+#include "openssl/helper/chosen_generator.h"
 
 #include <dlfcn.h>
 #include <memory>
@@ -15,8 +15,8 @@ void RefuseIfItAsksTheUser(const std::string& name, std::uint32_t flags) {
   throw rng::Error(
       rng::ErrorCode::kNeedsUser,
       "The generator \"" + name +
-          "\" asks the user, which a program that uses OpenSSL "
-          "cannot wait for. Choose another with \"rngctl default set\", or with \"kind\" "
+          "\" asks the user, and a program that uses OpenSSL "
+          "cannot wait for that. Choose another with \"rngctl default set\", or with \"kind\" "
           "in the provider's section of OpenSSL's configuration.");
 }
 
@@ -42,7 +42,7 @@ ChosenGenerator ChooseOne(const rng::Session& session, const rng::Generator& gen
           }};
 }
 
-// Why a combined draw has failed: the first source that could not be used.
+// Reports why a combined draw failed: the source that raised an alarm, or else the first that could not be used.
 [[noreturn]] void ThrowFailure(const std::vector<rng::SourceOutcome>& outcomes) {
   for (const rng::SourceOutcome& outcome : outcomes) {
     if (outcome.result == rng::SourceResult::kAlarm)
@@ -52,7 +52,7 @@ ChosenGenerator ChooseOne(const rng::Session& session, const rng::Generator& gen
     const std::string reason = rng::Explain(outcome);
     if (!reason.empty()) throw rng::Error(rng::ErrorCode::kDrawFailed, reason);
   }
-  throw rng::Error(rng::ErrorCode::kDrawFailed, "The draw failed because memory ran out.");
+  throw rng::Error(rng::ErrorCode::kDrawFailed, "The draw failed: out of memory.");
 }
 
 ChosenGenerator ChooseSeveral(const rng::Session& session, const std::string& list) {
@@ -90,12 +90,14 @@ ChosenGenerator ChooseGenerator(const ProviderParameters& choice) {
   const std::string from = choice.from.text;
   if (!from.empty() && !(kind + device).empty()) {
     throw std::invalid_argument(
-        "OpenSSL's configuration gives \"from\" together with \"kind\" or "
+        "The provider's section of OpenSSL's configuration has \"from\" together with \"kind\" or "
         "\"hardware-id\". Fix: remove one of them.");
   }
   if (kind.empty() && !device.empty()) {
     throw std::invalid_argument(
-        "OpenSSL's configuration gives \"hardware-id\" without \"kind\". Fix: add the kind.");
+        "The provider's section of OpenSSL's configuration has \"hardware-id\" without \"kind\". "
+        "Fix: "
+        "add the kind.");
   }
   const XLibraryInUse xLibrary;
   const rng::Session session;

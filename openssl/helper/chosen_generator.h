@@ -1,5 +1,5 @@
-#ifndef OPENSSL_CHILD_CHOSEN_GENERATOR_H
-#define OPENSSL_CHILD_CHOSEN_GENERATOR_H
+#ifndef OPENSSL_HELPER_CHOSEN_GENERATOR_H
+#define OPENSSL_HELPER_CHOSEN_GENERATOR_H
 
 #include "openssl/request.h"
 
@@ -17,9 +17,9 @@ struct ChosenGenerator {
 
 /// Starts the library and looks for the generator: the configured default, one kind, or several sources.
 ///
-/// Kinds that ask the user are refused: programs draw without the user's knowledge, and often.
+/// Kinds that ask the user are refused: programs draw often, and without the user's knowledge.
 ///
-/// Failure: throws a `std::exception` with a sentence for people.
+/// Failure: throws a `std::exception` with a sentence for the user.
 ChosenGenerator ChooseGenerator(const ProviderParameters& choice);
 
 #endif

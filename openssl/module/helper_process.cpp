@@ -1,4 +1,4 @@
-#include "openssl/module/drawing_program.h"
+#include "openssl/module/helper_process.h"
 
 #include "plugins/interactive/start_orphan.h"
 
@@ -22,14 +22,14 @@ namespace {
 constexpr const char* kProgram = "/" RNG_HELPERS_FROM_MODULE "/rng-openssl-draw";
 
 constexpr const char* kHasTerminated =
-    "The program that draws has terminated. Run \"rngctl doctor\" to find out why.";
+    "The helper program rng-openssl-draw has terminated. Run \"rngctl doctor\" to find out why.";
 
 bool Fail(DrawText& text, const char* reason) {
   std::snprintf(text.text, sizeof text.text, "%s", reason);
   return false;
 }
 
-// Relative to the file of this module, so an installation can be moved.
+// The path is relative to this module, so that an installation can be moved.
 bool FindProgram(char (&path)[PATH_MAX]) {
   Dl_info module = {};
   if (!::dladdr(kProgram, &module) || !module.dli_fname || *module.dli_fname != '/') return false;
@@ -41,7 +41,7 @@ bool FindProgram(char (&path)[PATH_MAX]) {
   return true;
 }
 
-// Not in the place of a standard stream that the host has closed: what it prints would be sent there.
+// If the host has closed a standard stream, the socket must not take its place: the host would print into it.
 int MoveFromStandardStreams(int descriptor) {
   if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
   const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -61,7 +61,9 @@ bool Receive(int socket, iovec (&parts)[2], const Deadline& deadline, DrawText& 
   while (parts[1].iov_len > 0) {
     pollfd event = {socket, POLLIN, 0};
     if (::poll(&event, 1, deadline.MillisecondsLeft()) == 0) {
-      return Fail(text, "The generator has not answered for a minute. Run \"rngctl doctor\".");
+      return Fail(
+          text,
+          "The generator has not answered for a minute. Run \"rngctl doctor\" to find out why.");
     }
     msghdr message = {};
     message.msg_iov = parts;
@@ -82,27 +84,27 @@ bool Socket::IsStillThis() const {
   return isOpen && ::fstat(descriptor, &now) == 0 && now.st_dev == device && now.st_ino == inode;
 }
 
-// Nothing arrives between two draws. If something does, the program has terminated or cannot be trusted.
-bool DrawingProgram::IsRunning() const {
+// Nothing arrives between two draws. If something does, the helper has terminated or cannot be trusted.
+bool HelperProcess::IsRunning() const {
   if (!socket.IsStillThis()) return false;
   pollfd event = {socket.descriptor, POLLIN, 0};
   return ::poll(&event, 1, 0) == 0;
 }
 
-bool DrawingProgram::Start(DrawText& text) {
+bool HelperProcess::Start(DrawText& text) {
   char path[PATH_MAX];
   if (!FindProgram(path)) {
-    return Fail(text,
-                "The module was loaded by a relative path. Give its absolute path in OpenSSL's "
-                "configuration.");
+    return Fail(
+        text,
+        "OpenSSL loaded this provider's module from a relative path. Give its absolute path in "
+        "OpenSSL's configuration.");
   }
   socket.descriptor =
       MoveFromStandardStreams(::access(path, X_OK) == 0 ? StartOrphan(path, ::environ) : -1);
   struct stat now = {};
   if (socket.descriptor < 0 || ::fstat(socket.descriptor, &now) != 0) {
-    std::snprintf(text.text, sizeof text.text,
-                  "The program that draws cannot be started: %.400s: %s", path,
-                  std::strerror(errno));
+    std::snprintf(text.text, sizeof text.text, "The helper program cannot be started: %.400s: %s",
+                  path, std::strerror(errno));
     return false;
   }
   socket.device = now.st_dev;
@@ -111,19 +113,19 @@ bool DrawingProgram::Start(DrawText& text) {
   return true;
 }
 
-void DrawingProgram::Stop() {
+void HelperProcess::Stop() {
   if (socket.IsStillThis()) {
-    ::shutdown(socket.descriptor, SHUT_RDWR);  // closes it in forked copies of this process, too
+    ::shutdown(socket.descriptor, SHUT_RDWR);  // also ends it in child processes that inherited it
     ::close(socket.descriptor);
   }
   socket.isOpen = false;
 }
 
-DrawAnswer::Result DrawingProgram::Converse(const ProviderParameters& choice, void* buffer,
-                                            std::size_t size, const Deadline& deadline,
-                                            DrawText& text) {
+DrawAnswer::Result HelperProcess::Exchange(const ProviderParameters& choice, void* buffer,
+                                           std::size_t size, const Deadline& deadline,
+                                           DrawText& text) {
   const ProviderRequest request = {++requests, static_cast<std::uint32_t>(size), choice};
-  // Does not wait: the socket's buffer holds more than one request, and is empty.
+  // Does not block: the socket's buffer is empty, and has room for more than one request.
   if (::send(socket.descriptor, &request, sizeof request, MSG_NOSIGNAL | MSG_DONTWAIT) !=
       sizeof request) {
     Fail(text, kHasTerminated);
@@ -133,7 +135,7 @@ DrawAnswer::Result DrawingProgram::Converse(const ProviderParameters& choice, vo
   iovec parts[] = {{&answer, sizeof answer}, {buffer, size}};
   if (!Receive(socket.descriptor, parts, deadline, text)) return DrawAnswer::kFailed;
   if (answer.number != request.number) {
-    Fail(text, "The program that draws has given a wrong answer.");
+    Fail(text, "The helper program rng-openssl-draw sent an unexpected answer.");
     return DrawAnswer::kFailed;
   }
   text = answer.text;
@@ -141,9 +143,9 @@ DrawAnswer::Result DrawingProgram::Converse(const ProviderParameters& choice, vo
   return answer.result;
 }
 
-bool DrawingProgram::Ask(const ProviderParameters& choice, void* buffer, std::size_t size,
-                         const Deadline& deadline, DrawText& text) {
-  const DrawAnswer::Result result = Converse(choice, buffer, size, deadline, text);
+bool HelperProcess::Ask(const ProviderParameters& choice, void* buffer, std::size_t size,
+                        const Deadline& deadline, DrawText& text) {
+  const DrawAnswer::Result result = Exchange(choice, buffer, size, deadline, text);
   if (result != DrawAnswer::kDrawn && result != DrawAnswer::kRefused) Stop();
   return result == DrawAnswer::kDrawn;
 }

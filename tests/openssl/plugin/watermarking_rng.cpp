@@ -1,7 +1,7 @@
-// A generator whose bytes are marked. It notes its draws in the file $MARKED_RNG.draws, a line for each, and does what
-// the file $MARKED_RNG says, which may change at any time.
+// A generator whose bytes have the watermark. It does what the file $WATERMARKING_RNG says, which may change at any time,
+// and writes a line for each draw to $WATERMARKING_RNG.draws.
 
-#include "tests/openssl/marked_bytes.h"
+#include "tests/openssl/watermark.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -16,7 +16,7 @@
 namespace {
 
 std::string ScriptPath() {
-  const char* const path = std::getenv("MARKED_RNG");
+  const char* const path = std::getenv("WATERMARKING_RNG");
   return path ? path : "";
 }
 
@@ -28,10 +28,10 @@ std::string Command() {
 
 void Fill(void* buffer, std::size_t size) {
   auto* next = static_cast<char*>(buffer);
-  for (std::size_t done = 0; done < size; done += sizeof(MarkedBlock)) {
-    MarkedBlock block = {};
+  for (std::size_t done = 0; done < size; done += sizeof(WatermarkedBlock)) {
+    WatermarkedBlock block = {};
     if (::getrandom(&block.first, sizeof block.first, 0) != sizeof block.first) std::abort();
-    block.second = block.first ^ kMark;
+    block.second = block.first ^ kWatermark;
     std::memcpy(next + done, &block, std::min(size - done, sizeof block));
   }
 }
@@ -42,9 +42,9 @@ std::int32_t Report(const std::string& text, char* buffer) {
   return static_cast<std::int32_t>(text.size() + 1);
 }
 
-class MarkedRng final : public IRngProvider {
+class WatermarkingRng final : public IRngProvider {
   std::int32_t GetName(char* buffer) override { return Report(NAME, buffer); }
-  std::int32_t GetDescription(char* buffer) override { return Report("Marked bytes", buffer); }
+  std::int32_t GetDescription(char* buffer) override { return Report("Watermarked bytes", buffer); }
   std::int32_t GetHardwareId(char* buffer) override { return Report(device, buffer); }
   bool SelectDevice(const char* id) override {
     if (id && *id && std::strcmp(id, "A1") != 0) return false;
