@@ -10,9 +10,9 @@
 ///     const bool hasKey = rng && rng->operations->Generate(rng, key, sizeof key);
 ///     ShutDown();
 ///
-/// aggregator.h and provider.h have the contract: what each operation does, who owns what, from
-/// which threads it may be called, how it fails. All of it holds here. This header repeats it in
-/// brief, and says what differs for C.
+/// aggregator.h and provider.h have the whole contract: what each operation does, who owns what, from
+/// which threads it may be called, how it fails. It applies here, too. This header summarises it, and
+/// says what is different in C.
 ///
 /// Objects. The first word of a provider or of a settings object is a pointer to its operations,
 /// which are functions in a fixed order. Each takes the object as its first argument.
@@ -35,17 +35,17 @@
 ///
 ///     Initialize(&mine.settings);
 ///
-/// Such an object has no type information: C++ code must not use `dynamic_cast` or `typeid` on it.
+/// Such an object has no C++ type information: code must not use `dynamic_cast` or `typeid` on it.
 ///
-/// Types. A `bool` of stdbool.h is one byte that holds 0 or 1, as in C++. Return `true` or `false`,
-/// never another number through a cast function pointer.
+/// Types. `bool`, from stdbool.h, is one byte that holds 0 or 1, as in C++. Never cast a function that
+/// returns `int` to one of these types: any other value would be undefined.
 ///
 /// Exceptions. The library catches nothing, and neither can C. When a plug-in throws and no C++
 /// function further up in the stack catches it, `std::terminate` ends the process with SIGABRT; no
 /// cleanup runs. A host that must survive that draws in a child process, for example with
-/// `rngctl read`, or makes its calls in a C++ source that catches. Where C++ does catch, the
-/// exception passes through your C functions, and skips the rest of each. Compile them with
-/// `-fexceptions`: only then do the functions of `__attribute__((cleanup))` run.
+/// `rngctl read`, or makes its calls from a C++ source file that catches. If C++ code does catch, the
+/// exception unwinds your C functions and skips the rest of each. Compile them with `-fexceptions`:
+/// only then do the handlers of `__attribute__((cleanup))` run.
 
 #ifdef __cplusplus
 #error "This header is for C. In C++, include <rngaggregator/aggregator.h>."
@@ -97,7 +97,7 @@ typedef struct RngSettingsOperations {
   const char* (*GetDsdrFilePath)(IRngSettings* settings);
 } RngSettingsOperations;
 
-/// The part of a settings object that all of them have. What follows belongs to whoever made it.
+/// What all settings objects begin with. The rest of an object belongs to whoever made it.
 struct IRngSettings {
   const RngSettingsOperations* operations;  ///< never null
 };
@@ -145,7 +145,7 @@ typedef struct RngProviderOperations {
   void (*Release)(IRngProvider* provider);
 } RngProviderOperations;
 
-/// The part of a provider that all of them have. What follows belongs to the plug-in.
+/// What all providers begin with. The rest of an object belongs to the plug-in.
 struct IRngProvider {
   const RngProviderOperations* operations;  ///< never null
 };
@@ -177,7 +177,7 @@ extern const char* rngBioWin;       ///< "bio", interactive; the library loads n
 /// must live while the library is started.
 void Initialize(IRngSettings* settings);
 
-/// Takes back one start. The last one releases every provider: all pointers to them become invalid.
+/// Undoes one start. Undoing the last one releases every provider: all pointers to them become invalid.
 void ShutDown(void);
 
 /// True when the library is started.

@@ -2,17 +2,17 @@
 #define RNGAGGREGATOR_COMBINED_RNG_H
 
 /// \file
-/// A generator for hosts that combines several others, for those who trust no single one. C++11; link
+/// A generator that combines several others, for hosts that trust no single one. C++11; link
 /// `librngcombine.so.1` beside the aggregator.
 ///
 ///     rng::CombinedRng combined(rng::FindSources("unixdev,biokbd,Rutoken:3a2f01"));
 ///     if (!combined.Generate(key, sizeof key)) ...   // one of them was missing or failed
 ///
-/// What it gives. The bytes are unpredictable as long as one source is good: one whose bytes nobody can predict, and
-/// which the others cannot see. A source that knows or copies the bytes of the others can neither cancel them nor
+/// What it guarantees. The bytes are unpredictable as long as one source is good: nobody can predict its bytes, and the
+/// other sources cannot see them. A source that knows or copies the bytes of the others can neither cancel them nor
 /// choose the result, as it could if they were combined by XOR.
 ///
-/// What it does not give. All plug-ins are in this process, so a malicious one could read the memory of the
+/// What it does not guarantee. All plug-ins are in this process, so a malicious one could read the memory of the
 /// others, and the result. The combination protects against bad generators and devices, not against bad code.
 ///
 /// How. For each draw, every source gives 64 fresh bytes, which are checked as `CheckedRng` does. Then HMAC_DRBG
@@ -53,10 +53,10 @@ struct CombinedSource {
 
   std::string kind;        ///< the name by which `GetRng` finds it, 1 to 17 bytes
   std::string device;      ///< selected before each draw, at most 17 bytes; "": the one in use
-  IRngProvider* provider;  ///< borrowed; null if there is none, and then its draws fail
+  IRngProvider* provider;  ///< borrowed; if it is null, the source is missing and its draws fail
 };
 
-/// What became of a source in a draw.
+/// How a draw used a source.
 enum class SourceResult {
   kUsed,           ///< its bytes are part of the result
   kMissing,        ///< it has no provider
@@ -65,15 +65,15 @@ enum class SourceResult {
   kFailed,         ///< its draw failed or was cancelled
   kAlarm,          ///< its bytes are not random, now or in an earlier draw
   kThrew,          ///< it threw an exception
-  kNotAsked        ///< the draw had ended before its turn
+  kNotAsked        ///< the draw ended before its turn
 };
 
-/// One source after a draw.
+/// How a draw used one of the sources.
 struct SourceOutcome {
   std::string kind;      ///< as it was given
   std::string device;    ///< as it was given
   SourceResult result;   ///< whether it was used, and if not, why
-  RngHealthAlarm alarm;  ///< with `kAlarm`: what raised it
+  RngHealthAlarm alarm;  ///< with `kAlarm`: which check raised it
   std::string message;   ///< with `kThrew`: the exception's text, which comes from the plug-in
 };
 
@@ -88,37 +88,39 @@ struct CombinedState;
 /// empty, a kind or device is longer than 17 bytes or contains control characters, or a kind appears twice.
 std::vector<CombinedSource> ParseSources(const std::string& text);
 
-/// A sentence about a source that was not used, such as: The generator "dsdr" failed. The result is empty if it was used.
-/// It contains the kind and the message as they are. Threads: any.
+/// Returns a sentence that says why a source was not used, such as: The generator "dsdr" is not usable now. Returns ""
+/// if it was used. The sentence contains the kind and the message unchanged, so escape it before you print it.
+///
+/// Threads: any.
 std::string Explain(const SourceOutcome& outcome);
 
-/// The combination, as a provider of its own. What `IRngProvider` says of each operation holds.
+/// The combination, itself a provider: its operations keep the contract of `IRngProvider`.
 ///
 /// Ownership: borrows the providers, which must stay loaded as long as this object is used. `SetSettings` and
 ///            `Release` do nothing: only the aggregator calls them.
-/// Threads:   any, without locks; draws may be concurrent, and a forked copy of the process can draw.
-/// Failure:   the constructors throw. Operations do not: what a source throws, or a lack of memory, is a draw that
-///            fails. Only the forced unwinding of a thread that is cancelled passes through.
+/// Threads:   any, without locks; draws may be concurrent, and a child process may draw after a fork.
+/// Failure:   the constructors throw. Operations do not: if a source throws, or memory runs out, the draw fails. Only
+///            the forced unwinding of a cancelled thread passes through.
 class CombinedRng final : public IRngProvider {
  public:
   /// Combines all of these sources: a draw fails unless each of them gives its bytes.
   ///
-  /// Calls no source yet. Throws `std::invalid_argument` with a sentence if there are none, for what
-  /// `ParseSources` refuses in a kind or device, and if two have the same kind or the same provider, because a
-  /// provider has only one selected device.
+  /// Calls no source yet. Throws `std::invalid_argument` with a sentence if there are no sources, if `ParseSources`
+  /// would refuse a kind or device, and if two have the same kind or the same provider, because a provider has only
+  /// one selected device.
   explicit CombinedRng(const std::vector<CombinedSource>& sources);
 
-  /// Combines at least `need` of them: a source that cannot be used is left out as long as so many can be. That is
-  /// only as strong as the weakest `need` of them. Also throws `std::invalid_argument` if `need` is 0, or more than
-  /// there are sources.
+  /// Combines at least `need` of the sources: one that cannot be used is left out, as long as `need` others can be. The
+  /// result may then be only as strong as the weakest `need` sources. Also throws `std::invalid_argument` if `need` is
+  /// 0 or larger than the number of sources.
   CombinedRng(const std::vector<CombinedSource>& sources, std::size_t need);
 
   CombinedRng(const CombinedRng&) = delete;
   CombinedRng& operator=(const CombinedRng&) = delete;
   ~CombinedRng();
 
-  /// Draws, and stores what became of each source in `outcomes`, in their order. If it returns false although enough
-  /// of them were used, memory ran out. A draw of 0 bytes asks no source.
+  /// Draws, and stores in `outcomes` how each source was used, in their order. If it returns false although enough
+  /// sources were used, memory ran out. A draw of 0 bytes asks no source.
   bool Generate(void* buffer, std::size_t size, std::vector<SourceOutcome>& outcomes);
 
   /// Forgets alarms. Until then a source that raised one is not asked again.
@@ -129,9 +131,9 @@ class CombinedRng final : public IRngProvider {
   std::int32_t GetDescription(char* buffer) override;  ///< lists the kinds and devices
   std::int32_t GetHardwareId(char* buffer) override;   ///< none
   bool SelectDevice(const char* hardwareId) override;  ///< false, except for null and ""
-  bool IsAvailable() override;                         ///< whether enough sources are
-  bool SelfTest() override;                            ///< of all sources; whether enough pass
-  /// Cancels all sources. A draw that it reaches ends, even if enough other sources could be used.
+  bool IsAvailable() override;                         ///< whether enough sources are available
+  bool SelfTest() override;  ///< tests all sources; true if enough of them pass
+  /// Cancels all sources. A waiting draw ends, even if enough other sources could be used.
   void Cancel() override;
   /// NeedsUser and MayBlock if one source has the bit; the others if all of them have it.
   std::uint32_t GetFlags() override;

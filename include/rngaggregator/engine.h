@@ -19,28 +19,28 @@
 
 namespace rng {
 
-/// Whether an engine may be made from a generator that asks the user. It then asks once for every 511 numbers.
+/// Whether an engine may use a generator that asks the user. The user is then asked once for every 511 numbers.
 enum class Interaction { kRefused, kAllowed };
 
-/// Uniform numbers of 64 bits, drawn in advance: 8 at first, then twice as many each time, up to 511. So a slow device
-/// is not asked for many numbers that nobody needs. Satisfies `std::uniform_random_bit_generator`.
+/// Returns uniform numbers of 64 bits. Satisfies `std::uniform_random_bit_generator`. It draws numbers in batches: 8 at
+/// first, then twice as many each time, up to 511. So few numbers of a slow device are drawn in vain.
 ///
-/// The numbers in advance are in memory of their own, and each is wiped there when it is returned. That memory is not
-/// part of core files. After a fork the kernel empties it in the child, so the two processes get different numbers.
-/// It is not locked into memory, because the limit of locked memory belongs to the host: for keys, use
-/// `Generator::Fill`. If the kernel cannot do that (before Linux 4.14), each number is drawn alone.
+/// The buffered numbers have a page of their own, and each is wiped when it is returned. The page is not part of core
+/// files. After a fork the kernel zeroes it in the child process, so the two processes get different numbers. If the
+/// kernel cannot do that (before Linux 4.14), nothing is buffered, and each number is a draw. The page may be swapped
+/// out, because the limit on locked memory is the host's to use: for keys, use `Generator::Fill`.
 ///
-/// A copy has the same generator and no numbers in advance. Moving is copying, so the source remains usable.
+/// A copy uses the same generator and starts with an empty buffer. Moving copies, so the source remains usable.
 ///
 /// Ownership: keeps the generator's session alive.
-/// Threads:   one at a time; give each thread its own. Do not use it in a signal handler, nor in a child that shares
-///            the memory of its parent (`vfork`, `CLONE_VM`).
-/// Failure:   throws `Error`. An algorithm that is interrupted leaves its elements half done.
+/// Threads:   one at a time; give each thread its own engine. Do not use one in a signal handler, nor in a child
+///            process that shares its parent's memory (`vfork`, `CLONE_VM`).
+/// Failure:   throws `Error`. That may leave the elements of an algorithm such as `std::shuffle` partly processed.
 class Engine {
  public:
-  using result_type = std::uint64_t;  ///< as the C++ library calls it
+  using result_type = std::uint64_t;  ///< the name that the C++ library requires
 
-  /// Throws `kNeedsUser` when the generator asks the user and that is not allowed. Draws nothing yet.
+  /// Draws nothing yet. Throws `kNeedsUser` when the generator asks the user and `interaction` does not allow that.
   explicit Engine(Generator generator, Interaction interaction = Interaction::kRefused)
       : source(std::move(generator)), asksUser(source.NeedsUser()) {
     if (!asksUser || interaction == Interaction::kAllowed) return;
@@ -48,9 +48,9 @@ class Engine {
                                            " would ask the user for an engine's numbers. Choose "
                                            "another, or pass Interaction::kAllowed.");
   }
-  /// Without the numbers in advance.
+  /// Copies the generator, not the buffered numbers.
   Engine(const Engine& other) : source(other.source), asksUser(other.asksUser) {}
-  /// The numbers in advance are wiped: they are of the old generator.
+  /// Wipes the buffered numbers, which come from the old generator.
   Engine& operator=(const Engine& other) {
     if (this == &other) return *this;
     source = other.source;
@@ -64,7 +64,7 @@ class Engine {
   static constexpr result_type min() { return 0; }           ///< the smallest number
   static constexpr result_type max() { return UINT64_MAX; }  ///< the largest number
 
-  /// Returns the next number, and draws more when there is none in advance.
+  /// Returns the next number. Draws more when the buffer is empty.
   result_type operator()() {
     if (!store) return DrawOne();
     if (store->count == 0) Refill();
@@ -78,13 +78,13 @@ class Engine {
   static constexpr std::size_t kPage = 4096;
   static constexpr std::size_t kFirstBatch = 8;
 
-  // A page, so that the kernel can empty it. After a fork `count` is 0 in the child.
+  // A whole page, so that the kernel can zero it. After a fork, `count` is therefore 0 in the child.
   struct Store {
     static constexpr std::size_t kMost = kPage / sizeof(result_type) - 1;
     std::uint64_t count;
     result_type numbers[kMost];
   };
-  static_assert(sizeof(Store) == kPage, "the kernel empties whole pages");
+  static_assert(sizeof(Store) == kPage, "the kernel zeroes whole pages");
 
   struct Unmap {
     void operator()(Store* page) const {
@@ -94,7 +94,7 @@ class Engine {
   };
   using OwnedStore = std::unique_ptr<Store, Unmap>;
 
-  // Null when the kernel does not empty it after a fork.
+  // Returns null if the kernel cannot zero the page after a fork.
   static OwnedStore MakeStore() {
     void* const page =
         ::mmap(nullptr, kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -105,7 +105,7 @@ class Engine {
     return result;
   }
 
-  // The count is set last: if the draw throws, there are no numbers.
+  // The count is set last, so that it stays 0 if the draw throws.
   void Refill() {
     const std::size_t count = asksUser ? Store::kMost : batch;
     source.Fill(store->numbers, count);

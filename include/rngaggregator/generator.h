@@ -33,17 +33,17 @@ namespace rng {
 enum class ErrorCode {
   kStartFailed,      ///< the library could not be started
   kStopFailed,       ///< the library could not be stopped
-  kStopped,          ///< `Session::Stop` was called on this session before
+  kStopped,          ///< `Session::Stop` has been called on this session
   kNoSuchGenerator,  ///< no generator of that name is loaded
   kNoDefault,        ///< no default is configured, or its settings could not be read
   kDeviceMissing,    ///< the generator refused the device
-  kDrawFailed,       ///< a draw, or another call of the generator, failed or was cancelled
+  kDrawFailed,       ///< a draw or another operation of the generator failed or was cancelled
   kAlarm,            ///< the drawn bytes are evidently not random
-  kNeedsUser         ///< the generator would ask the user, which was not allowed
+  kNeedsUser         ///< the generator would ask the user, which the caller has not allowed
 };
 
-/// What the classes of this namespace throw. `what()` says what is wrong and then what to do, in printable ASCII. It
-/// contains copies of what plug-ins report, so the object stays valid after the stop.
+/// The exception that the classes of this namespace throw. `what()` says what is wrong and then what to do, in
+/// printable ASCII. The object holds copies of what plug-ins report, so it stays valid after the library has stopped.
 class [[gnu::visibility("default")]] Error : public std::runtime_error {
  public:
   /// For the classes of this namespace.
@@ -59,7 +59,7 @@ class [[gnu::visibility("default")]] Error : public std::runtime_error {
 // Not part of the interface.
 namespace detail {
 
-// Plug-ins report anything: control characters, escape sequences, a megabyte.
+// A plug-in may report anything: control characters, escape sequences, a megabyte of text.
 inline std::string Printable(const char* text) {
   constexpr std::size_t kLongest = 200;
   std::string result(text, ::strnlen(text, kLongest));
@@ -75,7 +75,7 @@ inline std::string Doctor(const std::string& name) {
   return "Run \"rngctl doctor " + Printable(name.c_str()) + "\" to find out why.";
 }
 
-// The end of a sentence about the exception that is being handled.
+// Ends a sentence with the text of the exception that is being handled.
 inline std::string CaughtText() {
   try {
     throw;
@@ -87,8 +87,8 @@ inline std::string CaughtText() {
   return ". ";
 }
 
-// Makes a call into plug-ins. What they throw is destroyed while they are loaded, and becomes an Error, to which
-// `problem` gives the sentence before its text, and `advice` the sentence after it.
+// Makes a call that runs code of plug-ins. An exception of theirs is destroyed while they are loaded, and becomes an
+// Error: the sentence `problem`, the text of the exception, and the sentence `advice`.
 template <typename Call, typename Problem, typename Advice>
 auto Ask(ErrorCode code, const Call& call, const Problem& problem, const Advice& advice) {
   try {
@@ -100,7 +100,7 @@ auto Ask(ErrorCode code, const Call& call, const Problem& problem, const Advice&
   }
 }
 
-// Not bool, enumerations or structures: some of their bit patterns are not values.
+// Not bool, enumerations or structures, which have bit patterns that are not valid values.
 template <typename Element>
 constexpr bool kCanBeFilled = (std::is_integral_v<Element> && !std::is_same_v<Element, bool> &&
                                !std::is_const_v<Element> && !std::is_volatile_v<Element>) ||
@@ -108,19 +108,19 @@ constexpr bool kCanBeFilled = (std::is_integral_v<Element> && !std::is_same_v<El
 
 }  // namespace detail
 
-/// One generator, to draw from. A value: copies draw from the same generator, and share its checks.
+/// One generator, as a value. Copies draw from the same generator and share its checks.
 ///
-/// Every draw is checked as checked_rng.h describes. The checks continue from draw to draw. After an alarm, every draw
-/// of the session from that generator fails; a new session begins new checks.
+/// Every draw is checked as checked_rng.h describes. The checks continue from draw to draw. After an alarm, all draws
+/// from that generator fail in this session; a new session begins new checks.
 ///
 /// Ownership: keeps the session alive, and with it the plug-in.
-/// Threads:   any, also at the same time, as far as the plug-in supports that. Assigning to an object that another
-///            thread uses is not safe.
-/// Failure:   throws `Error`. What a plug-in throws becomes one; only `pthread_cancel` and `pthread_exit` pass through.
+/// Threads:   any, also concurrently if the plug-in supports that. Do not assign to an object that another thread uses.
+/// Failure:   throws `Error`, also in place of what a plug-in throws. Only the unwinding of `pthread_cancel` and
+///            `pthread_exit` passes through.
 class Generator {
  public:
-  /// Draws from any provider, such as one of the host's own. `name` is for the texts of errors. `provider` must not
-  /// be null, and its destruction must leave nothing to be done: the last copy of this object may be the last owner.
+  /// Draws from any provider, such as one of the host's own. `name` appears in the texts of errors. `provider` must not
+  /// be null. Its deleter must do all the cleanup, because the last copy of this object may be its last owner.
   Generator(std::shared_ptr<CheckedRng> provider, std::string name)
       : rng(std::move(provider)), kind(std::move(name)) {}
   Generator(const Generator&) = default;  ///< moving does the same: the source remains usable
@@ -143,7 +143,7 @@ class Generator {
     Draw(first, count * sizeof(Element));
   }
 
-  /// Returns `size` random bytes. When it throws, none of them is left in the memory of the call.
+  /// Returns `size` random bytes. When it throws, it has wiped those that were drawn.
   template <std::size_t size>
   std::array<std::uint8_t, size> Bytes() const {
     std::array<std::uint8_t, size> bytes;
@@ -151,12 +151,12 @@ class Generator {
     return bytes;
   }
 
-  /// Ends all waiting draws of this generator, of all threads; they throw `kDrawFailed`. Later draws are not affected.
+  /// Ends this generator's waiting draws in all threads; they throw `kDrawFailed`. Later draws are not affected.
   void Cancel() const {
     Call([this] { rng->Cancel(); });
   }
 
-  /// Whether a draw asks the user now. Device and settings may change that.
+  /// Whether a draw would ask the user. That may depend on the device and the settings.
   bool NeedsUser() const {
     return Call([this] { return (rng->GetFlags() & kRngCapabilityNeedsUser) != 0; });
   }
@@ -164,7 +164,7 @@ class Generator {
   /// The name by which the generator was found.
   const std::string& Name() const { return kind; }
 
-  /// The device in use, or "" if there is none, or the generator does not say.
+  /// The device in use, or "" if there is none or the generator does not report one.
   std::string Device() const {
     return Call([this] {
       const std::int32_t size = rng->GetHardwareId(nullptr);
@@ -176,7 +176,7 @@ class Generator {
     });
   }
 
-  /// The provider, for its other operations. Draws through it are checked as well. Exceptions of the plug-in pass.
+  /// The provider, for its other operations. Draws through it are checked, too. What the plug-in throws passes through.
   /// Ownership: borrowed from this object. `SetSettings` and `Release` do nothing.
   CheckedRng& Provider() const { return *rng; }
 
@@ -202,7 +202,7 @@ class Generator {
     }
     throw Error(ErrorCode::kAlarm,
                 "The generator " + name +
-                    " drew bytes that are evidently not random. Stop using it, and replace "
+                    " returned bytes that are evidently not random. Stop using it, and replace "
                     "everything that was made from its bytes.");
   }
 

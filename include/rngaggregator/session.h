@@ -2,12 +2,12 @@
 #define RNGAGGREGATOR_SESSION_H
 
 /// \file
-/// The library for C++17 hosts: starts and stops by scope, values instead of pointers, exceptions instead of results.
+/// The library for C++17 hosts: it is started and stopped by scope, generators are values, and failures are exceptions.
 ///
 ///     rng::Session session;
 ///     const auto key = session.Default().Bytes<32>();
 ///
-/// Header only; link the library as for aggregator.h. generator.h and engine.h have what a session gives.
+/// Header only; link the library as for aggregator.h. generator.h and engine.h declare what a session is used for.
 
 #include <atomic>
 #include <cstddef>
@@ -47,19 +47,19 @@ inline const void* FileAt(const void* place) {
   return search.file;
 }
 
-// Whether the exception that is being handled is the library's own boost::lock_error, after which nothing was counted.
-// A plug-in that fails to take a lock of its own may throw the same class, from its own file.
+// Whether an exception of this type is the library's own boost::lock_error, after which the start was not counted. A
+// plug-in that cannot take a lock of its own may throw the same class, but from its own file.
 inline bool IsLockRefused(const std::type_info& type) {
   return std::strstr(type.name(), "lock_error") && FileAt(&type) == FileAt(GetDefaultSettings());
 }
 
-// One counted start of the library, and the checks of what was drawn since.
+// One counted start of the library, with the health checks of its generators.
 class StartedLibrary {
  public:
-  // Outlives the library, so that the one who let go of it learns how it ended.
-  struct Ending {
-    std::atomic<bool> isOver{false};
-    bool isGood = true;
+  // Outlives this object, so that `Session::Stop` can report how the stop went.
+  struct StopResult {
+    std::atomic<bool> isStopped{false};
+    bool hasFailed = false;
     std::string failure;
   };
 
@@ -67,9 +67,10 @@ class StartedLibrary {
     Start(settings);
     if (IsInitialized()) return;
     Stop();
-    throw Error(ErrorCode::kStartFailed,
-                "The library was not started, because this process has stopped it more often than "
-                "started it. Call ShutDown exactly once for each Initialize.");
+    throw Error(
+        ErrorCode::kStartFailed,
+        "The library was not started, because this process has stopped it more often than it "
+        "has started it. Call ShutDown exactly once for each Initialize.");
   }
   StartedLibrary(const StartedLibrary&) = delete;
   StartedLibrary& operator=(const StartedLibrary&) = delete;
@@ -79,12 +80,12 @@ class StartedLibrary {
       delete first;
     }
     Stop();
-    ending->isOver = true;
+    stopResult->isStopped = true;
   }
 
-  const std::shared_ptr<Ending>& GetEnding() const { return ending; }
+  const std::shared_ptr<StopResult>& GetStopResult() const { return stopResult; }
 
-  // One for each provider. Without a lock, which a forked copy of the process could find taken.
+  // One object for each provider, added at the first call. Takes no lock: a forked child could find it held.
   CheckedRng& ChecksOf(IRngProvider* provider) {
     Source* known = sources;
     std::unique_ptr<Source> added;
@@ -119,8 +120,8 @@ class StartedLibrary {
     }
   }
 
-  // The library has closed the plug-in that threw. If the class of the exception went with it, the exception can be
-  // neither looked at nor destroyed.
+  // The library has closed the plug-in that threw. If that has unloaded the class of the exception, the exception can
+  // be neither examined nor destroyed.
   [[noreturn]] void ThrowStartFailed(const std::exception_ptr& thrown) {
     const std::type_info* const type = abi::__cxa_current_exception_type();
     std::string text = ". ";
@@ -137,52 +138,52 @@ class StartedLibrary {
                     "Run \"rngctl doctor\" to find out which.");
   }
 
-  // Exceptions come from plug-ins that are still loaded.
+  // An exception comes from a plug-in that is still loaded, so it can be examined.
   void Stop() noexcept {
     try {
       ShutDown();
     } catch (...) {
-      ending->isGood = false;
-      ending->failure = CaughtText();
+      stopResult->hasFailed = true;
+      stopResult->failure = CaughtText();
     }
   }
 
-  std::shared_ptr<Ending> ending = std::make_shared<Ending>();
+  std::shared_ptr<StopResult> stopResult = std::make_shared<StopResult>();
   std::atomic<Source*> sources{nullptr};
 };
 
 }  // namespace detail
 
-/// One start of the library. A value: copies share the start, and so do the generators and engines that come from it.
-/// The last of them stops the library, if nobody else in the process has started it.
+/// A start of the library, as a value. Copies share it, and so do the generators and engines that come from it. When
+/// the last of them is destroyed, the library stops, unless other code in the process has started it, too.
 ///
-/// Threads:   copies may be used in several threads, and `Find` of one object, too; `Default` as the settings allow:
-///            with the built-in ones, from one thread at a time. Assigning to an object that another thread uses is not
-///            safe, nor is `Stop`.
-/// Fork:      the child has its own copy: it may find, draw and stop.
-/// Exit:      let a session end before `main` returns. One with static storage duration stops in time, too, because
-///            it is destroyed before the plug-ins that it has loaded. A static `std::optional` or pointer that is filled
-///            later does not: the plug-ins are newer than it. Reset it before `main` returns.
+/// Threads:   any thread may use its own copy, or call `Find` on a shared object. Call `Default` from one thread at a
+///            time, unless the host's own settings allow more. Do not assign to an object that another thread uses, nor
+///            call `Stop` on it.
+/// Fork:      the child process has its own copy, and may find, draw and stop.
+/// Exit:      destroy every session before `main` returns, or give it static storage duration: it is then destroyed
+///            before the plug-ins that it has loaded. A static `std::optional` or pointer that is set later is
+///            destroyed after them, so reset it before `main` returns.
 class Session {
  public:
-  /// Starts the library, or shares the start of another user in this process, who has chosen the settings.
+  /// Starts the library. If other code in this process has started it before, uses that start, with its settings.
   ///
   /// Ownership: `settings` remains the caller's, as with `Initialize`; null means that nothing is configured.
-  /// Failure:   throws `kStartFailed` when a plug-in throws. The start is then undone: which generators are missing is
-  ///            not known, so nothing is kept of it. "rngctl doctor" names the plug-in.
+  /// Failure:   throws `kStartFailed` when a plug-in throws. The library has then not tried the plug-ins after it, so
+  ///            the start is undone. "rngctl doctor" names the plug-in.
   explicit Session(IRngSettings* settings = GetDefaultSettings())
       : library(std::make_shared<detail::StartedLibrary>(settings)) {}
   Session(const Session&) = default;             ///< shares the start; moving does the same
-  Session& operator=(const Session&) = default;  ///< likewise, and lets go of its own
-  /// What a plug-in throws at the stop is lost; `Stop` reports it. A plug-in that ends the thread then, or a
-  /// cancellation, ends the process.
+  Session& operator=(const Session&) = default;  ///< likewise, and gives up its own start
+  /// Ignores what a plug-in throws when it is stopped; call `Stop` to learn of it. If a plug-in then ends the thread,
+  /// or the thread is cancelled, the process terminates.
   ~Session() = default;
 
-  /// The configured default with its device. Without one, `mask` (of `kDefaultFallback` bits) says which kinds that ask
-  /// the user are acceptable.
+  /// Returns the configured default generator, with its device selected. If no default is configured, returns the first
+  /// interactive kind that `mask` (`kDefaultFallback` bits) accepts.
   ///
-  /// Failure: throws `kNoDefault`; `kNoSuchGenerator` when the generator is not loaded, and never uses another instead;
-  ///          `kDeviceMissing` when the configured device is refused.
+  /// Failure: throws `kNoDefault` when there is none, `kNoSuchGenerator` when the default is not loaded (no other is
+  ///          used instead), and `kDeviceMissing` when it refuses the configured device.
   Generator Default(std::uint32_t mask = 0) const {
     DefaultRngInfo choice = {};
     const auto read = [&] { return GetDefaultRng(&choice, mask) == 1; };
@@ -196,10 +197,10 @@ class Session {
                 "to choose one, or \"rngctl default\" to see what is configured.");
   }
 
-  /// The generator of that name, which must not be empty. With a `device`, selects it; without, leaves the selection.
+  /// Returns the generator of that name, which must not be empty. Selects `device`, unless that is empty.
   ///
-  /// A generator has one selection. It applies to all draws that begin later, also those of other values and of other
-  /// users in the process.
+  /// A generator has one selected device. It applies to all draws that begin later, including those of other objects
+  /// and of other code in the process.
   ///
   /// Failure: throws `kNoSuchGenerator` when it is not loaded, and `kDeviceMissing` when it refuses the device.
   Generator Find(const std::string& name, const std::string& device = std::string()) const {
@@ -219,20 +220,19 @@ class Session {
     return Generator(std::shared_ptr<CheckedRng>(library, &rng), name);
   }
 
-  /// Lets go of the start now instead of in the destructor. Returns true when that has stopped the library for this
-  /// session, false when a copy, generator or engine still shares the start. Other calls of this object then throw
-  /// `kStopped`.
+  /// Gives up the start now instead of in the destructor. Returns true if that ended it, false if a copy, generator or
+  /// engine still shares it. Later calls on this object throw `kStopped`.
   ///
   /// Failure: throws `kStopFailed` when a plug-in threw, or the lock was refused. That plug-in and those after it were
-  ///          not released. Do not start again in this process: the next stop would fail, too.
+  ///          not released. Do not start the library again in this process: the next stop would fail, too.
   bool Stop() {
     Library();
-    const std::shared_ptr<detail::StartedLibrary::Ending> ending = library->GetEnding();
+    const std::shared_ptr<detail::StartedLibrary::StopResult> result = library->GetStopResult();
     library.reset();
-    if (!ending->isOver || ending->isGood) return ending->isOver;
+    if (!result->isStopped || !result->hasFailed) return result->isStopped;
     throw Error(ErrorCode::kStopFailed,
                 "The library could not be stopped: a plug-in or the system failed" +
-                    ending->failure + "Run \"rngctl doctor\" to find out which.");
+                    result->failure + "Run \"rngctl doctor\" to find out which.");
   }
 
  private:
@@ -241,7 +241,7 @@ class Session {
     throw Error(ErrorCode::kStopped, "This session has been stopped. Make another rng::Session.");
   }
 
-  // The library's texts end there: it would find another name or device.
+  // The library takes C strings, so it would look for another name or device.
   static bool HasNul(const std::string& text) { return text.find('\0') != std::string::npos; }
 
   static void Select(CheckedRng& rng, const std::string& generator, const std::string& device) {

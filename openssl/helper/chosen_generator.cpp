@@ -67,8 +67,8 @@ ChosenGenerator ChooseSeveral(const rng::Session& session, const std::string& li
           }};
 }
 
-// The library asks for a display before each kind of plug-in. Each time it loads and unloads the X library, twelve times
-// in all, unless that is in use already. That was a third of the time until the first draw.
+// The library asks for a display before each kind of plug-in. Each time it loads and unloads the X library, twelve
+// times in all, unless that is in use already. That was a third of the time until the first draw.
 class XLibraryInUse {
  public:
   XLibraryInUse() : handle(::dlopen("libX11.so.6", RTLD_LAZY)) {}

@@ -25,8 +25,8 @@ class HostConnection {
   /// Waits for the next request. Returns nothing if the host has closed the connection or sent an invalid request.
   std::optional<ProviderRequest> Receive() const;
 
-  /// Sends the bytes of `reply`, with the generator in `text`. If `result` is a failure, sends zeros, with the reason in
-  /// `text`. Wipes the bytes of `reply` in either case.
+  /// Sends the bytes of `reply`, with the generator in `text`. If `result` is a failure, sends zeros, with the reason
+  /// in `text`. Wipes the bytes of `reply` in either case.
   void Answer(const ProviderRequest& request, DrawAnswer::Result result, const std::string& text,
               Reply& reply) const;
 };

@@ -8,9 +8,9 @@
 /// Draws through a helper process, which exits when this process does. The plug-ins must not run in this process: they
 /// may use OpenSSL themselves, and OpenSSL may hold its locks during a draw.
 ///
-/// The first draw starts the helper. After a fork, the child process starts its own, and waits for no lock that a thread
-/// of the parent held. If the helper terminates during a draw, that draw fails and the next one starts another helper.
-/// So does a draw after this process has closed all its descriptors, as daemons do.
+/// The first draw starts the helper. After a fork, the child process starts its own, and waits for no lock that a
+/// thread of the parent held. If the helper terminates during a draw, that draw fails and the next one starts another
+/// helper. So does a draw after this process has closed all its descriptors, as daemons do.
 ///
 /// Uses nothing of the C++ library, so that the module does not load it into a process that does not have it.
 ///
@@ -23,9 +23,9 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   ~Connection();
 
-  /// Fills `size` bytes, at most `kLargestDraw`, from the generator that `choice` names. Returns false if that fails; the
-  /// buffer then holds zeros, and `reason` says why. Takes about a minute at most. `choice` must be the same in each
-  /// call.
+  /// Fills `size` bytes, at most `kLargestDraw`, from the generator that `choice` names. Returns false if that fails;
+  /// the buffer then holds zeros, and `reason` says why. Takes about a minute at most. `choice` must be the same in
+  /// each call.
   bool Draw(const ProviderParameters& choice, void* buffer, std::size_t size, DrawText& reason);
 
   /// The generator of the last draw of this process, such as "Rutoken 3A7F". Empty if no draw has succeeded.

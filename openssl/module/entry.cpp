@@ -9,8 +9,8 @@
 
 namespace {
 
-// OpenSSL tears down its providers in no defined order, and some programs draw until they exit. OpenSSL calls this after
-// the last draw from this provider.
+// OpenSSL tears down its providers in no defined order, and some programs draw until they exit. OpenSSL calls this
+// after the last draw from this provider.
 void Teardown(void* provider) {
   static_cast<Provider*>(provider)->~Provider();
   std::free(provider);
@@ -60,8 +60,8 @@ const OSSL_DISPATCH kProviderFunctions[] = {
 
 }  // namespace
 
-// Succeeds even where every draw will fail: if a provider cannot be loaded, OpenSSL skips the rest of its configuration,
-// and may then use its own generator.
+// Succeeds even where every draw will fail: if a provider cannot be loaded, OpenSSL skips the rest of its
+// configuration, and may then use its own generator.
 extern "C" __attribute__((visibility("default"))) int OSSL_provider_init(
     const OSSL_CORE_HANDLE* handle, const OSSL_DISPATCH* in, const OSSL_DISPATCH** out,
     void** context) {

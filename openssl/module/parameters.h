@@ -5,8 +5,8 @@
 #include <openssl/core.h>
 #include <openssl/params.h>
 
-/// Access to the parameters that OpenSSL passes. OpenSSL has such functions in libcrypto, with which the module must not
-/// link: the host may have its own copy, and the system's must not be loaded as well.
+/// Access to the parameters that OpenSSL passes. OpenSSL has such functions in libcrypto, with which the module must
+/// not link: the host may have its own copy, and the system's must not be loaded as well.
 
 /// Returns the parameter of that name, or null. `parameters` may be null.
 OSSL_PARAM* FindParameter(OSSL_PARAM* parameters, const char* name);

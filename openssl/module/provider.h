@@ -9,15 +9,15 @@
 /// One for each library context that loads the module. Most programs have only one library context.
 class Provider {
  public:
-  /// Reads the parameters in the provider's section of OpenSSL's configuration. `functions` are those that OpenSSL offers
-  /// to providers.
+  /// Reads the parameters in the provider's section of OpenSSL's configuration. `functions` are those that OpenSSL
+  /// offers to providers.
   Provider(const OSSL_CORE_HANDLE* handle, const OSSL_DISPATCH* functions);
   Provider(const Provider&) = delete;
   Provider& operator=(const Provider&) = delete;
   ~Provider() = default;
 
-  /// Fills `size` bytes, however many. Returns false if that fails, with zeros in the buffer and the reason in OpenSSL's
-  /// error queue. Threads: any.
+  /// Fills `size` bytes, however many. Returns false if that fails, with zeros in the buffer and the reason in
+  /// OpenSSL's error queue. Threads: any.
   bool Draw(void* buffer, std::size_t size);
 
   /// See `Connection`.

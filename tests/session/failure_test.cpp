@@ -95,10 +95,10 @@ TEST(SessionStart, ALockErrorOfAPluginIsNotTheLibrarys) {
 TEST(SessionStart, FailsWhereTheProcessHasStoppedTooOften) {
   InstallPlugin("dsdr");
   ShutDown();
-  EXPECT_THAT(
-      ErrorOf(startSession),
-      Pair(ErrorCode::kStartFailed, StartsWith("The library was not started, because this process "
-                                               "has stopped it more often than started it.")));
+  EXPECT_THAT(ErrorOf(startSession),
+              Pair(ErrorCode::kStartFailed,
+                   StartsWith("The library was not started, because this process "
+                              "has stopped it more often than it has started it.")));
   EXPECT_EQ(-1, g_unmatchedStarts);
 }
 

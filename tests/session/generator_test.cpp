@@ -130,7 +130,7 @@ TEST(Generator, AfterAnAlarmEveryCopyFails) {
   EXPECT_THAT(
       ErrorOf([&] { generator.Bytes<32>(); }),
       Pair(ErrorCode::kAlarm,
-           "The generator \"own\" drew bytes that are evidently not random. Stop using it, and "
+           "The generator \"own\" returned bytes that are evidently not random. Stop using it, and "
            "replace everything that was made from its bytes."));
   provider.draw = OwnProvider::DrawWell;
   EXPECT_EQ(ErrorCode::kAlarm, ErrorOf([&] { copy.Bytes<32>(); }).first);
