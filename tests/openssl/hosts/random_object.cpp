@@ -42,6 +42,31 @@ void TryParameters(EVP_RAND_CTX* random) {
          "a number that is too small for the value is refused");
 }
 
+int GetParameter(EVP_RAND* kind, OSSL_PARAM parameter) {
+  OSSL_PARAM parameters[] = {parameter, OSSL_PARAM_construct_end()};
+  const int result = OSSL_PROVIDER_get_params(EVP_RAND_get0_provider(kind), parameters);
+  return result == 1 ? static_cast<int>(parameters[0].return_size) : -1;
+}
+
+// After a draw, so that the generator's name is known.
+void TryProviderParameters(EVP_RAND* kind, const std::string& generator) {
+  char text[64] = "";
+  const auto size = static_cast<int>(generator.size());
+  const auto textOf = [&text](const char* name, int room) {
+    return OSSL_PARAM_construct_utf8_string(name, text, static_cast<std::size_t>(room));
+  };
+  int status = 0;
+  Expect(GetParameter(kind, OSSL_PARAM_construct_int("status", &status)) > 0 && status == 1,
+         "the provider is active");
+  Expect(GetParameter(kind, textOf("generator", size + 1)) == size, "a text that just fits");
+  Expect(GetParameter(kind, textOf("generator", size)) == -1, "no text without its terminator");
+  Expect(GetParameter(kind, {"generator", OSSL_PARAM_UTF8_STRING, nullptr, 0, 0}) == size,
+         "the size of a text");
+  Expect(GetParameter(kind, {"generator", OSSL_PARAM_OCTET_STRING, text, sizeof text, 0}) == -1,
+         "no text where bytes are asked for");
+  Expect(GetParameter(kind, textOf("name", sizeof text)) == -1, "no copy of a constant");
+}
+
 void TryDraws(EVP_RAND_CTX* random) {
   unsigned char bytes[64] = {};
   Expect(EVP_RAND_generate(random, bytes, sizeof bytes, 0, 0, nullptr, 0) == 0,
@@ -66,13 +91,15 @@ void TryDraws(EVP_RAND_CTX* random) {
 
 }  // namespace
 
-int main() {
+int main(int, char** arguments) {
   EVP_RAND* const kind = EVP_RAND_fetch(nullptr, "RNGAGGREGATOR", "provider=rngaggregator");
   EVP_RAND_CTX* const random = EVP_RAND_CTX_new(kind, nullptr);
   Expect(LastGenerator(kind).empty(), "no generator before the first draw");
   TryParameters(random);
   TryDraws(random);
-  Expect(LastGenerator(kind) == "grandmaster", "the generator of the last draw");
+  Expect(LastGenerator(kind) == arguments[1], "the generator of the last draw");
+  TryProviderParameters(kind, arguments[1]);
+  Expect(EVP_RAND_enable_locking(random) == 1, "it can be shared by threads");
   Expect(EVP_RAND_uninstantiate(random) == 1 &&
              EVP_RAND_get_state(random) == EVP_RAND_STATE_UNINITIALISED,
          "it is uninstantiated");

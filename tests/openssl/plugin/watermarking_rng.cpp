@@ -56,12 +56,16 @@ class WatermarkingRng final : public IRngProvider {
     std::ofstream(ScriptPath() + ".draws", std::ios::app)
         << NAME << ' ' << device << (std::getenv("DISPLAY") ? " on a display\n" : "\n");
     std::memset(buffer, 0, size);
-    if (command == "fail") return false;
+    if (command == "fail" || (command == "draw_once" && draws++ > 0)) return false;
     if (command == "zeros") return true;
     if (command == "throw") throw std::runtime_error("the device burns");
     if (command == "crash") std::abort();
     if (command == "exit") std::_Exit(0);
     if (command == "hang") ::pause();
+    if (command == "note_configuration") {
+      std::ofstream(ScriptPath() + ".configuration") << std::getenv("OPENSSL_CONF");
+    }
+    if (command == "very_slow") ::usleep(100'000);
     if (command == "slow") ::usleep(3000);
     Fill(buffer, size);
     return true;
@@ -73,9 +77,11 @@ class WatermarkingRng final : public IRngProvider {
   void SetSettings(IRngSettings*) override {}
   void Release() override {
     if (Command() == "hang_release") ::pause();
+    if (Command() == "note_release") std::ofstream(ScriptPath() + ".released") << NAME;
   }
 
   std::string device;
+  int draws = 0;
 } g_rng;
 
 }  // namespace

@@ -47,6 +47,7 @@ TEST_F(Choice, AKindWithADevice) {
   Configure("kind = grandmaster\nhardware-id = A1");
   EXPECT_TRUE(HasWatermark(Draw().output));
   EXPECT_EQ("grandmaster A1\n", Draws());
+  EXPECT_EQ("", Run(RANDOM_OBJECT " 'grandmaster A1'").output);
 }
 
 TEST_F(Choice, ADeviceThatIsMissing) {
@@ -66,6 +67,14 @@ TEST_F(Choice, OneOfSeveralSourcesFails) {
   Configure("from = unixdev,grandmaster");
   Command("fail");
   EXPECT_TRUE(Refused(Draw(), "The generator \"grandmaster\" failed"));
+}
+
+// As the alarm of a single generator does.
+TEST_F(Choice, TheAlarmOfOneOfSeveralSourcesStays) {
+  Configure("from = unixdev,grandmaster");
+  Command("zeros");
+  EXPECT_EQ("--", RunHost("shell 'echo draw > " + TreePath("script") + "'").output);
+  EXPECT_EQ(1u, CountDraws());
 }
 
 TEST_F(Choice, OneOfSeveralSourcesIsMissing) {
@@ -102,8 +111,12 @@ TEST_F(Choice, TheDisplayIsNotUsed) {
 // Its flags decide, whatever its name is.
 TEST_F(Choice, AGeneratorThatSaysThatItNeedsTheUser) {
   fs::copy(WATERMARKING_PLUGINS "/librngdsdr.so", TreePath("lib"));
-  Configure("kind = dsdr");
-  EXPECT_TRUE(Refused(Draw(), "The generator \"dsdr\" asks the user"));
+  for (const char* const lines : {"kind = dsdr", "from = unixdev,dsdr"}) {
+    Configure(lines);
+    const Result result = Draw();
+    EXPECT_TRUE(Refused(result, "The generator \"dsdr\" asks the user"));
+    EXPECT_TRUE(Refused(result, "in the provider's section of OpenSSL's configuration."));
+  }
   EXPECT_EQ("", Draws());
 }
 
@@ -118,9 +131,13 @@ TEST_F(Choice, ContradictoryParameters) {
 
 // If it were truncated, it could name another generator.
 TEST_F(Choice, AParameterThatIsTooLong) {
-  Configure("from = unixdev" + std::string(600, ','));
-  EXPECT_TRUE(Refused(Draw(), "is too long"));
+  for (const char* const name : {"from", "kind", "hardware-id"}) {
+    Configure(name + (" = " + std::string(512, ',')));
+    EXPECT_TRUE(Refused(Draw(), "is too long")) << name;
+  }
   EXPECT_EQ("", Draws());
+  Configure("from = " + std::string(511, ','));
+  EXPECT_TRUE(Refused(Draw(), "The list of sources \",,,"));
 }
 
 TEST_F(Choice, ParametersOfHostileText) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -18,6 +19,8 @@ TEST_F(ProviderModule, IsLoadedByOpenssl) {
               HasSubstr("name: rngaggregator\n    version: "));
   EXPECT_THAT(Run("openssl list -random-generators").output,
               HasSubstr("RNGAGGREGATOR @ rngaggregator"));
+  EXPECT_THAT(Run("openssl list -digest-algorithms -cipher-algorithms").output,
+              Not(HasSubstr("RNGAGGREGATOR")));
   EXPECT_EQ(0u, CountDraws());
 }
 
@@ -34,7 +37,13 @@ TEST_F(ProviderModule, ExportsOnlyItsEntryPoint) {
 }
 
 TEST_F(ProviderModule, DoesWhatOpensslExpectsOfARandomGenerator) {
-  const Result result = Run(RANDOM_OBJECT);
+  const Result result = Run(RANDOM_OBJECT " grandmaster");
+  EXPECT_EQ("", result.output) << result.errors;
+  EXPECT_EQ(0, result.status);
+}
+
+TEST_F(ProviderModule, KeepsTheContractOfCallsThatAreRare) {
+  const Result result = Run(MODULE_CALLS " " + Module());
   EXPECT_EQ("", result.output) << result.errors;
   EXPECT_EQ(0, result.status);
 }
