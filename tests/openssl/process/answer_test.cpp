@@ -18,14 +18,18 @@ for begin in range(0, len(answer), piece):
 
 class Answers : public OpensslTest {
  protected:
-  // Draws with a fake helper. `answer` is Python: the bytes of its answer, and the size of the pieces in which it sends
+  // Installs a fake helper. `answer` is Python: the bytes of its answer, and the size of the pieces in which it sends
   // them.
-  static Result DrawWithAnswer(const std::string& answer) {
+  static void InstallAnswer(const std::string& answer) {
     std::string program = kProgram;
     program.replace(program.find("ANSWER"), 6, answer);
     std::filesystem::remove(HelperProgram());
     WriteFile(HelperProgram(), program);
     std::filesystem::permissions(HelperProgram(), std::filesystem::perms(0755));
+  }
+
+  static Result DrawWithAnswer(const std::string& answer) {
+    InstallAnswer(answer);
     return Run("openssl rand -hex 32");
   }
 };
@@ -48,9 +52,28 @@ TEST_F(Answers, EndTooEarly) {
 }
 
 TEST_F(Answers, AreToAnotherRequest) {
-  EXPECT_TRUE(
-      Refused(DrawWithAnswer("struct.pack('II512s', number + 1, 1, b'x') + b'1' * 32, 1000"),
-              "sent an unexpected answer"));
+  for (const char* const number : {"number + 1", "number - 1"}) {
+    EXPECT_TRUE(Refused(DrawWithAnswer(std::string("struct.pack('II512s', ") + number +
+                                       ", 1, b'x') + b'1' * 32, 1000"),
+                        "sent an unexpected answer"));
+  }
+}
+
+TEST_F(Answers, HaveATextWithoutItsEnd) {
+  const std::string answer = "struct.pack('II512s', number, 0, b'y' * 512) + bytes(32), 1000";
+  const Result result = DrawWithAnswer(answer);
+  EXPECT_TRUE(Refused(result, std::string(511, 'y')));
+  EXPECT_EQ(std::string::npos, result.errors.find(std::string(512, 'y')));
+}
+
+// SIGPIPE would end a program that sends another request.
+TEST_F(Answers, AreTheLastOfAHelperThatStopsReading) {
+  InstallAnswer("struct.pack('II512s', number, 1, b'x') + b'12' * 16, 1000");
+  WriteFile(HelperProgram(), ReadFile(HelperProgram()) +
+                                 "host.shutdown(socket.SHUT_RD)\nimport time\ntime.sleep(5)\n");
+  const Result result = RunHost("shell 'sleep 0.5'");
+  EXPECT_EQ("X-", result.output);  // the first bytes have no watermark
+  EXPECT_EQ(0, result.status);
 }
 
 TEST_F(Answers, AreOfAnUnknownKind) {

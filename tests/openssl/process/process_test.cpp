@@ -5,8 +5,11 @@
 
 #include <filesystem>
 #include <thread>
+#include <unistd.h>
 
 namespace {
+
+namespace fs = std::filesystem;
 
 class HelperProcess : public OpensslTest {};
 
@@ -92,8 +95,44 @@ TEST_F(HelperProcess, ExitsWhenTheHostExecutesAnotherProgram) {
 
 // The child never draws, so it keeps the socket open.
 TEST_F(HelperProcess, ExitsWithTheHostEvenIfAChildOutlivesIt) {
+  Command("note_release");
   EXPECT_EQ("o", RunHost("leave_child").output);
   EXPECT_TRUE(AllHelpersExit());
+  EXPECT_EQ("grandmaster", ReadFile(TreePath("script.released")));
+}
+
+// Other copies of libcrypto, and programs that a plug-in starts, must not load the provider.
+TEST_F(HelperProcess, UsesNoConfigurationOfOpenssl) {
+  Command("note_configuration");
+  EXPECT_EQ("o", RunHost("draw").output);
+  EXPECT_EQ("/dev/null", ReadFile(TreePath("script.configuration")));
+}
+
+// Its memory has held the bytes of keys.
+TEST_F(HelperProcess, CannotBeReadByOtherProcessesOfTheUser) {
+  fs::permissions(TreePath(""), fs::perms(0755));
+  const std::string become = ::geteuid() == 0 ? "setpriv --reuid=65534 --clear-groups " : "";
+  const Result result = Run(become + Host() + " shell 'cat /proc/$(pgrep -f ^" + HelperProgram() +
+                            ")/environ >/dev/null; test $? = 1'");
+  EXPECT_EQ("oo", result.output) << result.errors;
+  EXPECT_THAT(result.errors, testing::HasSubstr("/environ: Permission denied"));
+}
+
+TEST_F(HelperProcess, ExitsAfterAnInvalidRequest) {
+  WriteFile(TreePath("request.py"), R"(
+import os, socket, struct, subprocess, sys
+near, there = socket.socketpair()
+here = near.dup()
+os.dup2(there.fileno(), 3)
+program = subprocess.Popen([sys.argv[1]], pass_fds=[3])
+here.send(struct.pack("II1536s", 1, int(sys.argv[2]), b""))
+print(here.recv(9), program.wait())
+)");
+  for (const std::string size : {"0", "16385", "4294967295"}) {
+    const Result result =
+        Run("python3 " + TreePath("request.py") + ' ' + HelperProgram() + ' ' + size);
+    EXPECT_EQ("b'' 0\n", result.output) << result.errors;
+  }
 }
 
 // Ctrl-C is meant for the host, which may handle it.
