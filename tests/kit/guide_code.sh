@@ -104,6 +104,19 @@ for end in stub:0 failing_device:7; do
   [ $status = "${end#*:}" ] || fail "a combined draw: $status"
 done
 
+# With CMake, the target of the combination brings the aggregator, as its pkg-config package does.
+cat >CMakeLists.txt <<'PROJECT'
+cmake_minimum_required(VERSION 3.25)
+project(combined LANGUAGES CXX)
+find_package(RngAggregator 1 REQUIRED)
+add_executable(combined combined.cpp)
+target_link_libraries(combined PRIVATE RngAggregator::combine)
+PROJECT
+cp "$build/tests/fake_plugins/stub/librngdsdr.so" "$P/lib"
+cmake -S . -B combined-build -DCMAKE_PREFIX_PATH="$P" >log 2>&1 && cmake --build combined-build >log 2>&1 ||
+  fail "a combined draw with CMake"
+combined-build/combined || fail "a combined draw with CMake: $?"
+
 # A host in Python.
 block host-guide python GetRng >draw.py
 [ "$(wc -l <draw.py)" -le 20 ] || fail "the host in Python is long"
