@@ -55,8 +55,15 @@ ChosenGenerator ChooseOne(const rng::Session& session, const rng::Generator& gen
   throw rng::Error(rng::ErrorCode::kDrawFailed, "The draw failed: out of memory.");
 }
 
+std::vector<rng::CombinedSource> FindSources(const std::string& list) try {
+  return rng::FindSources(list);
+} catch (const std::invalid_argument& error) {
+  throw std::invalid_argument(std::string(error.what()) +
+                              " Fix: correct \"from\" in OpenSSL's configuration.");
+}
+
 ChosenGenerator ChooseSeveral(const rng::Session& session, const std::string& list) {
-  const std::vector<rng::CombinedSource> sources = rng::FindSources(list);
+  const std::vector<rng::CombinedSource> sources = FindSources(list);
   for (const rng::CombinedSource& source : sources) {
     RefuseIfItAsksTheUser(source.kind, source.provider ? source.provider->GetFlags() : 0);
   }

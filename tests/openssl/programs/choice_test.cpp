@@ -108,6 +108,11 @@ TEST_F(Choice, TheDisplayIsNotUsed) {
   EXPECT_EQ("grandmaster \n", Draws());
 }
 
+TEST_F(Choice, SourcesThatCannotBeCombined) {
+  Configure("from = unixdev,unixdev:hwrng");
+  EXPECT_TRUE(Refused(Draw(), "Fix: correct \"from\" in OpenSSL's configuration."));
+}
+
 // Its flags decide, whatever its name is.
 TEST_F(Choice, AGeneratorThatSaysThatItNeedsTheUser) {
   fs::copy(WATERMARKING_PLUGINS "/librngdsdr.so", TreePath("lib"));
