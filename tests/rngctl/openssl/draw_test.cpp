@@ -96,6 +96,14 @@ TEST_F(OpensslDoctor, DrawsAsAnotherUser) {
             Examine("--user nobody").errors);
 }
 
+// What root sees is in order.
+TEST_F(OpensslDoctor, SaysHowToExamineWhatAnotherUserSees) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  fs::permissions(TreePath(""), fs::perms(0755));
+  EXPECT_THAT(Examine("--user nobody", "FAKE_DRAW=no-token").output,
+              HasSubstr("\nFix: Run \"runuser -u nobody -- rngctl doctor\" to examine"));
+}
+
 TEST_F(OpensslDoctor, AnotherUserHasNoneOfRootsGroups) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
   fs::permissions(TreePath(""), fs::perms(0755));

@@ -29,7 +29,9 @@ int main() {
   while (::recv(kSocket, &request, sizeof request, MSG_WAITALL) == sizeof request) {
     if (word == "hang") ::sleep(60);
     if (word == "end") return 1;
-    if (word == "fail") {
+    if (word == "no-token") {
+      Answer(request, DrawAnswer::kFailed, "There is no token. Run \"rngctl doctor\".");
+    } else if (word == "fail") {
       Answer(request, DrawAnswer::kFailed, "The token is gone. Fix: insert it.");
     } else {
       Answer(request, DrawAnswer::kDrawn, "Rutoken 3A7F");

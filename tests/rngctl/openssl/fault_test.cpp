@@ -2,6 +2,7 @@
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace fs = std::filesystem;
@@ -59,6 +60,17 @@ TEST_F(OpensslDoctor, FindsALaterLineThatReplacesOurs) {
             good + "\nopenssl_conf = o\n[o]\nproviders = p\n[p]\ndefault = d\n[d]\nactivate = 1\n");
   ExpectElsewhere("the section [o] of " + File() + " has no line \"random\"",
                   "Remove the line \"openssl_conf\" of " + File());
+}
+
+TEST_F(OpensslDoctor, FindsOursWithoutTheLineThatStartsIt) {
+  const std::string problem = File() + " has no line \"openssl_conf\" before its first section";
+  const std::string fix =
+      "Write \"openssl_conf = rngaggregator_init\" before the first section of " + File();
+  Change("openssl_conf = rngaggregator_init", "");
+  ExpectElsewhere(problem, fix);
+  WriteFile(TreePath("ours.cnf"), good);
+  WriteFile(File(), "[a]\nb = c\n.include " + TreePath("ours.cnf") + "\n");
+  ExpectElsewhere(problem, fix);
 }
 
 TEST_F(OpensslDoctor, FindsMissingSectionsAndLines) {
@@ -141,4 +153,26 @@ TEST_F(OpensslDoctor, WarnsOfWhatCouldMakeProgramsDrawElsewhere) {
   EXPECT_THAT(
       result.output,
       HasSubstr("\nWarning: The line \"random\" is not the first in [rngaggregator_init]."));
+}
+
+TEST_F(OpensslDoctor, WarnsOfALineThatTheProviderIgnores) {
+  Change("activate = 1", "activate = 1\nhardware_id = 3A7F");
+  const Result result = Examine();
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(
+      result.output,
+      HasSubstr("\nWarning: The line \"hardware_id\" in [rngaggregator_provider] is ignored."));
+}
+
+TEST_F(OpensslDoctor, WarnsThatNoOtherProviderIsActive) {
+  Change("[rngaggregator_default_provider]\nactivate = 1", "[rngaggregator_default_provider]");
+  const Result result = Examine();
+  EXPECT_EQ(0, result.status);
+  EXPECT_THAT(result.output, HasSubstr("\nWarning: No section that [rngaggregator_providers] names "
+                                       "activates another provider"));
+}
+
+TEST_F(OpensslDoctor, WarnsOfNothingIfAllIsInOrder) {
+  WriteFile(File(), Replaced(good, "activate = 1", "activate = 1\nkind = unixdev"));
+  EXPECT_THAT(Examine().output, Not(HasSubstr("Warning")));
 }

@@ -8,6 +8,8 @@
 #include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/wait_notice.h"
 
+#include <unistd.h>
+
 namespace {
 
 using Limit = std::chrono::seconds;
@@ -34,13 +36,20 @@ std::string NameGenerator(const OpensslDraw& draw) {
   return IsOurs(draw) ? draw.generator : draw.algorithm + " of the provider " + draw.provider;
 }
 
+// The generators that another user sees may be others.
+std::string AdviseDoctor(const std::string& user) {
+  if (user.empty() || ::geteuid() != 0) return "Run \"rngctl doctor\" to examine the generators.";
+  return "Run \"runuser -u " + user +
+         " -- rngctl doctor\" to examine the generators with that user's rights.";
+}
+
 // What the provider itself says is a sentence with the advice.
 void PutReason(OpensslReport& report, const std::string& reason) {
   report.problem = reason;
   while (report.problem.ends_with('.')) report.problem.pop_back();
-  if (reason.find("rngctl") == std::string::npos && reason.find("Fix:") == std::string::npos) {
-    report.fix = "Run \"rngctl doctor\" to examine the generators.";
-  }
+  if (reason.find("Fix:") != std::string::npos) return;
+  const bool hasAdvice = reason.find("rngctl") != std::string::npos;
+  if (!hasAdvice || !report.user.empty()) report.fix = AdviseDoctor(report.user);
 }
 
 void PutConfiguration(OpensslReport& report, const OpensslDraw& draw, Limit limit) {

@@ -15,8 +15,11 @@ constexpr char kOwnStart[] = "rngaggregator_init";
 
 // What the user needs is one line, whichever of those that it stands for is missing.
 std::string Advise(const OpensslSections& sections, const std::string& file) {
-  if (sections.Find(kTopSection, kStartName) == kOwnStart) {
-    return "Restore it as it is in " RNG_OPENSSL_CONFIGURATION ".";
+  const auto start = sections.Find(kTopSection, kStartName);
+  if (start == kOwnStart) return "Restore it as it is in " RNG_OPENSSL_CONFIGURATION ".";
+  if (!start && sections.Has(kOwnStart)) {
+    return "Write \"openssl_conf = rngaggregator_init\" before the first section of " + file +
+           ". If it includes " RNG_OPENSSL_CONFIGURATION ", make that its first line instead.";
   }
   if (sections.Has(kOwnStart)) {
     return "Remove the line \"openssl_conf\" of " + file +
@@ -93,7 +96,7 @@ bool IsOn(const std::optional<std::string>& value) {
 }
 
 std::vector<std::string> FindWarnings(const OpensslSections& sections, const std::string& start) {
-  std::vector<std::string> warnings;
+  std::vector<std::string> warnings = FindProviderWarnings(sections, start);
   if (!IsOn(sections.Find(kTopSection, "config_diagnostics"))) {
     warnings.push_back(
         "The configuration has no line \"config_diagnostics = 1\" before its first section. "

@@ -2,8 +2,11 @@
 
 #include "providers/library_handle.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <openssl/crypto.h>
+#include <string_view>
 
 namespace {
 
@@ -12,6 +15,10 @@ constexpr char kModule[] = "/rngaggregator.so";
 constexpr char kInstall[] =
     "Install the package openssl-provider-rngaggregator, or correct the path of the module.";
 constexpr char kReinstall[] = "Reinstall the package openssl-provider-rngaggregator.";
+
+// What OpenSSL reads in the section of a provider, and what ours does.
+constexpr std::array<std::string_view, 7> kKnownLines = {
+    "identity", "soft_load", "module", "activate", "kind", "hardware-id", "from"};
 
 struct Entry {
   std::string section;
@@ -49,6 +56,14 @@ OpensslFault FindModuleFault(const std::string& module) {
           kReinstall};
 }
 
+bool ActivatesAnother(const OpensslSections& sections, const std::string& providers,
+                      const std::string& ours) {
+  const auto lines = sections.Lines(providers);
+  return std::any_of(lines.begin(), lines.end(), [&](const OpensslSections::Line& line) {
+    return line.value != ours && sections.Find(line.value, "activate");
+  });
+}
+
 }  // namespace
 
 std::string FindModule(const OpensslSections& sections, const std::string& start) {
@@ -77,4 +92,24 @@ OpensslFault FindProviderFault(const OpensslSections& sections, const std::strin
   if (sections.Find(entry->section, "activate")) return {};
   return {"the section [" + entry->section + "] of " + file + " does not activate the provider",
           "Add \"activate = 1\" to it."};
+}
+
+std::vector<std::string> FindProviderWarnings(const OpensslSections& sections,
+                                              const std::string& start) {
+  std::vector<std::string> warnings;
+  const auto entry = FindEntry(sections, start);
+  if (!entry) return warnings;
+  for (const auto& [line, value] : sections.Lines(entry->section)) {
+    const std::string name = line.substr(line.find('.') + 1);
+    if (std::find(kKnownLines.begin(), kKnownLines.end(), name) != kKnownLines.end()) continue;
+    warnings.push_back("The line \"" + line + "\" in [" + entry->section +
+                       "] is ignored. The provider reads \"kind\", \"hardware-id\" and \"from\".");
+  }
+  const std::string providers = sections.Find(start, "providers").value_or("");
+  if (!ActivatesAnother(sections, providers, entry->section)) {
+    warnings.push_back("No section that [" + providers +
+                       "] names activates another provider, so programs have random bytes, but "
+                       "no ciphers and no keys. Add \"activate = 1\" to that of \"default\".");
+  }
+  return warnings;
 }

@@ -10,4 +10,8 @@ std::string FindModule(const OpensslSections& sections, const std::string& start
 OpensslFault FindProviderFault(const OpensslSections& sections, const std::string& start,
                                const std::string& file);
 
+/// What does not keep OpenSSL from loading our provider, but is not what the author of the configuration meant.
+std::vector<std::string> FindProviderWarnings(const OpensslSections& sections,
+                                              const std::string& start);
+
 #endif
