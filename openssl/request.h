@@ -32,7 +32,7 @@ struct DrawAnswer {
   enum Result : std::uint32_t {
     kFailed = 0,  ///< the helper closes the connection
     kDrawn = 1,
-    kRefused = 2  ///< after an alarm: the helper refuses all later draws, too
+    kRefused = 2  ///< after an alarm: so is it, and the host must not ask another helper
   };
 
   std::uint32_t number;

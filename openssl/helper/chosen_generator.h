@@ -11,7 +11,6 @@ struct ChosenGenerator {
   std::string name;  ///< with its device, such as "Rutoken 3A7F"
 
   /// Fills the buffer with checked bytes. Throws a `rng::Error`, with zeros in the buffer, if that is not possible.
-  /// After `kAlarm`, all later draws throw it, too.
   std::function<void(void* buffer, std::size_t size)> draw;
 };
 

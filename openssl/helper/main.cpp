@@ -35,7 +35,7 @@ bool Answer(const HostConnection& host, const ProviderRequest& request, ChosenGe
   } catch (const rng::Error& error) {
     const bool isAlarm = error.code() == rng::ErrorCode::kAlarm;
     host.Answer(request, isAlarm ? DrawAnswer::kRefused : DrawAnswer::kFailed, error.what(), reply);
-    return isAlarm;
+    return false;
   } catch (const std::exception& error) {
     host.Answer(request, DrawAnswer::kFailed, error.what(), reply);
     return false;

@@ -55,6 +55,8 @@ struct Connection::State {
   pthread_mutex_t lock;
   HelperProcess program;
   DrawText generator;  // of the last draw
+  bool isAlarmed;
+  DrawText alarm;
 };
 
 Connection::Connection() {
@@ -83,6 +85,10 @@ void Connection::CloseInherited() {
 
 bool Connection::DrawLocked(const ProviderParameters& choice, void* buffer, std::size_t size,
                             const Deadline& deadline, DrawText& reason) {
+  if (state->isAlarmed) {
+    reason = state->alarm;
+    return false;
+  }
   HelperProcess& program = state->program;
   if (!program.IsRunning()) {
     CloseInherited();
@@ -91,7 +97,12 @@ bool Connection::DrawLocked(const ProviderParameters& choice, void* buffer, std:
     opened = program.socket;
   }
   DrawText text;
-  const bool isDrawn = program.Ask(choice, buffer, size, deadline, text);
+  const DrawAnswer::Result result = program.Ask(choice, buffer, size, deadline, text);
+  if (result == DrawAnswer::kRefused) {
+    state->alarm = text;
+    state->isAlarmed = true;
+  }
+  const bool isDrawn = result == DrawAnswer::kDrawn;
   (isDrawn ? state->generator : reason) = text;
   return isDrawn;
 }

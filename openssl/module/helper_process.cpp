@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -29,16 +28,31 @@ bool Fail(DrawText& text, const char* reason) {
   return false;
 }
 
-// The path is relative to this module, so that an installation can be moved.
-bool FindProgram(char (&path)[PATH_MAX]) {
-  Dl_info module = {};
-  if (!::dladdr(kProgram, &module) || !module.dli_fname || *module.dli_fname != '/') return false;
-  const auto length = static_cast<int>(std::strrchr(module.dli_fname, '/') - module.dli_fname);
-  char found[PATH_MAX];
-  const int size = std::snprintf(found, sizeof found, "%.*s%s", length, module.dli_fname, kProgram);
-  if (size >= PATH_MAX) return false;
-  if (!::realpath(found, path)) std::memcpy(path, found, sizeof found);  // for the message
-  return true;
+// A path on the heap. Two paths on the stack would not fit into the small stacks that some programs give their threads.
+class Path {
+ public:
+  explicit Path(char* allocated) : text(allocated) {}
+  Path(const Path&) = delete;
+  Path& operator=(const Path&) = delete;
+  ~Path() { std::free(text); }
+  const char* Get() const { return text ? text : ""; }
+
+ private:
+  char* const text;
+};
+
+// The path is relative to this module, so that an installation can be moved, and OpenSSL can load the module through a
+// symbolic link. Null if memory runs out.
+char* FindProgram(const char* module) {
+  const Path resolved(::realpath(module, nullptr));
+  const char* const file = *resolved.Get() ? resolved.Get() : module;
+  const auto length = static_cast<int>(std::strrchr(file, '/') - file);
+  char* found = nullptr;
+  if (::asprintf(&found, "%.*s%s", length, file, kProgram) < 0) return nullptr;
+  char* const program = ::realpath(found, nullptr);
+  if (!program) return found;  // for the message
+  std::free(found);
+  return program;
 }
 
 // If the host has closed a standard stream, the socket must not take its place: the host would print into it.
@@ -56,19 +70,21 @@ void Skip(iovec& part, std::size_t& size) {
   size -= skipped;
 }
 
-// The two parts arrive together, as a rule.
-bool Receive(int socket, iovec (&parts)[2], const Deadline& deadline, DrawText& text) {
+// The two parts arrive together, as a rule. A signal handler of the host may fork meanwhile. The child process finds
+// that the kernel has zeroed its state, and must not take the answer from the parent.
+bool Receive(const Socket& socket, iovec (&parts)[2], const Deadline& deadline, DrawText& text) {
   while (parts[1].iov_len > 0) {
-    pollfd event = {socket, POLLIN, 0};
+    pollfd event = {socket.descriptor, POLLIN, 0};
     if (::poll(&event, 1, deadline.MillisecondsLeft()) == 0) {
       return Fail(
           text,
           "The generator has not answered for a minute. Run \"rngctl doctor\" to find out why.");
     }
+    if (!socket.isOpen) return Fail(text, "The process was forked in the middle of this draw.");
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = std::size(parts);
-    const ssize_t count = ::recvmsg(socket, &message, MSG_DONTWAIT);
+    const ssize_t count = ::recvmsg(socket.descriptor, &message, MSG_DONTWAIT);
     if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
     if (count <= 0) return Fail(text, kHasTerminated);
     auto received = static_cast<std::size_t>(count);
@@ -87,24 +103,26 @@ bool Socket::IsStillThis() const {
 // Nothing arrives between two draws. If something does, the helper has terminated or cannot be trusted.
 bool HelperProcess::IsRunning() const {
   if (!socket.IsStillThis()) return false;
-  pollfd event = {socket.descriptor, POLLIN, 0};
-  return ::poll(&event, 1, 0) == 0;
+  char byte = 0;
+  return ::recv(socket.descriptor, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT) < 0 &&
+         errno == EAGAIN;
 }
 
 bool HelperProcess::Start(DrawText& text) {
-  char path[PATH_MAX];
-  if (!FindProgram(path)) {
+  Dl_info module = {};
+  if (!::dladdr(kProgram, &module) || !module.dli_fname || *module.dli_fname != '/') {
     return Fail(
         text,
         "OpenSSL loaded this provider's module from a relative path. Give its absolute path in "
         "OpenSSL's configuration.");
   }
-  socket.descriptor =
-      MoveFromStandardStreams(::access(path, X_OK) == 0 ? StartOrphan(path, ::environ) : -1);
+  const Path path(FindProgram(module.dli_fname));
+  socket.descriptor = MoveFromStandardStreams(
+      ::access(path.Get(), X_OK) == 0 ? StartOrphan(path.Get(), ::environ) : -1);
   struct stat now = {};
   if (socket.descriptor < 0 || ::fstat(socket.descriptor, &now) != 0) {
     std::snprintf(text.text, sizeof text.text, "The helper program cannot be started: %.400s: %s",
-                  path, std::strerror(errno));
+                  path.Get(), std::strerror(errno));
     return false;
   }
   socket.device = now.st_dev;
@@ -133,7 +151,7 @@ DrawAnswer::Result HelperProcess::Exchange(const ProviderParameters& choice, voi
   }
   DrawAnswer answer = {};
   iovec parts[] = {{&answer, sizeof answer}, {buffer, size}};
-  if (!Receive(socket.descriptor, parts, deadline, text)) return DrawAnswer::kFailed;
+  if (!Receive(socket, parts, deadline, text)) return DrawAnswer::kFailed;
   if (answer.number != request.number) {
     Fail(text, "The helper program rng-openssl-draw sent an unexpected answer.");
     return DrawAnswer::kFailed;
@@ -143,9 +161,9 @@ DrawAnswer::Result HelperProcess::Exchange(const ProviderParameters& choice, voi
   return answer.result;
 }
 
-bool HelperProcess::Ask(const ProviderParameters& choice, void* buffer, std::size_t size,
-                        const Deadline& deadline, DrawText& text) {
+DrawAnswer::Result HelperProcess::Ask(const ProviderParameters& choice, void* buffer,
+                                      std::size_t size, const Deadline& deadline, DrawText& text) {
   const DrawAnswer::Result result = Exchange(choice, buffer, size, deadline, text);
-  if (result != DrawAnswer::kDrawn && result != DrawAnswer::kRefused) Stop();
-  return result == DrawAnswer::kDrawn;
+  if (result != DrawAnswer::kDrawn) Stop();
+  return result;
 }

@@ -33,11 +33,11 @@ struct HelperProcess {
 
   void Stop();
 
-  /// Sends a request and receives the answer. Returns true with `size` bytes in `buffer`, and the generator in `text`.
-  /// Otherwise returns false, and `text` says why. The helper is then stopped, unless there was an alarm: a new helper
-  /// would not know about the alarm, whereas this one refuses all later draws.
-  bool Ask(const ProviderParameters& choice, void* buffer, std::size_t size,
-           const Deadline& deadline, DrawText& text);
+  /// Sends a request and receives the answer. `kDrawn` comes with `size` bytes in `buffer`, and the generator in
+  /// `text`. Otherwise `text` says why not, and the helper is stopped. After `kRefused` the owner must not ask again: a
+  /// new helper would not know about the alarm.
+  DrawAnswer::Result Ask(const ProviderParameters& choice, void* buffer, std::size_t size,
+                         const Deadline& deadline, DrawText& text);
 
  private:
   DrawAnswer::Result Exchange(const ProviderParameters& choice, void* buffer, std::size_t size,

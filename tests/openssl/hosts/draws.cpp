@@ -16,8 +16,10 @@
 #include <openssl/evp.h>
 #include <openssl/provider.h>
 #include <openssl/rand.h>
+#include <pthread.h>
 #include <string>
 #include <sys/resource.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -135,11 +137,54 @@ void Interrupt() {
   Print(Draw());
 }
 
+void DrawUnderSignals(int draws) {
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  ::sigaction(SIGALRM, &action, nullptr);
+  const itimerval often = {{0, 20}, {0, 20}};  // microseconds
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  for (int i = 0; i < draws; ++i) Print(Draw());
+}
+
+void DrawOnASmallStack() {
+  OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CONFIG, nullptr);
+  pthread_attr_t attributes;
+  ::pthread_attr_init(&attributes);
+  if (::pthread_attr_setstacksize(&attributes, 16384) != 0) std::abort();
+  pthread_t thread;
+  const auto draw = [](void*) -> void* {
+    unsigned char bytes[32];
+    Print(RAND_bytes(bytes, sizeof bytes) == 1 && HaveWatermark(bytes, sizeof bytes) ? 'o' : '-');
+    return nullptr;
+  };
+  if (::pthread_create(&thread, &attributes, draw, nullptr) != 0) std::abort();
+  ::pthread_join(thread, nullptr);
+}
+
+pid_t g_child = -1;
+
+void ForkInHandler() {
+  Draw();
+  std::signal(SIGALRM, [](int) { g_child = ::fork(); });
+  const itimerval once = {{0, 0}, {0, 100'000}};  // microseconds
+  ::setitimer(ITIMER_REAL, &once, nullptr);
+  const char drawn = Draw();
+  if (g_child > 0) ::waitpid(g_child, nullptr, 0);
+  Print(drawn);
+  if (g_child == 0) Print(Draw());
+}
+
 void Run(const std::vector<std::string>& words) {
   const std::string& what = words[0];
   const int number = words.size() > 1 ? std::atoi(words[1].c_str()) : 1;
   if (what == "draw") {
     for (int i = 0; i < number; ++i) Print(Draw());
+  } else if (what == "signals") {
+    DrawUnderSignals(number);
+  } else if (what == "small_stack") {
+    DrawOnASmallStack();
+  } else if (what == "fork_in_handler") {
+    ForkInHandler();
   } else if (what == "threads") {
     DrawInThreads(number, std::atoi(words[2].c_str()));
   } else if (what == "forks") {

@@ -66,6 +66,7 @@ class WatermarkingRng final : public IRngProvider {
       std::ofstream(ScriptPath() + ".configuration") << std::getenv("OPENSSL_CONF");
     }
     if (command == "very_slow") ::usleep(100'000);
+    if (command == "half_a_second") ::usleep(500'000);
     if (command == "slow") ::usleep(3000);
     Fill(buffer, size);
     return true;

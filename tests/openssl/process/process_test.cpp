@@ -20,6 +20,11 @@ TEST_F(HelperProcess, ThreadsShareOne) {
   EXPECT_TRUE(AllHelpersExit());
 }
 
+// The smallest that the C library allows. OpenSSL's own generator needs no more.
+TEST_F(HelperProcess, IsStartedByAThreadWithASmallStack) {
+  EXPECT_EQ("o", RunHost("small_stack").output);
+}
+
 TEST_F(HelperProcess, AForkedChildStartsItsOwn) {
   EXPECT_EQ("oooo", RunHost("fork").output);
   EXPECT_TRUE(AllHelpersExit());
@@ -32,6 +37,15 @@ TEST_F(HelperProcess, AForkedChildStartsItsOwnEvenBeforeTheParent) {
 
 TEST_F(HelperProcess, ForksDuringADrawDoNotBlock) {
   EXPECT_EQ(std::string(100, 'o'), RunHost("forks 100").output);
+  EXPECT_TRUE(AllHelpersExit());
+}
+
+// The child's draw fails, and takes nothing from the parent.
+TEST_F(HelperProcess, ASignalHandlerMayForkDuringADraw) {
+  Command("half_a_second");
+  const Result result = RunHost("fork_in_handler");
+  EXPECT_EQ("-oo", result.output);
+  EXPECT_THAT(result.errors, testing::HasSubstr("was forked in the middle of this draw"));
   EXPECT_TRUE(AllHelpersExit());
 }
 
@@ -49,6 +63,16 @@ TEST_F(HelperProcess, IsNotAChildOfTheHost) { EXPECT_EQ("oo", RunHost("children"
 TEST_F(HelperProcess, AnotherLibraryContextStartsItsOwn) {
   EXPECT_EQ("ooo", RunHost("other_context " + ConfigurationFile()).output);
   EXPECT_TRUE(AllHelpersExit());
+}
+
+// As they do when a program has a timer.
+TEST_F(HelperProcess, IsNotStartedAgainWhenSignalsInterruptTheHost) {
+  const std::string starts = TreePath("starts");
+  std::filesystem::rename(HelperProgram(), HelperProgram() + ".real");
+  WriteFile(HelperProgram(), "#!/bin/sh\necho >> " + starts + "\nexec $0.real\n");
+  std::filesystem::permissions(HelperProgram(), std::filesystem::perms(0755));
+  EXPECT_EQ(std::string(1000, 'o'), RunHost("signals 1000").output);
+  EXPECT_EQ("\n", ReadFile(starts));
 }
 
 TEST_F(HelperProcess, IsStartedAgainAfterItWasKilled) {

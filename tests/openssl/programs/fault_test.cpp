@@ -87,6 +87,14 @@ TEST_F(Faults, AnAlarmLastsUntilTheHostExits) {
   EXPECT_TRUE(HasWatermark(Draw().output));
 }
 
+// The helper may be gone by then, and a new one does not know about the alarm.
+TEST_F(Faults, AnAlarmOutlivesTheHelper) {
+  Command("zeros");
+  EXPECT_EQ("--", RunHost("shell 'echo draw > " + TreePath("script") + "; pkill -KILL -f ^" +
+                          HelperProgram() + "; sleep 0.2'")
+                      .output);
+}
+
 TEST_F(Faults, TheHelperProgramIsMissing) {
   fs::remove(HelperProgram());
   EXPECT_TRUE(Refused(Draw(), "rng-openssl-draw: No such file or directory"));

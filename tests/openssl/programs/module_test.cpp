@@ -48,6 +48,16 @@ TEST_F(ProviderModule, KeepsTheContractOfCallsThatAreRare) {
   EXPECT_EQ(0, result.status);
 }
 
+// As in the folder of modules of another OpenSSL.
+TEST_F(ProviderModule, IsLoadedThroughASymbolicLink) {
+  std::filesystem::rename(TreePath("lib/ossl-modules"), TreePath("lib/modules"));
+  std::filesystem::create_directories(TreePath("lib/other/ossl"));
+  std::filesystem::create_directory_symlink(TreePath("lib/other/ossl"),
+                                            TreePath("lib/ossl-modules"));
+  std::filesystem::create_symlink(TreePath("lib/modules/rngaggregator.so"), Module());
+  EXPECT_EQ("o", RunHost("draw").output);
+}
+
 TEST_F(ProviderModule, StartsNoHelperBeforeADraw) {
   const std::string trace = TreePath("started");
   std::filesystem::remove(HelperProgram());
