@@ -138,8 +138,8 @@ void AddDoctor(CLI::App& app, DoctorRequest& request) {
   CLI::Option* const openssl =
       doctor
           ->add_flag("--openssl", request.isOpenssl,
-                     "Make a draw as programs do that use OpenSSL, and show from which generator "
-                     "it comes")
+                     "Draw as programs that use OpenSSL do, and show from which generator the "
+                     "bytes come")
           ->excludes(kind);
   doctor
       ->add_option("--user", request.user,

@@ -20,7 +20,7 @@ inline std::string Replaced(std::string text, const std::string& from, const std
   return text.replace(place, from.size(), to);
 }
 
-/// The provider's module in the tree, with a configuration that is in order, and a program that draws in its place.
+/// Installs the provider's module in the test's directory, with a correct configuration and a fake helper.
 class OpensslDoctor : public InstalledTool {
  protected:
   void SetUp() override {

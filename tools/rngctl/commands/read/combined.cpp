@@ -19,7 +19,7 @@ using rng::SourceResult;
 using Sources = std::vector<CombinedSource>;
 using Outcomes = std::vector<SourceOutcome>;
 
-constexpr std::uint64_t kBytesPerDraw = 64;  // which each source gives
+constexpr std::uint64_t kBytesPerDraw = 64;  // from each source
 
 std::string AdviceFor(SourceResult result) {
   switch (result) {
@@ -53,11 +53,11 @@ bool IsFailure(const SourceOutcome& outcome) {
     advice = AdviceFor(outcome.result);
   }
   if (!advice.empty()) throw Refusal(kNegativeAnswer, sentences, advice);
-  throw Refusal(kNegativeAnswer, "The draws could not be combined: the memory is exhausted.");
+  throw Refusal(kNegativeAnswer, "The draws could not be combined: out of memory.");
 }
 
-// Users who cancel want no result, even if the other generators are enough. A generator that cannot ask is missing, which
-// is no failure.
+// Users who cancel want no result, even if the other generators are enough. A generator that cannot ask is missing,
+// which is no failure.
 void RequireNoCancellation(const Outcomes& outcomes) {
   for (const SourceOutcome& outcome : outcomes) {
     const bool asksUser = IsInteractiveRng(outcome.kind.c_str()) != 0;
@@ -108,8 +108,8 @@ class CombinedDraw {
     for (const RecordedSource& source : recorded) {
       if (source.failure.empty()) continue;
       std::cerr << "rngctl: " << Printable(source.failure)
-                << (source.draws == 0 ? " The result contains nothing of it.\n"
-                                      : " It was left out of a part of the draws.\n");
+                << (source.draws == 0 ? " It is not part of the result.\n"
+                                      : " It was left out of some of the draws.\n");
     }
   }
 

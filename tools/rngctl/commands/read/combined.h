@@ -3,7 +3,7 @@
 
 #include "tools/rngctl/commands/read/draw.h"
 
-/// `Draw` from several generators. Says on standard error which of them were left out.
+/// Does what `Draw` does, with several generators. Reports on standard error which of them were left out.
 void DrawCombined(const DrawRequest& request, const TakePiece& pass);
 
 #endif

@@ -15,8 +15,8 @@ struct DrawRequest : GeneratorChoice {
   bool isRecorded = false;
 };
 
-/// Starts the library, draws from that generator or those, and stops the library. All pieces but the last have a
-/// multiple of three bytes. The bytes are followed by the record, as JSON, if it is wanted. Throws a `Refusal`.
+/// Starts the library, draws from the requested generators, and stops the library. The size of every piece but the last
+/// is a multiple of three. If a record is requested, it follows the bytes, as JSON. Throws a `Refusal`.
 void Draw(const DrawRequest& request, const TakePiece& pass);
 
 #endif

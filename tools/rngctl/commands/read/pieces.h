@@ -9,11 +9,11 @@
 /// Fills the piece, or throws a `Refusal`. `done` is the number of bytes before it.
 using FillPiece = std::function<void(SecretBytes& piece, std::uint64_t done)>;
 
-/// Draws one piece after another. All but the last have a multiple of three bytes.
+/// Draws one piece after another. The size of each but the last is a multiple of three.
 void DrawInPieces(std::uint64_t size, const FillPiece& fill, const TakePiece& pass);
 
-/// Draws everything at once, so that the user is asked once. Refuses more than one draw gives; `what` then needs the
-/// user.
+/// Draws everything at once, so that the user is asked once. Refuses a size that is too large for one draw, in a
+/// sentence that begins with `what`, the generator that needs the user.
 void DrawAtOnce(std::uint64_t size, const std::string& what, const FillPiece& fill,
                 const TakePiece& pass);
 

@@ -9,7 +9,7 @@
 
 #include <rngaggregator/provider.h>
 
-/// A generator from which was drawn, or which was left out.
+/// A generator that took part, or that was left out.
 struct RecordedSource {
   std::string kind;
   std::string device;      ///< "" for none
@@ -20,7 +20,7 @@ struct RecordedSource {
   std::string failure = {};  ///< why it was left out, the last time
 };
 
-/// What the sources were drawn for.
+/// The draw in which the sources took part.
 struct RecordedDraw {
   std::uint64_t size;  ///< of the result
   bool isCombined;
@@ -28,9 +28,9 @@ struct RecordedDraw {
   std::uint64_t draws;
 };
 
-/// Passes on a text in JSON that says what went into the result, with the file of each plug-in: never the bytes, nor
-/// anything computed from them. Throws a `Refusal` if the file of a plug-in cannot be read, or is not the one that was
-/// loaded.
+/// Passes on a JSON text that says what went into the result, with the file of each plug-in. It contains neither the
+/// bytes nor anything computed from them. Throws a `Refusal` if a plug-in's file cannot be read, or has been replaced
+/// since it was loaded.
 void PassRecord(const RecordedDraw& draw, const std::vector<RecordedSource>& sources,
                 const TakePiece& pass);
 

@@ -33,5 +33,5 @@ void Read(const OpensslQuestion& question) {
 void RunOpensslChild(int channel) {
   const auto question = BecomeChild<OpensslQuestion>(channel);
   question.subject == OpensslSubject::kDraw ? Draw(question.user) : Read(question);
-  ::_exit(0);  // what modules do at the end is not examined
+  ::_exit(0);  // what modules do at exit is not examined
 }

@@ -14,13 +14,13 @@
 
 namespace {
 
-// What identifies our provider: its section may have any name.
+// These identify our provider, whose section may have any name.
 constexpr char kReason[] = "no random bytes";
 constexpr char kGenerator[] = "generator";
 
 std::string OrEmpty(const char* text) { return text ? text : ""; }
 
-// Each error is described by a reason, and often by data. Our provider puts a sentence there.
+// An error has a reason, and often data. Our provider puts a sentence into the data.
 void TakeErrors(OpensslDraw& answer) {
   const char* data = nullptr;
   int flags = 0;

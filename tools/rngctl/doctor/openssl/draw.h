@@ -3,11 +3,11 @@
 
 #include "tools/rngctl/doctor/openssl/messages.h"
 
-/// Which configuration OpenSSL will read in this process.
+/// Finds out which configuration OpenSSL will read in this process.
 void FindOpensslSettings(OpensslDraw& answer);
 
-/// Loads the configuration as programs do, and draws the bytes of a key. They are wiped. Tells from which generator
-/// they come, or why there are none.
+/// Loads the configuration as programs do, and draws the bytes of a key. Reports from which
+/// generator they come, or why there are none. Wipes them.
 void DrawWithOpenssl(OpensslDraw& answer);
 
 #endif

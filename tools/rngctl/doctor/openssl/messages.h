@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-/// A child makes one draw as programs do, in a process in which OpenSSL has done nothing before. Another one then reads
-/// the configuration.
+/// One child draws as programs do, in a process that has not used OpenSSL before. A second one then reads the
+/// configuration.
 enum class OpensslSubject { kDraw, kConfiguration };
 constexpr OpensslSubject LastOf(OpensslSubject) { return OpensslSubject::kConfiguration; }
 
@@ -32,8 +32,8 @@ struct OpensslDraw {
   bool isReplaced = false;     ///< by an engine, whatever the configuration says
   std::string algorithm = {};  ///< of OpenSSL's random-number generator
   std::string provider = {};   ///< of that algorithm
-  std::string generator = {};  ///< ours that made the draw: "Rutoken 3A7F"
-  std::string reason = {};     ///< why our provider failed, in a sentence for people
+  std::string generator = {};  ///< which of ours made the draw: "Rutoken 3A7F"
+  std::string reason = {};     ///< why our provider failed, in a sentence
   std::string error = {};      ///< the first error of OpenSSL
 };
 RNGCTL_MESSAGE(OpensslDraw, step, refusal, environment, file, isDrawn, isReplaced, algorithm,

@@ -36,14 +36,14 @@ std::string NameGenerator(const OpensslDraw& draw) {
   return IsOurs(draw) ? draw.generator : draw.algorithm + " of the provider " + draw.provider;
 }
 
-// The generators that another user sees may be others.
+// Another user may have other generators.
 std::string AdviseDoctor(const std::string& user) {
   if (user.empty() || ::geteuid() != 0) return "Run \"rngctl doctor\" to examine the generators.";
   return "Run \"runuser -u " + user +
          " -- rngctl doctor\" to examine the generators with that user's rights.";
 }
 
-// What the provider itself says is a sentence with the advice.
+// The provider's own reason is a sentence, which often contains the advice, too.
 void PutReason(OpensslReport& report, const std::string& reason) {
   report.problem = reason;
   while (report.problem.ends_with('.')) report.problem.pop_back();
@@ -68,7 +68,7 @@ void PutConfiguration(OpensslReport& report, const OpensslDraw& draw, Limit limi
   report.fix = answer->fix;
 }
 
-// Where the configuration does not explain it.
+// If the configuration does not explain the result.
 void PutRest(OpensslReport& report, const OpensslDraw& draw) {
   if (report.result == OpensslResult::kDrawn || !report.problem.empty()) return;
   report.problem =

@@ -3,8 +3,8 @@
 
 #include "tools/rngctl/doctor/doctor.h"
 
-/// Makes a draw as programs do that use OpenSSL, with the configuration in force for the user, and prints from which
-/// generator the bytes come. Throws a `Refusal` unless they come from this project's provider.
+/// Draws as programs that use OpenSSL do, with the configuration in force for the user, and prints from which generator
+/// the bytes come. Throws a `Refusal` unless they come from this project's provider.
 void RunOpensslDoctor(const DoctorRequest& request);
 
 #endif

@@ -3,8 +3,8 @@
 
 #include <string>
 
-/// In a child: gives this process the identity and the groups of that user, "" for the present one. Returns why that is
-/// not possible, in a sentence, or "". May ask services for accounts, which may hang.
+/// Called in a child process. Gives it the identity and the groups of that user; "" means the present one. Returns "",
+/// or a sentence that says why that is not possible. May query account services, which may hang.
 std::string BecomeUser(const std::string& name);
 
 #endif

@@ -13,7 +13,7 @@ constexpr char kRandomName[] = "random";
 constexpr char kAlgorithm[] = "RNGAGGREGATOR";
 constexpr char kOwnStart[] = "rngaggregator_init";
 
-// What the user needs is one line, whichever of those that it stands for is missing.
+// Including our file fixes all of these, whichever line is missing.
 std::string Advise(const OpensslSections& sections, const std::string& file) {
   const auto start = sections.Find(kTopSection, kStartName);
   if (start == kOwnStart) return "Restore it as it is in " RNG_OPENSSL_CONFIGURATION ".";
@@ -90,7 +90,7 @@ OpensslFault FindFault(OpensslSections& sections, const std::string& file) {
   return fault;
 }
 
-// The number that OpenSSL takes for "on".
+// OpenSSL reads the value as a number, of which all but 0 mean "on".
 bool IsOn(const std::optional<std::string>& value) {
   return value && value->find_first_of("123456789") != std::string::npos;
 }
@@ -100,8 +100,8 @@ std::vector<std::string> FindWarnings(const OpensslSections& sections, const std
   if (!IsOn(sections.Find(kTopSection, "config_diagnostics"))) {
     warnings.push_back(
         "The configuration has no line \"config_diagnostics = 1\" before its first section. "
-        "Without it, programs draw "
-        "from OpenSSL's own generator when a part of the configuration fails.");
+        "Without it, no program "
+        "notices when OpenSSL cannot apply a part of the configuration.");
   }
   const auto lines = sections.Lines(start);
   if (!lines.empty() && lines[0].name.substr(0, lines[0].name.rfind('.')) != kRandomName) {
