@@ -32,7 +32,8 @@ struct DrawAnswer {
   enum Result : std::uint32_t {
     kFailed = 0,  ///< the helper closes the connection
     kDrawn = 1,
-    kRefused = 2  ///< after an alarm: so is it, and the host must not ask another helper
+    kRefused =
+        2  ///< after an alarm: the helper closes the connection; the host must not start another
   };
 
   std::uint32_t number;

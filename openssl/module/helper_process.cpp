@@ -70,8 +70,8 @@ void Skip(iovec& part, std::size_t& size) {
   size -= skipped;
 }
 
-// The two parts arrive together, as a rule. A signal handler of the host may fork meanwhile. The child process finds
-// that the kernel has zeroed its state, and must not take the answer from the parent.
+// The two parts usually arrive together. A signal handler of the host may fork while this waits. In the child process,
+// the kernel has then zeroed the state, and the child must not take the parent's answer.
 bool Receive(const Socket& socket, iovec (&parts)[2], const Deadline& deadline, DrawText& text) {
   while (parts[1].iov_len > 0) {
     pollfd event = {socket.descriptor, POLLIN, 0};
@@ -80,7 +80,7 @@ bool Receive(const Socket& socket, iovec (&parts)[2], const Deadline& deadline, 
           text,
           "The generator has not answered for a minute. Run \"rngctl doctor\" to find out why.");
     }
-    if (!socket.isOpen) return Fail(text, "The process was forked in the middle of this draw.");
+    if (!socket.isOpen) return Fail(text, "The process was forked during this draw.");
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = std::size(parts);

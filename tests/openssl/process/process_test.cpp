@@ -20,7 +20,7 @@ TEST_F(HelperProcess, ThreadsShareOne) {
   EXPECT_TRUE(AllHelpersExit());
 }
 
-// The smallest that the C library allows. OpenSSL's own generator needs no more.
+// The smallest stack that the C library allows. It is enough for OpenSSL's own generator.
 TEST_F(HelperProcess, IsStartedByAThreadWithASmallStack) {
   EXPECT_EQ("o", RunHost("small_stack").output);
 }
@@ -45,7 +45,7 @@ TEST_F(HelperProcess, ASignalHandlerMayForkDuringADraw) {
   Command("half_a_second");
   const Result result = RunHost("fork_in_handler");
   EXPECT_EQ("-oo", result.output);
-  EXPECT_THAT(result.errors, testing::HasSubstr("was forked in the middle of this draw"));
+  EXPECT_THAT(result.errors, testing::HasSubstr("was forked during this draw"));
   EXPECT_TRUE(AllHelpersExit());
 }
 
@@ -65,7 +65,7 @@ TEST_F(HelperProcess, AnotherLibraryContextStartsItsOwn) {
   EXPECT_TRUE(AllHelpersExit());
 }
 
-// As they do when a program has a timer.
+// A timer, for example, sends many signals.
 TEST_F(HelperProcess, IsNotStartedAgainWhenSignalsInterruptTheHost) {
   const std::string starts = TreePath("starts");
   std::filesystem::rename(HelperProgram(), HelperProgram() + ".real");
