@@ -1,6 +1,8 @@
 #include "tests/rngctl/openssl/openssl_doctor.h"
 
+#include <chrono>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 using nlohmann::json;
 using testing::AllOf;
@@ -36,6 +38,10 @@ TEST_F(OpensslDoctor, MakesADrawFromTheGeneratorItself) {
   const Result result = Examine();
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_THAT(result.output, HasSubstr("from unixdev, through rngaggregator\n"));
+  Change("activate = 1", "activate = 1\nfrom = unixdev:");
+  EXPECT_THAT(Examine().errors, HasSubstr("The source \"unixdev:\" has no device"));
+  Change("activate = 1", "activate = 1\nfrom = unixdev");
+  EXPECT_THAT(Examine().output, HasSubstr("from unixdev, through rngaggregator\n"));
 }
 
 TEST_F(OpensslDoctor, FindsOurProviderUnderAnotherName) {
@@ -52,6 +58,25 @@ TEST_F(OpensslDoctor, RepeatsWhatTheProviderSaysOfAFailedDraw) {
   const Result result = Examine("", "FAKE_DRAW=fail");
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(std::string(kNoBytes) + "The token is gone. Fix: insert it.\n", result.errors);
+}
+
+// Public bytes and those of keys come from two instances of the generator.
+TEST_F(OpensslDoctor, DrawsFromBothInstances) {
+  EXPECT_EQ(std::string(kNoBytes) + "The token is gone. Fix: insert it.\n",
+            Examine("", "FAKE_DRAW=fail_second").errors);
+}
+
+TEST_F(OpensslDoctor, RepeatsWhatOpensslSaysWhereTheConfigurationDoesNotExplainIt) {
+  Change("random = RNGAGGREGATOR", "random = RNGAGGREGATOR\nproperties = absent=yes");
+  EXPECT_THAT(Examine().errors, StartsWith(std::string(kNoBytes) + "OpenSSL says: "));
+}
+
+TEST_F(OpensslDoctor, AddsAdviceToAReasonThatHasNone) {
+  for (const char* const advised : {"fail", "end"})
+    EXPECT_THAT(Examine("", std::string("FAKE_DRAW=") + advised).output, Not(HasSubstr("\nFix: ")));
+  ExpectFault(Examine("", "FAKE_DRAW=fail_without_advice"),
+              std::string(kNoBytes) + "The token is gone",
+              "Run \"rngctl doctor\" to examine the generators.\n");
 }
 
 TEST_F(OpensslDoctor, AHelperThatTerminatesIsAFailedDraw) {
@@ -119,6 +144,20 @@ TEST_F(OpensslDoctor, AnotherUserHasNoneOfRootsGroups) {
             result.errors);
 }
 
+// Killed, the tool cannot end it.
+TEST_F(OpensslDoctor, AProcessOfAnotherUserEndsWithTheTool) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  fs::permissions(TreePath(""), fs::perms(0755));
+  const std::string find = "pgrep -f ^" + Program() + " >/dev/null";
+  RunShell("OPENSSL_CONF=" + File() + " FAKE_DRAW=hang " + Rngctl() +
+           " doctor --openssl --user nobody >/dev/null 2>&1 & until " + find +
+           "; do sleep 0.02; done; kill -KILL $!");
+  for (int i = 0; i < 600 && CountProcessesOf(Rngctl()) > 0; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(0U, CountProcessesOf(Rngctl()));
+  RunShell("pkill -KILL -f ^" + Program());
+}
+
 TEST_F(OpensslDoctor, OnlyRootDrawsAsAnotherUser) {
   const Result result = RunForked([] {
     const Unprivileged user;
@@ -169,6 +208,14 @@ TEST_F(OpensslDoctor, ReportsInJson) {
     const Result match = MatchSchema("doctor-openssl.schema.json", result.output);
     EXPECT_EQ(0, match.status) << match.errors;
   }
+}
+
+TEST_F(OpensslDoctor, ReportsEveryVariableThatOpensslReads) {
+  const Result result = Examine(
+      "--json", "OPENSSL_ENGINES=/e OPENSSL_MODULES=/m OPENSSL_CONF_INCLUDE=/i OPENSSL_OTHER=/o");
+  EXPECT_EQ(json({"OPENSSL_CONF=" + File(), "OPENSSL_CONF_INCLUDE=/i", "OPENSSL_MODULES=/m",
+                  "OPENSSL_ENGINES=/e"}),
+            json::parse(result.output).at("environment"));
 }
 
 // The fake draws only this byte.

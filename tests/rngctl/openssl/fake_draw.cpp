@@ -31,7 +31,9 @@ int main() {
     if (word == "end") return 1;
     if (word == "no-token") {
       Answer(request, DrawAnswer::kFailed, "There is no token. Run \"rngctl doctor\".");
-    } else if (word == "fail") {
+    } else if (word == "fail_without_advice") {
+      Answer(request, DrawAnswer::kFailed, "The token is gone.");
+    } else if (word == "fail" || (word == "fail_second" && request.number == 2)) {
       Answer(request, DrawAnswer::kFailed, "The token is gone. Fix: insert it.");
     } else {
       Answer(request, DrawAnswer::kDrawn, "Rutoken 3A7F");

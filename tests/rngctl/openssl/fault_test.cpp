@@ -144,8 +144,9 @@ TEST_F(OpensslDoctor, WarnsOfWhatCouldMakeProgramsDrawElsewhere) {
   Change("config_diagnostics = 1", "config_diagnostics = 0");
   Result result = Examine();
   EXPECT_EQ(0, result.status);
-  EXPECT_THAT(result.output,
-              HasSubstr("\nWarning: The configuration has no line \"config_diagnostics = 1\""));
+  const std::string warning = "\nWarning: The configuration has no line \"config_diagnostics = 1\"";
+  EXPECT_THAT(result.output, HasSubstr(warning));
+  EXPECT_THAT(Examine("", "FAKE_DRAW=fail").output, HasSubstr(warning));
   Change("random = rngaggregator_random\nproviders = rngaggregator_providers",
          "providers = rngaggregator_providers\nrandom = rngaggregator_random");
   result = Examine();
