@@ -219,6 +219,10 @@ void Run(const std::vector<std::string>& words) {
   } else if (what == "leave_child") {
     Print(Draw());
     LeaveChild();
+  } else if (what == "leave_child_and_die") {
+    Print(Draw());
+    LeaveChild();
+    std::raise(SIGKILL);
   } else if (what == "no_descriptor") {
     Print(DrawWithoutDescriptors());
   } else if (what == "interrupt") {

@@ -119,8 +119,13 @@ TEST_F(HelperProcess, ExitsWhenTheHostExecutesAnotherProgram) {
 
 // The child never draws, so it keeps the socket open.
 TEST_F(HelperProcess, ExitsWithTheHostEvenIfAChildOutlivesIt) {
-  Command("note_release");
   EXPECT_EQ("o", RunHost("leave_child").output);
+  EXPECT_TRUE(AllHelpersExit());
+}
+
+TEST_F(HelperProcess, ReleasesThePluginsWhenAChildOutlivesAHostThatIsKilled) {
+  Command("note_release");
+  EXPECT_EQ("o", RunHost("leave_child_and_die").output);
   EXPECT_TRUE(AllHelpersExit());
   EXPECT_EQ("grandmaster", ReadFile(TreePath("script.released")));
 }
