@@ -40,6 +40,10 @@ CombinedSource ParseItem(const std::string& item, const std::string& list) {
     Refuse("The list of sources " + Quote(list) +
            " contains an empty item. Separate the generators with one comma.");
   }
+  if (item.front() == ' ' || item.back() == ' ') {
+    Refuse("The source " + Quote(item) +
+           " begins or ends with a blank. Write the list without blanks.");
+  }
   const std::size_t colon = item.find(':');
   if (colon == std::string::npos) return CombinedSource(item);
   if (colon == 0) Refuse("The source " + Quote(item) + " has no generator before the colon.");

@@ -49,9 +49,9 @@ void RegisterNumbers() {
   RegisterPair("numbers/getrandom, without the engine", [] {
     const rng::Generator generator = SystemGenerator();
     const auto draw = [generator] {
-      std::uint64_t number = 0;
-      generator.Fill(&number, 1);
-      Use(number);
+      std::uint64_t number[1];
+      generator.Fill(number);
+      Use(number[0]);
     };
     return Pair{{nullptr, draw}, {nullptr, DrawFromSystem}};
   });

@@ -85,7 +85,8 @@ struct CombinedState;
 /// the identifier of its device. An identifier may contain colons, but no comma. The providers are null.
 ///
 /// Threads: any. Failure: throws `std::invalid_argument` with a sentence for people if an item, kind or device is
-/// empty, a kind or device is longer than 17 bytes or contains control characters, or a kind appears twice.
+/// empty, an item begins or ends with a blank, a kind or device is longer than 17 bytes or contains control characters,
+/// or a kind appears twice.
 std::vector<CombinedSource> ParseSources(const std::string& text);
 
 /// Returns a sentence that says why a source was not used, such as: The generator "dsdr" is not usable now. Returns ""

@@ -108,15 +108,15 @@ class Engine {
   // The count is set last, so that it stays 0 if the draw throws.
   void Refill() {
     const std::size_t count = asksUser ? Store::kMost : batch;
-    source.Fill(store->numbers, count);
+    source.Fill(reinterpret_cast<unsigned char*>(store->numbers), count * sizeof(result_type));
     store->count = count;
     batch = std::min(2 * count, Store::kMost);
   }
 
   result_type DrawOne() const {
-    result_type number = 0;
-    source.Fill(&number, 1);
-    return number;
+    result_type number[1];
+    source.Fill(number);
+    return number[0];
   }
 
   Generator source;

@@ -131,16 +131,15 @@ class Generator {
   /// with random bytes. When it throws, the range holds zeros.
   template <typename Range>
   void Fill(Range&& range) const {
-    Fill(std::data(range), std::size(range));
+    FillElements(std::data(range), std::size(range));
   }
 
-  /// Fills `count` elements, not bytes. With a `count` of 0, `first` may be null.
-  template <typename Element>
-  void Fill(Element* first, std::size_t count) const {
-    static_assert(
-        detail::kCanBeFilled<Element>,
-        "Fill needs elements that are integers other than bool, or std::byte, and not const");
-    Draw(first, count * sizeof(Element));
+  /// Fills `size` bytes: `buffer` points to characters or `std::byte`. With a `size` of 0 it may be null.
+  template <typename Byte>
+  void Fill(Byte* buffer, std::size_t size) const {
+    static_assert(sizeof(Byte) == 1,
+                  "Fill takes a pointer to bytes and their number. Pass anything else as a range");
+    FillElements(buffer, size);
   }
 
   /// Returns `size` random bytes. When it throws, it has wiped those that were drawn.
@@ -181,6 +180,14 @@ class Generator {
   CheckedRng& Provider() const { return *rng; }
 
  private:
+  template <typename Element>
+  void FillElements(Element* first, std::size_t count) const {
+    static_assert(
+        detail::kCanBeFilled<Element>,
+        "Fill needs elements that are integers other than bool, or std::byte, and not const");
+    Draw(first, count * sizeof(Element));
+  }
+
   template <typename Operation>
   auto Call(const Operation& operation) const -> decltype(operation()) {
     return detail::Ask(

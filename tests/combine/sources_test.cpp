@@ -43,7 +43,7 @@ TEST(ParseSources, ReadsKindsAndDevices) {
   EXPECT_EQ("[unixdev|]", Labels("unixdev"));
   EXPECT_EQ("[unixdev|][biokbd|][Rutoken|3a2f01]", Labels("unixdev,biokbd,Rutoken:3a2f01"));
   EXPECT_EQ("[Rutoken|a:b:]", Labels("Rutoken:a:b:"));
-  EXPECT_EQ("[ a| b ]", Labels(" a: b "));
+  EXPECT_EQ("[a | b]", Labels("a : b"));
   EXPECT_EQ("[12345678901234567|12345678901234567]", Labels("12345678901234567:12345678901234567"));
 }
 
@@ -60,6 +60,8 @@ TEST(ParseSources, ExplainsWhatIsWrong) {
       {"a,,b",
        "The list of sources \"a,,b\" contains an empty item. Separate the generators with one "
        "comma."},
+      {"a, b", "The source \" b\" begins or ends with a blank. Write the list without blanks."},
+      {"a ,b", "The source \"a \" begins or ends with a blank. Write the list without blanks."},
       {"a,:b", "The source \":b\" has no generator before the colon."},
       {"a:",
        "The source \"a:\" has no device after the colon. Leave out the colon to use any device."},

@@ -60,7 +60,7 @@ TEST(Generator, FillsEveryKindOfRangeWhole) {
   generator.Fill(characters);
   generator.Fill(text);
   generator.Fill(std::span(words, 8));
-  generator.Fill(words + 8, 4);
+  generator.Fill(reinterpret_cast<unsigned char*>(words + 8), 32);
   EXPECT_THAT(provider.sizes, ElementsAre(64, 64, 64, 64, 64, 32));
   EXPECT_FALSE(HasZeros(bytes) || HasZeros(numbers) || HasZeros(characters) || HasZeros(text));
   EXPECT_EQ(4, std::count(std::begin(words), std::end(words), 0U));

@@ -22,6 +22,8 @@ void Refuse(const rng::Generator& generator) {
   generator.Fill(pointers);                       // line 14
   unsigned char rows[2][2];
   generator.Fill(rows);                           // line 16
+  int number = 0;
+  generator.Fill(&number, sizeof number);         // line 18
 }
 SOURCE
 cat >"$folder/accepted.cpp" <<'SOURCE'
@@ -61,7 +63,7 @@ if compile refused -std=c++17; then
   exit 1
 fi
 # The compiler names each instantiation with its line.
-for line in 6 8 10 12 14 16; do
+for line in 6 8 10 12 14 16 18; do
   grep -Eq "refused.cpp:$line:.*(required from|requested) here" "$folder/log" || { echo "line $line:"; cat "$folder/log"; exit 1; }
 done
 [ "$(grep -c 'Fill needs elements that are integers' "$folder/log")" -ge 6 ] || { cat "$folder/log"; exit 1; }

@@ -45,7 +45,8 @@ bool IsFailure(const SourceOutcome& outcome) {
   std::string sentences;
   std::string advice;
   if (need < outcomes.size()) {
-    sentences = "Fewer than " + std::to_string(need) + " generators can be used.";
+    sentences = need == 1 ? "None of the generators can be used."
+                          : "Fewer than " + std::to_string(need) + " generators can be used.";
   }
   for (const SourceOutcome& outcome : outcomes) {
     if (!IsFailure(outcome)) continue;
