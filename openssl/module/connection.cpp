@@ -55,8 +55,6 @@ struct Connection::State {
   pthread_mutex_t lock;
   HelperProcess program;
   DrawText generator;  // of the last draw
-  bool isAlarmed;
-  DrawText alarm;
 };
 
 Connection::Connection() {
@@ -85,8 +83,8 @@ void Connection::CloseInherited() {
 
 bool Connection::DrawLocked(const ProviderParameters& choice, void* buffer, std::size_t size,
                             const Deadline& deadline, DrawText& reason) {
-  if (state->isAlarmed) {
-    reason = state->alarm;
+  if (isAlarmed) {
+    reason = alarm;
     return false;
   }
   HelperProcess& program = state->program;
@@ -99,8 +97,8 @@ bool Connection::DrawLocked(const ProviderParameters& choice, void* buffer, std:
   DrawText text;
   const DrawAnswer::Result result = program.Ask(choice, buffer, size, deadline, text);
   if (result == DrawAnswer::kRefused) {
-    state->alarm = text;
-    state->isAlarmed = true;
+    alarm = text;
+    isAlarmed = true;
   }
   const bool isDrawn = result == DrawAnswer::kDrawn;
   (isDrawn ? state->generator : reason) = text;
@@ -122,16 +120,13 @@ bool Connection::Draw(const ProviderParameters& choice, void* buffer, std::size_
                 "Programs with more privileges than their user (set-user-ID, set-group-ID or "
                 "capabilities) get no random bytes from this provider.");
   }
-  if (!state)
-    return Fail(
-        reason,
-        "No memory could be allocated that the kernel zeroes in child processes. This needs "
-        "Linux 4.14 or later.");
-  const LockUntil lock(state->lock, deadline);
-  if (!lock.IsHeld())
+  if (!state) {
     return Fail(reason,
-                "Draws in other threads have not finished within a minute. Run \"rngctl doctor\".");
-  if (DrawLocked(choice, buffer, size, deadline, reason)) return true;
-  ::explicit_bzero(buffer, size);
-  return false;
+                "No memory could be allocated that the kernel zeroes in child processes. This "
+                "needs Linux 4.14 or later.");
+  }
+  const LockUntil lock(state->lock, deadline);
+  if (lock.IsHeld()) return DrawLocked(choice, buffer, size, deadline, reason);
+  return Fail(reason,
+              "Draws in other threads have not finished within a minute. Run \"rngctl doctor\".");
 }

@@ -23,9 +23,9 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   ~Connection();
 
-  /// Fills `size` bytes, at most `kLargestDraw`, from the generator that `choice` names. Returns false if that fails;
-  /// the buffer then holds zeros, and `reason` says why. Takes about a minute at most. `choice` must be the same in
-  /// each call.
+  /// Fills `size` bytes, at most `kLargestDraw`, from the generator that `choice` names. Returns false if that fails,
+  /// and `reason` then says why: the caller must not use what is in the buffer. Takes about a minute at most. `choice`
+  /// must be the same in each call.
   bool Draw(const ProviderParameters& choice, void* buffer, std::size_t size, DrawText& reason);
 
   /// The generator of the last draw of this process, such as "Rutoken 3A7F". Empty if no draw has succeeded.
@@ -39,6 +39,8 @@ class Connection {
   void CloseInherited();
 
   State* state = nullptr;  // the kernel zeroes it in a child process after a fork
+  bool isAlarmed = false;  // in child processes, too, after a fork
+  DrawText alarm = {};
   Socket opened = {};  // the last that was opened, by this process or by its parent before the fork
 };
 

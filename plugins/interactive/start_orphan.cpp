@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -91,9 +92,23 @@ bool StartWithoutParent(const char* path, int socket, char* const* environment) 
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+// After unshare(CLONE_NEWPID), the process in between would be the first one of the new namespace. When it exits, the
+// host could create no more processes. The kernel reports no namespace for children as long as it has no process.
+bool AreChildrenInThisNamespace() {
+  struct stat own = {};
+  struct stat ofChildren = {};
+  if (::stat("/proc/self/ns/pid", &own) != 0) return true;  // not known
+  return ::stat("/proc/self/ns/pid_for_children", &ofChildren) == 0 &&
+         own.st_ino == ofChildren.st_ino;
+}
+
 }  // namespace
 
 int StartOrphan(const char* path, char* const* environment) {
+  if (!AreChildrenInThisNamespace()) {
+    errno = EPERM;
+    return -1;
+  }
   int sockets[2];
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0) return -1;
   const bool isStarted = StartWithoutParent(path, sockets[1], environment);

@@ -12,6 +12,8 @@ constexpr int kOrphanSocket = 3;
 /// default signal dispositions, an empty signal mask, /dev/null as standard streams, no other descriptors, and
 /// the variables in `environment`, which ends with a null pointer.
 ///
+/// Fails if children of this process would be in another PID namespace.
+///
 /// Threads: any.
 int StartOrphan(const char* path, char* const* environment);
 

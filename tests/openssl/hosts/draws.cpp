@@ -17,6 +17,7 @@
 #include <openssl/provider.h>
 #include <openssl/rand.h>
 #include <pthread.h>
+#include <sched.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/time.h>
@@ -198,6 +199,16 @@ void Run(const std::vector<std::string>& words) {
     DrawThen([] {
       if (!InChild([] { DrawThen([] {}); })) Print('!');
     });
+  } else if (what == "shell_and_fork") {
+    DrawThen([&] {
+      if (std::system(words[1].c_str()) != 0) Print('!');
+      if (!InChild([] { Print(Draw()); })) Print('!');
+    });
+  } else if (what == "unshare") {
+    if (::unshare(CLONE_NEWPID) != 0) Print('!');
+    Print(Draw());
+    if (!InChild([] {})) Print('!');  // it can still fork
+    Print(Draw());
   } else if (what == "fork_first") {
     if (!InChild([] { DrawThen([] {}); })) Print('!');
     Print(Draw());

@@ -21,6 +21,12 @@ TEST_F(HelperProcess, ThreadsShareOne) {
 }
 
 // The smallest stack that the C library allows. It is enough for OpenSSL's own generator.
+// The first process of the namespace would exit at once, and the host could create no more.
+TEST_F(HelperProcess, IsNotStartedInANewPidNamespace) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can create a namespace";
+  EXPECT_EQ("--", RunHost("unshare").output);
+}
+
 TEST_F(HelperProcess, IsStartedByAThreadWithASmallStack) {
   EXPECT_EQ("o", RunHost("small_stack").output);
 }

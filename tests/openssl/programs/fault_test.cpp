@@ -87,6 +87,11 @@ TEST_F(Faults, AnAlarmLastsUntilTheHostExits) {
   EXPECT_TRUE(HasWatermark(Draw().output));
 }
 
+TEST_F(Faults, AnAlarmReachesChildProcesses) {
+  Command("zeros");
+  EXPECT_EQ("---", RunHost("shell_and_fork 'echo draw > " + TreePath("script") + "'").output);
+}
+
 // The helper may be gone by then, and a new one does not know about the alarm.
 TEST_F(Faults, AnAlarmOutlivesTheHelper) {
   Command("zeros");

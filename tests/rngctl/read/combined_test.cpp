@@ -96,15 +96,17 @@ TEST_F(RngctlTest, FewerGeneratorsAreEnoughOnlyIfTheUserSaysSo) {
   EXPECT_EQ(0, result.status);
   EXPECT_EQ(17U, result.output.size());
   EXPECT_EQ(
-      "rngctl: The generator \"dsdr\" failed, or the draw was cancelled. The result contains "
-      "nothing "
-      "of it.\nrngctl: The generator \"sobol\" is not usable now. The result contains nothing of "
-      "it.\n",
+      "rngctl: The generator \"dsdr\" failed, or the draw was cancelled. It is not part of the "
+      "result.\nrngctl: The generator \"sobol\" is not usable now. It is not part of the result.\n",
       result.errors);
   ExpectNothing(
       Run("read --from dsdr,unixdev,sobol -n 8 --need 2"),
       "rngctl: Fewer than 2 generators can be used. The generator \"dsdr\" failed, or the "
       "draw was cancelled. The generator \"sobol\" is not usable now.\nRun \"rngctl list");
+  ExpectNothing(
+      Run("read --from dsdr,sobol -n 8 --need 1"),
+      "rngctl: None of the generators can be used. The generator \"dsdr\" failed, or the draw was "
+      "cancelled. The generator \"sobol\" is not usable now.\n");
   ExpectNothing(
       Run("read --from unixdev,sobol,accord -n 8 --need 2"),
       "rngctl: Fewer than 2 generators can be used. The generator \"sobol\" is not usable "
