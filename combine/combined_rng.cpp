@@ -10,7 +10,6 @@ namespace {
 
 using rng::CombinedSource;
 using rng::SourceOutcome;
-using rng::SourceResult;
 
 constexpr std::uint32_t kMayWait = kRngCapabilityNeedsUser | kRngCapabilityMayBlock;
 

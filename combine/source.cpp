@@ -79,7 +79,7 @@ bool Source::ReportsItsName() const {
   const std::int32_t size = source.provider->GetName(nullptr);
   if (size <= 0 || size > kLongestName) return false;
   std::string name(static_cast<std::size_t>(size), '\0');
-  if (source.provider->GetName(&name[0]) != size) return false;
+  if (source.provider->GetName(name.data()) != size) return false;
   return name.substr(0, name.find('\0')) == source.kind;
 }
 

@@ -13,7 +13,6 @@
 #include <cstring>
 #include <memory>
 #include <sys/mman.h>
-#include <utility>
 
 #include <rngaggregator/generator.h>
 
@@ -41,8 +40,8 @@ class Engine {
   using result_type = std::uint64_t;  ///< the name that the C++ library requires
 
   /// Draws nothing yet. Throws `kNeedsUser` when the generator asks the user and `interaction` does not allow that.
-  explicit Engine(Generator generator, Interaction interaction = Interaction::kRefused)
-      : source(std::move(generator)), asksUser(source.NeedsUser()) {
+  explicit Engine(const Generator& generator, Interaction interaction = Interaction::kRefused)
+      : source(generator), asksUser(source.NeedsUser()) {
     if (!asksUser || interaction == Interaction::kAllowed) return;
     throw Error(ErrorCode::kNeedsUser, "The generator " + detail::Quoted(source.Name()) +
                                            " would ask the user for an engine's numbers. Choose "
