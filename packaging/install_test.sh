@@ -187,6 +187,20 @@ gcc -fexceptions "$examples/c-host/c_host.c" -o "$root/tmp/c_host" $(pkg-config 
 passes /tmp/c_host
 says '^[0-9a-f]{64}$'
 
+cat >"$room/combined.cpp" <<'SOURCE'
+#include <rngaggregator/combined_rng.h>
+int main() {
+  Initialize(GetDefaultSettings());
+  unsigned char key[32];
+  const bool isDrawn = rng::CombinedRng(rng::FindSources("unixdev")).Generate(key, sizeof key);
+  ShutDown();
+  return isDrawn ? 0 : 1;
+}
+SOURCE
+# shellcheck disable=SC2046 # words
+g++ "$room/combined.cpp" -o "$root/tmp/combined" $(pkg-config --cflags --libs rngcombine)
+passes /tmp/combined
+
 # So does a token plug-in, whose sources are in the development package. The last part of this test uses it.
 env -u PKG_CONFIG_SYSROOT_DIR -u PKG_CONFIG_PATH cmake -S "$examples/token-plugin" -B "$room/token" \
   -DCMAKE_PREFIX_PATH="$root/usr" >"$room/log" 2>&1 || fail "the token plug-in: $(cat "$room/log")"
