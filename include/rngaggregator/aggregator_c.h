@@ -174,7 +174,7 @@ extern const char* rngBioQt;        ///< "bioqt", interactive, needs an X displa
 extern const char* rngBioWin;       ///< "bio", interactive; the library loads no plug-in for it
 
 /// Starts the library, or counts one more start. `settings` may be null; if it is not, the object
-/// must live while the library is started.
+/// must live while the library is started, and as long after that as `SetDefaultRng` may be called.
 void Initialize(IRngSettings* settings);
 
 /// Undoes one start. Undoing the last one releases every provider: all pointers to them become invalid.
