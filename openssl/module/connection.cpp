@@ -2,7 +2,6 @@
 
 #include "openssl/module/helper_process.h"
 
-#include <cstdio>
 #include <cstring>
 #include <pthread.h>
 #include <sys/auxv.h>
@@ -12,11 +11,6 @@
 namespace {
 
 constexpr time_t kLongestDraw = 60;  // seconds
-
-bool Fail(DrawText& reason, const char* sentence) {
-  std::snprintf(reason.text, sizeof reason.text, "%s", sentence);
-  return false;
-}
 
 // A thread that is cancelled during a draw would leave locks held, ours and OpenSSL's.
 class NoCancellation {

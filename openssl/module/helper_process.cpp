@@ -23,11 +23,6 @@ constexpr const char* kProgram = "/" RNG_HELPERS_FROM_MODULE "/rng-openssl-draw"
 constexpr const char* kHasTerminated =
     "The helper program rng-openssl-draw has terminated. Run \"rngctl doctor\" to find out why.";
 
-bool Fail(DrawText& text, const char* reason) {
-  std::snprintf(text.text, sizeof text.text, "%s", reason);
-  return false;
-}
-
 // A path on the heap. Two paths on the stack would not fit into the small stacks that some programs give their threads.
 class Path {
  public:
@@ -94,6 +89,11 @@ bool Receive(const Socket& socket, iovec (&parts)[2], const Deadline& deadline, 
 }
 
 }  // namespace
+
+bool Fail(DrawText& text, const char* reason) {
+  std::snprintf(text.text, sizeof text.text, "%s", reason);
+  return false;
+}
 
 bool Socket::IsStillThis() const {
   struct stat now = {};

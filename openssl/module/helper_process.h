@@ -6,6 +6,9 @@
 
 #include <sys/types.h>
 
+/// Stores the reason of a failure. Returns false, so that a function can return with it.
+bool Fail(DrawText& text, const char* reason);
+
 /// This process's socket, with its identity in the kernel: the host may close the descriptor at any time, and open
 /// another file that gets the same number. All zeros: no socket.
 struct Socket {
