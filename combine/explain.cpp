@@ -1,22 +1,5 @@
+#include <rngaggregator/checked_rng.h>
 #include <rngaggregator/combined_rng.h>
-
-namespace {
-
-std::string Describe(RngHealthAlarm alarm) {
-  switch (alarm) {
-    case RngHealthAlarm::kRepetition:
-      return "nine equal bytes in a row";
-    case RngHealthAlarm::kProportion:
-      return "one value far too often";
-    case RngHealthAlarm::kBlock:
-      return "16 bytes equal to the 16 before them";
-    case RngHealthAlarm::kNone:
-      break;
-  }
-  return "";
-}
-
-}  // namespace
 
 std::string rng::Explain(const SourceOutcome& outcome) {
   const std::string name = "The generator \"" + outcome.kind + '"';
@@ -30,7 +13,8 @@ std::string rng::Explain(const SourceOutcome& outcome) {
     case SourceResult::kFailed:
       return name + " failed, or the draw was cancelled.";
     case SourceResult::kAlarm:
-      return name + " returned bytes that are not random (" + Describe(outcome.alarm) + ").";
+      return name + " returned bytes that are not random (" +
+             RngDrawCheck::Describe(outcome.alarm) + ").";
     case SourceResult::kThrew:
       return name + " threw an exception" +
              (outcome.message.empty() ? "." : " (" + outcome.message + ").");

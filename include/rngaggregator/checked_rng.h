@@ -34,6 +34,21 @@ class RngDrawCheck {
   /// What raised the alarm, if there was one.
   RngHealthAlarm Alarm() const { return alarm; }
 
+  /// What an alarm of these tests means, for messages to the user; "" for `kNone`. The text is a constant.
+  static const char* Describe(RngHealthAlarm alarm) {
+    switch (alarm) {
+      case RngHealthAlarm::kRepetition:
+        return "nine equal bytes in a row";
+      case RngHealthAlarm::kProportion:
+        return "one value far too often in 512 bytes";
+      case RngHealthAlarm::kBlock:
+        return "16 bytes equal to the 16 before them";
+      case RngHealthAlarm::kNone:
+        break;
+    }
+    return "";
+  }
+
   /// Forgets the alarm and the stream so far.
   void Reset() {
     isOutdated = true;

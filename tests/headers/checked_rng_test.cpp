@@ -325,3 +325,12 @@ TEST(RngDrawCheck, ResetErasesTheLastBytes) {
   check.Reset();
   EXPECT_FALSE(isKept());
 }
+
+TEST(RngDrawCheck, DescribesItsAlarms) {
+  EXPECT_STREQ("", RngDrawCheck::Describe(RngHealthAlarm::kNone));
+  EXPECT_STREQ("nine equal bytes in a row", RngDrawCheck::Describe(RngHealthAlarm::kRepetition));
+  EXPECT_STREQ("one value far too often in 512 bytes",
+               RngDrawCheck::Describe(RngHealthAlarm::kProportion));
+  EXPECT_STREQ("16 bytes equal to the 16 before them",
+               RngDrawCheck::Describe(RngHealthAlarm::kBlock));
+}

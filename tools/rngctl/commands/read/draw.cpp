@@ -12,20 +12,6 @@
 
 namespace {
 
-std::string Describe(RngHealthAlarm alarm) {
-  switch (alarm) {
-    case RngHealthAlarm::kRepetition:
-      return "nine equal bytes in a row";
-    case RngHealthAlarm::kProportion:
-      return "one value far too often in 512 bytes";
-    case RngHealthAlarm::kBlock:
-      return "16 bytes equal to the 16 before them";
-    case RngHealthAlarm::kNone:
-      break;
-  }
-  return "";
-}
-
 // A generator with the text for its failures.
 struct Source {
   IRngProvider& rng;
@@ -45,7 +31,7 @@ struct Source {
   }
   throw Refusal(kNegativeAnswer,
                 "The generator " + source.name + " returned bytes that are not random (" +
-                    Describe(alarm) + ")" + place,
+                    RngDrawCheck::Describe(alarm) + ")" + place,
                 "Do not use its bytes, including those that it returned before. \"rngctl test\" "
                 "examines it.");
 }
