@@ -20,13 +20,13 @@ TEST_F(HelperProcess, ThreadsShareOne) {
   EXPECT_TRUE(AllHelpersExit());
 }
 
-// The smallest stack that the C library allows. It is enough for OpenSSL's own generator.
 // The first process of the namespace would exit at once, and the host could create no more.
 TEST_F(HelperProcess, IsNotStartedInANewPidNamespace) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can create a namespace";
   EXPECT_EQ("--", RunHost("unshare").output);
 }
 
+// The smallest stack that the C library allows. It is enough for OpenSSL's own generator.
 TEST_F(HelperProcess, IsStartedByAThreadWithASmallStack) {
   EXPECT_EQ("o", RunHost("small_stack").output);
 }
