@@ -4,6 +4,7 @@
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 
+#include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
 
@@ -119,6 +120,15 @@ TEST_F(RngctlTest, AFileIsOnTheDiskBeforeItHasItsName) {
                                  " read sobol -n 2 -o " + TreePath("key"));
   EXPECT_EQ(0, result.status);
   EXPECT_EQ("file rename directory ", result.errors);
+}
+
+TEST_F(RngctlTest, ASignalAfterAFileGotItsNameLeavesItWhole) {
+  const std::string file = TreePath("key");
+  const Result result =
+      RunShell("ulimit -c 0; LD_PRELOAD=" FAKE_LIBS_DIR "/interrupts_rename.so exec " + Rngctl() +
+               " read unixdev -n 32 -o " + file);
+  EXPECT_EQ(SIGUSR1, result.signal);
+  EXPECT_EQ(65U, ReadFile(file).size());
 }
 
 TEST_F(RngctlTest, WritesAFileWhoseNameIsTheLongest) {

@@ -147,11 +147,17 @@ void NewFile::Commit() {
   // The umask may have cleared these bits.
   if (::fchmod(file.Get(), S_IRUSR | S_IWUSR) != 0) Fail();
   if (::fsync(file.Get()) != 0 && errno != EINVAL) Fail();
+  Rename();
+  SyncDirectory();
+}
+
+// A signal between the two would empty the file that has its name now.
+void NewFile::Rename() {
+  const SignalBlock block;
   const int directory = place.directory.Get();
   if (::renameat(directory, temporary.c_str(), directory, place.name.c_str()) != 0) Fail();
   temporary.clear();
   Forget();
-  SyncDirectory();
 }
 
 void NewFile::SyncDirectory() const {

@@ -40,6 +40,7 @@ class NewFile {
   bool TryToCreate();
   void SyncDirectory() const;
 
+  void Rename();
   void Forget() const;
 
   Place place;
