@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <map>
 #include <mutex>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -21,6 +22,9 @@ int g_statError = 0;
 namespace {
 
 std::mutex g_lock;
+// A forked copy must not find the lock held by a thread that it does not have.
+[[maybe_unused]] const int g_forkHandlers =
+    ::pthread_atfork([] { g_lock.lock(); }, [] { g_lock.unlock(); }, [] { g_lock.unlock(); });
 std::map<std::string, FakeFile> g_files;
 std::array<std::atomic<FakeFile*>, 4096> g_open;  // by descriptor
 std::atomic<std::int64_t> g_time = 0;             // 0: the real one
