@@ -192,9 +192,11 @@ class Session {
     Library();
     if (detail::Ask(ErrorCode::kNoDefault, read, problem, advice))
       return Find(choice.type, choice.hardwareId);
-    throw Error(ErrorCode::kNoDefault,
-                "No default generator is configured for this user. Run \"rngctl default set KIND\" "
-                "to choose one, or \"rngctl default\" to see what is configured.");
+    throw Error(
+        ErrorCode::kNoDefault,
+        "No default generator is configured for this user, or the settings cannot be read. "
+        "Run \"rngctl default set KIND\" to choose one, or \"rngctl default\" to see what is "
+        "configured.");
   }
 
   /// Returns the generator of that name, which must not be empty. Selects `device`, unless that is empty.

@@ -71,8 +71,7 @@ Connection::~Connection() {
 
 // Closes the parent's socket at the first draw after a fork. The parent continues to use its own descriptor.
 void Connection::CloseInherited() {
-  if (!state->program.socket.isOpen && opened.IsStillThis()) ::close(opened.descriptor);
-  opened.isOpen = false;
+  if (!state->program.socket.WasOpened() && opened.IsStillThis()) ::close(opened.descriptor);
 }
 
 bool Connection::DrawLocked(const ProviderParameters& choice, void* buffer, std::size_t size,

@@ -75,7 +75,7 @@ bool Receive(const Socket& socket, iovec (&parts)[2], const Deadline& deadline, 
           text,
           "The generator has not answered for a minute. Run \"rngctl doctor\" to find out why.");
     }
-    if (!socket.isOpen) return Fail(text, "The process was forked during this draw.");
+    if (!socket.WasOpened()) return Fail(text, "The process was forked during this draw.");
     msghdr message = {};
     message.msg_iov = parts;
     message.msg_iovlen = std::size(parts);
@@ -97,7 +97,7 @@ bool Fail(DrawText& text, const char* reason) {
 
 bool Socket::IsStillThis() const {
   struct stat now = {};
-  return isOpen && ::fstat(descriptor, &now) == 0 && now.st_dev == device && now.st_ino == inode;
+  return ::fstat(descriptor, &now) == 0 && now.st_dev == device && now.st_ino == inode;
 }
 
 // Nothing arrives between two draws. If something does, the helper has terminated or cannot be trusted.
@@ -127,16 +127,13 @@ bool HelperProcess::Start(DrawText& text) {
   }
   socket.device = now.st_dev;
   socket.inode = now.st_ino;
-  socket.isOpen = true;
   return true;
 }
 
-void HelperProcess::Stop() {
-  if (socket.IsStillThis()) {
-    ::shutdown(socket.descriptor, SHUT_RDWR);  // also ends it in child processes that inherited it
-    ::close(socket.descriptor);
-  }
-  socket.isOpen = false;
+void HelperProcess::Stop() const {
+  if (!socket.IsStillThis()) return;
+  ::shutdown(socket.descriptor, SHUT_RDWR);  // also ends it in child processes that inherited it
+  ::close(socket.descriptor);
 }
 
 DrawAnswer::Result HelperProcess::Exchange(const ProviderParameters& choice, void* buffer,

@@ -10,13 +10,13 @@
 bool Fail(DrawText& text, const char* reason);
 
 /// This process's socket, with its identity in the kernel: the host may close the descriptor at any time, and open
-/// another file that gets the same number. All zeros: no socket.
+/// another file that gets the same number. All zeros: none has been opened.
 struct Socket {
-  bool isOpen;
   int descriptor;
   dev_t device;
   ino_t inode;
 
+  bool WasOpened() const { return inode != 0; }
   bool IsStillThis() const;
 };
 
@@ -34,7 +34,7 @@ struct HelperProcess {
   /// Returns false, with the reason in `text`, if it cannot be started. May return true even if it terminates at once.
   bool Start(DrawText& text);
 
-  void Stop();
+  void Stop() const;
 
   /// Sends a request and receives the answer. `kDrawn` comes with `size` bytes in `buffer`, and the generator in
   /// `text`. Otherwise `text` says why not, and the helper is stopped. After `kRefused` the owner must not ask again: a

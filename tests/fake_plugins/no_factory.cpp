@@ -1,18 +1,20 @@
 // A plug-in that has its factory, but does not export it under the plain name.
 
-#include "tests/support/fakes.h"
+#include "tests/support/fake_answers.h"
+
+#include <rngaggregator/provider.h>
 
 namespace {
 
 struct Presence {
-  Presence() { RecordCall(KIND, "opened"); }
-  ~Presence() { RecordCall(KIND, "closed"); }
+  Presence() { RecordCallFromC(KIND, "opened"); }
+  ~Presence() { RecordCallFromC(KIND, "closed"); }
 } g_presence;
 
 }  // namespace
 
 // The parameter makes this an overload, so it does not inherit C linkage from provider.h.
 __attribute__((visibility("default"))) IRngProvider* FACTORY(int) {
-  RecordCall(KIND, "factory");
+  RecordCallFromC(KIND, "factory");
   return nullptr;
 }

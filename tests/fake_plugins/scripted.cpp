@@ -1,23 +1,23 @@
 // A plug-in that does what the test case says (`Fake`) and logs every call.
 
-#include "tests/support/fakes.h"
+#include "tests/support/fake_answers.h"
 
 #include <cstring>
 
+#include <rngaggregator/provider.h>
+
 namespace {
 
-void Log(const char* what) { RecordCall(KIND, what); }
+void Log(const char* what) { RecordCallFromC(KIND, what); }
 
 class ScriptedRng final : public IRngProvider {
  public:
   std::int32_t GetName(char* buffer) override {
     Log("GetName");
-    const FakeRng& fake = Fake(KIND);
-    const auto need = static_cast<std::int32_t>(fake.name.size() + 1);
-    const std::int32_t size = fake.nameSize.value_or(need);
-    if (!buffer) return size;
-    std::memcpy(buffer, fake.name.c_str(), fake.name.size() + fake.isTerminated);
-    return fake.nameAgain.value_or(size);
+    const FakeName name = NameOfFake(KIND);
+    if (!buffer) return name.size;
+    std::memcpy(buffer, name.text, name.written);
+    return name.sizeAgain;
   }
   std::int32_t GetDescription(char*) override { return 0; }
   std::int32_t GetHardwareId(char*) override { return 0; }
@@ -28,16 +28,16 @@ class ScriptedRng final : public IRngProvider {
   }
   bool IsAvailable() override {
     Log("IsAvailable");
-    return Fake(KIND).isAvailable;
+    return IsFakeAvailable(KIND);
   }
   bool SelfTest() override { return true; }
   void Cancel() override { Log("Cancel"); }
   std::uint32_t GetFlags() override {
     Log("GetFlags");
-    return Fake(KIND).flags;
+    return FlagsOfFake(KIND);
   }
   void SetSettings(IRngSettings* settings) override {
-    Fake(KIND).settings = settings;
+    KeepSettings(KIND, settings);
     Log("SetSettings");
   }
   void Release() override { Log("Release"); }
@@ -55,7 +55,5 @@ Presence g_presence;
 
 extern "C" __attribute__((visibility("default"))) IRngProvider* FACTORY() {
   Log("factory");
-  FakeRng& fake = Fake(KIND);
-  fake.provider = fake.factoryGivesNull ? nullptr : &g_provider;
-  return fake.provider;
+  return GiveProvider(KIND, &g_provider);
 }

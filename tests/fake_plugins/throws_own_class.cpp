@@ -1,5 +1,5 @@
 // Throws an exception whose class lives in the plug-in: at the start, or in a draw where
-// RNG_THROW_IN_DRAW is set. Its text may be null.
+// RNG_THROW_IN_DRAW is set. Its text would control a terminal where RNG_THROW_CONTROLS is set; it may be null.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -10,7 +10,8 @@ namespace {
 class Fault : public std::exception {
  public:
   const char* what() const noexcept override {
-    return std::getenv("RNG_THROW_NULL") ? nullptr : "a fault of its own";
+    if (std::getenv("RNG_THROW_NULL")) return nullptr;
+    return std::getenv("RNG_THROW_CONTROLS") ? "\033[2Ja\nfault\xFF" : "a fault of its own";
   }
 };
 

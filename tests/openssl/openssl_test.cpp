@@ -58,6 +58,11 @@ std::string OpensslTest::HelperProgram() {
   return TreePath("libexec/rngaggregator/rng-openssl-draw");
 }
 
+std::string OpensslTest::KillHelpers() {
+  const std::string helpers = " -f ^" + HelperProgram();
+  return "pkill -KILL" + helpers + "; while pgrep" + helpers + " >/dev/null; do sleep 0.02; done";
+}
+
 std::size_t OpensslTest::CountDraws() {
   const std::string lines = ReadFile(TreePath("script.draws"));
   return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), '\n'));

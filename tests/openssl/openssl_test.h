@@ -29,6 +29,9 @@ class OpensslTest : public testing::Test {
   static std::string Module();
   static std::string HelperProgram();
 
+  /// A shell command that kills the helper processes and waits until they are gone.
+  static std::string KillHelpers();
+
   /// How many draws "grandmaster" has made.
   static std::size_t CountDraws();
 

@@ -1,6 +1,6 @@
 #!/bin/bash
 # help_test.sh RNGCTL COMPLETIONS PAGE: for each command, both shells complete and the manual page
-# describes exactly what --help lists.
+# describes exactly what --help lists. The page has the numbers of --help, too.
 set -eu
 rngctl=$1
 completions=$2
@@ -53,11 +53,52 @@ told_in() { # SECTION COMMAND...
     }' "$page" | sort
 }
 
+# The part of the page about a command, as one line. With an option: only what it says of that option.
+page_about() { # OPTION COMMAND...
+  awk -v wanted="${*:2}" -v option="$1" '
+    /^\.Sh / { part = $2 }
+    part != "DESCRIPTION" { next }
+    /^\.It Cm / {
+      command = $3
+      if ($4 == "set") command = "default set"
+      in_option = 0
+    }
+    /^\.(It|El)/ { in_option = 0 }
+    /^\.It Fl / { for (i = 3; i <= NF; ++i) if ("-" $i == option) in_option = 1 }
+    command == wanted && (option == "" || in_option) { sub(/^\.[A-Z][a-z] /, ""); printf "%s ", $0 }' "$page"
+}
+
+# Each number of the text, with its unit: the word that follows it, unless the number is a default.
+numbers() {
+  sed -E 's/=([0-9]+)/ \1;/' | tr '\n' ' ' | tr -s ' ' | grep -oE '\b[0-9][0-9,]*\b( [A-Za-z][A-Za-z0-9]*)?' || :
+}
+
+# The numbers that --help gives for an option, or elsewhere if there is none.
+helped() { # OPTION COMMAND...
+  "$rngctl" "${@:2}" --help | awk -v wanted="$1" '
+    /^Exit status/ { exit }
+    /^[A-Z].*:$/ { part = $1 }
+    /^[^ ]/ && !/:$/ { part = "" }
+    part == "Options:" && /^  [^ ]/ { option = $1; $1 = "" }
+    part != "Options:" { option = "" }
+    option == wanted' | numbers
+}
+
 kinds=$(zsh -fc '_values() { print -l -- "${@:2}" }; _arguments() { : }; words=(rngctl x ""); CURRENT=3
   . "$0/_rngctl"; _rngctl_kinds' "$completions")
 [ "$(echo "$kinds" | wc -l)" = 12 ]
 
 status=0
+count=0
+compare_numbers() { # OPTION COMMAND...
+  while read -r number; do
+    count=$((count + 1))
+    page_about "$@" | grep -qE "(^|[^0-9,])$number\b" && continue
+    status=1
+    echo "page: rngctl ${*:2}: $1: there is no \"$number\", as in the help"
+  done < <(helped "$@")
+}
+
 compare() { # WHAT WANTED GOT
   [ "$2" = "$3" ] && return
   status=1
@@ -78,12 +119,21 @@ while read -r command; do
   # shellcheck disable=SC2086
   compare "zsh: rngctl $command" "$wanted" "$(offered_by_zsh $command)"
   [ -n "$command" ] || continue
+  for option in "" $(echo "$wanted" | grep -e '^-'); do
+    # shellcheck disable=SC2086
+    compare_numbers "$option" $command
+  done
   for section in SYNOPSIS DESCRIPTION; do
     # shellcheck disable=SC2086
     compare "page, $section: rngctl $command" "$(echo "$wanted" | grep -e '^-' | grep -vxe --help -e -h)" \
       "$(told_in $section $command)"
   done
 done <<<"$(printf '\n%s\ndefault set' "$commands")"
+[ $count -ge 15 ]
+compare "page: exit status" \
+  "$(for command in doctor check test; do "$rngctl" $command --help; done |
+    sed -n '/^Exit status/,$p' | grep -oE '(^|[:;] | )[0-9] ' | tr -dc '0-9\n' | sort -u)" \
+  "$(sed -n '/^\.Sh EXIT STATUS/,/^\.El/s/^\.It //p' "$page")"
 # Both shells know the same checks.
 checks_in_zsh=$(zsh -fc '_values() { print -l -- "${@:4}" }; _arguments() { : }; words=(rngctl x ""); CURRENT=3
   . "$0/_rngctl"; _rngctl_checks' "$completions")

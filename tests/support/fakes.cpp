@@ -1,5 +1,6 @@
 #include "tests/support/fakes.h"
 
+#include "tests/support/fake_answers.h"
 #include "tests/support/tree.h"
 
 #include <cstdlib>
@@ -26,12 +27,40 @@ FakeRng& Fake(const std::string& kind) {
   return position->second;
 }
 
+FakeName NameOfFake(const char* kind) {
+  const FakeRng& fake = Fake(kind);
+  const std::size_t need = fake.name.size() + 1;
+  const std::int32_t size = fake.nameSize.value_or(static_cast<std::int32_t>(need));
+  return {.text = fake.name.c_str(),
+          .written = fake.name.size() + fake.isTerminated,
+          .size = size,
+          .sizeAgain = fake.nameAgain.value_or(size)};
+}
+
+bool IsFakeAvailable(const char* kind) { return Fake(kind).isAvailable; }
+
+std::uint32_t FlagsOfFake(const char* kind) { return Fake(kind).flags; }
+
+void KeepSettings(const char* kind, IRngSettings* settings) { Fake(kind).settings = settings; }
+
+IRngProvider* GiveProvider(const char* kind, IRngProvider* provider) {
+  FakeRng& fake = Fake(kind);
+  return fake.provider = fake.factoryGivesNull ? nullptr : provider;
+}
+
 FakeKnownPath& KnownPath() {
   // From the environment, so that the programs that a case runs use the same tree.
   static const std::string tree = std::getenv(kTreeVariable);
   static FakeKnownPath service{.directories = {{0, tree + "/share"}, {2, tree + "/etc"}}};
   return service;
 }
+
+const char* DirectoryOfKnownPath(int id) {
+  const auto directory = KnownPath().directories.find(id);
+  return directory == KnownPath().directories.end() ? nullptr : directory->second.c_str();
+}
+
+bool DoesKnownPathFillBuffers() { return KnownPath().fillsBuffer; }
 
 void RecordCall(const std::string& who, const std::string& what) {
   {

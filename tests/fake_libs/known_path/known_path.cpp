@@ -1,14 +1,35 @@
 // A known-path service that answers as the test case says (`KnownPath`) and logs what it was asked.
 
-#include "tests/support/fakes.h"
+#include "tests/support/fake_answers.h"
 
-#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <stdexcept>
 #include <unistd.h>
+#ifdef THROWS
+#include <stdexcept>
+#endif
 
 #if HAS_FUNCTION
+namespace {
+
+constexpr std::size_t kBufferSize = 256;
+
+bool IsClear(const char* buffer) {
+  static const char zeros[kBufferSize] = {};
+  return std::memcmp(buffer, zeros, kBufferSize) == 0;
+}
+
+void LogQuestion(std::int32_t id, bool isClear, std::uint64_t size, std::uint64_t fourth) {
+  char text[80];
+  std::snprintf(text, sizeof text, "%" PRId32 "%s:%" PRIu64 ":%" PRIu64, id,
+                isClear ? "" : ":dirty", size, fourth);
+  RecordCallFromC("known_path", text);
+}
+
+}  // namespace
+
 extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::int32_t id,
                                                                            char* buffer,
                                                                            std::uint64_t* size,
@@ -32,16 +53,13 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
 #ifdef HANGS
   ::pause();
 #endif
-  const bool isClear = std::all_of(buffer, buffer + 256, [](char c) { return c == '\0'; });
-  RecordCall("known_path", std::to_string(id) + (isClear ? "" : ":dirty") + ":" +
-                               std::to_string(*size) + ":" + std::to_string(fourth));
-  const FakeKnownPath& service = KnownPath();
-  const auto directory = service.directories.find(id);
-  if (directory == service.directories.end()) return 1;
-  if (service.fillsBuffer) {
-    std::memset(buffer, 'x', 256);
+  LogQuestion(id, IsClear(buffer), *size, fourth);
+  const char* const directory = DirectoryOfKnownPath(id);
+  if (!directory) return 1;
+  if (DoesKnownPathFillBuffers()) {
+    std::memset(buffer, 'x', kBufferSize);
   } else {
-    std::memcpy(buffer, directory->second.c_str(), directory->second.size() + 1);
+    std::memcpy(buffer, directory, std::strlen(directory) + 1);
   }
   return 0;
 }

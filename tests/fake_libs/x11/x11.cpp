@@ -1,7 +1,7 @@
 // An X library with at most one fault: a function that is missing, no display to open, or an XOpenDisplay
 // that crashes, exits, hangs or is slow.
 
-#include "tests/support/fakes.h"
+#include "tests/support/fake_answers.h"
 
 #include <cstdlib>
 #include <unistd.h>
@@ -9,8 +9,8 @@
 namespace {
 
 struct Presence {
-  Presence() { RecordCall("x11", "opened"); }
-  ~Presence() { RecordCall("x11", "closed"); }
+  Presence() { RecordCallFromC("x11", "opened"); }
+  ~Presence() { RecordCallFromC("x11", "closed"); }
 } g_presence;
 
 char g_display;
@@ -19,7 +19,7 @@ char g_display;
 
 #if HAS_OPEN
 extern "C" __attribute__((visibility("default"))) void* XOpenDisplay(const char* name) {
-  RecordCall("x11", name ? "XOpenDisplay(named)" : "XOpenDisplay");
+  RecordCallFromC("x11", name ? "XOpenDisplay(named)" : "XOpenDisplay");
 #ifdef CRASHES
   std::abort();
 #endif
@@ -38,7 +38,7 @@ extern "C" __attribute__((visibility("default"))) void* XOpenDisplay(const char*
 
 #if HAS_CLOSE
 extern "C" __attribute__((visibility("default"))) int XCloseDisplay(void* display) {
-  RecordCall("x11", display == &g_display ? "XCloseDisplay" : "XCloseDisplay(other)");
+  RecordCallFromC("x11", display == &g_display ? "XCloseDisplay" : "XCloseDisplay(other)");
   return 1;
 }
 #endif

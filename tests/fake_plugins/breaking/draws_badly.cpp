@@ -2,7 +2,6 @@
 
 #include "tests/fake_plugins/correct_rng.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
@@ -41,7 +40,7 @@ using Byte = unsigned char;
   static std::atomic<std::uint32_t> next;
   for (std::size_t i = 0; i < size; i += sizeof(std::uint32_t)) {
     const std::uint32_t word = next++;
-    std::memcpy(bytes + i, &word, std::min(size - i, sizeof word));
+    std::memcpy(bytes + i, &word, size - i < sizeof word ? size - i : sizeof word);
   }
 }
 

@@ -1,4 +1,4 @@
-// Has other capabilities at every call.
+// Has other capabilities in one call, the one with the number CHANGED_CALL.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -6,10 +6,12 @@ namespace {
 
 class FlagsChangeRng final : public CorrectRng {
  public:
-  std::uint32_t GetFlags() override { return ++flags; }
+  std::uint32_t GetFlags() override {
+    return ++calls == CHANGED_CALL ? kRngCapabilityPrerecorded : kRngCapabilityHardware;
+  }
 
  private:
-  std::uint32_t flags = 0;
+  int calls = 0;
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Writes one byte before its name.
+// Writes one byte before its name. A tool may have filled the memory there with the same byte.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -7,7 +7,7 @@ namespace {
 class NameUnderrunsRng final : public CorrectRng {
  public:
   std::int32_t GetName(char* buffer) override {
-    if (buffer) buffer[-1] = 'x';
+    if (buffer) buffer[-1] = '\x3C';
     return Report(KIND, buffer);
   }
 };

@@ -7,6 +7,7 @@
 #include <exception>
 #include <fcntl.h>
 #include <mutex>
+#include <new>
 #include <pthread.h>
 #include <random>
 #include <stdexcept>
@@ -22,6 +23,7 @@ class TakesAllBackRng final : public CorrectRng {
     action.sa_handler = [](int) {};
     ::sigaction(SIGUSR1, &action, &earlierAction);
     earlierTerminate = std::set_terminate([] { std::abort(); });
+    earlierNew = std::set_new_handler([] { std::abort(); });
     ::pthread_key_create(&key, [](void*) {});
     ::pthread_setspecific(key, this);
     file = ::open("/dev/urandom", O_RDONLY | O_CLOEXEC);
@@ -46,6 +48,7 @@ class TakesAllBackRng final : public CorrectRng {
     thread.join();
     ::close(file);
     ::pthread_key_delete(key);
+    std::set_new_handler(earlierNew);
     std::set_terminate(earlierTerminate);
     ::sigaction(SIGUSR1, &earlierAction, nullptr);
     delete this;
@@ -77,6 +80,7 @@ class TakesAllBackRng final : public CorrectRng {
   pthread_key_t key = 0;
   struct sigaction earlierAction = {};
   std::terminate_handler earlierTerminate = nullptr;
+  std::new_handler earlierNew = nullptr;
 };
 
 }  // namespace

@@ -13,7 +13,6 @@
 #include <sys/resource.h>
 #include <sys/time.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -61,12 +60,13 @@ sigjmp_buf g_place;
 [[maybe_unused]] void ExitQuickly() { std::quick_exit(3); }
 
 [[maybe_unused]] void Terminate() { std::terminate(); }
-[[maybe_unused]] void ThrowInAThread() {
-  std::thread([] { throw std::runtime_error("no device"); }).join();
-}
+
+[[maybe_unused]] void* Exit(void*) { std::exit(5); }
 
 [[maybe_unused]] void ExitInAThread() {
-  std::thread([] { std::exit(5); }).join();
+  pthread_t thread;
+  ::pthread_create(&thread, nullptr, &Exit, nullptr);
+  ::pthread_join(thread, nullptr);
 }
 
 [[maybe_unused]] void BecomeAnotherProgram() { ::execl("/bin/true", "true", nullptr); }

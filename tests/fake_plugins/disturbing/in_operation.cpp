@@ -1,10 +1,15 @@
-// Disturbs its process in the operation WHERE, a macro, in the way HOW: the function below.
+// Disturbs its process in the operation WHERE, a macro, in the way HOW: the function below. It is available unless the
+// macro AVAILABLE says otherwise.
 
 #include "tests/fake_plugins/correct_rng.h"
 
 #include <csignal>
 #include <pthread.h>
 #include <unistd.h>
+
+#ifndef AVAILABLE
+#define AVAILABLE true
+#endif
 
 namespace {
 
@@ -33,6 +38,7 @@ Presence g_presence;
 
 class DisturbingRng final : public CorrectRng {
  public:
+  bool IsAvailable() override { return AVAILABLE; }
   std::int32_t GetName(char* buffer) override {
     Reach(Where::kName);
     return CorrectRng::GetName(buffer);

@@ -4,9 +4,9 @@
 
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
+#include <dirent.h>
+#include <fcntl.h>
 #include <pthread.h>
-#include <string>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -85,21 +85,26 @@ namespace {
   for (;;) ::pause();
 }
 
-// Names in the folder of the output, which the case gives it.
-[[maybe_unused]] std::string InFolder(const char* name) {
-  return std::string(std::getenv("RNG_TEST_FOLDER")) + '/' + name;
+// The folder of the output, which the case gives it.
+[[maybe_unused]] int OpenFolder() {
+  return ::open(std::getenv("RNG_TEST_FOLDER"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-[[maybe_unused]] void PlaceLink() { ::symlink("elsewhere", InFolder("key").c_str()); }
+[[maybe_unused]] void PlaceLink() { ::symlinkat("elsewhere", OpenFolder(), "key"); }
 
 [[maybe_unused]] void GiveAway() {
-  std::fclose(std::fopen(InFolder("key").c_str(), "w"));
-  ::chown(InFolder("key").c_str(), 4711, 4711);
+  const int folder = OpenFolder();
+  ::close(::openat(folder, "key", O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+  ::fchownat(folder, "key", 4711, 4711, 0);
 }
 
+// The only file there, whatever its name.
 [[maybe_unused]] void MoveAndExit() {
-  const std::filesystem::directory_iterator files(InFolder(""));
-  std::filesystem::rename(files->path(), InFolder("moved"));
+  const int folder = OpenFolder();
+  DIR* const entries = ::fdopendir(folder);
+  while (const dirent* const entry = ::readdir(entries)) {
+    if (entry->d_type == DT_REG) ::renameat(folder, entry->d_name, folder, "moved");
+  }
   std::exit(0);
 }
 

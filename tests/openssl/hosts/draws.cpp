@@ -12,8 +12,10 @@
 #include <fcntl.h>
 #include <functional>
 #include <map>
+#include <openssl/core.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
+#include <openssl/params.h>
 #include <openssl/provider.h>
 #include <openssl/rand.h>
 #include <pthread.h>
@@ -162,6 +164,16 @@ void DrawOnASmallStack() {
   ::pthread_join(thread, nullptr);
 }
 
+std::string LastGenerator() {
+  char text[600] = "";
+  OSSL_PARAM parameters[] = {OSSL_PARAM_construct_utf8_string("generator", text, sizeof text),
+                             OSSL_PARAM_construct_end()};
+  EVP_RAND* const kind = EVP_RAND_fetch(nullptr, "RNGAGGREGATOR", nullptr);
+  OSSL_PROVIDER_get_params(EVP_RAND_get0_provider(kind), parameters);
+  EVP_RAND_free(kind);
+  return text;
+}
+
 pid_t g_child = -1;
 
 void ForkInHandler() {
@@ -175,6 +187,18 @@ void ForkInHandler() {
   if (g_child == 0) Print(Draw());
 }
 
+// "?" if the handler gets no answer to which generator was the last, either.
+void DrawInHandler() {
+  Draw();
+  std::signal(SIGALRM, [](int) {
+    Print(Draw());
+    if (LastGenerator().empty()) Print('?');
+  });
+  const itimerval once = {{0, 0}, {0, 100'000}};  // microseconds
+  ::setitimer(ITIMER_REAL, &once, nullptr);
+  Print(Draw());
+}
+
 void Run(const std::vector<std::string>& words) {
   const std::string& what = words[0];
   const int number = words.size() > 1 ? std::atoi(words[1].c_str()) : 1;
@@ -186,6 +210,8 @@ void Run(const std::vector<std::string>& words) {
     DrawOnASmallStack();
   } else if (what == "fork_in_handler") {
     ForkInHandler();
+  } else if (what == "draw_in_handler") {
+    DrawInHandler();
   } else if (what == "threads") {
     DrawInThreads(number, std::atoi(words[2].c_str()));
   } else if (what == "forks") {

@@ -23,6 +23,10 @@ class Answers : public OpensslTest {
   static void InstallAnswer(const std::string& answer) {
     std::string program = kProgram;
     program.replace(program.find("ANSWER"), 6, answer);
+    InstallHelper(program);
+  }
+
+  static void InstallHelper(const std::string& program) {
     std::filesystem::remove(HelperProgram());
     WriteFile(HelperProgram(), program);
     std::filesystem::permissions(HelperProgram(), std::filesystem::perms(0755));
@@ -74,6 +78,29 @@ TEST_F(Answers, AreTheLastOfAHelperThatStopsReading) {
   const Result result = RunHost("shell 'sleep 0.5'");
   EXPECT_EQ("X-", result.output);  // the first bytes have no watermark
   EXPECT_EQ(0, result.status);
+}
+
+// A helper that has not sent a draw is not asked again. The second one exits at once, and leaves no file.
+TEST_F(Answers, OtherThanADrawEndTheConnection) {
+  const std::string answers[] = {"number, 0", "number, 2", "number, 7", "number + 1, 1"};
+  for (const std::string& answer : answers) {
+    const std::string trace = TreePath("ended" + std::to_string(&answer - answers));
+    InstallHelper(R"(#!/usr/bin/python3
+import os, socket, struct
+host = socket.socket(fileno=3)
+trace = ')" + trace +
+                  R"('
+if os.path.exists(trace):
+    os._exit(1)
+while request := host.recv(1544):
+    number, size = struct.unpack_from('II', request)
+    host.send(struct.pack('II512s', )" +
+                  answer + ", b'x') + bytes(32))\nopen(trace, 'w')\n");
+    EXPECT_EQ("--", RunHost("shell 'for i in $(seq 600); do test -e " + trace +
+                            " && exit; sleep 0.05; done; exit 1'")
+                        .output)
+        << answer;
+  }
 }
 
 TEST_F(Answers, AreOfAnUnknownKind) {

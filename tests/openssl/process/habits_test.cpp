@@ -29,7 +29,7 @@ TEST_F(Habits, AStandardStreamThatIsClosedStaysClosed) {
 TEST_F(Habits, ACopyClosesTheSocketOfTheOriginal) { ExpectOk("count_in_copy"); }
 
 TEST_F(Habits, AHelperThatHasTerminatedLeavesNoDescriptor) {
-  ExpectOk("count_after 'pkill -KILL -f ^" + HelperProgram() + " && sleep 0.2'");
+  ExpectOk("count_after '" + KillHelpers() + "'");
 }
 
 TEST_F(Habits, SocketsInThePlaceOfOursAreLeftAlone) {

@@ -82,7 +82,7 @@ TEST_F(HelperProcess, IsNotStartedAgainWhenSignalsInterruptTheHost) {
 }
 
 TEST_F(HelperProcess, IsStartedAgainAfterItWasKilled) {
-  EXPECT_EQ("oo", RunHost("shell 'pkill -KILL -f ^" + HelperProgram() + " && sleep 0.2'").output);
+  EXPECT_EQ("oo", RunHost("shell '" + KillHelpers() + "'").output);
 }
 
 TEST_F(HelperProcess, TheDrawFailsIfItIsKilled) {
@@ -120,6 +120,16 @@ TEST_F(HelperProcess, ExitsWhenTheHostIsKilled) {
 TEST_F(HelperProcess, ExitsWhenTheHostExecutesAnotherProgram) {
   const Result result = RunHost("execute 'while pgrep -f ^" + HelperProgram() +
                                 " >/dev/null; do sleep 0.02; done; echo alone'");
+  EXPECT_EQ("oalone\n", result.output);
+}
+
+// Its parent does not ask for its status. A child of it, which never draws, keeps the socket open.
+TEST_F(HelperProcess, ExitsWithAHostThatRemainsAsAZombie) {
+  const Result result =
+      Run("sh -c '" + Host() + " leave_child_and_die & exec sleep 30' & parent=$!\n" +
+          "while [ ! -s " + TreePath("script.draws") + " ]; do sleep 0.02; done\n" +
+          "for i in $(seq 200); do pgrep -f ^" + HelperProgram() +
+          " >/dev/null || { echo alone; break; }; sleep 0.05; done\n" + "kill $parent");
   EXPECT_EQ("oalone\n", result.output);
 }
 

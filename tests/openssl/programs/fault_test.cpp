@@ -15,6 +15,13 @@ namespace fs = std::filesystem;
 class Faults : public OpensslTest {
  protected:
   static Result Draw() { return Run("openssl rand -hex 32"); }
+
+  static void ReplaceInConfiguration(const std::string& line, const std::string& other) {
+    std::string text = ReadFile(ConfigurationFile());
+    const std::size_t place = text.find(line);
+    ASSERT_NE(std::string::npos, place);
+    WriteFile(ConfigurationFile(), text.replace(place, line.size(), other));
+  }
 };
 
 struct Fault {
@@ -69,6 +76,14 @@ TEST_F(Faults, ThreadsThatWaitForAGeneratorThatDoesNotAnswer) {
   EXPECT_EQ("o 0 - 4 X 0\n", result.output);
 }
 
+// The handler interrupts a draw of its own thread, so it waits for a lock that cannot become free.
+TEST_F(Faults, ASignalHandlerThatDrawsDuringADraw) {
+  Command("half_a_second");
+  const Result result = Run("LD_PRELOAD=" FAST_CLOCK " timeout 60 " + Host() + " draw_in_handler");
+  EXPECT_EQ("-?o", result.output);
+  EXPECT_THAT(result.errors, testing::HasSubstr("have not finished within a minute"));
+}
+
 TEST_F(Faults, APluginWhoseReleaseHangs) {
   Command("hang_release");
   EXPECT_TRUE(HasWatermark(Draw().output));
@@ -95,9 +110,9 @@ TEST_F(Faults, AnAlarmReachesChildProcesses) {
 // The helper may be gone by then, and a new one does not know about the alarm.
 TEST_F(Faults, AnAlarmOutlivesTheHelper) {
   Command("zeros");
-  EXPECT_EQ("--", RunHost("shell 'echo draw > " + TreePath("script") + "; pkill -KILL -f ^" +
-                          HelperProgram() + "; sleep 0.2'")
-                      .output);
+  EXPECT_EQ(
+      "--",
+      RunHost("shell 'echo draw > " + TreePath("script") + "; " + KillHelpers() + "'").output);
 }
 
 TEST_F(Faults, TheHelperProgramIsMissing) {
@@ -125,19 +140,26 @@ TEST_F(Faults, TheModuleIsMissing) {
   EXPECT_EQ("-", RunHost("draw").output);
 }
 
+// OpenSSL stops at a section that it cannot apply, and has applied "random" by then.
+TEST_F(Faults, TheSectionOfTheProvidersIsMissing) {
+  ReplaceInConfiguration("[rngaggregator_providers]", "[another]");
+  EXPECT_EQ("-", RunHost("draw").output);
+}
+
+// Without "config_diagnostics", even this program would continue with OpenSSL's own generator.
+TEST_F(Faults, TheSectionOfTheGeneratorIsMissing) {
+  ReplaceInConfiguration("[rngaggregator_random]", "[another]");
+  EXPECT_TRUE(Refused(Draw(), "rngaggregator_random"));
+}
+
 TEST_F(Faults, TheModuleIsNotActivated) {
-  std::string text = ReadFile(ConfigurationFile());
-  text.replace(text.find("activate = 1"), 12, "");
-  WriteFile(ConfigurationFile(), text);
+  ReplaceInConfiguration("activate = 1", "");
   EXPECT_EQ("-", RunHost("draw").output);
 }
 
 // The current directory may have changed by the time of the first draw.
 TEST_F(Faults, TheModuleHasARelativePath) {
-  std::string text = ReadFile(ConfigurationFile());
-  const std::string line = "module = " + Module();
-  text.replace(text.find(line), line.size(), "identity = rngaggregator");
-  WriteFile(ConfigurationFile(), text);
+  ReplaceInConfiguration("module = " + Module(), "identity = rngaggregator");
   EXPECT_TRUE(Refused(
       Run("cd " + TreePath("lib") + " && OPENSSL_MODULES=ossl-modules openssl rand -hex 32"),
       "Give its absolute path"));

@@ -52,6 +52,13 @@ TEST_F(Programs, ACertificateIsMade) {
   EXPECT_LT(0u, CountDraws());
 }
 
+TEST_F(Programs, AFileThatIncludesTheConfigurationHasItsOwnDefaultSection) {
+  const std::string file = TreePath("other.cnf");
+  WriteFile(file, ".include " + ConfigurationFile() + "\nasn1 = INTEGER:77\n");
+  EXPECT_THAT(Run("openssl asn1parse -genconf " + file).output, HasSubstr("INTEGER           :4D"));
+  EXPECT_TRUE(HasWatermark(Run("OPENSSL_CONF=" + file + " openssl rand -hex 64").output));
+}
+
 TEST_F(Programs, PythonDrawsFromTheDefault) {
   const Result result = Run("python3 -c 'import ssl; print(ssl.RAND_bytes(64).hex())'");
   EXPECT_EQ(0, result.status) << result.errors;

@@ -47,3 +47,11 @@ TEST(PrintedLines, AreKeptUpToAHundred) {
   EXPECT_EQ(50U, printed.CountOmitted());
   EXPECT_EQ(2U, printed.Lines()[7].count);
 }
+
+// As a long line is cut in the piece that ends it, too.
+TEST(PrintedLines, AreCutWhereTheyEnd) {
+  PrintedLines printed;
+  printed.Add(std::string(201, 'x') + "\n" + std::string(200, 'y') + "\n");
+  EXPECT_THAT(Texts(printed),
+              ElementsAre("1 " + std::string(200, 'x'), "1 " + std::string(200, 'y')));
+}

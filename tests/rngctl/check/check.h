@@ -26,6 +26,15 @@ std::string Reason(const json& report, const std::string& name);
 std::string Names(const json& report, const std::string& result);
 std::string Failed(const json& report);
 
+/// What a report says about a check whatever it found, from a table that does not depend on the tool.
+struct RuleInReport {
+  std::string name;
+  std::string severity;
+  std::string sentence;
+  std::string fix;
+};
+const RuleInReport& RuleOf(const std::string& name);
+
 /// Checks slow plug-ins at the same time, so that a case waits only once.
 std::map<std::string, Result> CheckTogether(const std::vector<std::string>& variants);
 

@@ -6,6 +6,7 @@
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
@@ -55,6 +56,25 @@ TEST(Check, ThreadsThatCannotDrawSayNothingOfConcurrentDraws) {
         std::pair("failed_draw_leaves_bytes", "draws sometimes fail even when called alone")}) {
     EXPECT_THAT(Reason(Report(Breaking(variant)), "concurrent-calls"), StartsWith(reason))
         << variant;
+  }
+}
+
+TEST(Check, TheStateOfTheProcessIsThatAfterEveryOperation) {
+  for (const char* operation :
+       {"Name", "Description", "HardwareId", "Flags", "SelectDevice", "SelfTest", "Cancel"}) {
+    const std::string plugin = Breaking("changes_umask_in_" + std::string(operation));
+    EXPECT_EQ("It changes the umask to 0777.",
+              Found(Report("--only process-state " + plugin), "process-state"))
+        << operation;
+  }
+}
+
+TEST(Check, WhatGrowsIsNamed) {
+  for (const auto& [variant, what] :
+       {std::pair("leaks_threads", "threads"), std::pair("file_stays_each_time", "open files")}) {
+    EXPECT_THAT(Found(Report("--only load-cycles " + Breaking(variant)), "load-cycles"),
+                MatchesRegex("Over 200 uses, the number of " + std::string(what) +
+                             " grew steadily from [0-9]+ to [0-9]+[.]"));
   }
 }
 

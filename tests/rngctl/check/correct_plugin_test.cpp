@@ -55,6 +55,27 @@ TEST(Check, FindsNoFaultInCorrectPlugins) {
   }
 }
 
+// A plug-in may consist of several parts, which find each other only if it is opened as the library opens it.
+TEST(Check, APluginIsGlobalInTheProcess) {
+  const json report = Report("--only available " + Breaking("looks_for_itself"));
+  EXPECT_EQ("passed", Find(report, "available").at("result"));
+}
+
+// A window before and one after, each of a thousand uses. The sequence is that of a whole use.
+TEST(Check, LoadCyclesAreThousandsOfWholeUses) {
+  const std::string log = TreePath("uses");
+  const std::string plugin = "--only load-cycles --timeout 60 " + Breaking("logs_uses");
+  RunShell("RNG_FAKE_LOG=" + log + " " RNGCTL " check " + plugin);
+  const std::string uses = ReadFile(log);
+  std::size_t whole = 0;
+  for (auto at = uses.find("ogndhrc"); at != std::string::npos; at = uses.find("ogndhrc", at + 7)) {
+    ++whole;
+  }
+  EXPECT_LE(2000U, whole);
+  EXPECT_EQ(whole, static_cast<std::size_t>(std::count(uses.begin(), uses.end(), 'o')) - 1)
+      << uses.substr(0, 100);
+}
+
 TEST(Check, AReportOfDevicesIsAllowed) {
   const json report = Report(FakePlugin("dsdr", "reports_devices"));
   EXPECT_EQ("", Failed(report));
@@ -118,6 +139,14 @@ TEST(Check, WhatTakesTimeIsNoFault) {
   EXPECT_EQ("not-examined", Find(throughout, "failed-draw-is-zero").at("result"));
 }
 
+// Four threads together would wait longer than the limit of one call.
+TEST(Check, ThreadsDoNotMakeSlowCalls) {
+  for (const char* variant : {"slow_IsAvailable", "slow_SelectDevice"}) {
+    const json report = Report("--only concurrent-calls --timeout 2 " + Breaking(variant));
+    EXPECT_EQ("", Failed(report)) << report;
+  }
+}
+
 TEST(Check, DrawsOfSecondsAreNoFaultAndFewAreMade) {
   const json report = Report(Breaking("draws_for_seconds"));
   EXPECT_EQ("", Failed(report));
@@ -155,6 +184,12 @@ TEST(Check, WhatBreaksDrawsIsNotTakenForASourceThatRunsOut) {
 }
 
 // Threads, and the memory that the C library keeps for them, vary in number without a leak.
+// The C library counts the blocks in that cache as heap in use.
+TEST(Check, TheThreadsCacheOfFreeBlocksIsNoGrowth) {
+  const json report = Report("--only load-cycles --timeout 60 " + Breaking("frees_various_sizes"));
+  EXPECT_EQ("passed", Find(report, "load-cycles").at("result"));
+}
+
 TEST(Check, ThreadsThatAreJoinedAreNoGrowth) {
   for (const char* count : {"1", "2", "8", "32"}) {
     const std::string plugin = Breaking("has_threads");

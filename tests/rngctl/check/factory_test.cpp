@@ -8,6 +8,7 @@
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 using testing::StartsWith;
 
 namespace fs = std::filesystem;
@@ -27,6 +28,14 @@ void HideDynamicSymbol(const std::string& file, const std::string& name) {
       if (names + symbols[n].st_name == name) symbols[n].st_other = STV_HIDDEN;
     }
   }
+  WriteFile(file, bytes);
+}
+
+// The new name is not longer.
+void RenameDynamicSymbol(const std::string& file, const std::string& name, std::string newName) {
+  std::string bytes = ReadFile(file);
+  newName.resize(name.size(), '\0');
+  bytes.replace(bytes.find('\0' + name + '\0') + 1, name.size(), newName);
   WriteFile(file, bytes);
 }
 
@@ -73,6 +82,35 @@ TEST(Check, AFactoryOfAnotherKindIsNoPair) {
   EXPECT_EQ("there is no factory GetSobolRng", Reason(report, "name"));
 }
 
+TEST(Check, AFunctionInCppIsAnExport) {
+  const json report = Report("--only one-export " + FakePlugin("dsdr", "shared_operation"));
+  EXPECT_EQ("It exports 1 symbol besides the factory: _ZN9SharedRng7GetNameEPc.",
+            Found(report, "one-export"));
+}
+
+TEST(Check, ManyExportsAreListedInPart) {
+  const json report = Report("--only one-export --factory sin /lib/x86_64-linux-gnu/libm.so.6");
+  EXPECT_THAT(
+      Found(report, "one-export"),
+      MatchesRegex("It exports [0-9]+ symbols besides the factory: ([a-z0-9_]+, ){5}[.]{4}"));
+}
+
+// Other linkers than ours export these.
+TEST(Check, WhatLinkersAddIsNoExport) {
+  const std::string file = TreePath("librngdsdr.so");
+  for (const auto& [symbol, found] :
+       {std::pair<std::string, std::string>("_init", ""),
+        {"_fini", ""},
+        {"__bss_start", ""},
+        {"_edata", ""},
+        {"_end", ""},
+        {"_start", "It exports 1 symbol besides the factory: _start."}}) {
+    fs::copy_file(Breaking("exports_more"), file, fs::copy_options::overwrite_existing);
+    RenameDynamicSymbol(file, "AnotherFunction", symbol);
+    EXPECT_EQ(found, Found(Report("--only one-export " + file), "one-export")) << symbol;
+  }
+}
+
 TEST(Check, AFactoryInCppIsSeenByItsMangledName) {
   const json report = Report(Breaking("factory_is_mangled"));
   EXPECT_EQ("It does not export GetDsdrRng; it exports _Z10GetDsdrRngi.",
@@ -87,4 +125,18 @@ TEST(Check, ALibraryBesideThePluginNeedsARunPath) {
   EXPECT_THAT(Found(report, "opens"), HasSubstr("libabsent_device.so: cannot open"));
   EXPECT_THAT(Find(report, "opens").at("fix"),
               AllOf(StartsWith("Install libabsent_device.so where"), HasSubstr("'$ORIGIN'")));
+}
+
+// The file header says where the section headers are and how many; zeros there mean that there are
+// none.
+TEST(Check, AFileNeedsNoSections) {
+  for (const auto& [variant, failed] :
+       {std::pair("correct", ""), std::pair("exports_more", "one-export"),
+        std::pair("has_static_tls", "no-static-tls"), std::pair("stays_mapped", "unmapped")}) {
+    const std::string file = TreePath("librngdsdr.so");
+    fs::copy_file(Breaking(variant), file, fs::copy_options::overwrite_existing);
+    const std::string zeros = "dd status=none conv=notrunc if=/dev/zero bs=1 of=" + file;
+    ASSERT_EQ(0, RunShell(zeros + " seek=40 count=8; " + zeros + " seek=60 count=4").status);
+    EXPECT_EQ(failed, Failed(Report(file))) << variant;
+  }
 }

@@ -45,7 +45,9 @@ TEST(CheckOutput, ShowsAQuestionAtOnce) {
       Check("--json --timeout 1 " + FakePlugin("dsdr", "asks_user") + " 2>" + file);
   EXPECT_EQ("", Failed(json::parse(result.output)));
   EXPECT_THAT(ReadFile(file), HasSubstr("Press the button: \n"));
-  EXPECT_EQ("Press the button: ", json::parse(result.output).at("output").at(0).at("line"));
+  const json question = json::parse(result.output).at("output").at(0);
+  EXPECT_EQ("Press the button: ", question.at("line"));
+  EXPECT_EQ("stderr", question.at("stream"));
 }
 
 TEST(CheckOutput, AQuestionLeavesTheNoticeOfATerminalBelowIt) {

@@ -30,6 +30,18 @@ TEST_F(RngctlTest, MaskChoosesTheFallbacks) {
             result.errors);
 }
 
+// In their order of preference.
+TEST_F(RngctlTest, EveryFallbackIsAcceptableWithoutAMask) {
+  InstallX11("whole");
+  for (const auto& [plugin, variant, fallback] : {std::tuple("unixx11", "stub", "unixx11"),
+                                                  {"bioqt", "stub", "bioqt"},
+                                                  {"dsdr", "flagless_bio", "bio"}}) {
+    InstallPlugin(plugin, variant);
+    EXPECT_EQ("configured  none\nfallback    " + std::string(fallback) + "\nloaded      yes\n",
+              Run("default").output);
+  }
+}
+
 TEST_F(RngctlTest, StoresAndShowsADefault) {
   const Result set = Run("default set unixdev");
   EXPECT_EQ(0, set.status);
@@ -153,7 +165,19 @@ TEST_F(RngctlTest, WhatPluginsPrintIsNotAmongTheAnswers) {
   EXPECT_THAT(shown.errors, HasSubstr("driver"));
 }
 
+// The library would read back what stands after the last one.
+TEST_F(RngctlTest, AnEqualsSignIsRefused) {
+  for (const std::string arguments : {"a=b", "=", "unixdev a=b", "unixdev ="}) {
+    const Result result = Run("default set " + arguments);
+    EXPECT_EQ(2, result.status) << arguments;
+    EXPECT_THAT(result.errors, HasSubstr("cannot be stored: it must be one line of UTF-8 without"));
+    EXPECT_FALSE(fs::exists(TreePath(kSettingsFile)));
+  }
+}
+
 TEST_F(RngctlTest, ControlCharactersAreRefused) {
+  constexpr char kOld[] = "[Devices]\nRandomNumberGeneratorType=sobol\n";
+  WriteFile(TreePath(kSettingsFile), kOld);
   std::vector<std::string> controls = {"\x7F", "\xC2\x80", "\xC2\x9F"};
   for (char c = 1; c < 0x20; ++c) controls.emplace_back(1, c);
   for (const std::string& control : controls) {
@@ -166,5 +190,5 @@ TEST_F(RngctlTest, ControlCharactersAreRefused) {
                   HasSubstr(" \"a?b\" cannot be stored: it must be one line of UTF-8 without"));
     }
   }
-  EXPECT_FALSE(fs::exists(TreePath(kSettingsFile)));
+  EXPECT_EQ(kOld, ReadFile(TreePath(kSettingsFile)));
 }

@@ -48,8 +48,8 @@ TEST(DeviceReport, DropsLinesThatBreakTheContractAndNamesTheFirst) {
     const DeviceReport report = ParseDeviceReport("device\tB\tText\n" + line + "\nproblem\tP\nx");
     EXPECT_EQ(1U, report.devices.size()) << line;
     EXPECT_THAT(report.problems, ElementsAre("P")) << line;
-    EXPECT_THAT(report.fault,
-                AllOf(testing::StartsWith("Line 2 of its device report "), HasSubstr(fault)))
+    EXPECT_THAT(report.fault, AllOf(testing::StartsWith("Line 2 of its device report "),
+                                    HasSubstr(fault), testing::EndsWith(".")))
         << line;
   }
 }

@@ -69,6 +69,12 @@ TEST_F(Doctor, ProcessesThatAreLeftRunningAreNamedAndLive) {
   ASSERT_EQ(1U, row.at("warnings").size());
   EXPECT_THAT(Text(row.at("warnings")[0]), StartsWith("It leaves a process running: sleep (pro"));
   EndLeftProcesses(report.at("left_running"), 2);  // alone, and in the start
+  const std::string text = Run("doctor dsdr").output;
+  EXPECT_THAT(
+      text,
+      testing::ContainsRegex(
+          "\nstill running: sleep \\(process [0-9]+\\)\\. End it if nothing else uses it\\.\n"));
+  RunShell("pkill -KILL -f ^" + TreePath("sleep"));
 }
 
 TEST_F(Doctor, AProcessThatIsLeftByADeviceReportLives) {

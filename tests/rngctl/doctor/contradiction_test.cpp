@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -41,7 +42,10 @@ TEST_F(Doctor, TwoPluginsWithAClassOfTheSameNameAreToldApart) {
       "loaded as \"sobol\", but GetRng(\"sobol\") returns null: its generator runs the code of " +
           TreePath("lib/librngdsdr.so"),
       sobol.at("summary"));
-  EXPECT_THAT(Text(sobol.at("fix")), HasSubstr("-fvisibility=hidden"));
+  EXPECT_EQ(
+      "Both plug-ins define a class of the same name. Ask the vendors to hide everything but the "
+      "factory (-fvisibility=hidden), and keep one of the two until then.",
+      sobol.at("fix"));
   EXPECT_EQ(sobol.at("summary"), ExamineKind("sobol").at("summary"));
   EXPECT_EQ(0, Run("doctor dsdr").status);
   EXPECT_EQ(1, Run("doctor sobol").status);
@@ -56,7 +60,12 @@ TEST_F(Doctor, APluginWithTheNameOfAnotherTakesItsPlace) {
   EXPECT_EQ(
       "loaded as \"sobol\", but a start uses " + TreePath("lib/librngdsdr.so") + " in its place",
       sobol.at("summary"));
-  EXPECT_THAT(Text(sobol.at("fix")), HasSubstr("SONAME"));
+  EXPECT_EQ("The loader never opens " + TreePath("lib/librngsobol.so") + ", because " +
+                TreePath("lib/librngdsdr.so") +
+                " has the SONAME \"librngsobol.so\". If LD_PRELOAD names " +
+                TreePath("lib/librngdsdr.so") +
+                ", remove it there; otherwise ask its vendor for a version with its own SONAME.",
+            sobol.at("fix"));
   EXPECT_EQ(TreePath("lib/librngsobol.so"), sobol.at("file"));
   EXPECT_EQ(1, Run("doctor sobol").status);
   EXPECT_EQ(0, Run("doctor dsdr").status);
@@ -81,6 +90,13 @@ TEST_F(Doctor, APluginThatClosesAnotherIsNamed) {
   EXPECT_EQ("contradicted", dsdr.at("verdict"));
   EXPECT_EQ("loaded as \"dsdr\", but " + TreePath("lib/librngsobol.so") + " closes it",
             dsdr.at("summary"));
+  EXPECT_EQ("Report this to the vendor of " + TreePath("lib/librngsobol.so") +
+                ": it closes a library that it did not open. Remove it until it is fixed.",
+            dsdr.at("fix"));
+  EXPECT_THAT(Text(report.at("start").at("problem")),
+              AnyOf("succeeds by chance: " + TreePath("lib/librngsobol.so") + " closes " +
+                        TreePath("lib/librngdsdr.so"),
+                    StartsWith("crashed with signal ")));
   EXPECT_EQ(dsdr.at("summary"), ExamineKind("dsdr").at("summary"));
   EXPECT_EQ(1, Run("doctor dsdr").status);
 }
@@ -94,6 +110,9 @@ TEST_F(Doctor, ANameOfAnotherKindHidesThatKind) {
   EXPECT_EQ("loaded as \"sobol\", but GetRng(\"sobol\") returns the generator of " +
                 TreePath("lib/librngdsdr.so"),
             sobol.at("summary"));
+  EXPECT_EQ("Both plug-ins report this name. Keep one of them, or ask the vendor of " +
+                TreePath("lib/librngdsdr.so") + " whether it is the plug-in for another kind.",
+            sobol.at("fix"));
   EXPECT_EQ(true, sobol.at("kept"));
 }
 
@@ -105,9 +124,13 @@ TEST_F(Doctor, ANameThatCannotBeAskedForHidesTheKindsBehindIt) {
   EXPECT_EQ("loaded", RowOf(report, "dsdr").at("verdict"));
   const json unixdev = RowOf(report, "unixdev");
   EXPECT_EQ("contradicted", unixdev.at("verdict"));
-  EXPECT_THAT(Text(unixdev.at("summary")),
-              AllOf(StartsWith("loaded as \"unixdev\", but GetRng(\"unixdev\") throws"),
-                    HasSubstr(" because of " + TreePath("lib/librngsobol.so"))));
+  EXPECT_THAT(
+      Text(unixdev.at("summary")),
+      AllOf(StartsWith("loaded as \"unixdev\", but GetRng(\"unixdev\") throws an exception ("),
+            HasSubstr(") because of " + TreePath("lib/librngsobol.so"))));
+  EXPECT_EQ(
+      "Remove " + TreePath("lib/librngsobol.so") + ", or get a fixed version from its vendor.",
+      unixdev.at("fix"));
 }
 
 // GetRng skips a plug-in that reports no name.
@@ -128,6 +151,10 @@ TEST_F(Doctor, APluginThatRenamesItselfBesideAnotherIsToldApart) {
       "loaded as \"sobol\", but GetRng(\"sobol\") returns null: in a start with all plug-ins, its "
       "name is \"second\"",
       sobol.at("summary"));
+  EXPECT_EQ(
+      "Programs get the result of the start. Check what else is installed, and ask the vendor "
+      "about dependencies and conflicts.",
+      sobol.at("fix"));
 }
 
 TEST_F(Doctor, TheFileForThisProcessorIsTheOneThatIsExamined) {

@@ -19,6 +19,7 @@ TEST_F(Doctor, QuotesTheLoaderOnAFileThatIsNoLibrary) {
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("cannot-be-opened", row.at("verdict"));
   EXPECT_EQ("cannot be opened: " + file + ": invalid ELF header", row.at("summary"));
+  EXPECT_EQ("Reinstall the plug-in, using the vendor's build for this system.", row.at("fix"));
   EXPECT_EQ(file, row.at("file"));
 }
 
@@ -44,7 +45,7 @@ TEST_F(Doctor, PassesOverAFileForAnotherMachineAsTheLoaderDoes) {
   EXPECT_EQ("cannot be opened: it is built for another machine: " + kNoSuchFile,
             alone.at("summary"));
   EXPECT_EQ(foreign, alone.at("file"));
-  EXPECT_THAT(Text(alone.at("fix")), HasSubstr("Replace " + foreign));
+  EXPECT_EQ("Replace " + foreign + " with a build for this machine (x86-64).", alone.at("fix"));
 
   fs::create_directory(TreePath("other"));
   fs::copy(FakePlugin("dsdr", "stub"), TreePath("other"));
@@ -59,7 +60,9 @@ TEST_F(Doctor, FindsALinkThatLeadsNowhere) {
   const json row = ExamineKind("dsdr");
   EXPECT_EQ("cannot be opened: it is a dangling symbolic link: " + kNoSuchFile, row.at("summary"));
   EXPECT_EQ(file, row.at("file"));
-  EXPECT_THAT(Text(row.at("fix")), HasSubstr(file));
+  EXPECT_EQ("Reinstall the plug-in: " + file + " is a link to " + TreePath("lib/gone") +
+                ", where there is no file.",
+            row.at("fix"));
 }
 
 // None of these is opened: that could wait forever, or have an effect.

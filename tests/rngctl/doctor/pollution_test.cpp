@@ -7,7 +7,9 @@
 
 using testing::AllOf;
 using testing::Contains;
+using testing::ContainsRegex;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -15,8 +17,9 @@ TEST_F(Doctor, WarnsOfAPluginThatPrints) {
   InstallUnixDev();
   InstallPlugin("dsdr", "prints_start");
   EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
-              ElementsAre(StartsWith("It prints on standard output, so its text is mixed with the "
-                                     "output of every program: \"driver?[1m 1.0\".")));
+              ElementsAre(StartsWith(
+                  "It prints on standard output, so its text is mixed with the "
+                  "output of every program: \"driver?[1m 1.0\". Report this to the vendor.")));
   // Reported once, where the plug-in itself is examined.
   EXPECT_EQ(json::array(), Examine("").at("start").at("warnings"));
   EXPECT_THAT(Examine("unixdev").at("start").at("warnings"),
@@ -45,7 +48,9 @@ TEST_F(Doctor, WarnsOfAPluginThatClosesAStandardDescriptor) {
 TEST_F(Doctor, WarnsOfAPluginThatChangesTheProcess) {
   InstallPlugin("dsdr", "changes_umask");
   EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
-              ElementsAre(StartsWith("It changes the umask to 0077")));
+              ElementsAre(AllOf(
+                  StartsWith("It changes the umask to 0077"),
+                  EndsWith(", which affects the whole program. Report this to the vendor."))));
 }
 
 // Every file that the host creates in between has the wrong mode.
@@ -79,5 +84,5 @@ TEST_F(Doctor, ASlowDisplayIsNamedLikeAPlugin) {
   InstallUnixDev();
   InstallX11("slow");
   EXPECT_THAT(Examine("unixdev").at("start").at("warnings"),
-              ElementsAre(HasSubstr(": the search for the X display takes ")));
+              ElementsAre(ContainsRegex(": the search for the X display takes (0\\.[7-9]|[1-9])")));
 }

@@ -20,7 +20,8 @@ TEST_F(Doctor, PrintsTextInColumns) {
   const std::string lib = TreePath("lib");
   EXPECT_THAT(result.output, StartsWith("Library          " + lib + "/librngaggregator.so"));
   EXPECT_THAT(result.output,
-              HasSubstr("\nRun path         $ORIGIN/../lib\nSearch order     " + lib));
+              HasSubstr("\nRun path         $ORIGIN/../lib\nSearch order     " + lib +
+                        "\n                 the loader's cache\n                 /"));
   EXPECT_THAT(result.output,
               HasSubstr("\nSettings file    " + TreePath(kSettingsFile) +
                         ", does not exist, can be created\nData file        " +
@@ -44,6 +45,19 @@ TEST_F(Doctor, PrintsNoControlCharacters) {
   WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=a\033b\u009Bc\n");
   EXPECT_THAT(Run("doctor dsdr").output,
               HasSubstr("\nDefault          a?b?c, unusable: there is no kind \"a?b?c\"\n"));
+}
+
+// JSON is UTF-8, and no strict parser reads anything else.
+TEST_F(Doctor, ANameThatIsNotUtf8IsReplacedInItsReport) {
+  InstallPlugin("dsdr", "disturbing/NameNotUtf8");
+  const Result result = Run("doctor dsdr --json");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: \"dsdr\": loaded, but its name is \"\uFFFD\uFFFDdsdr\".\n", result.errors);
+  const json row = RowOf(json::parse(result.output), "dsdr");
+  EXPECT_EQ("\uFFFD\uFFFDdsdr", row.at("name"));
+  EXPECT_EQ("loaded, but its name is \"\uFFFD\uFFFDdsdr\"", row.at("summary"));
+  EXPECT_THAT(Run("doctor dsdr").output,
+              HasSubstr("  loaded, but its name is \"\uFFFD\uFFFDdsdr\"\n"));
 }
 
 TEST_F(Doctor, CountsLettersNotBytes) {

@@ -101,10 +101,15 @@ TEST_F(Doctor, SaysWhatAFailingServiceMeans) {
 TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   fs::create_directory(TreePath("etc"));
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));
-  const json settings = Examine("dsdr", "", 1).at("settings");
+  const json report = Examine("dsdr", "", 1);
+  const json settings = report.at("settings");
   EXPECT_EQ(TreePath(kSettingsFile), settings.at("file"));
   EXPECT_EQ("it is a named pipe (FIFO), so programs that ask for the default hang",
             settings.at("problem"));
+  EXPECT_EQ(
+      "Remove the named pipe " + TreePath(kSettingsFile) + ": the library expects a file there.",
+      settings.at("fix"));
+  EXPECT_EQ(json(), report.at("start").at("problem"));  // it does not ask for the default
 }
 
 TEST_F(Doctor, SaysWhyNoDefaultIsConfigured) {
@@ -159,6 +164,8 @@ TEST_F(Doctor, SettingsThatDoNotEndAreReadAndStoredByNobody) {
   EXPECT_THAT(result.errors, StartsWith("rngctl: The default cannot be read: "));
   const json settings = json::parse(result.output).at("settings");
   EXPECT_THAT(Text(settings.at("problem")), StartsWith("the process that reads it "));
+  EXPECT_EQ("Replace " + TreePath(kSettingsFile) + " with a file that can be read to its end.",
+            settings.at("fix"));
   EXPECT_FALSE(settings.at("writable"));
 }
 

@@ -1,4 +1,5 @@
 #include "tests/rngctl/doctor/doctor.h"
+#include "tests/support/kinds.h"
 #include "tests/support/tree.h"
 
 #include <gmock/gmock.h>
@@ -8,6 +9,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
+namespace fs = std::filesystem;
+
 // No part of such an answer can be trusted, not even the good news.
 TEST_F(Doctor, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
   InstallUnixDev();
@@ -15,10 +18,17 @@ TEST_F(Doctor, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
   for (const std::string kind : {"", " dsdr"}) {
     const Result result = Run("doctor --json" + kind);
     EXPECT_EQ(1, result.status);
-    EXPECT_THAT(result.errors, HasSubstr("nternal error: "));
+    EXPECT_THAT(
+        result.errors,
+        HasSubstr(kind.empty() ? "rngctl: Internal error: some plug-ins could not be examined.\n"
+                               : "internal error: the examination gave no usable answer.\n"));
     const json row = RowOf(json::parse(result.output), "dsdr");
     EXPECT_EQ("internal-error", row.at("verdict"));
     EXPECT_EQ(false, row.at("kept"));
+    EXPECT_EQ(
+        "Ask the vendor whether the plug-in writes to descriptors that are not its own. If it does "
+        "not, report this as a bug of rngctl.",
+        row.at("fix"));
   }
   EXPECT_EQ(0, Run("doctor unixdev").status);
 }
@@ -37,6 +47,13 @@ TEST_F(Doctor, APluginOutOfOrderIsANegativeAnswer) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ("rngctl: 1 installed plug-in has a problem.\n", result.errors);
   EXPECT_EQ(0, Run("doctor unixdev").status);
+}
+
+TEST_F(Doctor, CountsThePluginsOutOfOrder) {
+  InstallUnixDev();
+  InstallPlugin("Rutoken", "unavailable");
+  InstallPlugin("JacartaGost", "null_factory");
+  EXPECT_EQ("rngctl: 2 installed plug-ins have problems.\n", Run("doctor").errors);
 }
 
 TEST_F(Doctor, AnInstallationWithoutADisplayIsInOrder) {
@@ -88,10 +105,21 @@ TEST_F(Doctor, HelpTellsTheExitStatusAndKeepsTheChildToItself) {
   }
 }
 
-TEST_F(Doctor, AWrongNameAloneIsANegativeAnswer) {
+// The start with all plug-ins succeeds, so the verdict alone makes the difference.
+TEST_F(Doctor, OnePluginOutOfOrderIsANegativeAnswer) {
   InstallUnixDev();
-  InstallPlugin("dsdr", "slot_table");
-  const Result result = Run("doctor");
-  EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: 1 installed plug-in has a problem.\n", result.errors);
+  for (const auto& [kind, variant] : std::vector<std::pair<std::string, std::string>>{
+           {"dsdr", "slot_table"},          // has a wrong name
+           {"dsdr", "names_another_kind"},  // has the name of another kind
+           {"EsmartGost", "nameless"},
+           {"dsdr", "no_factory"},
+           {"JacartaGost", "null_factory"},
+           {"Rutoken", "unavailable"},
+           {"biokbd", "missing_dependency"}}) {
+    InstallPlugin(kind, variant);
+    const Result result = Run("doctor");
+    EXPECT_EQ(1, result.status) << variant;
+    EXPECT_EQ("rngctl: 1 installed plug-in has a problem.\n", result.errors) << variant;
+    fs::remove(TreePath("lib/" + LibraryFileOf(kind)));
+  }
 }

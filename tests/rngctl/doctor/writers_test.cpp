@@ -34,6 +34,12 @@ std::vector<std::string> Names(const Rights& rights) {
   return names;
 }
 
+std::vector<std::string> Fixes(const Rights& rights) {
+  std::vector<std::string> fixes;
+  for (const Writer& writer : FindWriters("/x", rights, ThreeUsers())) fixes.push_back(writer.fix);
+  return fixes;
+}
+
 }  // namespace
 
 TEST(Writers, AreOnlyRootAndThePresentUser) {
@@ -66,6 +72,17 @@ TEST(Writers, OfAnAccessControlListCountWithItsMask) {
   EXPECT_THAT(Names(rights), ElementsAre("the user \"ben\"", "the members of the group \"root\""));
   rights.acl.push_back({AclEntry::kMask, 5, 0});
   EXPECT_THAT(Names(rights), IsEmpty());
+}
+
+TEST(Writers, EachHasACommandThatEndsIt) {
+  Rights rights = Directory(0775);
+  rights.acl = {
+      {AclEntry::kUser, 7, 1001}, {AclEntry::kOwningGroup, 7, 0}, {AclEntry::kGroup, 7, 50}};
+  EXPECT_THAT(Fixes(rights),
+              ElementsAre("setfacl -x u:1001 /x", "setfacl -m g::rX /x", "setfacl -x g:50 /x"));
+  EXPECT_THAT(Fixes(Directory(0775, 1001, 50)), ElementsAre("chown root /x", "chmod g-w /x"));
+  EXPECT_THAT(Fixes(Directory(0777)), ElementsAre("chmod go-w /x"));
+  EXPECT_THAT(Fixes(Directory(0757)), ElementsAre("chmod o-w /x"));
 }
 
 TEST(Writers, AListThatIsNotUnderstoodIsNone) {

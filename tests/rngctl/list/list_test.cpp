@@ -42,6 +42,22 @@ TEST_F(RngctlTest, ListsInCatalogueOrderAndNamesUnknownFlagBits) {
       result.output);
 }
 
+// Numbers, because the bits are part of the contract with plug-ins that exist already.
+TEST_F(RngctlTest, EachCapabilityHasItsBitAndItsName) {
+  InstallPlugin("dsdr", "drawing/HasFlags");
+  for (const auto& [flags, names] :
+       {std::pair<std::string, std::string>("0x01", "hardware"),
+        {"0x02", "needs-user"},
+        {"0x04", "operating-system"},
+        {"0x08", "prerecorded"},
+        {"0x10", "may-block"},
+        {"0x1F", "hardware,needs-user,operating-system,prerecorded,may-block"},
+        {"0x60", "bit-32,bit-64"}}) {
+    const Result result = RunShell("RNG_TEST_FLAGS=" + flags + " " + Rngctl() + " list");
+    EXPECT_THAT(result.output, HasSubstr("\ndsdr     no           " + names + " ")) << flags;
+  }
+}
+
 TEST_F(RngctlTest, ListsAProviderWithoutFlags) {
   InstallPlugin("sobol", "flagless");
   const Result result = Run("list");

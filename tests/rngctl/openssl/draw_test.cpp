@@ -30,10 +30,7 @@ TEST_F(OpensslDoctor, NamesTheGeneratorOfADrawThatIsOurs) {
 }
 
 TEST_F(OpensslDoctor, MakesADrawFromTheGeneratorItself) {
-  fs::copy_file(PROVIDER "/libexec/rngaggregator/rng-openssl-draw", Program(),
-                fs::copy_options::overwrite_existing);
-  fs::copy_file(PROVIDER "/lib/librngcombine.so.1", TreePath("lib/librngcombine.so.1"),
-                fs::copy_options::overwrite_existing);
+  InstallHelper();
   ASSERT_EQ(0, Run("default set unixdev").status);
   const Result result = Examine();
   EXPECT_EQ(0, result.status) << result.errors;
@@ -42,6 +39,34 @@ TEST_F(OpensslDoctor, MakesADrawFromTheGeneratorItself) {
   EXPECT_THAT(Examine().errors, HasSubstr("The source \"unixdev:\" has no device"));
   Change("activate = 1", "activate = 1\nfrom = unixdev");
   EXPECT_THAT(Examine().output, HasSubstr("from unixdev, through rngaggregator\n"));
+}
+
+TEST_F(OpensslDoctor, TellsSettingsThatCannotBeReadFromThoseThatConfigureNothing) {
+  InstallHelper();
+  const std::string file = TreePath(kSettingsFile);
+  WriteFile(file, "[Devices]\n");
+  EXPECT_EQ(
+      std::string(kNoBytes) +
+          "No default generator is configured for this user, or the settings cannot be read. Run "
+          "\"rngctl default set KIND\" to choose one, or \"rngctl default\" to see what is "
+          "configured.\n",
+      ExamineAsUser().errors);
+  fs::permissions(file, fs::perms(::geteuid() == 0 ? 0600 : 0));
+  const Result result = ExamineAsUser();
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors,
+              StartsWith(kNoBytes + ("it is unknown which default is configured: " + file) +
+                         " cannot be read (Permission denied: " + file + " has mode "));
+  EXPECT_THAT(
+      result.output,
+      HasSubstr("\nFix: Make it readable for the users of the library: chmod a+r " + file + "\n"));
+}
+
+TEST_F(OpensslDoctor, SettingsThatADrawDoesNotNeedAreNotTheFault) {
+  fs::create_directories(TreePath(kSettingsFile));
+  EXPECT_EQ(0, Examine().status);
+  EXPECT_EQ(std::string(kNoBytes) + "The token is gone. Fix: insert it.\n",
+            Examine("", "FAKE_DRAW=fail").errors);
 }
 
 TEST_F(OpensslDoctor, FindsOurProviderUnderAnotherName) {
@@ -68,7 +93,11 @@ TEST_F(OpensslDoctor, DrawsFromBothInstances) {
 
 TEST_F(OpensslDoctor, RepeatsWhatOpensslSaysWhereTheConfigurationDoesNotExplainIt) {
   Change("random = RNGAGGREGATOR", "random = RNGAGGREGATOR\nproperties = absent=yes");
-  EXPECT_THAT(Examine().errors, StartsWith(std::string(kNoBytes) + "OpenSSL says: "));
+  EXPECT_THAT(
+      Examine().errors,
+      StartsWith(
+          std::string(kNoBytes) +
+          "OpenSSL says: unsupported (Global default library context, Algorithm (RNGAGGREGATOR"));
 }
 
 TEST_F(OpensslDoctor, AddsAdviceToAReasonThatHasNone) {
@@ -76,7 +105,7 @@ TEST_F(OpensslDoctor, AddsAdviceToAReasonThatHasNone) {
     EXPECT_THAT(Examine("", std::string("FAKE_DRAW=") + advised).output, Not(HasSubstr("\nFix: ")));
   ExpectFault(Examine("", "FAKE_DRAW=fail_without_advice"),
               std::string(kNoBytes) + "The token is gone",
-              "Run \"rngctl doctor\" to examine the generators.\n");
+              "Run \"rngctl doctor\" to examine the generators.");
 }
 
 TEST_F(OpensslDoctor, AHelperThatTerminatesIsAFailedDraw) {
@@ -85,8 +114,9 @@ TEST_F(OpensslDoctor, AHelperThatTerminatesIsAFailedDraw) {
 
 TEST_F(OpensslDoctor, ADrawWithoutEndEndsAtTheLimit) {
   const Result result = Examine("--timeout 1", "FAKE_DRAW=hang");
-  ExpectFault(result, std::string(kNoBytes) + "the process that draws did not answer within 1 s",
-              "If the generator is slow, allow more with --timeout.");
+  ExpectFault(
+      result, std::string(kNoBytes) + "the process that draws did not answer within 1 s",
+      "If the generator is slow, allow more with --timeout. Otherwise run \"rngctl doctor\".");
   EXPECT_EQ(0U, CountProcessesOf(Program()));
 }
 
@@ -94,7 +124,10 @@ TEST_F(OpensslDoctor, AModuleThatCrashesEndsOnlyItsProcess) {
   fs::copy_file(CRASHING_MODULE, Module(), fs::copy_options::overwrite_existing);
   const Result result = Examine();
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, HasSubstr("the process that draws crashed with signal 6 (Aborted)"));
+  ExpectFault(result,
+              std::string(kNoBytes) + "the process that draws crashed with signal 6 (Aborted)",
+              "Examine the modules that the configuration names, and run \"rngctl doctor\".");
+  EXPECT_THAT(result.output, HasSubstr("\nConfiguration    " + File() + "\n"));
 }
 
 TEST_F(OpensslDoctor, AnEngineThatReplacesTheGeneratorIsNotOurs) {
@@ -169,6 +202,13 @@ TEST_F(OpensslDoctor, OnlyRootDrawsAsAnotherUser) {
             result.errors);
 }
 
+TEST_F(OpensslDoctor, SaysThatAnotherUsersProgramsMayHaveOtherVariables) {
+  const std::string command =
+      "env -u OPENSSL_CONF " + Rngctl() + " doctor --openssl --user \"$(id -un)\"";
+  EXPECT_THAT(RunShell(command).output,
+              HasSubstr("\nEnvironment      no variable of OpenSSL is set, as in this process\n"));
+}
+
 TEST_F(OpensslDoctor, AnyoneMayNameThemselves) {
   const Result result = ExamineAsUser("--user \"$(id -un)\"");
   EXPECT_EQ(0, result.status) << result.errors;
@@ -201,6 +241,7 @@ TEST_F(OpensslDoctor, ReportsInJson) {
             json::parse(drawn.output));
   const Result failed = Examine("--json", "FAKE_DRAW=fail");
   EXPECT_EQ("failed", json::parse(failed.output).at("result"));
+  EXPECT_EQ(json(), json::parse(failed.output).at("generator"));
   Change("random = RNGAGGREGATOR", "");
   const Result elsewhere = Examine("--json --user \"$(id -un)\"");
   EXPECT_EQ("drawn-elsewhere", json::parse(elsewhere.output).at("result"));
@@ -210,12 +251,35 @@ TEST_F(OpensslDoctor, ReportsInJson) {
   }
 }
 
+// What is not UTF-8 is replaced.
 TEST_F(OpensslDoctor, ReportsEveryVariableThatOpensslReads) {
-  const Result result = Examine(
-      "--json", "OPENSSL_ENGINES=/e OPENSSL_MODULES=/m OPENSSL_CONF_INCLUDE=/i OPENSSL_OTHER=/o");
+  const Result result =
+      Examine("--json",
+              "OPENSSL_ENGINES=/e\xFF OPENSSL_MODULES=/m OPENSSL_CONF_INCLUDE=/i OPENSSL_OTHER=/o");
   EXPECT_EQ(json({"OPENSSL_CONF=" + File(), "OPENSSL_CONF_INCLUDE=/i", "OPENSSL_MODULES=/m",
-                  "OPENSSL_ENGINES=/e"}),
+                  "OPENSSL_ENGINES=/e\uFFFD"}),
             json::parse(result.output).at("environment"));
+}
+
+TEST_F(OpensslDoctor, ColoursTheResultOnATerminal) {
+  const auto lineOnTerminal = [](const std::string& environment) {  // script(1) makes one
+    const std::string output =
+        RunShell("OPENSSL_CONF=" + File() + " script -qec '" + environment + " " + Rngctl() +
+                 " doctor --openssl' " + TreePath("typescript"))
+            .output;
+    const std::size_t begin = output.find("\nDraw ");
+    return output.substr(begin, output.find('\n', begin + 1) - begin);
+  };
+  EXPECT_THAT(lineOnTerminal("NO_COLOR="),
+              HasSubstr(" \033[32mfrom Rutoken 3A7F, through rngaggregator\033[0m"));
+  EXPECT_THAT(lineOnTerminal("NO_COLOR=1"), Not(HasSubstr("\033")));
+  EXPECT_THAT(lineOnTerminal("NO_COLOR= FAKE_DRAW=fail"),
+              HasSubstr(" \033[31mfailed: The token is gone"));
+  Change("config_diagnostics = 1", "");
+  EXPECT_THAT(lineOnTerminal("NO_COLOR="), HasSubstr(" \033[33mfrom Rutoken 3A7F"));
+  Change("random = RNGAGGREGATOR", "");
+  EXPECT_THAT(lineOnTerminal("NO_COLOR="),
+              HasSubstr(" \033[31mfrom CTR-DRBG of the provider default: "));
 }
 
 // The fake draws only this byte.

@@ -7,6 +7,16 @@ using testing::StartsWith;
 
 namespace fs = std::filesystem;
 
+namespace {
+
+std::string AdviseStart() {
+  return "Write \"openssl_conf = rngaggregator_init\" before the first section of " +
+         TreePath("openssl.cnf") +
+         ". If it includes " RNG_OPENSSL_CONFIGURATION ", make that its first line instead.";
+}
+
+}  // namespace
+
 // --- Why it is not ours
 
 TEST_F(OpensslDoctor, FindsAFileThatIsMissingOrNotRead) {
@@ -14,6 +24,10 @@ TEST_F(OpensslDoctor, FindsAFileThatIsMissingOrNotRead) {
   ExpectElsewhere(File() + " does not exist", "Correct the variable OPENSSL_CONF.");
   fs::create_directory(File());
   ExpectElsewhere(File() + " is a directory", "Replace it with a file.");
+  fs::remove(File());
+  WriteFile(File(), good);
+  ExpectFault(Examine("", "OPENSSL_CONF=" + File() + "/below"),
+              kElsewhere + File() + "/below does not exist", "Correct the variable OPENSSL_CONF.");
   ExpectFault(Examine("", "OPENSSL_CONF="),
               std::string(kElsewhere) + "OPENSSL_CONF is empty, so OpenSSL reads no configuration",
               "Unset the variable, or set it to the path of a configuration.");
@@ -49,32 +63,44 @@ TEST_F(OpensslDoctor, FindsASyntaxErrorWithItsLine) {
   EXPECT_THAT(result.output, HasSubstr("\nFix: Correct line 3 of " + File() + ".\n"));
 }
 
+// OpenSSL reports a missing file to include, but continues.
+TEST_F(OpensslDoctor, AMissingIncludedFileIsNotTheFault) {
+  const std::string include = ".include " + TreePath("gone") + "\n";
+  WriteFile(File(), include + good);
+  EXPECT_EQ(0, Examine().status);
+  WriteFile(File(), include + "[c\n" + good);
+  EXPECT_THAT(Examine().errors,
+              StartsWith(kElsewhere + ("OpenSSL cannot read line 2 of " + File()) +
+                         ": missing close square bracket"));
+}
+
 TEST_F(OpensslDoctor, FindsAFileThatChoosesNothing) {
   WriteFile(File(), "[a]\nb = c\n");
-  ExpectElsewhere(File() + " has no line \"openssl_conf\" before its first section",
-                  "Make \".include ");
+  ExpectElsewhere(
+      File() + " has no line \"openssl_conf\" before its first section",
+      "Make \".include " RNG_OPENSSL_CONFIGURATION "\" the first line of " + File() +
+          ", and remove its own line \"openssl_conf\". See openssl-provider-rngaggregator(7).");
 }
 
 TEST_F(OpensslDoctor, FindsALaterLineThatReplacesOurs) {
   WriteFile(File(),
             good + "\nopenssl_conf = o\n[o]\nproviders = p\n[p]\ndefault = d\n[d]\nactivate = 1\n");
   ExpectElsewhere("the section [o] of " + File() + " has no line \"random\"",
-                  "Remove the line \"openssl_conf\" of " + File());
+                  "Remove the line \"openssl_conf\" of " + File() +
+                      ", which replaces the one of " RNG_OPENSSL_CONFIGURATION ".");
 }
 
 TEST_F(OpensslDoctor, FindsOursWithoutTheLineThatStartsIt) {
   const std::string problem = File() + " has no line \"openssl_conf\" before its first section";
-  const std::string fix =
-      "Write \"openssl_conf = rngaggregator_init\" before the first section of " + File();
   Change("openssl_conf = rngaggregator_init", "");
-  ExpectElsewhere(problem, fix);
+  ExpectElsewhere(problem, AdviseStart());
   WriteFile(TreePath("ours.cnf"), good);
   WriteFile(File(), "[a]\nb = c\n.include " + TreePath("ours.cnf") + "\n");
-  ExpectElsewhere(problem, fix);
+  ExpectElsewhere(problem, AdviseStart());
 }
 
 TEST_F(OpensslDoctor, FindsMissingSectionsAndLines) {
-  const std::string fix = "Restore it as it is in ";
+  const std::string fix = "Restore it as it is in " RNG_OPENSSL_CONFIGURATION ".";
   Change("[rngaggregator_init]", "[other]");
   ExpectElsewhere(File() + " has no section [rngaggregator_init], which \"openssl_conf\" names",
                   fix);
@@ -97,13 +123,14 @@ TEST_F(OpensslDoctor, FindsABrokenSectionBeforeOurs) {
   Change("random = rngaggregator_random", "alg_section = absent\nrandom = rngaggregator_random");
   ExpectElsewhere(
       "OpenSSL stops at the line \"alg_section\" in [rngaggregator_init]: error loading section",
-      "Correct it, or move the line \"random\" before it.");
+      "Correct it, or move the line \"random\" before it. OpenSSL ignores what follows.");
 }
 
 // --- Why there are no bytes
 
 TEST_F(OpensslDoctor, FindsWhatKeepsTheModuleFromBeingLoaded) {
-  const std::string install = "Install the package openssl-provider-rngaggregator";
+  const std::string install =
+      "Install the package openssl-provider-rngaggregator, or correct the path of the module.";
   const std::string reinstall = "Reinstall the package openssl-provider-rngaggregator.";
   WriteFile(Module(), "not a library");
   EXPECT_THAT(Examine().errors,
@@ -123,15 +150,16 @@ TEST_F(OpensslDoctor, FindsWhatKeepsTheModuleFromBeingLoaded) {
 TEST_F(OpensslDoctor, FindsAProviderThatIsNotChosen) {
   const std::string section = "the section [rngaggregator_init] of " + File();
   Change("providers = rngaggregator_providers", "");
-  ExpectNoBytes(section + " has no line \"providers\"", "Add \"providers = SECTION\"");
+  ExpectNoBytes(section + " has no line \"providers\"",
+                "Add \"providers = SECTION\", and that section with a line \"rngaggregator\".");
   Change("rngaggregator = rngaggregator_provider", "");
   ExpectNoBytes(
       "the section [rngaggregator_providers] of " + File() + " does not name the provider",
-      "Add \"rngaggregator = SECTION\"");
+      "Add \"rngaggregator = SECTION\", and that section with the path of the module.");
   Change("[rngaggregator_provider]", "[other]");
   ExpectNoBytes(
       File() + " has no section [rngaggregator_provider], which [rngaggregator_providers] names",
-      "Add that section");
+      "Add that section, with the path of the module.");
   Change("activate = 1", "");
   ExpectNoBytes(
       "the section [rngaggregator_provider] of " + File() + " does not activate the provider",
@@ -144,7 +172,10 @@ TEST_F(OpensslDoctor, WarnsOfWhatCouldMakeProgramsDrawElsewhere) {
   Change("config_diagnostics = 1", "config_diagnostics = 0");
   Result result = Examine();
   EXPECT_EQ(0, result.status);
-  const std::string warning = "\nWarning: The configuration has no line \"config_diagnostics = 1\"";
+  const std::string warning =
+      "\nWarning: The configuration has no line \"config_diagnostics = 1\" before its first "
+      "section. "
+      "Without it, no program notices when OpenSSL cannot apply a part of the configuration.\n";
   EXPECT_THAT(result.output, HasSubstr(warning));
   EXPECT_THAT(Examine("", "FAKE_DRAW=fail").output, HasSubstr(warning));
   Change("random = rngaggregator_random\nproviders = rngaggregator_providers",
@@ -153,27 +184,74 @@ TEST_F(OpensslDoctor, WarnsOfWhatCouldMakeProgramsDrawElsewhere) {
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(
       result.output,
-      HasSubstr("\nWarning: The line \"random\" is not the first in [rngaggregator_init]."));
+      HasSubstr("\nWarning: The line \"random\" is not the first in [rngaggregator_init]. If a "
+                "line before it fails, programs draw from OpenSSL's own generator.\n"));
 }
 
 TEST_F(OpensslDoctor, WarnsOfALineThatTheProviderIgnores) {
   Change("activate = 1", "activate = 1\nhardware_id = 3A7F");
   const Result result = Examine();
   EXPECT_EQ(0, result.status);
-  EXPECT_THAT(
-      result.output,
-      HasSubstr("\nWarning: The line \"hardware_id\" in [rngaggregator_provider] is ignored."));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nWarning: The line \"hardware_id\" in [rngaggregator_provider] is "
+                        "ignored. The provider reads \"kind\", \"hardware-id\" and \"from\".\n"));
 }
 
 TEST_F(OpensslDoctor, WarnsThatNoOtherProviderIsActive) {
   Change("[rngaggregator_default_provider]\nactivate = 1", "[rngaggregator_default_provider]");
   const Result result = Examine();
   EXPECT_EQ(0, result.status);
-  EXPECT_THAT(result.output, HasSubstr("\nWarning: No section that [rngaggregator_providers] names "
-                                       "activates another provider"));
+  EXPECT_THAT(result.output,
+              HasSubstr("\nWarning: No section that [rngaggregator_providers] names "
+                        "activates another provider, so programs have random bytes, but no ciphers "
+                        "and no keys. Add \"activate = 1\" to that of \"default\".\n"));
+}
+
+// In one section OpenSSL ignores what follows the last dot of a name, in the others what precedes the first one.
+TEST_F(OpensslDoctor, ReadsNumberedLinesAsOpensslDoes) {
+  std::string numbered = good;
+  for (const auto& [from, to] :
+       {std::pair("random = rngaggregator_random", "random.1 = rngaggregator_random"),
+        std::pair("providers = ", "providers.1 = "),
+        std::pair("rngaggregator = r", "1.rngaggregator = r"),
+        std::pair("default = r", "1.b.default = r"), std::pair("module = ", "1.module = "),
+        std::pair("activate = 1", "1.activate = 1\n2.kind = unixdev")}) {
+    numbered = Replaced(numbered, from, to);
+  }
+  WriteFile(File(), numbered);
+  const Result drawn = Examine();
+  EXPECT_EQ(0, drawn.status) << drawn.errors;
+  EXPECT_THAT(drawn.output,
+              AllOf(HasSubstr("\nModule           " + Module() + "\n"), Not(HasSubstr("Warning"))));
+  fs::remove(Module());
+  ExpectNoBytes(
+      "the module " + Module() + " does not exist",
+      "Install the package openssl-provider-rngaggregator, or correct the path of the module.");
+}
+
+// OpenSSL reads neither of these lines.
+TEST_F(OpensslDoctor, ANumberInTheWrongPlaceMakesAnotherName) {
+  Change("openssl_conf = rngaggregator_init", "openssl_conf.1 = rngaggregator_init");
+  ExpectElsewhere(File() + " has no line \"openssl_conf\" before its first section", AdviseStart());
+  Change("random = rngaggregator_random", "random.a.1 = rngaggregator_random");
+  ExpectElsewhere("the section [rngaggregator_init] of " + File() + " has no line \"random\"",
+                  "Restore it as it is in " RNG_OPENSSL_CONFIGURATION ".");
+  Change("random = RNGAGGREGATOR", "random.1 = RNGAGGREGATOR");
+  ExpectElsewhere(
+      "the section [rngaggregator_random] of " + File() + " has no line \"random = RNGAGGREGATOR\"",
+      "Restore it as it is in " RNG_OPENSSL_CONFIGURATION ".");
+  for (const char* line : {"activate.1 = 1", "1.a.activate = 1"}) {
+    Change("activate = 1", line);
+    ExpectNoBytes(
+        "the section [rngaggregator_provider] of " + File() + " does not activate the provider",
+        "Add \"activate = 1\" to it.");
+  }
 }
 
 TEST_F(OpensslDoctor, WarnsOfNothingIfAllIsInOrder) {
-  WriteFile(File(), Replaced(good, "activate = 1", "activate = 1\nkind = unixdev"));
-  EXPECT_THAT(Examine().output, Not(HasSubstr("Warning")));
+  for (const char* lines :
+       {"kind = unixdev\nhardware-id = A1", "from = unixdev", "identity = mine\nsoft_load = 1"}) {
+    Change("activate = 1", std::string("activate = 1\n") + lines);
+    EXPECT_THAT(Examine().output, Not(HasSubstr("Warning"))) << lines;
+  }
 }

@@ -38,6 +38,15 @@ class OpensslDoctor : public InstalledTool {
   static std::string Module() { return TreePath("lib/ossl-modules/rngaggregator.so"); }
   static std::string Program() { return TreePath("libexec/rngaggregator/rng-openssl-draw"); }
 
+  // Instead of the fake.
+  static void InstallHelper() {
+    for (const std::string file :
+         {"libexec/rngaggregator/rng-openssl-draw", "lib/librngcombine.so.1"}) {
+      std::filesystem::copy_file(PROVIDER "/" + file, TreePath(file),
+                                 std::filesystem::copy_options::overwrite_existing);
+    }
+  }
+
   void Change(const std::string& from, const std::string& to) const {
     WriteFile(File(), Replaced(good, from, to));
   }
@@ -62,7 +71,7 @@ class OpensslDoctor : public InstalledTool {
                           const std::string& fix) {
     EXPECT_EQ(1, result.status);
     EXPECT_THAT(result.errors, testing::HasSubstr(sentence + ".\n"));
-    EXPECT_THAT(result.output, testing::HasSubstr("\nFix: " + fix));
+    EXPECT_THAT(result.output, testing::HasSubstr("\nFix: " + fix + '\n'));
   }
 
   // With another configuration: OpenSSL's own generator draws, for this reason.

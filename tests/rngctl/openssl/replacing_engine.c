@@ -1,12 +1,23 @@
-// An engine that replaces OpenSSL's random-number generator.
+// An engine that replaces OpenSSL's random-number generator. Its draws succeed, but leave an error like those of our
+// provider.
 
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include <openssl/engine.h>
+#include <openssl/err.h>
 #include <openssl/rand.h>
 #include <string.h>
 
+static ERR_STRING_DATA reasons[] = {{1, "no random bytes"}, {0, NULL}};
+
+static void LeaveError(void) {
+  const int library = ERR_get_next_error_library();
+  ERR_load_strings(library, reasons);
+  ERR_raise_data(library, 1, "The engine has tried twice.");
+}
+
 static int Fill(unsigned char* buffer, int size) {
+  LeaveError();
   memset(buffer, 7, (size_t)size);
   return 1;
 }

@@ -129,6 +129,15 @@ TEST_F(RngctlTest, ADrawWithoutEndCanBeInterrupted) {
   EXPECT_TRUE(fs::is_empty(TreePath("keys")));
 }
 
+// Nobody reads the pipe, so the program waits until it can write the rest.
+TEST_F(RngctlTest, AWaitForThePipeCanBeInterrupted) {
+  const std::string pipe = TreePath("pipe");
+  const Result result =
+      RunShell("mkfifo " + pipe + "; " + Rngctl() + " read unixdev -n 999999 --raw -o " + pipe +
+               " & { sleep 0.3; kill $!; wait $!; } 3<" + pipe);
+  EXPECT_EQ(128 + SIGTERM, result.status);
+}
+
 TEST_F(RngctlTest, AFileThatBecomesTooLargeLeavesNothing) {
   fs::create_directory(TreePath("keys"));
   const Result result = RunShell("ulimit -f 8; exec " + Rngctl() + " read unixdev -n 99999 -o " +
@@ -153,6 +162,18 @@ TEST_F(RngctlTest, SignalsThatEndNothingLeaveTheFile) {
       RunShell(Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") + " & until ls " +
                TreePath("keys/key.*") + "; do sleep 0.01; done >/dev/null 2>&1; " +
                "for signal in WINCH URG CONT CHLD; do kill -$signal $!; done; wait $!");
+  EXPECT_EQ(0, result.status) << result.errors;
+  EXPECT_EQ(10001U, ReadFile(TreePath("keys/key")).size());
+}
+
+// As under nohup. The first piece shows that the program has set its handlers.
+TEST_F(RngctlTest, AnIgnoredHangUpLeavesTheDraw) {
+  InstallPlugin("dsdr", "drawing/BeSlow");
+  fs::create_directory(TreePath("keys"));
+  const Result result =
+      RunShell("trap '' HUP; " + Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") +
+               " & until test -s " + TreePath("keys/key.*") +
+               "; do sleep 0.01; done 2>/dev/null; kill -HUP $!; wait $!");
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_EQ(10001U, ReadFile(TreePath("keys/key")).size());
 }
@@ -183,9 +204,21 @@ TEST_F(RngctlTest, WhatAPluginPrintsIsNotAmongTheBytes) {
   EXPECT_EQ("a message\n", result.errors);
 }
 
-TEST_F(RngctlTest, NoCoreIsWrittenWhileBytesAreDrawn) {
+TEST_F(RngctlTest, NoCoreIsLeftWhileBytesAreDrawn) {
   InstallPlugin("dsdr", "drawing/watches_memory");
+  InstallPlugin("biokbd", "drawing/watches_memory");
   EXPECT_EQ("0000\n", Run("read dsdr -n 2").output);
+  EXPECT_EQ("0000\n", Run("read biokbd -n 2").output);
+}
+
+TEST_F(RngctlTest, NoCoreIsLeftWhileBytesAreWritten) {
+  const std::string read = "LD_PRELOAD=" FAKE_LIBS_DIR "/needs_no_core.so " + Rngctl() + " read ";
+  for (const std::string arguments : {"unixdev -n 5000", "--from unixdev -n 5000",
+                                      "unixdev -n 5000 --record /dev/null -o /dev/null"}) {
+    const Result result = RunShell(read + arguments);
+    EXPECT_EQ(0, result.status) << arguments;
+    EXPECT_EQ("", result.errors);
+  }
 }
 
 TEST_F(RngctlTest, DrawnBytesAreWiped) {

@@ -120,6 +120,16 @@ TEST_F(RngctlTest, AGeneratorThatTurnsBadIsLeftOutFromThenOn) {
   EXPECT_THAT(result.errors, HasSubstr(" It was left out of some of the draws.\n"));
 }
 
+TEST_F(RngctlTest, AGeneratorThatFailedInBetweenIsNamedWithItsLastFailure) {
+  InstallPlugin("dsdr", "drawing/ThrowsTwice");
+  const Result result = Run("read --from dsdr,unixdev -n 20000 --need 1 --raw | wc -c");
+  EXPECT_EQ("20000\n", result.output);
+  EXPECT_EQ(
+      "rngctl: The generator \"dsdr\" threw an exception (draw 3 ?[2J?\xEF\xBF\xBD). It was left "
+      "out of some of the draws.\n",
+      result.errors);
+}
+
 TEST_F(RngctlTest, ANeedMustBePossible) {
   for (const char* need : {"0", "3", "18446744073709551615"}) {
     const Result result = Run(std::string("read --from unixdev,dsdr -n 8 --need ") + need);

@@ -27,12 +27,23 @@ TEST_F(RngctlTest, ReadsExactlyTheBytesOfTheGenerator) {
 
 TEST_F(RngctlTest, JoinsThePiecesOfALongDraw) {
   InstallPlugin("sobol");
-  const std::size_t size = 3 * 16384 * 2 + 1;
+  const std::size_t size = 3 * 16384 * 4 + 1;  // several of the largest pieces
   EXPECT_EQ(std::string(size, '\xA5'),
             Run("read sobol --unchecked --raw -n " + std::to_string(size)).output);
-  const Result result = RunShell(Rngctl() + " read sobol --unchecked --base64 -n " +
-                                 std::to_string(size) + " | base64 -d");
-  EXPECT_EQ(std::string(size, '\xA5'), result.output);
+  // As if it were encoded at once: padding may stand at the end alone.
+  std::string text;
+  for (std::size_t i = 0; i < size / 3; ++i) text += "paWl";
+  EXPECT_EQ(text + "pQ==\n",
+            Run("read sobol --unchecked --base64 -n " + std::to_string(size)).output);
+}
+
+TEST_F(RngctlTest, JoinsThePiecesOfALongDrawFromAUserOrSeveralGenerators) {
+  InstallPlugin("biokbd", "drawing/NeedsUser");
+  for (const std::string generators : {"biokbd", "--from unixdev", "--from unixdev,biokbd"}) {
+    const std::string text = Run("read " + generators + " -n 100000 --base64").output;
+    EXPECT_THAT(text, MatchesRegex("[A-Za-z0-9+/]+==\n")) << generators;
+    EXPECT_EQ(4 * 33334U + 1, text.size()) << generators;
+  }
 }
 
 // The second draw of that plug-in would fail.
@@ -123,6 +134,10 @@ TEST_F(RngctlTest, AnExceptionInADrawIsASentence) {
       "rngctl: A plug-in or the system failed: a fault of its own\n"
       "Run \"rngctl doctor\" to find out which.\n",
       named.errors);
+  const Result deceptive =
+      RunShell("RNG_THROW_IN_DRAW=1 RNG_THROW_CONTROLS=1 " + Rngctl() + " read dsdr -n 4");
+  EXPECT_THAT(deceptive.errors, StartsWith("rngctl: A plug-in or the system failed: "
+                                           "?[2Ja?fault\xEF\xBF\xBD\n"));
   const Result silent =
       RunShell("RNG_THROW_IN_DRAW=1 RNG_THROW_NULL=1 " + Rngctl() + " read dsdr -n 4");
   EXPECT_EQ(1, silent.status);

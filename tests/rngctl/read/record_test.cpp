@@ -4,6 +4,7 @@
 #include "tests/support/permissions.h"
 #include "tests/support/tree.h"
 
+#include <ctime>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -113,6 +114,55 @@ TEST_F(ReadRecord, CountsTheDrawsOfALongResult) {
   EXPECT_LT(1, draws);
   EXPECT_EQ(64 * draws, record.at("sources").at(0).at("bytes"));
   EXPECT_EQ(1, record.at("sources").at(1).at("draws"));
+}
+
+// Draws from it went on, so its failures would otherwise be forgotten.
+TEST_F(ReadRecord, KeepsTheLastFailureInPlainText) {
+  InstallPlugin("dsdr", "drawing/ThrowsTwice");
+  EXPECT_EQ(0, Record("--from dsdr,unixdev -n 20000 --need 1 -o " + TreePath("keys/key")).status);
+  Json expected = Source("dsdr", 3, 192);
+  expected["failure"] = "The generator \"dsdr\" threw an exception (draw 3 \033[2J\u202E\uFFFD).";
+  EXPECT_EQ(expected, ParseRecord().at("sources").at(0));
+  const std::string text = ReadFile(RecordPath());
+  EXPECT_EQ(5, ParseRecord().at("draws"));
+  EXPECT_THAT(text, HasSubstr("(draw 3 \\u001b[2J\\u202e\xEF\xBF\xBD)"));
+}
+
+TEST_F(ReadRecord, HasTheTimeInUtc) {
+  const std::time_t before = std::time(nullptr);
+  EXPECT_EQ(
+      0,
+      RunShell("TZ=AAA-11:30 " + Rngctl() + " read unixdev -n 8 --record " + RecordPath()).status);
+  const std::string text = ParseRecord().at("time");
+  std::tm parts = {};
+  const char* const end = ::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+  ASSERT_TRUE(end && *end == '\0') << text;
+  EXPECT_LE(before, ::timegm(&parts));
+  EXPECT_LE(::timegm(&parts), std::time(nullptr));
+}
+
+TEST_F(ReadRecord, MayBeLong) {
+  InstallPlugin("dsdr", "drawing/LongTexts");
+  EXPECT_EQ(0, Record("dsdr -n 8").status);
+  EXPECT_EQ(std::string(1000000, 'x'), ParseRecord().at("sources").at(0).at("device"));
+}
+
+// Pieces of 768 and 1536 bytes; the second takes long, so the third is not larger.
+TEST_F(ReadRecord, ShowsThatPiecesGrowUnlessTheyTakeLong) {
+  InstallPlugin("dsdr", "drawing/BeSlow");
+  EXPECT_EQ(0, Record("dsdr -n 5000").status);
+  EXPECT_LE(4, ParseRecord().at("draws"));
+  EXPECT_EQ(0, Record("unixdev -n 100000 -o " + TreePath("keys/key")).status);
+  EXPECT_GT(65, ParseRecord().at("draws"));  // 131 of the first size
+}
+
+// There is no result of which a generator could have been left out.
+TEST_F(ReadRecord, WithoutItNothingIsSaidAboutTheGenerators) {
+  InstallPlugin("dsdr", "drawing/ReplacesItself");
+  fs::copy_file(FakePlugin("dsdr", "stub"), TreePath("lib/librngdsdr.so.new"));
+  const Result result = Record("--from dsdr,unixdev,sobol --need 2 -n 8");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, StartsWith("rngctl: The draw cannot be recorded"));
 }
 
 // An old record stays. That no new one appears is tested with the failures of combinations.

@@ -11,6 +11,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// A host and the doctor see nothing of what these do.
+constexpr char kInChild[] = "in_child/";
+
 // The kinds for which each folder has a plug-in; the folder is named relative to all.
 std::map<std::string, std::vector<std::string>> KindsByVariant() {
   std::map<std::string, std::string> kinds;  // by library file
@@ -81,7 +84,7 @@ Situation WithAll(const std::string& variant, const std::vector<std::string>& ki
 std::vector<Situation> FakePluginSituations() {
   std::vector<Situation> situations;
   for (const auto& [variant, kinds] : KindsByVariant()) {
-    if (kNotHere.contains(variant)) continue;
+    if (kNotHere.contains(variant) || variant.starts_with(kInChild)) continue;
     situations.push_back(WithAll(variant, kinds, "refusing"));
     if (kinds.size() > 1) situations.push_back(WithAll(variant, kinds, "whole"));
   }

@@ -14,6 +14,8 @@ std::string LikenessOf(const std::string& text) { return FindLikeness(text, kKin
 TEST(FindLikeness, IgnoresUpperAndLowerCase) {
   EXPECT_EQ("unixdev", LikenessOf("UnixDev"));
   EXPECT_EQ("JacartaGost", LikenessOf("jacartagost"));
+  EXPECT_EQ("AZ", FindLikeness("az", {"AZ"}));
+  EXPECT_EQ("", FindLikeness("@[", {"`{"}));  // beside the letters
 }
 
 TEST(FindLikeness, FindsAMisspeltName) {
@@ -25,9 +27,10 @@ TEST(FindLikeness, FindsAMisspeltName) {
 }
 
 TEST(FindLikeness, FindsNothingForWhatIsFarFromEveryName) {
-  for (const std::string& text : {std::string(), std::string("x"), std::string("dr"),
-                                  std::string("dddd"), std::string("device"), std::string("unix"),
-                                  std::string("drds"), std::string(100000, 'u')}) {
+  for (const std::string& text :
+       {std::string(), std::string("x"), std::string("dr"), std::string("dddd"),
+        std::string("device"), std::string("unix"), std::string("drds"), std::string("my-dsdr"),
+        std::string("dsdr-12"), std::string(100000, 'u')}) {
     EXPECT_EQ("", LikenessOf(text)) << text.substr(0, 20);
   }
 }

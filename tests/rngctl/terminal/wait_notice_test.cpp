@@ -1,5 +1,6 @@
 #include "tools/rngctl/terminal/wait_notice.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <unistd.h>
@@ -48,4 +49,32 @@ TEST(WaitNotice, StandsBelowWhatIsPrintedMeanwhile) {
     EXPECT_EQ("\r\033[Ka question\r\nof two lines\r\nwaiting", terminal.ReadUntil("waiting"));
   }
   EXPECT_EQ("\r\033[K", terminal.ReadUntil("K"));
+}
+
+TEST(WaitNotice, IsNotShownForAMoment) {
+  const ErrorTerminal terminal;
+  {
+    const WaitNotice notice("waiting");
+    ::usleep(100'000);
+  }
+  std::fputs("end", stderr);
+  EXPECT_EQ("end", terminal.ReadUntil("end"));
+}
+
+TEST(WaitNotice, IsNotShownElsewhereThanOnATerminal) {
+  int ends[2];
+  ASSERT_EQ(0, ::pipe(ends));
+  const int before = ::dup(STDERR_FILENO);
+  ::dup2(ends[1], STDERR_FILENO);
+  {
+    WaitNotice notice("waiting");
+    ::usleep(1'200'000);
+    notice.PrintAbove("a question");
+  }
+  ::dup2(before, STDERR_FILENO);
+  for (const int descriptor : {before, ends[1]}) ::close(descriptor);
+  char printed[100] = "";
+  EXPECT_LT(0, ::read(ends[0], printed, sizeof printed - 1));
+  EXPECT_STREQ("a question\n", printed);
+  ::close(ends[0]);
 }

@@ -94,6 +94,11 @@ std::optional<std::string> OpenChannel(int descriptor) {
   return request;
 }
 
+bool IsHeard(int descriptor) {
+  char next;
+  return ::recv(descriptor, &next, sizeof next, MSG_PEEK | MSG_DONTWAIT) != 0;
+}
+
 void SendMessage(const std::string& bytes) { SendFrame(kMark, bytes); }
 
 void SendLastWords(const std::string& words) { SendFrame(kMarkOfLastWords, words); }

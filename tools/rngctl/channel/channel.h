@@ -22,6 +22,9 @@ std::string FindLastWords(const std::string& sent);
 /// request. Nothing when there is no parent that sent one.
 std::optional<std::string> OpenChannel(int descriptor);
 
+/// In a child: whether the parent still has its end.
+bool IsHeard(int descriptor);
+
 /// In a child: sends a message to the parent. Any thread; messages do not mix.
 void SendMessage(const std::string& bytes);
 

@@ -145,13 +145,13 @@ bool Output::MayBeShown() const {
 
 void Output::Write(const SecretBytes& bytes) {
   for (std::size_t done = 0; done < bytes.size();) {
+    // Asked each time, because a write that a signal ends after some of the bytes succeeds.
+    if (InterruptionWatch::Signal() != 0) throw Interrupted{InterruptionWatch::Signal(), {}};
     const ssize_t count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
     if (count >= 0) {
       done += static_cast<std::size_t>(count);
     } else if (errno != EINTR) {
       RefuseWith(errno);
-    } else if (InterruptionWatch::Signal() != 0) {
-      throw Interrupted{InterruptionWatch::Signal(), {}};
     }
   }
 }

@@ -13,8 +13,6 @@
 #include <cstdio>
 #include <cstring>
 #include <poll.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -223,13 +221,11 @@ std::string DescribeEnd(const ChildResult& result, std::chrono::seconds limit) {
 }
 
 std::string ReceiveRequest(int channel) {
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  const rlimit none = {0, 0};
-  ::setrlimit(RLIMIT_CORE, &none);
+  BecomeDependent();
   std::setvbuf(stdout, nullptr, _IONBF, 0);
-  if (const std::optional<std::string> request = OpenChannel(channel)) {
-    WatchTermination();
-    return *request;
-  }
-  throw Refusal(kWrongUsage, "This command is for rngctl itself.");
+  const std::optional<std::string> request = OpenChannel(channel);
+  if (!request) throw Refusal(kWrongUsage, "This command is for rngctl itself.");
+  if (!IsHeard(channel)) ::_exit(kNegativeAnswer);  // the parent had already ended
+  WatchTermination();
+  return *request;
 }

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -38,6 +39,12 @@ pid_t ParentOf(const std::string& process) {
 bool HasEnded(pid_t child) { return ::waitpid(child, nullptr, WNOHANG) != 0; }
 
 }  // namespace
+
+void BecomeDependent() {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  const rlimit none = {0, 0};
+  ::setrlimit(RLIMIT_CORE, &none);
+}
 
 void AdoptDescendants() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
 

@@ -6,6 +6,9 @@
 #include <sys/types.h>
 #include <vector>
 
+/// In a child, first of all: from now on it is killed when its parent ends, and a crash leaves no core file.
+void BecomeDependent();
+
 /// What a child leaves running when it ends becomes a child of this process, once this was called.
 void AdoptDescendants();
 

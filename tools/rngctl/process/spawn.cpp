@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <vector>
@@ -64,7 +65,7 @@ std::vector<std::string> ChildEnvironment(const std::string& libraryPath) {
   const std::string name = "LD_LIBRARY_PATH=";
   std::vector<std::string> result;
   for (char** entry = environ; *entry; ++entry) {
-    const bool isKept = libraryPath.empty() || std::strncmp(*entry, name.c_str(), name.size()) != 0;
+    const bool isKept = libraryPath.empty() || !std::string_view(*entry).starts_with(name);
     if (isKept) result.emplace_back(*entry);
   }
   if (!libraryPath.empty()) result.push_back(name + libraryPath);

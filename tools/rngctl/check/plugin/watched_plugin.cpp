@@ -62,6 +62,7 @@ bool WatchedPlugin::Make() {
   if (name.empty()) {
     throw EarlyEnd(Outcome::kNotExamined, "the factory is unknown; name it with --factory");
   }
+  BeginStep(Step::kFactory);  // the resolver of an indirect function is code of the plug-in
   auto* const factory = reinterpret_cast<RngFactory>(::dlsym(handle, name.c_str()));
   if (!factory) throw EarlyEnd(Outcome::kNotExamined, "there is no factory " + name);
   provider = Watch(Step::kFactory, factory);

@@ -21,7 +21,7 @@ void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
     const unsigned char fill = kFills[i % std::size(kFills)];
     const GuardedBuffer bytes = DrawBytes(plugin, size, fill);
     Require(bytes.IsIntactAround(),
-            "A draw of " + std::to_string(size) + " bytes writes outside the buffer.",
+            "A draw of " + Counted(size, "byte") + " writes outside the buffer.",
             "Write exactly as many bytes as requested.");
     for (std::size_t place = 0; place < size; ++place) {
       if (bytes.Data()[place] != fill) isWritten[place] = true;
@@ -29,7 +29,7 @@ void CheckFilling(WatchedPlugin& plugin, std::size_t size) {
   }
   const auto place = std::find(isWritten.begin(), isWritten.end(), false) - isWritten.begin();
   Require(place == static_cast<std::ptrdiff_t>(size),
-          "In " + std::to_string(kDraws) + " draws of " + std::to_string(size) + " bytes, byte " +
+          "In " + std::to_string(kDraws) + " draws of " + Counted(size, "byte") + ", byte " +
               std::to_string(place + 1) + " was never written.");
 }
 

@@ -50,8 +50,8 @@ void LeaveOutWhatOthersCheck(const PluginFile& file, const ProcessSnapshot& befo
   after.standardStreams = before.standardStreams;
   for (auto& [signal, action] : after.actions) {
     const SignalAction& then = before.actions.at(signal);
-    const bool isHandler = !action.place.empty();
-    if (isHandler && action.handler != then.handler && IsInside(action.handler, file.path)) {
+    if (!action.place.empty() && action.handler != then.handler &&
+        IsInside(action.handler, file.path)) {
       action = then;
     }
   }

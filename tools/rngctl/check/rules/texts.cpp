@@ -1,4 +1,5 @@
 #include "tools/rngctl/check/plugin/guarded_buffer.h"
+#include "tools/rngctl/check/plugin/guarded_text.h"
 #include "tools/rngctl/check/rules/rules.h"
 #include "tools/rngctl/devices/device_report.h"
 #include "tools/rngctl/loader/elf_facts.h"
@@ -10,9 +11,6 @@
 
 namespace {
 
-using TextOperation = std::int32_t (WatchedPlugin::*)(char* buffer);
-
-constexpr std::int32_t kLargestText = 1 << 20;
 constexpr std::size_t kLongestName = kRngNameSize - 1;
 
 std::string Bytes(std::int32_t count) { return std::to_string(count) + " bytes"; }

@@ -4,6 +4,8 @@
 #include "tools/rngctl/doctor/openssl/draw.h"
 #include "tools/rngctl/doctor/openssl/user.h"
 #include "tools/rngctl/process/child.h"
+#include "tools/rngctl/refusal.h"
+#include "tools/rngctl/settings/settings_file.h"
 
 #include <unistd.h>
 
@@ -11,7 +13,6 @@ namespace {
 
 void Draw(const std::string& user) {
   OpensslDraw answer;
-  Send(answer);
   answer.refusal = BecomeUser(user);
   if (answer.refusal.empty()) {
     answer.step = OpensslStep::kDraw;
@@ -23,9 +24,24 @@ void Draw(const std::string& user) {
   Send(answer);
 }
 
+// The library treats a file that it cannot read like one that configures nothing.
+void ReadSettings(OpensslConfiguration& answer) try {
+  const std::string file = FindSettingsFile();
+  if (file.empty() || !MayExist(file)) return;
+  const ReadingFault fault = FindReadingFault(file);
+  if (fault.problem.empty()) return;
+  answer.settingsProblem = "it is unknown which default is configured: " + file +
+                           " cannot be read (" + fault.problem + ")";
+  answer.settingsFix = fault.fix;
+} catch (const Refusal&) {
+  return;  // the known-path service fails, so the draw has reported more than a missing default
+}
+
 void Read(const OpensslQuestion& question) {
   if (!BecomeUser(question.user).empty()) return;  // the draw has reported that
-  Send(ReadOpensslConfiguration(question.isInOrder));
+  OpensslConfiguration answer = ReadOpensslConfiguration(question.isInOrder);
+  if (question.hasNoDefault) ReadSettings(answer);
+  Send(answer);
 }
 
 }  // namespace

@@ -13,10 +13,11 @@ constexpr OpensslSubject LastOf(OpensslSubject) { return OpensslSubject::kConfig
 
 struct OpensslQuestion {
   OpensslSubject subject;
-  std::string user;       ///< whose programs draw; empty: this user's
-  bool isInOrder = true;  ///< for the configuration: only warnings are wanted
+  std::string user;           ///< whose programs draw; empty: this user's
+  bool isInOrder = true;      ///< for the configuration: only warnings are wanted
+  bool hasNoDefault = false;  ///< the draw has found no default generator
 };
-RNGCTL_MESSAGE(OpensslQuestion, subject, user, isInOrder)
+RNGCTL_MESSAGE(OpensslQuestion, subject, user, isInOrder, hasNoDefault)
 
 enum class OpensslStep { kUser, kDraw, kEnd };
 constexpr OpensslStep LastOf(OpensslStep) { return OpensslStep::kEnd; }
@@ -33,8 +34,9 @@ struct OpensslDraw {
   std::string algorithm = {};  ///< of OpenSSL's random-number generator
   std::string provider = {};   ///< of that algorithm
   std::string generator = {};  ///< which of ours made the draw: "Rutoken 3A7F"
-  std::string reason = {};     ///< why our provider failed, in a sentence
-  std::string error = {};      ///< the first error of OpenSSL
+  // Of a draw that failed:
+  std::string reason = {};  ///< why our provider failed, in a sentence
+  std::string error = {};   ///< the first error of OpenSSL
 };
 RNGCTL_MESSAGE(OpensslDraw, step, refusal, environment, file, isDrawn, isReplaced, algorithm,
                provider, generator, reason, error)
@@ -45,7 +47,10 @@ struct OpensslConfiguration {
   std::string problem = {};  ///< why programs do not draw from our provider
   std::string fix = {};
   std::vector<std::string> warnings = {};
+  std::string settingsProblem = {};  ///< why the default generator is unknown
+  std::string settingsFix = {};
 };
-RNGCTL_MESSAGE(OpensslConfiguration, isRead, module, problem, fix, warnings)
+RNGCTL_MESSAGE(OpensslConfiguration, isRead, module, problem, fix, warnings, settingsProblem,
+               settingsFix)
 
 #endif

@@ -14,6 +14,9 @@ namespace {
 
 using Limit = std::chrono::seconds;
 
+// How the provider's reason begins, whether the settings configure nothing or cannot be read.
+constexpr char kNoDefault[] = "No default generator is configured";
+
 ChildResult Ask(const OpensslQuestion& question, Limit limit) {
   const WaitNotice notice("Waiting for a draw by OpenSSL, at most " +
                           std::to_string(limit.count()) + " s");
@@ -54,7 +57,9 @@ void PutReason(OpensslReport& report, const std::string& reason) {
 
 void PutConfiguration(OpensslReport& report, const OpensslDraw& draw, Limit limit) {
   const bool isInOrder = IsOurs(draw) || !draw.reason.empty();
-  const ChildResult result = Ask({OpensslSubject::kConfiguration, report.user, isInOrder}, limit);
+  const bool hasNoDefault = draw.reason.starts_with(kNoDefault);
+  const ChildResult result =
+      Ask({OpensslSubject::kConfiguration, report.user, isInOrder, hasNoDefault}, limit);
   const auto answer = result.Last<OpensslConfiguration>();
   if (!answer) {
     report.warnings.push_back("The process that reads the configuration " +
@@ -63,6 +68,10 @@ void PutConfiguration(OpensslReport& report, const OpensslDraw& draw, Limit limi
   }
   report.module = answer->module;
   report.warnings = answer->warnings;
+  if (!answer->settingsProblem.empty()) {
+    report.problem = answer->settingsProblem;
+    report.fix = answer->settingsFix;
+  }
   if (!report.problem.empty()) return;
   report.problem = answer->problem;
   report.fix = answer->fix;
@@ -98,7 +107,7 @@ OpensslReport Examine(const std::string& user, Limit limit) {
     report.problem = "an engine replaces OpenSSL's random-number generator";
     report.fix = "Remove the engine from the configuration.";
   }
-  if (!draw.isDrawn && !draw.reason.empty()) PutReason(report, draw.reason);
+  if (!draw.reason.empty()) PutReason(report, draw.reason);
   PutConfiguration(report, draw, limit);
   PutRest(report, draw);
   return report;

@@ -1,6 +1,5 @@
 #include "tools/rngctl/doctor/permissions/rights.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <sys/xattr.h>
@@ -9,13 +8,12 @@ namespace {
 
 constexpr char kAclAttribute[] = "system.posix_acl_access";
 constexpr std::uint32_t kAclVersion = 2;
-constexpr std::size_t kMostAcl = 65536;  // the system stores no more in an attribute
 
 // A missing list and one that cannot be read look the same: the file system may know none.
 std::string ReadAttribute(const std::string& path) {
   const ssize_t size = ::lgetxattr(path.c_str(), kAclAttribute, nullptr, 0);
   if (size <= 0) return "";
-  std::string bytes(std::min(static_cast<std::size_t>(size), kMostAcl), '\0');
+  std::string bytes(static_cast<std::size_t>(size), '\0');
   const ssize_t got = ::lgetxattr(path.c_str(), kAclAttribute, bytes.data(), bytes.size());
   bytes.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
   return bytes;

@@ -1,5 +1,6 @@
 #include "tools/rngctl/process/forked/forked_process.h"
 
+#include "tools/rngctl/process/descendants.h"
 #include "tools/rngctl/refusal.h"
 
 #include <algorithm>
@@ -51,7 +52,7 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
 // The callers on the stack are copies of the parent's, so their destructors must not run here.
 [[noreturn]] void RunChild(pid_t parent, int socket, const Suspects& suspects,
                            const ForkedProcess::Work& work) noexcept {
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  BecomeDependent();
   if (::getppid() != parent) std::_Exit(kNegativeAnswer);
   ::dup2(STDERR_FILENO, STDOUT_FILENO);
   try {

@@ -39,7 +39,7 @@ std::string FindRandomProblem(const OpensslSections& sections, const std::string
   if (!sections.Has(*start)) {
     return file + " has no section [" + *start + "], which \"openssl_conf\" names";
   }
-  const auto random = sections.Find(*start, kRandomName);
+  const auto random = sections.Find(*start, kRandomName, OpensslSections::Naming::kSuffix);
   if (!random) return InSection(*start, file) + " has no line \"random\"";
   if (!sections.Has(*random)) {
     return file + " has no section [" + *random + "], which [" + *start + "] names";
@@ -104,7 +104,8 @@ std::vector<std::string> FindWarnings(const OpensslSections& sections, const std
         "notices when OpenSSL cannot apply a part of the configuration.");
   }
   const auto lines = sections.Lines(start);
-  if (!lines.empty() && lines[0].name.substr(0, lines[0].name.rfind('.')) != kRandomName) {
+  if (!lines.empty() &&
+      OpensslSections::Bare(lines[0].name, OpensslSections::Naming::kSuffix) != kRandomName) {
     warnings.push_back("The line \"random\" is not the first in [" + start +
                        "]. If a line before it fails, programs draw from OpenSSL's own generator.");
   }

@@ -10,6 +10,8 @@
 
 namespace {
 
+using Naming = OpensslSections::Naming;
+
 constexpr char kProvider[] = "rngaggregator";
 constexpr char kModule[] = "/rngaggregator.so";
 constexpr char kInstall[] =
@@ -35,11 +37,12 @@ std::string CompletePath(const std::string& module) {
 
 // The provider may have another name if its section names the module.
 std::optional<Entry> FindEntry(const OpensslSections& sections, const std::string& start) {
-  const auto providers = sections.Find(start, "providers");
+  const auto providers = sections.Find(start, "providers", Naming::kSuffix);
   if (!providers) return std::nullopt;
   for (const auto& [line, section] : sections.Lines(*providers)) {
-    const std::string name = line.substr(line.find('.') + 1);  // a prefix is not part of it
-    const std::string module = sections.Find(section, "module").value_or(name + ".so");
+    const std::string name = OpensslSections::Bare(line, Naming::kPrefix);
+    const std::string module =
+        sections.Find(section, "module", Naming::kPrefix).value_or(name + ".so");
     if (name != kProvider && !module.ends_with(kModule)) continue;
     return Entry{section, CompletePath(module)};
   }
@@ -60,7 +63,7 @@ bool ActivatesAnother(const OpensslSections& sections, const std::string& provid
                       const std::string& ours) {
   const auto lines = sections.Lines(providers);
   return std::any_of(lines.begin(), lines.end(), [&](const OpensslSections::Line& line) {
-    return line.value != ours && sections.Find(line.value, "activate");
+    return line.value != ours && sections.Find(line.value, "activate", Naming::kPrefix);
   });
 }
 
@@ -73,7 +76,7 @@ std::string FindModule(const OpensslSections& sections, const std::string& start
 
 OpensslFault FindProviderFault(const OpensslSections& sections, const std::string& start,
                                const std::string& file) {
-  const auto providers = sections.Find(start, "providers");
+  const auto providers = sections.Find(start, "providers", Naming::kSuffix);
   if (!providers) {
     return {"the section [" + start + "] of " + file + " has no line \"providers\"",
             "Add \"providers = SECTION\", and that section with a line \"rngaggregator\"."};
@@ -89,7 +92,7 @@ OpensslFault FindProviderFault(const OpensslSections& sections, const std::strin
   }
   OpensslFault module = FindModuleFault(entry->module);
   if (!module.problem.empty()) return module;
-  if (sections.Find(entry->section, "activate")) return {};
+  if (sections.Find(entry->section, "activate", Naming::kPrefix)) return {};
   return {"the section [" + entry->section + "] of " + file + " does not activate the provider",
           "Add \"activate = 1\" to it."};
 }
@@ -100,12 +103,12 @@ std::vector<std::string> FindProviderWarnings(const OpensslSections& sections,
   const auto entry = FindEntry(sections, start);
   if (!entry) return warnings;
   for (const auto& [line, value] : sections.Lines(entry->section)) {
-    const std::string name = line.substr(line.find('.') + 1);
+    const std::string name = OpensslSections::Bare(line, Naming::kPrefix);
     if (std::find(kKnownLines.begin(), kKnownLines.end(), name) != kKnownLines.end()) continue;
     warnings.push_back("The line \"" + line + "\" in [" + entry->section +
                        "] is ignored. The provider reads \"kind\", \"hardware-id\" and \"from\".");
   }
-  const std::string providers = sections.Find(start, "providers").value_or("");
+  const std::string providers = sections.Find(start, "providers", Naming::kSuffix).value_or("");
   if (!ActivatesAnother(sections, providers, entry->section)) {
     warnings.push_back("No section that [" + providers +
                        "] names activates another provider, so programs have random bytes, but "

@@ -46,7 +46,8 @@ OpensslFault OpensslSections::Load(const std::string& file) {
   ERR_clear_error();
   if (NCONF_load(configuration.get(), file.c_str(), &line) > 0) return {};
   const std::vector<Error> errors = TakeErrors();
-  const std::string reason = errors.empty() ? "unknown error" : Describe(errors[0]);
+  // Earlier errors, such as a missing file to include, did not stop it.
+  const std::string reason = errors.empty() ? "unknown error" : Describe(errors.back());
   const std::string place = line > 0 ? "line " + std::to_string(line) + " of " + file : file;
   return {"OpenSSL cannot read " + place + ": " + reason, "Correct " + place + '.'};
 }
@@ -66,10 +67,15 @@ std::vector<OpensslSections::Line> OpensslSections::Lines(const std::string& sec
   return lines;
 }
 
+std::string OpensslSections::Bare(const std::string& name, Naming naming) {
+  if (naming == Naming::kSuffix) return name.substr(0, name.rfind('.'));
+  return naming == Naming::kPrefix ? name.substr(name.find('.') + 1) : name;
+}
+
 std::optional<std::string> OpensslSections::Find(const std::string& section,
-                                                 const std::string& name) const {
+                                                 const std::string& name, Naming naming) const {
   for (const Line& line : Lines(section)) {
-    if (line.name.substr(0, line.name.rfind('.')) == name) return line.value;
+    if (Bare(line.name, naming) == name) return line.value;
   }
   return std::nullopt;
 }

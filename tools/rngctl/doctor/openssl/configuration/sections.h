@@ -21,6 +21,14 @@ class OpensslSections {
     std::string value;
   };
 
+  /// How OpenSSL tells several lines with the same name apart, which depends on the section.
+  enum class Naming {
+    kWhole,   ///< not at all
+    kSuffix,  ///< "random.1" counts as "random"
+    kPrefix   ///< "1.module" counts as "module"
+  };
+  static std::string Bare(const std::string& name, Naming naming);
+
   /// Reads the file. Returns what keeps OpenSSL from reading it.
   OpensslFault Load(const std::string& file);
 
@@ -29,8 +37,9 @@ class OpensslSections {
   /// In the order of the file; none if there is no such section.
   std::vector<Line> Lines(const std::string& section) const;
 
-  /// The value, without looking elsewhere if the section has none. A name may have a suffix, as in "random.1".
-  std::optional<std::string> Find(const std::string& section, const std::string& name) const;
+  /// The value, without looking elsewhere if the section has none.
+  std::optional<std::string> Find(const std::string& section, const std::string& name,
+                                  Naming naming = Naming::kWhole) const;
 
   /// Applies it as programs do, and returns the line that OpenSSL could not apply, with the reason as its value.
   /// Programs ignore the lines after that.

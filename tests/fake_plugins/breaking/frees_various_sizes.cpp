@@ -1,0 +1,23 @@
+// Breaks nothing; in one use of fifty it frees a block, of another size each time, which then fills up the thread's
+// cache of free blocks.
+
+#include "tests/fake_plugins/correct_rng.h"
+
+namespace {
+
+class FreesVariousSizesRng final : public CorrectRng {
+ public:
+  bool IsAvailable() override {
+    if (std::rand() % 50 == 0) {
+      // calloc takes no block from the cache.
+      void* const volatile block =
+          std::calloc(1, 24 + 16 * static_cast<std::size_t>(std::rand() % 64));
+      std::free(block);
+    }
+    return true;
+  }
+};
+
+}  // namespace
+
+EXPORT_RNG(FreesVariousSizesRng)
