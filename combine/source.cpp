@@ -78,7 +78,7 @@ SourceResult Source::DrawChecked(DrawPool& pool, SourceOutcome& outcome) {
 bool Source::ReportsItsName() const {
   const std::int32_t size = source.provider->GetName(nullptr);
   if (size <= 0 || size > kLongestName) return false;
-  std::string name(static_cast<std::size_t>(size), '\0');
+  std::string name(kLongestName, '\0');  // also if the name grows between the two calls
   if (source.provider->GetName(name.data()) != size) return false;
   return name.substr(0, name.find('\0')) == source.kind;
 }

@@ -13,6 +13,10 @@ using rng::SourceResult;
 using testing::Each;
 using testing::IsEmpty;
 
+struct NoText : std::exception {
+  const char* what() const noexcept override { return nullptr; }
+};
+
 constexpr std::size_t kCount = 3;
 const char* const kKinds[kCount] = {"unixdev", "dsdr", "Rutoken"};
 
@@ -84,6 +88,7 @@ const std::vector<Failure> kFailures = {
     {SourceResult::kThrew, Throws(std::runtime_error("the cable is loose")),
      " threw an exception (the cable is loose)."},
     {SourceResult::kThrew, Throws(std::bad_alloc()), " threw an exception (std::bad_alloc)."},
+    {SourceResult::kThrew, Throws(NoText()), " threw an exception."},
     {SourceResult::kThrew, Throws(7), " threw an exception."},
 };
 
@@ -106,7 +111,7 @@ std::vector<SourceResult> ResultsOf(const std::vector<SourceOutcome>& outcomes) 
 
 }  // namespace
 
-TEST(CombinedFailures, EachOfEachSourceEndsTheDraw) {
+TEST(CombinedDraw, FailsIfAnySourceFails) {
   for (const Failure& failure : kFailures) {
     for (std::size_t place = 0; place < kCount; ++place) {
       Sources sources;
@@ -126,7 +131,7 @@ TEST(CombinedFailures, EachOfEachSourceEndsTheDraw) {
   }
 }
 
-TEST(CombinedFailures, EachOfEachSourceIsLeftOutIfTheOthersAreEnough) {
+TEST(CombinedDraw, LeavesOutASourceThatFailsIfTheOthersAreEnough) {
   for (const Failure& failure : kFailures) {
     for (std::size_t place = 0; place < kCount; ++place) {
       Sources sources;
@@ -141,7 +146,7 @@ TEST(CombinedFailures, EachOfEachSourceIsLeftOutIfTheOthersAreEnough) {
   }
 }
 
-TEST(CombinedFailures, AnySubsetIsEnoughExactlyIfItIsAsLargeAsNeeded) {
+TEST(CombinedDraw, SucceedsIfAsManySourcesWorkAsAreNeeded) {
   for (unsigned works = 0; works < 1U << kCount; ++works) {
     for (std::size_t need = 1; need <= kCount; ++need) {
       Sources sources;
@@ -161,7 +166,7 @@ TEST(CombinedFailures, AnySubsetIsEnoughExactlyIfItIsAsLargeAsNeeded) {
   }
 }
 
-TEST(CombinedFailures, NoMoreSourcesAreAskedThanCanHelp) {
+TEST(CombinedDraw, AsksNoMoreSourcesOnceItMustFail) {
   Sources sources;
   sources.fakes[0].draw = sources.fakes[1].draw = [](unsigned char*, std::size_t) { return false; };
   rng::CombinedRng combined(sources.named, 2);
@@ -170,7 +175,7 @@ TEST(CombinedFailures, NoMoreSourcesAreAskedThanCanHelp) {
   EXPECT_THAT(sources.fakes[2].sizes, IsEmpty());
 }
 
-TEST(CombinedFailures, AnAlarmLastsUntilReset) {
+TEST(CombinedDraw, FailsAfterAnAlarmUntilReset) {
   Sources sources;
   const auto good = sources.fakes[1].draw;
   DrawsZeros(sources.fakes[1], sources.named[1]);
@@ -186,7 +191,7 @@ TEST(CombinedFailures, AnAlarmLastsUntilReset) {
   EXPECT_TRUE(combined.Generate(bytes.data(), bytes.size()));
 }
 
-TEST(CombinedFailures, OfADrawAreNotThoseOfTheNext) {
+TEST(CombinedDraw, SucceedsAfterOneThatFailed) {
   Sources sources;
   const auto good = sources.fakes[0].draw;
   sources.fakes[0].draw = [](unsigned char*, std::size_t) { return false; };
@@ -201,7 +206,7 @@ TEST(CombinedFailures, OfADrawAreNotThoseOfTheNext) {
   EXPECT_EQ("", Explain(outcomes[0]));
 }
 
-TEST(CombinedFailures, ADrawOfNothingSucceedsWithoutAskingAnySource) {
+TEST(CombinedDraw, OfZeroBytesAsksNoSource) {
   Sources sources;
   sources.fakes[0].draw = [](unsigned char*, std::size_t) { return false; };
   rng::CombinedRng combined(sources.named);

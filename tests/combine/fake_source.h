@@ -66,15 +66,24 @@ struct FakeSource final : SteadySource {
     sizes.push_back(size);
     return draw(static_cast<unsigned char*>(buffer), size);
   }
-  bool IsAvailable() override { return isAvailable; }
-  bool SelfTest() override { return passes; }
-  void Cancel() override { cancel(); }
-  std::uint32_t GetFlags() override { return flags; }
+  bool IsAvailable() override {
+    whenAsked();
+    return isAvailable;
+  }
+  bool SelfTest() override {
+    whenAsked();
+    return passes;
+  }
+  void Cancel() override { whenAsked(); }
+  std::uint32_t GetFlags() override {
+    whenAsked();
+    return flags;
+  }
   void SetSettings(IRngSettings*) override { ++startUpCalls; }
   void Release() override { ++startUpCalls; }
 
   std::function<bool(unsigned char*, std::size_t)> draw;
-  std::function<void()> cancel = [] {};
+  std::function<void()> whenAsked = [] {};  // by one of the four operations above
   bool acceptsDevices = true;
   bool isAvailable = true;
   bool passes = true;

@@ -18,7 +18,7 @@ struct Three {
 
 }  // namespace
 
-TEST(CombinedInputs, EachSourceChangesTheResult) {
+TEST(CombinedBytes, DependOnEverySource) {
   Three same;
   std::set<Bytes> results{DrawOf(same.Named())};
   for (FakeSource Three::*changed : {&Three::a, &Three::b, &Three::c}) {
@@ -36,7 +36,7 @@ TEST(CombinedInputs, EachSourceChangesTheResult) {
   EXPECT_EQ(0U, results.count(Bytes{}));
 }
 
-TEST(CombinedInputs, TheOrderIsPartOfThem) {
+TEST(CombinedBytes, DependOnTheOrderOfTheSources) {
   Three three;
   std::set<Bytes> results;
   std::vector<CombinedSource> named = three.Named();
@@ -47,7 +47,7 @@ TEST(CombinedInputs, TheOrderIsPartOfThem) {
 }
 
 // The same bytes in a row, if it were not for the lengths.
-TEST(CombinedInputs, LabelsAreNotMistakenForOneAnother) {
+TEST(CombinedBytes, DependOnWhereTheKindEndsAndTheDeviceBegins) {
   const auto draw = [](const char* kind, const char* device) {
     FakeSource source(kind);
     return DrawOf({source.Named(device)});
@@ -58,7 +58,7 @@ TEST(CombinedInputs, LabelsAreNotMistakenForOneAnother) {
   EXPECT_EQ(0U, results.count(Bytes{}));
 }
 
-TEST(CombinedInputs, TheSourcesThatAreLeftOutAreNotAmongThem) {
+TEST(CombinedBytes, DoNotDependOnASourceThatFailed) {
   Three three;
   three.b.draw = [](unsigned char* bytes, std::size_t size) {
     std::memset(bytes, 7, size);
@@ -71,7 +71,7 @@ TEST(CombinedInputs, TheSourcesThatAreLeftOutAreNotAmongThem) {
 }
 
 // With XOR the result would be zero, whatever the good source gives.
-TEST(CombinedInputs, ASourceThatCopiesAnotherDoesNotCancelIt) {
+TEST(CombinedBytes, StayRandomIfOneSourceCopiesAnother) {
   std::set<Bytes> results;
   for (unsigned seed = 1; seed <= 50; ++seed) {
     FakeSource good("unixdev", seed);
@@ -83,7 +83,7 @@ TEST(CombinedInputs, ASourceThatCopiesAnotherDoesNotCancelIt) {
   EXPECT_EQ(0U, results.count(Bytes(32)));
 }
 
-TEST(CombinedInputs, ASourceWithKnownBytesDoesNotDecide) {
+TEST(CombinedBytes, StayRandomIfTheBytesOfOneSourceAreKnown) {
   std::set<Bytes> results;
   FakeSource known("dsdr", 7);
   for (unsigned seed = 1; seed <= 50; ++seed) {
@@ -94,7 +94,7 @@ TEST(CombinedInputs, ASourceWithKnownBytesDoesNotDecide) {
   EXPECT_EQ(100U, results.size());
 }
 
-TEST(CombinedInputs, EverySourceGives64FreshBytesForEachDraw) {
+TEST(CombinedDraw, Takes64FreshBytesFromEachSource) {
   Three three;
   rng::CombinedRng combined(three.Named());
   Bytes bytes(100000);
@@ -105,7 +105,7 @@ TEST(CombinedInputs, EverySourceGives64FreshBytesForEachDraw) {
   }
 }
 
-TEST(CombinedInputs, TheDeviceIsSelectedForEachDraw) {
+TEST(CombinedDraw, SelectsTheDeviceEachTime) {
   Three three;
   rng::CombinedRng combined(three.Named());
   Bytes bytes(8);

@@ -44,7 +44,7 @@ int CountInMemory(unsigned seed) {
 
 }  // namespace
 
-TEST(CombinedMemory, KeepsNoBytesOfTheSources) {
+TEST(CombinedDraw, LeavesNoBytesOfTheSourcesInMemory) {
   Watched sources;
   rng::CombinedRng combined(sources.named);
   Bytes kept(64);
@@ -61,7 +61,7 @@ TEST(CombinedMemory, KeepsNoBytesOfTheSources) {
   EXPECT_EQ(0, CountInMemory(1));
 }
 
-TEST(CombinedMemory, ADrawThatRunsOutOfItFails) {
+TEST(CombinedDraw, FailsIfMemoryRunsOut) {
   Watched sources;
   rng::CombinedRng combined(sources.named);
   const Bytes expected = DrawOf(sources.named);
@@ -79,7 +79,7 @@ TEST(CombinedMemory, ADrawThatRunsOutOfItFails) {
   EXPECT_LT(1, failures);
 }
 
-TEST(CombinedMemory, ACombinationThatCannotBeMadeLeavesNothing) {
+TEST(CombinedRng, LeaksNothingIfMemoryRunsOutInItsConstructor) {
   Watched sources;
   { const rng::CombinedRng warm(sources.named); }
   const std::size_t before = AllocationsAlive();
@@ -98,7 +98,7 @@ TEST(CombinedMemory, ACombinationThatCannotBeMadeLeavesNothing) {
   EXPECT_LT(1, failures);
 }
 
-TEST(CombinedConfiguration, OfOpenSslIsNotRead) {
+TEST(CombinedDraw, DoesNotReadTheConfigurationOfOpenSsl) {
   const std::string file = testing::TempDir() + "combined_openssl.cnf";
   std::ofstream(file) << "# nothing\n";
   ::setenv("OPENSSL_CONF", file.c_str(), 1);

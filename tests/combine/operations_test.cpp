@@ -25,7 +25,7 @@ struct Pair {
 
 }  // namespace
 
-TEST(CombinedOperations, NameAndDescribeTheCombination) {
+TEST(CombinedRng, ReportsItsNameAndItsSources) {
   Pair pair;
   EXPECT_EQ("combined", TextOf(pair.both, &IRngProvider::GetName));
   EXPECT_EQ("Several generators combined: unixdev Rutoken:3a2f01",
@@ -33,7 +33,7 @@ TEST(CombinedOperations, NameAndDescribeTheCombination) {
   EXPECT_EQ(0, pair.both.GetHardwareId(nullptr));
 }
 
-TEST(CombinedOperations, SelectNoDevice) {
+TEST(CombinedRng, AcceptsOnlyTheEmptyDevice) {
   Pair pair;
   EXPECT_FALSE(pair.both.SelectDevice("3a2f01"));
   EXPECT_TRUE(pair.both.SelectDevice(""));
@@ -41,7 +41,7 @@ TEST(CombinedOperations, SelectNoDevice) {
   EXPECT_TRUE(pair.other.selected.empty());
 }
 
-TEST(CombinedOperations, AreAvailableIfEnoughSourcesAre) {
+TEST(CombinedRng, IsAvailableIfEnoughSourcesAre) {
   Pair pair;
   EXPECT_TRUE(pair.both.IsAvailable());
   pair.one.isAvailable = false;
@@ -51,7 +51,7 @@ TEST(CombinedOperations, AreAvailableIfEnoughSourcesAre) {
   EXPECT_FALSE(pair.either.IsAvailable());
 }
 
-TEST(CombinedOperations, PassTheTestIfEnoughSourcesDo) {
+TEST(CombinedRng, PassesItsSelfTestIfEnoughSourcesDo) {
   Pair pair;
   EXPECT_TRUE(pair.both.SelfTest());
   pair.other.passes = false;
@@ -59,7 +59,7 @@ TEST(CombinedOperations, PassTheTestIfEnoughSourcesDo) {
   EXPECT_TRUE(pair.either.SelfTest());
 }
 
-TEST(CombinedOperations, DoWithoutASourceThatIsMissing) {
+TEST(CombinedRng, TreatsAMissingSourceAsUnavailable) {
   FakeSource one;
   one.flags = kRngCapabilityHardware | kRngCapabilityMayBlock;
   CombinedRng both({one.Named(), CombinedSource("dsdr")});
@@ -71,7 +71,7 @@ TEST(CombinedOperations, DoWithoutASourceThatIsMissing) {
   EXPECT_EQ(0U, none.GetFlags());
 }
 
-TEST(CombinedOperations, WaitIfOneSourceDoesAndAreHardwareIfAllAre) {
+TEST(CombinedRng, MayWaitIfOneSourceMayAndIsHardwareIfAllAre) {
   Pair pair;
   pair.one.flags = kRngCapabilityHardware | kRngCapabilityOperatingSystem;
   pair.other.flags = kRngCapabilityHardware;
@@ -82,28 +82,39 @@ TEST(CombinedOperations, WaitIfOneSourceDoesAndAreHardwareIfAllAre) {
   EXPECT_EQ(kRngCapabilityNeedsUser | kRngCapabilityMayBlock, pair.both.GetFlags());
 }
 
-TEST(CombinedOperations, AreNotThoseOfTheAggregatorForItsSources) {
+TEST(CombinedRng, LeavesSetSettingsAndReleaseToTheAggregator) {
   Pair pair;
   pair.both.SetSettings(nullptr);
   pair.both.Release();
   EXPECT_EQ(0, pair.one.startUpCalls + pair.other.startUpCalls);
 }
 
+TEST(CombinedRng, TreatsASourceThatThrowsAsUnavailable) {
+  Pair pair;
+  pair.one.flags = kRngCapabilityMayBlock;
+  pair.one.whenAsked = [] { throw 7; };
+  EXPECT_FALSE(pair.both.IsAvailable());
+  EXPECT_FALSE(pair.both.SelfTest());
+  EXPECT_TRUE(pair.either.IsAvailable());
+  EXPECT_TRUE(pair.either.SelfTest());
+  EXPECT_EQ(0U, pair.both.GetFlags());
+}
+
 // --- Cancel
 
-TEST(CombinedCancel, ReachesEverySourceAlsoBehindOneThatThrows) {
+TEST(CombinedCancel, ReachesEverySourceEvenIfOneThrows) {
   Pair pair;
   int count = 0;
-  pair.one.cancel = [&count] {
+  pair.one.whenAsked = [&count] {
     ++count;
     throw std::runtime_error("broken");
   };
-  pair.other.cancel = [&count] { ++count; };
+  pair.other.whenAsked = [&count] { ++count; };
   pair.both.Cancel();
   EXPECT_EQ(2, count);
 }
 
-TEST(CombinedCancel, EndsADrawThatWaitsEvenIfAnotherSourceWouldBeEnough) {
+TEST(CombinedCancel, EndsAWaitingDrawEvenIfAnotherSourceWouldBeEnough) {
   Pair pair;
   pair.one.draw = [&pair](unsigned char*, std::size_t) {
     pair.either.Cancel();

@@ -70,6 +70,8 @@ TEST(ParseSources, ExplainsWhatIsWrong) {
       {"a:1,a:2",
        "The generator \"a\" is named twice. Only one device of a generator can take part."},
       {"123456789012345678", "The generator \"123456789012345678\" is longer than 17 bytes."},
+      {"123456789012345678:123456789012345678",
+       "The generator \"123456789012345678\" is longer than 17 bytes."},
       {"a:123456789012345678", "The device \"123456789012345678\" is longer than 17 bytes."},
       {"a\nb", "The list of sources contains a control character."},
       {"a:\x7f", "The list of sources contains a control character."},
@@ -92,7 +94,7 @@ TEST(CombinedRng, RefusesTwoSourcesOfOneProvider) {
   EXPECT_EQ("none", RefusalOf({CombinedSource("a"), CombinedSource("b")}));  // both are missing
 }
 
-TEST(CombinedRng, RefusesWhatCannotBeASource) {
+TEST(CombinedRng, RefusesInvalidNamesAndDevices) {
   FakeSource fake;
   EXPECT_EQ("The list of sources is empty.", RefusalOf(std::vector<CombinedSource>{}));
   EXPECT_EQ("The name of a source is empty.", RefusalOf({CombinedSource("", "", &fake)}));
@@ -104,7 +106,7 @@ TEST(CombinedRng, RefusesWhatCannotBeASource) {
             RefusalOf({fake.Named("123456789012345678")}));
 }
 
-TEST(CombinedRng, RefusesANeedThatMeansNothing) {
+TEST(CombinedRng, RefusesToNeedNoneOrMoreThanThereAre) {
   FakeSource one("unixdev");
   FakeSource other("dsdr");
   const std::vector<CombinedSource> both = {one.Named(), other.Named()};
@@ -115,7 +117,7 @@ TEST(CombinedRng, RefusesANeedThatMeansNothing) {
   EXPECT_EQ("none", RefusalOf([&both] { CombinedRng{both, 2}; }));
 }
 
-TEST(CombinedRng, CallsNoSourceBeforeItIsUsed) {
+TEST(CombinedRng, CallsNoSourceBeforeADraw) {
   FakeSource fake;
   const CombinedRng combined({fake.Named("device")});
   EXPECT_TRUE(fake.selected.empty());

@@ -36,7 +36,7 @@ struct Shared {
 
 }  // namespace
 
-TEST(CombinedThreads, DrawAtOnceAndGetTheSameAsAlone) {
+TEST(CombinedThreads, CanDrawAtTheSameTime) {
   Shared shared;
   std::atomic<int> wrong{0};
   const auto draw = [&] {
@@ -52,13 +52,13 @@ TEST(CombinedThreads, DrawAtOnceAndGetTheSameAsAlone) {
   EXPECT_EQ(0, wrong);
 }
 
-TEST(CombinedFork, LeavesACombinationInBothProcesses) {
+TEST(CombinedFork, LetsBothProcessesDraw) {
   Shared shared;
   EXPECT_TRUE(shared.DrawsInChild());
   EXPECT_TRUE(shared.Draws());
 }
 
-TEST(CombinedFork, MayHappenWhileAnotherThreadDraws) {
+TEST(CombinedFork, LetsTheChildDrawEvenIfAThreadWasDrawing) {
   Shared shared;
   std::atomic<bool> ends{false};
   std::thread thread([&] {
@@ -69,28 +69,44 @@ TEST(CombinedFork, MayHappenWhileAnotherThreadDraws) {
   thread.join();
 }
 
-// A thread that is cancelled in a source's draw unwinds; the buffer holds nothing of the draw.
-TEST(CombinedThreads, MayBeCancelledDuringADraw) {
-  struct Call {
-    FakeSource one{"unixdev", 1};
-    FakeSource other{"dsdr", 2};
-    rng::CombinedRng combined{{one.Named(), other.Named()}};
-    Bytes bytes = Bytes(32, 0xAA);
-  } call;
-  call.other.draw = [](unsigned char* bytes, std::size_t size) {
-    std::memset(bytes, 7, size);
-    pthread_exit(nullptr);
-    return true;
-  };
-  pthread_t thread;
+namespace {
+
+// Whether the call ended its thread, as the cancellation of a thread does.
+bool EndsItsThread(std::function<void()> call) {
   const auto run = [](void* argument) -> void* {
-    auto& at = *static_cast<Call*>(argument);
-    at.combined.Generate(at.bytes.data(), at.bytes.size());
+    (*static_cast<std::function<void()>*>(argument))();
     return argument;
   };
-  ASSERT_EQ(0, ::pthread_create(&thread, nullptr, run, &call));
+  pthread_t thread;
+  if (::pthread_create(&thread, nullptr, run, &call) != 0) return false;
   void* result = &call;
-  ASSERT_EQ(0, ::pthread_join(thread, &result));
-  EXPECT_EQ(nullptr, result);
-  EXPECT_EQ(Bytes(32), call.bytes);
+  return ::pthread_join(thread, &result) == 0 && result == nullptr;
+}
+
+}  // namespace
+
+// A thread that is cancelled in a source's draw unwinds; the buffer holds nothing of the draw.
+TEST(CombinedThreads, CanBeCancelledDuringADraw) {
+  FakeSource one{"unixdev", 1};
+  FakeSource other{"dsdr", 2};
+  rng::CombinedRng combined{{one.Named(), other.Named()}};
+  Bytes bytes(32, 0xAA);
+  other.draw = [](unsigned char* place, std::size_t size) {
+    std::memset(place, 7, size);
+    ::pthread_exit(nullptr);
+    return true;
+  };
+  EXPECT_TRUE(EndsItsThread([&] { combined.Generate(bytes.data(), bytes.size()); }));
+  EXPECT_EQ(Bytes(32), bytes);
+}
+
+// The C library would end the process if the unwinding stopped on its way.
+TEST(CombinedThreads, CanBeCancelledInTheOtherOperationsOfASource) {
+  FakeSource one{"unixdev", 1};
+  rng::CombinedRng combined{{one.Named()}};
+  one.whenAsked = [] { ::pthread_exit(nullptr); };
+  EXPECT_TRUE(EndsItsThread([&] { combined.Cancel(); }));
+  EXPECT_TRUE(EndsItsThread([&] { combined.GetFlags(); }));
+  EXPECT_TRUE(EndsItsThread([&] { combined.IsAvailable(); }));
+  EXPECT_TRUE(EndsItsThread([&] { combined.SelfTest(); }));
 }

@@ -46,7 +46,7 @@ Vector ParseVector(const std::string& line) {
 
 }  // namespace
 
-TEST(CombinedVectors, AreThoseOfAnIndependentProgram) {
+TEST(CombinedBytes, AreThoseOfAnIndependentProgram) {
   std::ifstream file(COMBINED_VECTORS);
   int count = 0;
   for (std::string line; std::getline(file, line); ++count) {
