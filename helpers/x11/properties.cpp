@@ -73,15 +73,15 @@ Placement FindPlacement(Display* display, const Picture& picture) {
   return placement;
 }
 
-Atom Describe(Display* display, Window window, const std::string& title,
-              const Placement& placement) {
+ClosingMessage Describe(Display* display, Window window, const std::string& title,
+                        const Placement& placement) {
   SetNames(display, window, title);
   SetSize(display, window, placement);
   SetInput(display, window);
   const Atom dialog = Find(display, "_NET_WM_WINDOW_TYPE_DIALOG");
   XChangeProperty(display, window, Find(display, "_NET_WM_WINDOW_TYPE"), XA_ATOM, 32,
                   PropModeReplace, reinterpret_cast<const unsigned char*>(&dialog), 1);
-  Atom closing = Find(display, "WM_DELETE_WINDOW");
-  XSetWMProtocols(display, window, &closing, 1);
+  ClosingMessage closing = {Find(display, "WM_PROTOCOLS"), Find(display, "WM_DELETE_WINDOW")};
+  XSetWMProtocols(display, window, &closing.word, 1);
   return closing;
 }

@@ -18,9 +18,14 @@ struct Placement {
 /// resolution that the user has set (Xft.dpi), or else at the screen's.
 Placement FindPlacement(Display* display, const Picture& picture);
 
-/// Sets the properties that window managers read. Returns the atom that is the first word of the message that the
-/// window gets when the user closes it.
-Atom Describe(Display* display, Window window, const std::string& title,
-              const Placement& placement);
+/// The type and the first word of the message that a window gets when the user closes it.
+struct ClosingMessage {
+  Atom type;
+  Atom word;
+};
+
+/// Sets the properties that window managers read.
+ClosingMessage Describe(Display* display, Window window, const std::string& title,
+                        const Placement& placement);
 
 #endif

@@ -125,9 +125,14 @@ class UserWindow::Connection {
         isRefused = true;
         return;
       case ClientMessage:
-        if (static_cast<Atom>(event.xclient.data.l[0]) == closing) isRefused = true;
-        return;
+        return TakeMessage(event.xclient);
     }
+  }
+
+  void TakeMessage(const XClientMessageEvent& event) {
+    const bool closes =
+        event.message_type == closing.type && static_cast<Atom>(event.data.l[0]) == closing.word;
+    if (closes) isRefused = true;
   }
 
   void TakePress(XKeyEvent& event, std::vector<UserInput>& inputs) {
@@ -161,7 +166,7 @@ class UserWindow::Connection {
   Window window;
   cairo_surface_t* surface;
   cairo_t* context;
-  Atom closing = 0;
+  ClosingMessage closing = {};
   Picture shown;
   bool isStale = true;
   bool isRefused = false;

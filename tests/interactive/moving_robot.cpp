@@ -53,6 +53,23 @@ void MovingRobot::MoveStraight(int motions) {
   Do(commands);
 }
 
+// A spring holds the pointer back from the edge, and friction limits its speed.
+void MovingRobot::MoveFinely(int motions) {
+  Commands commands;
+  long place[2] = {0, 0};
+  long speed[2] = {0, 0};
+  for (int i = 0; i < motions; ++i) {
+    for (const int axis : {0, 1}) {
+      const double pull = -0.01 * double(place[axis]) - 0.1 * double(speed[axis]);
+      const long bend = normal(generator) + pull < 0 ? -2 : 2;
+      speed[axis] += bend;
+      place[axis] += speed[axis];
+    }
+    AddMotion(commands, double(middleX + place[0]), double(middleY + place[1]));
+  }
+  Do(commands);
+}
+
 void MovingRobot::Shake(int motions) {
   Commands commands;
   for (int i = 0; i < motions; ++i) AddMotion(commands, middleX + i % 2 * 8, middleY, kLongPause);

@@ -22,6 +22,9 @@ class MovingRobot {
   /// One pixel to the right every 9 ms, along a line through the middle.
   void MoveStraight(int motions);
 
+  /// A curve whose bends are two pixels large, the least that counts, with a motion every 9 ms.
+  void MoveFinely(int motions);
+
   /// Motions of 8 pixels, to and fro.
   void Shake(int motions);
 

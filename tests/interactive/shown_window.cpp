@@ -206,16 +206,18 @@ void ShownWindow::Resize(int width, int height) {
   XSync(display, False);
 }
 
-void ShownWindow::Close() {
+void ShownWindow::Send(const std::string& type, const std::string& word) {
   XEvent event = {};
   event.xclient.type = ClientMessage;
   event.xclient.window = window;
-  event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+  event.xclient.message_type = XInternAtom(display, type.c_str(), False);
   event.xclient.format = 32;
-  event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
+  event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, word.c_str(), False));
   XSendEvent(display, window, False, NoEventMask, &event);
   XSync(display, False);
 }
+
+void ShownWindow::Close() { Send("WM_PROTOCOLS", "WM_DELETE_WINDOW"); }
 
 void ShownWindow::Destroy() {
   XDestroyWindow(display, window);

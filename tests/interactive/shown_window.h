@@ -66,6 +66,7 @@ class ShownWindow {
   void PretendMotion(int x, int y);  ///< some milliseconds after the one before
   void CoverForAMoment();            ///< by another window
   void Resize(int width, int height);
+  void Send(const std::string& type, const std::string& word);  ///< a message of a client
   void Close();       ///< as the button of a window manager does
   void Leave();       ///< ends this object's own connection; call nothing else after that
   void Destroy();     ///< as a hostile program does

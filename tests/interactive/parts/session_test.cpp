@@ -2,6 +2,7 @@
 
 #include "helpers/session/session.h"
 
+#include "helpers/gathering/self_test.h"
 #include "helpers/session/run_helper.h"
 #include "tests/support/open_files.h"
 
@@ -75,7 +76,12 @@ char Hear(int pipe) {
 int g_draws = 0;
 void CountDraw(const Session&) { ++g_draws; }
 
+bool g_passes = true;
+
 }  // namespace
+
+// Instead of the one that helpers are linked with.
+bool TestGathering() { return g_passes; }
 
 TEST_F(SessionTest, ProtectsItsMemoryFromOthers) {
   Ask(HelperRequest::kDraw);
@@ -150,6 +156,13 @@ TEST_F(SessionTest, AnswersASelfTestWithoutADraw) {
   EXPECT_EQ(std::string(1, static_cast<char>(kHelperPassed)), Answer());
 }
 
+TEST_F(SessionTest, DoesNotAnswerASelfTestThatFails) {
+  g_passes = false;
+  Ask(HelperRequest::kSelfTest);
+  AnswerPlugin(CountDraw);
+  EXPECT_EQ("", Answer());
+}
+
 TEST_F(SessionTest, AnswersADrawOnce) {
   Ask(HelperRequest::kDraw);
   AnswerPlugin(CountDraw);
@@ -198,9 +211,12 @@ class HostOfAHelper : public testing::Test {
       text += Hear(results[0]);
     }
     ::kill(host, SIGKILL);
-    ::waitpid(host, nullptr, 0);
+    siginfo_t death = {};
+    // In a session, nobody takes its status yet, as with a host whose parent is busy.
+    ::waitid(P_PID, static_cast<id_t>(host), &death, diesFirst ? WEXITED : WEXITED | WNOWAIT);
     Tell(starts[1], 's');
     while (const char byte = Hear(results[0])) text += byte;
+    ::waitpid(host, nullptr, 0);
     return text;
   }
 

@@ -7,7 +7,7 @@
 #include "tests/support/x_server.h"
 
 #include <cstdlib>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <optional>
 
 namespace {
@@ -28,6 +28,11 @@ class Dialog {
   }
 
   ShownWindow::Area Place() { return window->Place(); }
+
+  const std::string& OutputAfterFineMotions() {
+    robot.MoveFinely(450);
+    return host->Finish();
+  }
 
  private:
   void Record(const std::string& file) {
@@ -51,6 +56,12 @@ TEST(QtDialog, IsTwiceAsLargeAtTwiceTheResolution) {
   Dialog fine("192", "en_GB.UTF-8", "A program needs random bytes", "bioqt_192.png");
   EXPECT_NEAR(2 * usual.Place().width, fine.Place().width, 4);
   EXPECT_NEAR(2 * usual.Place().height, fine.Place().height, 8);
+}
+
+// Qt's own pixels are twice as large there.
+TEST(QtDialog, CreditsMotionsInPixelsOfTheScreen) {
+  Dialog fine("192", "en_GB.UTF-8", "A program needs random bytes", "bioqt_192.png");
+  EXPECT_THAT(fine.OutputAfterFineMotions(), testing::HasSubstr("drawn"));
 }
 
 // The sentence takes one line more.

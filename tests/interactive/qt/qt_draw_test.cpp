@@ -5,13 +5,24 @@
 #include "tests/interactive/shown_window.h"
 #include "tests/support/x_server.h"
 
+#include <algorithm>
 #include <csignal>
+#include <functional>
 #include <gtest/gtest.h>
+#include <numeric>
 
 namespace {
 
 constexpr char kTitle[] = "A program needs random bytes";
 constexpr char kHelper[] = "rng-gather-qt";
+constexpr long kPixelsOfProgress = 500;  // of the bar, after some twenty motions
+
+long CountChanges(const std::vector<unsigned long>& before,
+                  const std::vector<unsigned long>& after) {
+  EXPECT_EQ(before.size(), after.size());
+  return std::inner_product(before.begin(), before.end(), after.begin(), 0L, std::plus<>(),
+                            std::not_equal_to<>());
+}
 
 class QtDraw : public testing::Test {
  protected:
@@ -185,6 +196,31 @@ TEST_F(QtDraw, RegularMotionsRaiseAnAlarm) {
   EXPECT_EQ(1, alarm.Count());
   ClickTheButton();
   ExpectEnd("zeros");
+}
+
+// While the helper is stopped, the pointer moves along a line, which is worth nothing, and then to and fro. The first
+// of two motions at the same time is the one that may be credited. On a busy machine, some arrive one by one.
+TEST_F(QtDraw, MotionsThatArriveTogetherAreTakenOneByOne) {
+  const std::string helper = std::to_string(host.Others(kHelper).at(0));
+  const auto at = [](int place) { return std::to_string(place); };
+  std::vector<std::string> commands;
+  for (int i = 0; i < 45; ++i) {
+    commands.insert(commands.end(), {"exec", "--sync", "--args", "3", "kill", "-STOP", helper});
+    commands.insert(commands.end(), {"mousemove", at(480 + i), "384"});
+    commands.insert(commands.end(), {"mousemove", at(500 + i % 2 * 8), "410"});
+    commands.insert(commands.end(), {"exec", "--sync", "--args", "3", "kill", "-CONT", helper});
+    commands.insert(commands.end(), {"sleep", "0.03"});
+  }
+  commands.insert(commands.end(), {"sleep", "0.5"});
+  std::vector<unsigned long> before;
+  ASSERT_TRUE(WaitUntil([&] {
+    before = window.Pixels();  // of one colour until Qt paints it
+    return std::adjacent_find(before.begin(), before.end(), std::not_equal_to<>()) != before.end();
+  }));
+  robot.Do(commands);
+  robot.Wait();
+  EXPECT_GT(kPixelsOfProgress, CountChanges(before, window.Pixels()));
+  ExpectCancelByEscape();
 }
 
 TEST(QtLanguage, IsThatOfTheUser) {

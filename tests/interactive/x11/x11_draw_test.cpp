@@ -202,9 +202,11 @@ TEST_F(X11Draw, RegularMotionsRaiseAnAlarm) {
   ExpectEnd("zeros");
 }
 
-// What other programs only pretend to have happened is sent to the window before its new size.
-TEST_F(X11Draw, PretendedEventsDoNotCount) {
+// What other programs only pretend to have happened, or tell the window, is sent to it before its new size.
+TEST_F(X11Draw, PretendedEventsAndOtherMessagesDoNotCount) {
   window.PretendEscape();
+  window.Send("WM_PROTOCOLS", "WM_TAKE_FOCUS");
+  window.Send("_NET_WM_STATE", "WM_DELETE_WINDOW");
   for (int i = 0; i < 100; ++i) window.PretendMotion(i * i % 97, i * i * i % 89);
   EXPECT_EQ(0, Progress());
   window.Resize(600, 300);
