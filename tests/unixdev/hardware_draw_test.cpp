@@ -77,7 +77,9 @@ TEST_F(HardwareDraw, FailureOrEndLeavesZeroes) {
     int calls = 0;
     device.read = [&calls, error](unsigned char* bytes, std::size_t) {
       if (++calls <= 2) return FillWell(bytes, 10);
-      return error == 0 ? 0 : Fail(error);
+      if (error != 0) return Fail(error);
+      errno = EAGAIN;  // of an earlier call
+      return ssize_t{0};
     };
     ExpectFailureLeavesZeroes();
     EXPECT_EQ(3, calls);
@@ -103,8 +105,17 @@ TEST_F(HardwareDraw, GivesUpAfterTenSecondsWithoutAByte) {
     return std::exchange(isFirst, false) ? FillWell(bytes, 10) : Fail(EAGAIN);
   };
   ExpectFailureLeavesZeroes();
-  EXPECT_GE(FakeTimePassed(), std::chrono::seconds(10));
-  EXPECT_LT(FakeTimePassed(), std::chrono::milliseconds(10'100));
+  EXPECT_EQ(std::chrono::seconds(10), FakeTimePassed());
+}
+
+TEST_F(HardwareDraw, PausesForAMillisecondWhenThereIsNoByte) {
+  FakeTime();
+  int calls = 0;
+  device.read = [&calls](unsigned char* bytes, std::size_t size) {
+    return ++calls <= 5 ? Fail(EAGAIN) : FillWell(bytes, size);
+  };
+  Draw(32);
+  EXPECT_EQ(std::chrono::milliseconds(5), FakeTimePassed());
 }
 
 TEST_F(HardwareDraw, HasNoTimeLimitWhileBytesCome) {
@@ -153,6 +164,11 @@ TEST_F(HardwareDraw, CancelEndsADrawWhoseBytesStillCome) {
   };
   ExpectFailureLeavesZeroes();
   EXPECT_EQ(5, reads);
+}
+
+TEST_F(HardwareDraw, CancelEndsADrawThatIsOpeningTheDevice) {
+  device.opening = [this] { rng->Cancel(); };
+  ExpectFailureLeavesZeroes();
 }
 
 TEST_F(HardwareDraw, CancelDoesNotAffectLaterDraws) {

@@ -16,6 +16,7 @@
 
 Source g_source;
 std::atomic<int> g_calls = 0;
+std::atomic<unsigned> g_flags = 0;
 std::function<int(pollfd*)> g_poll;
 int g_statError = 0;
 
@@ -83,8 +84,9 @@ RNG_TEST_EXPORT int SleepInstead(useconds_t time) __asm__("usleep");
 __attribute__((visibility("default"))) std::chrono::steady_clock::time_point NowInstead() __asm__(
     "_ZNSt6chrono3_V212steady_clock3nowEv");
 
-RNG_TEST_EXPORT ssize_t getrandom(void* buffer, std::size_t size, unsigned) {
+RNG_TEST_EXPORT ssize_t getrandom(void* buffer, std::size_t size, unsigned flags) {
   ++g_calls;
+  g_flags |= flags;
   auto* const bytes = static_cast<unsigned char*>(buffer);
   return g_source ? g_source(bytes, size) : FillWell(bytes, size);
 }
@@ -98,6 +100,7 @@ int OpenInstead(const char* path, int flags, ...) {
   if (!file) return Call(SYS_openat, AT_FDCWD, path, flags, mode);
   ++file->opened;
   file->flags = flags;
+  if (file->opening) file->opening();
   if (file->error != 0) return static_cast<int>(Fail(file->error));
   const int descriptor = Call(SYS_openat, AT_FDCWD, file->path.c_str(), flags, mode);
   if (descriptor >= 0) g_open.at(static_cast<std::size_t>(descriptor)) = file;
@@ -121,7 +124,9 @@ int StatInstead(int descriptor, struct stat* status) {
 }
 
 int PollInstead(pollfd* events, nfds_t count, int limit) {
-  return g_poll ? g_poll(events) : Call(SYS_poll, events, count, limit);
+  if (!g_poll) return Call(SYS_poll, events, count, limit);
+  const bool isOneWithoutLimit = count == 1 && limit < 0;
+  return isOneWithoutLimit ? g_poll(events) : static_cast<int>(Fail(EINVAL));
 }
 
 int SleepInstead(useconds_t time) {

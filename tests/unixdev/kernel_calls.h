@@ -16,12 +16,14 @@ ssize_t FillWell(unsigned char* buffer, std::size_t size);  ///< as the kernel d
 
 extern Source g_source;  ///< what getrandom does in the place of the kernel, when a case sets it
 extern std::atomic<int> g_calls;
+extern std::atomic<unsigned> g_flags;  ///< every flag that a call has had
 
 /// What the plug-in finds at a path.
 struct FakeFile {
-  std::string path;  ///< of the real file that is opened
-  int error = 0;     ///< what opening fails with
-  Source read;       ///< what reading does, when a case sets it
+  std::string path;               ///< of the real file that is opened
+  int error = 0;                  ///< what opening fails with
+  Source read;                    ///< what reading does, when a case sets it
+  std::function<void()> opening;  ///< what happens while it is opened, when a case sets it
   std::atomic<int> opened = 0;
   std::atomic<int> flags = 0;
 };

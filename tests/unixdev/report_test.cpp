@@ -54,6 +54,7 @@ class HardwareReport : public Hardware {
     const Reporter report = FindReporter();
     const std::int32_t size = report(nullptr);
     if (size == 0) return "";
+    EXPECT_LT(1, size);  // an empty report has no terminator either
     std::string text(static_cast<std::size_t>(size) + 1, '!');
     EXPECT_EQ(size, report(text.data()));
     EXPECT_EQ(std::string("\0!", 2), text.substr(text.size() - 2));
@@ -97,6 +98,7 @@ TEST_F(HardwareReport, IsPlainTextWhateverTheSourceIsCalled) {
   for (const auto& [text, shown] : {std::pair<std::string, std::string>("a\tb\033[2J\n", "a?b?[2J"),
                                     {"\xE9t\xE9 \x7F\n", "?t? ?"},
                                     {"one\ntwo\n", "one"},
+                                    {"x", "x"},
                                     {std::string("a\0b", 3), "a?b"},
                                     {std::string(1000, 'x'), std::string(64, 'x')}}) {
     SetSource(text);
@@ -123,6 +125,9 @@ TEST_F(HardwareReport, IsEmptyWithoutTheDevice) {
   EXPECT_EQ("", Report());
   device.path = TreePath("");
   EXPECT_EQ("", Report());
+  char byte = '!';
+  EXPECT_EQ(0, FindReporter()(&byte));
+  EXPECT_EQ('!', byte);
 }
 
 TEST_F(HardwareReport, IsEmptyWhenSomethingElseIsConfigured) {
@@ -160,9 +165,24 @@ TEST_F(HardwareReport, ExplainsWhyTheConfiguredDeviceCannotBeUsed) {
 TEST_F(HardwareReport, ExplainsThatTheConfiguredDeviceHasNoSource) {
   Configure("unixdev", "hwrng");
   SetSource("none\n");
-  EXPECT_THAT(Report(), StartsWith("problem\tThe kernel has no source for /dev/hwrng. Connect "));
+  EXPECT_EQ(
+      "problem\tThe kernel has no source for /dev/hwrng. Connect a hardware generator, or load its "
+      "driver.\n",
+      Report());
   device.path = TreePath("");
-  EXPECT_THAT(Report(), StartsWith("problem\t/dev/hwrng is not a character device. Remove it"));
+  EXPECT_EQ("problem\t/dev/hwrng is not a character device. Remove it, and restart the machine.\n",
+            Report());
+}
+
+TEST_F(HardwareReport, IsTheSameWhereTheDeviceIsOpenedAsStandardInput) {
+  Configure("unixdev", "hwrng");
+  const std::string report = Report();
+  ::close(STDIN_FILENO);
+  EXPECT_EQ(report, Report());
+  device.path = TreePath("");
+  errno = ENOENT;  // of an earlier call
+  EXPECT_THAT(Report(), HasSubstr("is not a character device"));
+  EXPECT_EQ(-1, ::fcntl(STDIN_FILENO, F_GETFD));
 }
 
 TEST_F(HardwareReport, OfAConfiguredDeviceThatWorksHasNoProblem) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <dlfcn.h>
 #include <thread>
 
 using testing::Each;
@@ -28,9 +29,8 @@ TEST_F(UnixDev, ReportsItsNameWithTheTerminatorCounted) {
 }
 
 TEST_F(UnixDev, DescribesItselfInOneLine) {
-  const std::string text = ReportedText(*rng, &IRngProvider::GetDescription);
-  EXPECT_NE("", text);
-  EXPECT_EQ(std::string::npos, text.find_first_of("\r\n"));
+  EXPECT_EQ("The operating system's random-number generator",
+            ReportedText(*rng, &IRngProvider::GetDescription));
 }
 
 TEST_F(UnixDev, HasNoHardwareId) { EXPECT_EQ(0, rng->GetHardwareId(nullptr)); }
@@ -87,6 +87,14 @@ INSTANTIATE_TEST_SUITE_P(Of, UnixDevGenerateSizes, testing::Values(1, 32, 257, k
 TEST_F(UnixDevGenerate, DrawsFromGetrandom) {
   g_source = [](unsigned char* buffer, std::size_t size) { return Fill(buffer, size, 7); };
   EXPECT_THAT(Draw(32), Each(7));
+}
+
+// With a flag, the call would return bytes before the kernel's pool is ready, fail, or block for long.
+TEST_F(UnixDevGenerate, PassesNoFlags) {
+  EXPECT_TRUE(rng->SelfTest());
+  Draw(32);
+  EXPECT_LT(0, g_calls);
+  EXPECT_EQ(0U, g_flags);
 }
 
 TEST_F(UnixDevGenerate, DrawsAfterACancelAsBefore) {
@@ -188,7 +196,72 @@ TEST_F(UnixDev, SourceThatRepeatsItselfIsNotAvailable) {
   EXPECT_EQ(0, Restart());
 }
 
+TEST_F(UnixDev, AvailabilityIsTestedEachTime) {
+  for (int round = 0; round < 2; ++round) {
+    g_source = [](unsigned char*, std::size_t) { return Fail(EIO); };
+    EXPECT_FALSE(rng->IsAvailable());
+    g_source = nullptr;
+    EXPECT_TRUE(rng->IsAvailable());
+  }
+}
+
+TEST_F(UnixDev, BothDrawsOfTheTestMustSucceed) {
+  for (const int failing : {1, 2}) {
+    int calls = 0;
+    g_source = [&calls, failing](unsigned char* buffer, std::size_t size) {
+      return ++calls == failing ? Fail(EIO) : FillWell(buffer, size);
+    };
+    EXPECT_FALSE(rng->SelfTest());
+    EXPECT_EQ(failing, calls);
+  }
+}
+
+// If only some of the bytes were compared, a good source would fail now and then.
+TEST_F(UnixDev, DrawsOfTheTestDifferIfOneByteDoes) {
+  for (const std::size_t place : {0U, 15U, 31U}) {
+    unsigned char calls = 0;
+    g_source = [&calls, place](unsigned char* buffer, std::size_t size) {
+      EXPECT_EQ(32U, size);
+      Fill(buffer, size, 7);
+      if (place < size) buffer[place] = ++calls;
+      return static_cast<ssize_t>(size);
+    };
+    EXPECT_TRUE(rng->SelfTest()) << place;
+  }
+}
+
 // --- Loading
+
+// Another part of the process has opened the plug-in, too, so a new start finds the same object.
+class UnixDevKeptLoaded : public UnixDev {
+ protected:
+  void SetUp() override {
+    UnixDev::SetUp();
+    kept = ::dlopen(TreePath("lib/librngunixdev.so").c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    ASSERT_NE(nullptr, kept);
+  }
+  void TearDown() override { ::dlclose(kept); }
+
+  void* kept = nullptr;
+};
+
+TEST_F(UnixDevKeptLoaded, WorksAfterItsRelease) {
+  for (int start = 0; start < 2; ++start) {
+    ASSERT_EQ(1, Restart());
+    EXPECT_EQ(rng, library.GetRng("unixdev"));
+    EXPECT_TRUE(rng->SelfTest());
+    EXPECT_NE(Draw(32), Draw(32));
+  }
+}
+
+TEST_F(UnixDevKeptLoaded, IsListedWheneverItsSourceWorks) {
+  for (int round = 0; round < 2; ++round) {
+    g_source = [](unsigned char*, std::size_t) { return Fail(EIO); };
+    EXPECT_EQ(0, Restart());
+    g_source = nullptr;
+    EXPECT_EQ(1, Restart());
+  }
+}
 
 TEST_F(UnixDev, LeavesTheProcessAtTheFinalShutDown) {
   EXPECT_TRUE(IsMapped("librngunixdev.so"));

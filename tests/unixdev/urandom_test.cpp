@@ -160,6 +160,12 @@ TEST_F(Urandom, APoolThatIsNotReadyFailsTheDrawAndIsPolledAgain) {
   }
   g_poll = [](pollfd*) { return static_cast<int>(Fail(ENOMEM)); };
   ExpectFailureLeavesZeroes();
+  g_poll = [](pollfd* event) {
+    AnswerPoll(event, POLLIN);
+    errno = EINTR;  // of an earlier call
+    return 0;
+  };
+  ExpectFailureLeavesZeroes();
   EXPECT_EQ(0, urandom.opened);
   g_poll = nullptr;
   Draw(32);
