@@ -143,7 +143,7 @@ see "${tool}doctor/permissions/" \
   "${tool}(doctor/permissions/|doctor/report[.]h|files/|loader/|terminal/)|^providers/catalogue[.]h$"
 # A draw by OpenSSL needs no plug-in.
 see "${tool}doctor/openssl/" \
-  "${tool}(doctor/openssl/|doctor/doctor[.]h|channel/|files/|process/|terminal/)|$common|^providers/library_handle[.]h$"
+  "${tool}(doctor/openssl/|doctor/doctor[.]h|settings/|channel/|files/|process/|terminal/)|$common|^providers/library_handle[.]h$"
 see "${tool}check/" \
   "${tool}(check|devices|channel|process|loader|terminal)/|$common|^providers/catalogue[.]h$|^(quality|rngaggregator)/"
 # What judges bytes needs no plug-in.

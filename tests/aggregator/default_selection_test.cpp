@@ -1,48 +1,7 @@
-#include "tests/support/aggregator_library.h"
-#include "tests/support/fake_settings.h"
+#include "tests/aggregator/default_record.h"
 #include "tests/support/tree.h"
 
-#include <cstring>
-#include <gmock/gmock.h>
-
-namespace {
-
-const std::string kSeventeen = "12345678901234567";
-const std::string kEighteen = kSeventeen + "8";
-
-DefaultRngInfo Filled(char value) {
-  DefaultRngInfo info;
-  std::memset(&info, value, sizeof info);
-  return info;
-}
-
-// The record with these texts and every other byte zero.
-DefaultRngInfo Record(const std::string& type, const std::string& hardwareId = "") {
-  DefaultRngInfo info = {};
-  type.copy(info.type, sizeof info.type);
-  hardwareId.copy(info.hardwareId, sizeof info.hardwareId);
-  return info;
-}
-
-// The bytes, for comparing whole records.
-std::string Bytes(const DefaultRngInfo& info) {
-  return std::string(reinterpret_cast<const char*>(&info), sizeof info);
-}
-
-// A library started with settings of the case's making, and the answer of GetDefaultRng.
-struct Started {
-  explicit Started(std::size_t count = 0) { library.Start(&settings, count); }
-
-  std::int32_t Ask(std::uint32_t mask) { return library.GetDefaultRng(&info, mask); }
-
-  FakeSettings settings;
-  DefaultRngInfo info = Filled('?');
-  AggregatorLibrary library;
-};
-
-}  // namespace
-
-// --- GetDefaultRng
+#include <gtest/gtest.h>
 
 TEST(GetDefaultRng, LeavesTheRecordAloneWhenNotStarted) {
   const AggregatorLibrary library;
@@ -201,8 +160,21 @@ TEST(GetDefaultRng, FallsBackOnlyToKindsInTheMask) {
   EXPECT_EQ(1, started.Ask(0x8 | 0x4));
   EXPECT_EQ(Bytes(Record("unixx11")), Bytes(started.info));
   EXPECT_EQ(0, started.Ask(0x1));
-  EXPECT_EQ(0, started.Ask(0xFFFFFFF0));
   EXPECT_EQ(Bytes(Record("")), Bytes(started.info));
+}
+
+TEST(GetDefaultRng, BitsWithoutAKindAreIgnored) {
+  InstallX11("whole");
+  InstallPlugins({"bioqt", "unixx11"});
+  Started started(2);
+  for (const std::uint32_t others : {0x10U, 0x8000U, 0x10000U, 0x80000000U, 0xFFFFFFF0U}) {
+    EXPECT_EQ(0, started.Ask(others));
+    EXPECT_EQ(Bytes(Record("")), Bytes(started.info)) << others;
+    for (const auto& [bit, kind] : {std::pair(2U, "bioqt"), {8U, "unixx11"}, {4U, "biokbd"}}) {
+      EXPECT_EQ(1, started.Ask(others | bit));
+      EXPECT_EQ(Bytes(Record(kind)), Bytes(started.info)) << others;
+    }
+  }
 }
 
 TEST(GetDefaultRng, BioKbIsTheLastResortLoadedOrNotAndAsksNothing) {
@@ -250,101 +222,4 @@ TEST(GetDefaultRng, ExceptionFromTheSettingsReachesTheCaller) {
   Fake("settings").hooks["GetHardwareId"] = [] { throw std::runtime_error("settings"); };
   EXPECT_THROW(started.Ask(0xF), std::runtime_error);
   EXPECT_EQ(Bytes(Record("")), Bytes(started.info));
-}
-
-// --- SetDefaultRng
-
-TEST(SetDefaultRng, FailsBeforeAnyInitialize) {
-  const AggregatorLibrary library;
-  EXPECT_FALSE(library.SetDefaultRng("unixdev", nullptr));
-}
-
-TEST(SetDefaultRng, StoresTypeThenIdentifier) {
-  Started started;
-  EXPECT_TRUE(started.library.SetDefaultRng("Rutoken", "35A7F1"));
-  EXPECT_EQ("SetType SetHardwareId", CallLog("settings"));
-  EXPECT_EQ(1, started.Ask(0));
-  EXPECT_EQ(Bytes(Record("Rutoken", "35A7F1")), Bytes(started.info));
-}
-
-TEST(SetDefaultRng, NullIdentifierReplacesTheOldOne) {
-  Started started;
-  started.settings.hardwareId = "35A7F1";
-  EXPECT_TRUE(started.library.SetDefaultRng("Rutoken", nullptr));
-  EXPECT_EQ("SetType SetHardwareId(null)", CallLog("settings"));
-  EXPECT_EQ(1, started.Ask(0));
-  EXPECT_EQ(Bytes(Record("Rutoken")), Bytes(started.info));
-}
-
-TEST(SetDefaultRng, RefusesWhatIsTooLongOrMissingAndStoresNothing) {
-  Started started;
-  EXPECT_FALSE(started.library.SetDefaultRng(nullptr, "35A7F1"));
-  EXPECT_FALSE(started.library.SetDefaultRng(kEighteen.c_str(), nullptr));
-  EXPECT_FALSE(started.library.SetDefaultRng("sobol", kEighteen.c_str()));
-  EXPECT_EQ("", CallLog("settings"));
-}
-
-TEST(SetDefaultRng, AcceptsSeventeenCharactersAnEmptyTypeAndAnUnknownOne) {
-  Started started;
-  EXPECT_TRUE(started.library.SetDefaultRng(kSeventeen.c_str(), kSeventeen.c_str()));
-  EXPECT_EQ(kSeventeen, started.settings.type);
-  EXPECT_TRUE(started.library.SetDefaultRng("", ""));
-  EXPECT_EQ("", started.settings.type);
-  EXPECT_TRUE(started.library.SetDefaultRng("no-such-kind", nullptr));
-}
-
-TEST(SetDefaultRng, DoesNotGoOnAfterAFailedType) {
-  Started started;
-  started.settings.storesType = false;
-  EXPECT_FALSE(started.library.SetDefaultRng("sobol", "35A7F1"));
-  EXPECT_EQ("SetType", CallLog("settings"));
-}
-
-TEST(SetDefaultRng, TypeStaysWhenTheIdentifierFails) {
-  Started started;
-  started.settings.storesHardwareId = false;
-  EXPECT_FALSE(started.library.SetDefaultRng("sobol", "35A7F1"));
-  EXPECT_EQ("sobol", started.settings.type);
-}
-
-TEST(SetDefaultRng, WorksAfterAFullStop) {
-  Started started;
-  started.library.ShutDown();
-  EXPECT_TRUE(started.library.SetDefaultRng("sobol", nullptr));
-  EXPECT_EQ("sobol", started.settings.type);
-}
-
-TEST(SetDefaultRng, AlwaysFailsAfterAStartWithNullSettings) {
-  const AggregatorLibrary library;
-  library.Start(nullptr, 0);
-  EXPECT_FALSE(library.SetDefaultRng("sobol", nullptr));
-}
-
-TEST(SetDefaultRng, ExceptionFromTheSettingsReachesTheCaller) {
-  Started started;
-  Fake("settings").hooks["SetType"] = [] { throw std::runtime_error("settings"); };
-  EXPECT_THROW(started.library.SetDefaultRng("sobol", nullptr), std::runtime_error);
-}
-
-// --- GetDefaultSettings
-
-TEST(GetDefaultSettings, IsTheSameObjectThroughoutTheLifeOfTheLibrary) {
-  const AggregatorLibrary library;
-  IRngSettings* const settings = library.GetDefaultSettings();
-  ASSERT_NE(nullptr, settings);
-  library.Start(settings, 0);
-  EXPECT_EQ(settings, library.GetDefaultSettings());
-  library.ShutDown();
-  EXPECT_EQ(settings, library.GetDefaultSettings());
-}
-
-TEST(GetDefaultSettings, StoreADefaultInTheFileAndReportIt) {
-  const AggregatorLibrary library;
-  library.Start(library.GetDefaultSettings(), 0);
-  ASSERT_TRUE(library.SetDefaultRng("unixdev", nullptr));
-  EXPECT_EQ("[Devices]\nRandomNumberGeneratorType=unixdev\nRandomNumberGeneratorHardwareID=\n",
-            ReadFile(TreePath("etc/rng.ini")));
-  DefaultRngInfo info = Filled('?');
-  EXPECT_EQ(1, library.GetDefaultRng(&info, 0));
-  EXPECT_EQ(Bytes(Record("unixdev")), Bytes(info));
 }

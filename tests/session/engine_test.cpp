@@ -115,7 +115,7 @@ TEST(Engine, ReturnsEachDrawnNumberOnceAndDrawsMoreEachTime) {
   EXPECT_EQ(source.drawn, numbers);
 }
 
-TEST(Engine, NumbersAreWipedAsTheyAreReturned) {
+TEST(Engine, WipesEachNumberThatItReturns) {
   KnownNumbers source;
   rng::Engine engine(GeneratorOf(source.provider));
   const Page taken = Take(engine, 8 + 16 + 5);
@@ -127,7 +127,7 @@ TEST(Engine, NumbersAreWipedAsTheyAreReturned) {
   }
 }
 
-TEST(Engine, ACopyHasNoneOfTheNumbers) {
+TEST(Engine, SharesNoNumbersWithItsCopy) {
   KnownNumbers source;
   rng::Engine engine(GeneratorOf(source.provider));
   engine();
@@ -138,7 +138,7 @@ TEST(Engine, ACopyHasNoneOfTheNumbers) {
   for (const Number number : others) EXPECT_FALSE(Contains(numbers, number));
 }
 
-TEST(Engine, AnAssignedOneBeginsAnew) {
+TEST(Engine, DrawsNewNumbersAfterAnAssignment) {
   KnownNumbers mine;
   KnownNumbers others;
   rng::Engine engine(GeneratorOf(mine.provider));
@@ -158,7 +158,7 @@ TEST(Engine, AnAssignedOneBeginsAnew) {
   EXPECT_EQ(3U, others.provider.sizes.size());
 }
 
-TEST(Engine, AMovedOneIsStillUsable) {
+TEST(Engine, IsUsableAfterAMove) {
   KnownNumbers source;
   rng::Engine engine(GeneratorOf(source.provider));
   engine();
@@ -166,7 +166,7 @@ TEST(Engine, AMovedOneIsStillUsable) {
   EXPECT_NE(moved(), engine());
 }
 
-TEST(Engine, ItsPageIsUnmapped) {
+TEST(Engine, UnmapsItsPage) {
   OwnProvider provider;
   {
     rng::Engine engine(GeneratorOf(provider));
@@ -178,7 +178,7 @@ TEST(Engine, ItsPageIsUnmapped) {
 
 // --- Fork
 
-TEST(Engine, AChildDrawsItsOwnNumbersAndTheParentKeepsIts) {
+TEST(Engine, DrawsNewNumbersInAChildAndKeepsTheParents) {
   KnownNumbers source;
   rng::Engine engine(GeneratorOf(source.provider));
   engine();
@@ -204,7 +204,7 @@ TEST(Engine, AChildDrawsItsOwnNumbersAndTheParentKeepsIts) {
   EXPECT_EQ(2, draws());
 }
 
-TEST(Engine, ParentAndChildGetDifferentNumbers) {
+TEST(Engine, GivesParentAndChildDifferentNumbers) {
   OwnProvider provider;
   rng::Engine engine(GeneratorOf(provider));
   engine();
@@ -227,7 +227,7 @@ TEST(Engine, ParentAndChildGetDifferentNumbers) {
   }
 }
 
-TEST(Engine, DrawsEachNumberAloneWhereNoPageIsEmptied) {
+TEST(Engine, KeepsNoNumbersIfTheKernelCannotWipeThemInAChild) {
   g_refusesAdvice = true;
   KnownNumbers source;
   rng::Engine engine(GeneratorOf(source.provider));
@@ -251,7 +251,7 @@ TEST(Engine, RefusesAGeneratorThatAsksTheUser) {
   EXPECT_THAT(source.provider.sizes, ElementsAre(4088));
 }
 
-TEST(Engine, AFailedDrawThrowsAndReturnsNoNumbers) {
+TEST(Engine, ThrowsIfADrawFails) {
   KnownNumbers source;
   const auto works = source.provider.draw;
   rng::Engine engine(GeneratorOf(source.provider));

@@ -39,7 +39,7 @@ const auto startSession = [] { rng::Session session; };
 
 }  // namespace
 
-TEST(SessionStart, AThrowingPluginUndoesIt) {
+TEST(SessionStart, IsUndoneIfAPluginThrows) {
   InstallPlugin("bioqt", "stub");
   InstallPlugin("dsdr", "throwing_start");
   EXPECT_THAT(
@@ -52,7 +52,7 @@ TEST(SessionStart, AThrowingPluginUndoesIt) {
 }
 
 // Its class is no longer in the process.
-TEST(SessionStart, AnExceptionOfAClosedPluginIsNotTouched) {
+TEST(SessionStart, DoesNotTouchAnExceptionOfAClosedPlugin) {
   InstallPlugin("dsdr", "throws_own_class");
   EXPECT_THAT(ErrorOf(startSession),
               Pair(ErrorCode::kStartFailed,
@@ -62,7 +62,7 @@ TEST(SessionStart, AnExceptionOfAClosedPluginIsNotTouched) {
   EXPECT_EQ(0, g_unmatchedStarts);
 }
 
-TEST(SessionStart, TheSameExceptionIsReadWhileItsPluginStays) {
+TEST(SessionStart, ReportsAnExceptionOfAPluginThatIsStillOpen) {
   InstallPlugin("dsdr", "throws_own_class");
   ::dlopen(TreePath("lib/librngdsdr.so").c_str(), RTLD_LAZY | RTLD_NODELETE);
   EXPECT_THAT(ErrorOf(startSession).second, HasSubstr("failed: a fault of its own. Run"));
@@ -70,7 +70,7 @@ TEST(SessionStart, TheSameExceptionIsReadWhileItsPluginStays) {
   EXPECT_THAT(ErrorOf(startSession).second, HasSubstr("failed. Run"));
 }
 
-TEST(SessionStart, WithoutTheLockNothingIsStopped) {
+TEST(SessionStart, StopsNothingIfItDidNotGetTheLock) {
   InstallPlugin("dsdr");
   Initialize(nullptr);  // another user, whose start must not be stopped
   g_refusesLocks = true;
@@ -85,14 +85,14 @@ TEST(SessionStart, WithoutTheLockNothingIsStopped) {
 }
 
 // As a plug-in that fails to take a lock of its own: the start was counted.
-TEST(SessionStart, ALockErrorOfAPluginIsNotTheLibrarys) {
+TEST(SessionStart, IsUndoneIfAPluginThrowsALockError) {
   InstallPlugin("dsdr", "throws_lock_error");
   ::dlopen(TreePath("lib/librngdsdr.so").c_str(), RTLD_LAZY | RTLD_NODELETE);
   EXPECT_THAT(ErrorOf(startSession).second, HasSubstr("failed: a fault of its own. Run"));
   EXPECT_EQ(0, g_unmatchedStarts);
 }
 
-TEST(SessionStart, FailsWhereTheProcessHasStoppedTooOften) {
+TEST(SessionStart, FailsIfTheProcessHasStoppedTooOften) {
   InstallPlugin("dsdr");
   ShutDown();
   EXPECT_THAT(ErrorOf(startSession),
@@ -102,7 +102,7 @@ TEST(SessionStart, FailsWhereTheProcessHasStoppedTooOften) {
   EXPECT_EQ(-1, g_unmatchedStarts);
 }
 
-TEST(SessionStart, APluginThatEndsTheThreadUndoesIt) {
+TEST(SessionStart, IsUndoneIfAPluginEndsTheThread) {
   InstallPlugin("dsdr", "disturbing/Factory_EndThread");
   pthread_t other;
   const auto work = [](void*) -> void* {
@@ -118,7 +118,7 @@ TEST(SessionStart, APluginThatEndsTheThreadUndoesIt) {
 
 // --- Queries and draws
 
-TEST(SessionQuery, ExceptionsOfNamesBecomeErrors) {
+TEST(SessionQuery, ThrowsAnErrorIfAPluginThrowsInGetName) {
   InstallPlugin("dsdr", "breaking/name_throws");
   const rng::Session session;
   EXPECT_THAT(
@@ -129,13 +129,13 @@ TEST(SessionQuery, ExceptionsOfNamesBecomeErrors) {
       Pair(ErrorCode::kNoDefault, StartsWith("The default generator cannot be determined")));
 }
 
-TEST(SessionQuery, ANegativeSizeOfANameBecomesAnError) {
+TEST(SessionQuery, ThrowsAnErrorIfTheSizeOfANameIsNegative) {
   InstallPlugin("sobol", "nameless");
   const rng::Session session;
   EXPECT_EQ(ErrorCode::kNoSuchGenerator, ErrorOf([&] { session.Find("dsdr"); }).first);
 }
 
-TEST(SessionQuery, ExceptionsOfDevicesAndFlagsBecomeErrors) {
+TEST(SessionQuery, ThrowsAnErrorIfAPluginThrowsForItsDeviceOrFlags) {
   InstallPlugin("dsdr", "disturbing/Device_Throw");
   EXPECT_THAT(ErrorOf([] { rng::Session().Find("dsdr", "A1"); }),
               Pair(ErrorCode::kDeviceMissing,
@@ -149,7 +149,7 @@ TEST(SessionQuery, ExceptionsOfDevicesAndFlagsBecomeErrors) {
 }
 
 // The error outlives the plug-in whose exception it was.
-TEST(SessionDraw, AnExceptionOfAPluginsOwnClassIsCopied) {
+TEST(SessionDraw, CopiesAnExceptionOfAPluginsOwnClass) {
   InstallPlugin("dsdr", "throws_own_class");
   ::setenv("RNG_THROW_IN_DRAW", "1", 1);
   std::exception_ptr kept;
@@ -165,14 +165,14 @@ TEST(SessionDraw, AnExceptionOfAPluginsOwnClassIsCopied) {
 
 // --- Stop
 
-TEST(SessionStop, TheDestructorSwallowsWhatAPluginThrows) {
+TEST(SessionStop, IgnoresWhatAPluginThrowsInTheDestructor) {
   InstallPlugin("dsdr", "breaking/release_throws");
   { const rng::Session session; }
   EXPECT_FALSE(IsInitialized());
   EXPECT_EQ(0, g_unmatchedStarts);
 }
 
-TEST(SessionStop, StopReportsIt) {
+TEST(SessionStop, ReportsWhatAPluginThrows) {
   InstallPlugin("dsdr", "throwing_release");
   rng::Session session;
   EXPECT_THAT(ErrorOf([&] { session.Stop(); }),
@@ -182,7 +182,7 @@ TEST(SessionStop, StopReportsIt) {
   EXPECT_FALSE(IsInitialized());
 }
 
-TEST(SessionStop, ALockThatIsRefusedIsNotBlamedOnAPlugin) {
+TEST(SessionStop, DoesNotBlameAPluginForALockThatIsRefused) {
   rng::Session session;
   g_refusesLocks = true;
   const auto error = ErrorOf([&] { session.Stop(); });

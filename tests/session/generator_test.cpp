@@ -47,7 +47,7 @@ bool HasZeros(const Range& range) {
 
 }  // namespace
 
-TEST(Generator, FillsEveryKindOfRangeWhole) {
+TEST(Generator, FillsEveryKindOfRange) {
   OwnProvider provider;
   const rng::Generator generator = GeneratorOf(provider);
   unsigned char bytes[64] = {};
@@ -75,7 +75,7 @@ TEST(Generator, ReturnsAsManyBytesAsAreAskedFor) {
   EXPECT_THAT(provider.sizes, ElementsAre(48));
 }
 
-TEST(Generator, AnEmptyDrawSucceedsAndIsMade) {
+TEST(Generator, PassesADrawOfZeroBytesToThePlugin) {
   OwnProvider provider;
   std::vector<unsigned char> none;
   GeneratorOf(provider).Fill(none);
@@ -84,7 +84,7 @@ TEST(Generator, AnEmptyDrawSucceedsAndIsMade) {
   EXPECT_THAT(provider.sizes, ElementsAre(0, 0, 0));
 }
 
-TEST(Generator, AFailedDrawThrowsAndLeavesZeros) {
+TEST(Generator, ThrowsAndLeavesZerosIfADrawFails) {
   OwnProvider provider;
   provider.draw = FailAfterFilling;
   std::vector<unsigned char> bytes(64, 7);
@@ -96,7 +96,7 @@ TEST(Generator, AFailedDrawThrowsAndLeavesZeros) {
   EXPECT_EQ(std::vector<unsigned char>(64, 0), bytes);
 }
 
-TEST(Generator, AnExceptionOfAPluginBecomesAnErrorWithItsText) {
+TEST(Generator, ThrowsAnErrorWithTheTextOfAPluginsException) {
   OwnProvider provider;
   provider.draw = [](unsigned char* buffer, std::size_t size) -> bool {
     OwnProvider::DrawWell(buffer, size);
@@ -113,7 +113,7 @@ TEST(Generator, AnExceptionOfAPluginBecomesAnErrorWithItsText) {
             ErrorOf([&] { GeneratorOf(provider).Fill(bytes); }).second);
 }
 
-TEST(Generator, TextsOfPluginsAreCut) {
+TEST(Generator, TruncatesTextsOfPlugins) {
   OwnProvider provider;
   provider.draw = [](unsigned char*, std::size_t) -> bool {
     throw std::runtime_error(std::string(1'000'000, 'x'));
@@ -122,7 +122,7 @@ TEST(Generator, TextsOfPluginsAreCut) {
   EXPECT_LT(ErrorOf(draw).second.size(), 1000U);
 }
 
-TEST(Generator, AfterAnAlarmEveryCopyFails) {
+TEST(Generator, FailsInEveryCopyAfterAnAlarm) {
   OwnProvider provider;
   provider.draw = Repeat;
   const rng::Generator generator = GeneratorOf(provider);
@@ -140,7 +140,7 @@ TEST(Generator, AfterAnAlarmEveryCopyFails) {
 }
 
 // Looks at the place of the bytes before anything else uses that part of the stack.
-TEST(Generator, BytesThatWereNotReturnedAreWiped) {
+TEST(Generator, WipesBytesThatItDoesNotReturn) {
   OwnProvider provider;
   const volatile unsigned char* place = nullptr;
   provider.draw = [&](unsigned char* buffer, std::size_t size) {
@@ -157,7 +157,7 @@ TEST(Generator, BytesThatWereNotReturnedAreWiped) {
   EXPECT_EQ(decltype(left)(), left);
 }
 
-TEST(Generator, CancelEndsADrawOfAnotherThread) {
+TEST(Generator, CancelsADrawOfAnotherThread) {
   OwnProvider provider;
   std::atomic<bool> isWaiting = false;
   std::atomic<bool> isCancelled = false;
@@ -177,7 +177,7 @@ TEST(Generator, CancelEndsADrawOfAnotherThread) {
 }
 
 // The thread ends, its draw is wiped, and no terminate handler is called.
-TEST(Generator, ACancelledThreadPassesThrough) {
+TEST(Generator, LetsTheCancellationOfAThreadPass) {
   static OwnProvider provider;
   static std::array<unsigned char, 64> bytes;
   static std::atomic<bool> isWaiting = false;
@@ -202,7 +202,7 @@ TEST(Generator, ACancelledThreadPassesThrough) {
 }
 
 // As from a plug-in in another language: there is no C++ object in it.
-TEST(Generator, AnExceptionOfAnotherLanguageBecomesAnError) {
+TEST(Generator, ThrowsAnErrorForAnExceptionOfAnotherLanguage) {
   static _Unwind_Exception foreign = {};
   OwnProvider provider;
   provider.draw = [](unsigned char*, std::size_t) -> bool {
@@ -214,7 +214,7 @@ TEST(Generator, AnExceptionOfAnotherLanguageBecomesAnError) {
                    "The generator \"own\" failed. Run \"rngctl doctor own\" to find out why."));
 }
 
-TEST(Generator, AMovedOneIsStillUsable) {
+TEST(Generator, IsUsableAfterAMove) {
   OwnProvider provider;
   rng::Generator generator = GeneratorOf(provider);
   const rng::Generator moved(std::move(generator));
@@ -227,7 +227,7 @@ TEST(Generator, AMovedOneIsStillUsable) {
   EXPECT_EQ("own", generator.Name());
 }
 
-TEST(Generator, ReportsNameDeviceAndUser) {
+TEST(Generator, ReportsItsNameItsDeviceAndWhetherItNeedsTheUser) {
   OwnProvider provider;
   const rng::Generator generator = GeneratorOf(provider);
   EXPECT_EQ("own", generator.Name());

@@ -71,7 +71,7 @@ TEST(Session, EndsWithTheLastCopy) {
   EXPECT_EQ(0, g_unmatchedStarts);
 }
 
-TEST(Session, GeneratorsAndEnginesKeepItAlive) {
+TEST(Session, IsKeptAliveByGeneratorsAndEngines) {
   InstallPlugin("dsdr", "stub");
   auto session = std::make_unique<rng::Session>();
   auto generator = std::make_unique<rng::Generator>(session->Find("dsdr"));
@@ -96,7 +96,7 @@ TEST(Session, SharesTheStartOfAnotherUser) {
   ShutDown();
 }
 
-TEST(Session, StopTellsWhetherItWasTheLast) {
+TEST(Session, ReportsWhetherAStopWasTheLast) {
   InstallPlugin("dsdr", "stub");
   rng::Session session;
   auto generator = std::make_unique<rng::Generator>(session.Find("dsdr"));
@@ -106,7 +106,7 @@ TEST(Session, StopTellsWhetherItWasTheLast) {
   EXPECT_FALSE(IsInitialized());
 }
 
-TEST(Session, AfterStopItsCallsThrow) {
+TEST(Session, ThrowsFromEveryCallAfterStop) {
   rng::Session session;
   EXPECT_TRUE(session.Stop());
   const auto stopped =
@@ -117,7 +117,7 @@ TEST(Session, AfterStopItsCallsThrow) {
   EXPECT_EQ(0, g_unmatchedStarts);
 }
 
-TEST(Session, AForkedCopyStopsItsOwn) {
+TEST(Session, IsStoppedSeparatelyInAForkedCopy) {
   InstallPlugin("dsdr", "stub");
   auto session = std::make_unique<rng::Session>();
   const Result child = RunForked([&] {
@@ -129,7 +129,7 @@ TEST(Session, AForkedCopyStopsItsOwn) {
   EXPECT_TRUE(LooksDrawn(session->Find("dsdr").Bytes<64>()));
 }
 
-TEST(Session, AStaticOneStopsAtExitBeforeItsPluginsAreDestroyed) {
+TEST(Session, StopsAtExitBeforeItsPluginsAreDestroyedIfItIsStatic) {
   InstallPlugin("dsdr");
   const auto exitWithStatic = [] {
     std::atexit([] { std::fputs(CallLog("dsdr").c_str(), stderr); });
@@ -149,19 +149,20 @@ TEST(Session, FindsTheConfiguredDefaultAndSelectsItsDevice) {
   EXPECT_EQ("r2", generator.Device());
 }
 
-TEST(Session, NoDefaultIsAnErrorUnlessTheMaskAcceptsOne) {
+TEST(Session, ThrowsWithoutADefaultUnlessTheMaskAcceptsAnother) {
   InstallPlugin("biokbd", "stub");
   FakeSettings settings;
   const rng::Session session(&settings);
   EXPECT_THAT(
       ErrorOf([&] { session.Default(); }),
       Pair(ErrorCode::kNoDefault,
-           "No default generator is configured for this user. Run \"rngctl default set KIND\" to "
-           "choose one, or \"rngctl default\" to see what is configured."));
+           "No default generator is configured for this user, or the settings cannot be read. Run "
+           "\"rngctl default set KIND\" to choose one, or \"rngctl default\" to see what is "
+           "configured."));
   EXPECT_EQ("biokbd", session.Default(kDefaultFallbackBioKb).Name());
 }
 
-TEST(Session, ADefaultThatIsNotUsableIsNotReplaced) {
+TEST(Session, DoesNotReplaceADefaultThatIsNotUsable) {
   InstallPlugin("dsdr", "has_devices");
   FakeSettings settings = Choosing("sobol");
   const rng::Session session(&settings);
@@ -178,7 +179,7 @@ TEST(Session, ADefaultThatIsNotUsableIsNotReplaced) {
 
 // --- By name
 
-TEST(Session, FindsANameAndLeavesTheSelectionUnlessADeviceIsNamed) {
+TEST(Session, SelectsADeviceOnlyIfOneIsNamed) {
   InstallPlugin("dsdr", "drawing/NamesItsDevice");
   const rng::Session session;
   EXPECT_EQ("r1", session.Find("dsdr", "r1").Device());
@@ -188,7 +189,7 @@ TEST(Session, FindsANameAndLeavesTheSelectionUnlessADeviceIsNamed) {
   EXPECT_EQ("r2", first.Device());
 }
 
-TEST(Session, WithoutADeviceNothingIsSelected) {
+TEST(Session, SelectsNothingIfNoDeviceIsConfigured) {
   InstallPlugin("dsdr", "breaking/refuses_the_empty_device");
   FakeSettings settings = Choosing("dsdr");
   const rng::Session session(&settings);
@@ -196,7 +197,7 @@ TEST(Session, WithoutADeviceNothingIsSelected) {
   EXPECT_EQ("dsdr", session.Default().Name());
 }
 
-TEST(Session, RefusesNamesAndDevicesThatCannotBe) {
+TEST(Session, RefusesInvalidNamesAndDevices) {
   InstallPlugin("dsdr", "has_devices");
   InstallPlugin("accord", "nameless");
   const rng::Session session;
@@ -209,7 +210,7 @@ TEST(Session, RefusesNamesAndDevicesThatCannotBe) {
   EXPECT_EQ("dsdr", session.Find("dsdr", "A1").Name());
 }
 
-TEST(Session, TheChecksOfAGeneratorAreSharedAndNotThoseOfAnother) {
+TEST(Session, SharesTheChecksOfOneGeneratorOnly) {
   InstallPlugin("dsdr", "drawing/TurnConstant");
   InstallPlugin("sobol", "stub");
   const rng::Session session;
@@ -221,7 +222,7 @@ TEST(Session, TheChecksOfAGeneratorAreSharedAndNotThoseOfAnother) {
   EXPECT_EQ(1U, rng::Session().Find("dsdr").Bytes<1>().size());
 }
 
-TEST(Session, ItsDrawsAreThoseOfThePluginWithItsFailures) {
+TEST(Session, PassesOnTheBytesAndFailuresOfThePlugin) {
   InstallPlugin("dsdr", "failing_device");
   const rng::Generator generator = rng::Session().Find("dsdr", "X1");
   EXPECT_EQ(ErrorCode::kDrawFailed, ErrorOf([&] { generator.Bytes<32>(); }).first);

@@ -7,7 +7,9 @@
 #include "tests/support/tree.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <new>
@@ -16,6 +18,7 @@
 
 static std::int32_t g_result = 0;
 static std::string g_ending;
+static bool g_isEmpty = false;
 static bool g_memoryEnds = false;
 static std::vector<std::string> g_examined;
 
@@ -25,6 +28,14 @@ extern "C" __attribute__((visibility("default"))) int access(const char* path, i
   return ::faccessat(AT_FDCWD, path, mode, 0);
 }
 
+// Likewise. Files in the root directory are in the tree instead.
+extern "C" __attribute__((visibility("default"))) std::FILE* fopen(const char* path,
+                                                                   const char* mode) {
+  const auto open = reinterpret_cast<decltype(&::fopen)>(::dlsym(RTLD_NEXT, "fopen"));
+  const bool isInRoot = std::strrchr(path, '/') == path;
+  return open(isInRoot ? TreePath(path + 1).c_str() : path, mode);
+}
+
 extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::int32_t id,
                                                                            char* buffer,
                                                                            std::uint64_t* size,
@@ -32,7 +43,7 @@ extern "C" __attribute__((visibility("default"))) std::int32_t CKP_GetPath(std::
   const bool isClear = std::all_of(buffer, buffer + 256, [](char c) { return c == '\0'; });
   RecordCall("host", std::to_string(id) + (isClear ? "" : ":dirty") + ":" + std::to_string(*size) +
                          ":" + std::to_string(fourth));
-  const std::string directory = TreePath("host") + std::to_string(id) + g_ending;
+  const std::string directory = g_isEmpty ? "" : TreePath("host") + std::to_string(id) + g_ending;
   std::memcpy(buffer, directory.c_str(), directory.size() + 1);
   *size = directory.size() - 1;  // of no interest: the text's length is measured
   if (g_memoryEnds) FailAllocation(1);
@@ -60,6 +71,19 @@ TEST(HostKnownPath, WinsOverTheLibrary) {
             ReadFile(TreePath("host2/rng.ini")));
   EXPECT_EQ("0:256:0 2:256:0 2:256:0 2:256:0 2:256:0 2:256:0", CallLog("host"));
   ExpectTheLibraryWasLeftAlone();
+}
+
+TEST(HostKnownPath, AnEmptyDirectoryIsTheRoot) {
+  const AggregatorLibrary library;
+  IRngSettings& settings = *library.GetDefaultSettings();
+  g_isEmpty = true;
+  EXPECT_EQ(nullptr, settings.GetType());
+  EXPECT_TRUE(settings.SetType("dsdr"));
+  EXPECT_EQ(std::vector<std::string>{"/rng.ini"}, g_examined);
+  EXPECT_EQ("[Devices]\nRandomNumberGeneratorType=dsdr\n", ReadFile(TreePath("rng.ini")));
+  EXPECT_STREQ("dsdr", settings.GetType());
+  WriteFile(TreePath("rng.ini"), "[Devices]\nRandomNumberGeneratorHardwareID=A1\n");
+  EXPECT_STREQ("A1", settings.GetHardwareId());
 }
 
 TEST(HostKnownPath, RefusalIsAFailedLookup) {

@@ -1,6 +1,10 @@
 #include "tests/settings/reading.h"
 #include "tests/support/permissions.h"
+#include "tests/support/process.h"
 
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -230,6 +234,35 @@ TEST(ReadProfileString, SectionAndKeyAreTakenLiterally) {
   EXPECT_EQ("value", Read(" ", " ", "[ ]\n =value\n"));
   EXPECT_EQ("value", Read("", "key", "[]\nkey=value\n"));
   EXPECT_EQ("default", Read(".*", "key", "[sec]\nkey=value\n"));
+}
+
+TEST(ReadProfileString, NoLineIsAComment) {
+  for (const std::string mark : {";", "#", "//", "'", "!"}) {
+    EXPECT_EQ("value", Read("sec", mark + "x", "[sec]\n" + mark + "x=value\n")) << mark;
+    EXPECT_EQ("value", Read("sec", mark, "[sec]\n" + mark + " remark = value\n")) << mark;
+  }
+}
+
+// The library sets no locale; a host may.
+TEST(ReadProfileString, WhitespaceIsThatOfTheLocale) {
+  std::string characters = "CHARMAP\n";
+  for (int c = 0; c < 256; ++c) {
+    char line[32];
+    std::snprintf(line, sizeof line, "<U%04X> /x%02x\n", c, c);
+    characters += line;
+  }
+  WriteFile(TreePath("map"), "<code_set_name> X\n<escape_char> /\n" + characters + "END CHARMAP\n");
+  WriteFile(TreePath("source"),
+            "LC_CTYPE\nspace <U0009>;<U000A>;<U0020>;<U007E>;<U00A0>\nEND LC_CTYPE\n");
+  // It complains about the categories that are missing.
+  RunShell("localedef -c --no-archive -f " + TreePath("map") + " -i " + TreePath("source") + " " +
+           TreePath("odd"));
+  ASSERT_EQ(0, ::setenv("LOCPATH", TreePath("").c_str(), 1));
+  const std::string content = "[sec]\nkey= ~\xA0v~w\xA0~\r\n";
+  EXPECT_EQ("~\xA0v~w\xA0~", Read(content));
+  ASSERT_NE(nullptr, std::setlocale(LC_CTYPE, "odd"));
+  EXPECT_EQ("v~w\xA0~\r", Read(content));  // a carriage return is none there
+  EXPECT_EQ("v~w", Read("[sec]\nkey= ~\xA0v~w\xA0~\n"));
 }
 
 TEST(ReadProfileString, KeyMayReachOverTheEquals) {

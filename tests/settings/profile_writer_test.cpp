@@ -83,6 +83,13 @@ TEST(WriteProfileString, LineThatDoesNotBeginWithTheKeyByteForByteIsKept) {
   }
 }
 
+TEST(WriteProfileString, NoLineIsAComment) {
+  for (const std::string mark : {";", "#", "//", "'", "!"}) {
+    WriteFile(ProfilePath(), "[sec]\n" + mark + "key=old\nkey=1\n");
+    EXPECT_EQ("[sec]\n" + mark + "key=new\nkey=1\n", Rewrite("sec", mark + "key", "new")) << mark;
+  }
+}
+
 TEST(WriteProfileString, MissingKeyGoesBeforeTheFirstEmptyLine) {
   ExpectAll({
       {"[sec]\na=1\n\n[other]\nkey=2\n", "[sec]\na=1\nkey=new\n\n[other]\nkey=2\n"},
