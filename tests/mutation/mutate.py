@@ -1,137 +1,152 @@
 #!/usr/bin/env python3
-"""Measures how well the tests guard the library: makes one small change at a time in a copy of the
-sources, builds it, runs the tests, and counts the changes that they notice.
+"""Measures how well the tests guard the product: makes one small change at a time in a copy of the sources, builds
+it, runs the tests of its room, and counts the changes that they notice.
 
-usage: mutate.py [--sample N] [--list] [FILE...]
-
-Prints a line per change and at the end `killed K of M`. A change that does not compile does not count.
-Survivors that are equal in behaviour stand in equivalent.txt with the reason and do not count either;
-any other survivor makes the run fail.
+Prints a line per change, then for each room how many changes were noticed. A change that does not compile does not
+count. Survivors that are equal in behaviour stand in equivalent.txt with the reason and do not count either; any
+other survivor makes the run fail. The choice of changes depends on the changes alone, so it is the same tomorrow.
 """
 
 import argparse
+import hashlib
 import os
-import random
 import re
 import shutil
-import signal
 import subprocess
 import sys
 from pathlib import Path
 
+sys.dont_write_bytecode = True  # no folder of Python's among the sources
+
+from changes import changes_of_text
+from rooms import ROOMS, room_of
+
 ROOT = Path(__file__).resolve().parents[2]
 COPY = ROOT / "build" / "mutate"
-ROOMS = ("aggregator", "providers", "settings")
-TEST_SECONDS = 120
-# What does not depend on a line of code, or would take longer than it is worth here.
-SLOW = (
-    "^(Binary|Kit|PublicHeader|IncludeDirections|ManualPage|Link|Rngctl|Doctor|Check|Encode|LibraryFile"
-    "|Messages|Channel|LoaderError|SearchOrder|TerminalText|Fake(Plugins|Libraries))"
-    "|/(Rngctl|CheckBreach|Doctor)|Cost|LongerProfile"
-    "|RandomSequences|ModelRun|RandomSteps|fuzz_idle|ModelWithAMistake|StartAndStop|LoadAndUnload"
-)
-
-# A pattern and what each match becomes.
-OPERATORS = [
-    (r"==", "!="),
-    (r"!=", "=="),
-    (r"&&", "||"),
-    (r"\|\|", "&&"),
-    (r"(?<=\w) < (?=\w)", " <= "),
-    (r"(?<=\w) > (?=\d)", " >= "),
-    (r"(?<=\w) > (?=\w)", " < "),
-    (r"(?<=\)) \+ (?=\d)", " - "),
-    (r"(?<=\w) - (?=\d)", " + "),
-    (r"\+\+(?=\w)", "--"),
-    (r"--(?=\w)", "++"),
-    (r"(?<=[(\s])!(?=\w)", ""),
-    (r"\btrue\b", "false"),
-    (r"\bfalse\b", "true"),
-    (r"(?<![\w.\"])(\d+)(?![\w\".])", lambda m: str(int(m[1], 8 if m[1][0] == "0" else 10) + 1)),
-    (r"RTLD_LAZY \| RTLD_GLOBAL", "RTLD_LAZY"),
-    (r" \| RTLD_NODELETE", ""),
-    (r"\bRTLD_LAZY\b", "RTLD_NOW"),
-    (r"\bstrncasecmp\b", "strncmp"),
-    (r"std::strncmp", "::strncasecmp"),
-    (r"\bstrrchr\b", "strchr"),
-    (r" & mask", " | mask"),
-    (r"\bcontinue;", "break;"),
-    (r"std::exchange\((\w+), nullptr\)", r"\1"),
-    (r'"([^"]+)"', lambda m: '"' + m[1][:-1] + '~"'),
-]
+# A changed program may signal processes that it must not, and leave some behind. What is still running when this
+# program is killed is killed as well.
+APART = ["setpriv", "--pdeathsig", "KILL", "unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
+if os.getuid() != 0:
+    APART += ["--map-current-user"]
 
 
-def changes_of_line(line):
-    code = re.split(r"\s*//", line)[0]
-    for pattern, replacement in OPERATORS:
-        for match in re.finditer(pattern, code):
-            new = replacement(match) if callable(replacement) else match.expand(replacement)
-            yield line[: match.start()] + new + line[match.end() :]
-    statement = code.strip()
-    if re.fullmatch(r"[^{}]*\(.*\);", statement) and not re.match(r"(const|auto|char|void\*|return)\b", statement):
-        yield re.sub(r"\S.*", ";", code)  # a call removed
-    guarded = re.fullmatch(r"(\s*)if \(.*\) (return|throw|continue|break).*;", code)
-    if guarded:
-        yield guarded[1] + ";"  # an early way out removed
+def run(*command):
+    return subprocess.run(
+        [*APART, *command], cwd=COPY, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL
+    ).returncode
 
 
-def is_statement(line):
-    return bool(re.fullmatch(r"\s+[^{}/#]*;", line)) and "case" not in line
+def sources_of(paths):
+    for path in paths:
+        files = [ROOT / path] if (ROOT / path).is_file() else sorted((ROOT / path).rglob("*"))
+        yield from (str(file.relative_to(ROOT)) for file in files if file.suffix in (".cpp", ".h"))
 
 
-def changes_of_file(path):
-    """Pairs of a description and the changed lines."""
-    lines = path.read_text().splitlines()
-    depth = 0
-    for index, line in enumerate(lines):
-        is_code = not line.lstrip().startswith(("//", "#")) and line.strip()
-        if is_code:
-            for changed in changes_of_line(line):
-                if changed != line:
-                    yield index, line, changed, lines[:index] + [changed] + lines[index + 1 :]
-            following = lines[index + 1] if index + 1 < len(lines) else ""
-            if depth > 0 and is_statement(line) and is_statement(following):
-                swapped = lines[:index] + [following, line] + lines[index + 2 :]
-                yield index, line, "swapped with the next line", swapped
-        depth += line.count("{") - line.count("}")
+def without_line_number(name):
+    return re.sub(r":\d+:", ":", name, count=1)
 
 
-def all_changes(files):
-    for path in files:
-        for index, line, changed, lines in changes_of_file(ROOT / path):
-            name = f"{path}:{index + 1}: {line.strip()} -> {changed.strip()}"
-            yield name, path, "\n".join(lines) + "\n"
+def changes_of(paths):
+    """Triples of a name, the path and the changed text, in an order that looks random but is always the same."""
+    changes = [
+        (f"{path}:{description}", path, text)
+        for path in sources_of(paths)
+        for description, text in changes_of_text((ROOT / path).read_text())
+    ]
+    return sorted(changes, key=lambda change: hashlib.sha256(without_line_number(change[0]).encode()).digest())
 
 
-def run(command, seconds):
-    process = subprocess.Popen(
-        command, cwd=COPY, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True
-    )
+def update_copy():
+    """Writes what differs alone, so that a build of an earlier run serves again."""
+    command = ["git", "ls-files", "--cached", "--others", "--exclude-standard"]
+    listed = subprocess.run(command, cwd=ROOT, check=True, capture_output=True, text=True).stdout.splitlines()
+    for path in COPY.glob("*"):
+        if path.name != "build" and path.name not in {name.split("/")[0] for name in listed}:
+            shutil.rmtree(path) if path.is_dir() else path.unlink()
+    for name in listed:
+        source, target = ROOT / name, COPY / name
+        if source.is_file() and not (target.is_file() and target.read_bytes() == source.read_bytes()):
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(source, target)
+
+
+class Tests:
+    """The tests of a room. Those that failed last run first, because neighbouring changes often fail the same."""
+
+    def __init__(self, room):
+        self.room = room
+        self.recent = []
+
+    def build(self):
+        folders = self.room.sources + [f"tests/{folder}" for folder, _ in self.room.tests]
+        targets = [f"{folder}/all" for folder in folders if (COPY / folder / "CMakeLists.txt").exists()]
+        return run("cmake", "--build", "build", "--target", *targets)
+
+    def failed(self, folder, *selection):
+        """Names of tests that failed."""
+        directory = COPY / "build" / "tests" / folder
+        log = directory / "Testing" / "Temporary" / "LastTestsFailed.log"
+        log.unlink(missing_ok=True)
+        options = ["-j8", "--stop-on-failure", "--no-tests=error", "--timeout", "60"]
+        if not run("ctest", "--test-dir", str(directory), *options, *selection):
+            return []
+        return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else ["ctest itself"]
+
+    def fails(self, folder, test):
+        return bool(self.failed(folder, "-R", f"^{re.escape(test)}$"))
+
+    def first_failure(self):
+        """A test that fails, and fails again when it runs alone: another may only have been slow this time."""
+        for folder, test in self.recent:
+            if self.fails(folder, test) and self.fails(folder, test):
+                return test
+        for folder, pattern in self.room.tests:
+            for test in self.failed(folder, "-R", pattern, "-E", self.room.without):
+                if self.fails(folder, test):
+                    self.recent = [(folder, test), *self.recent][:8]
+                    return test
+        return None
+
+
+def try_change(tests, name, path, text, equivalents):
+    target = COPY / path
+    original = target.read_text()
+    target.write_text(text)
     try:
-        return process.wait(seconds)
-    except subprocess.TimeoutExpired:
-        os.killpg(process.pid, signal.SIGKILL)
-        process.wait()
-        return 1
+        if tests.build():
+            return "does not compile"
+        noticed = tests.first_failure()
+        if noticed:
+            return f"noticed by {noticed}"
+        return "equivalent" if without_line_number(name) in equivalents else "SURVIVED"
+    finally:
+        target.write_text(original)
 
 
-def build():
-    return run(["cmake", "--build", "build"], 600)
+def try_room(name, changes, count, equivalents):
+    tests = Tests(ROOMS[name])
+    if tests.build():
+        sys.exit(f"{name}: the unchanged sources cannot be built.")
+    if failure := tests.first_failure():
+        sys.exit(f"{name}: the unchanged sources fail {failure}.")
+    verdicts = []
+    for change, path, text in changes:
+        if len([verdict for verdict, _ in verdicts if verdict != "does not compile"]) == count:
+            break
+        verdict = try_change(tests, change, path, text, equivalents)
+        verdicts.append((verdict, change))
+        print(f"{verdict}: {change}", flush=True)
+    tests.build()
+    return verdicts
 
 
-def run_tests():
-    return run(
-        ["ctest", "--test-dir", "build", "-j2", "--stop-on-failure", "--no-tests=error", "--timeout", "20", "-E", SLOW],
-        TEST_SECONDS,
-    )
-
-
-def prepare():
-    shutil.rmtree(COPY, ignore_errors=True)
-    shutil.copytree(ROOT, COPY, ignore=shutil.ignore_patterns("build*", ".git"))
-    configure = ["cmake", "-S", ".", "-B", "build", "-G", "Ninja", f"-DCMAKE_INSTALL_PREFIX={COPY}/build/tree"]
-    if run(configure, 120) or build() or run_tests():
-        sys.exit("The unchanged sources do not pass their tests.")
+def print_scores(results):
+    print(f"\n{'room':20} {'noticed':>12} {'equivalent':>10} {'survived':>8}")
+    for room, verdicts in results.items():
+        noticed = sum(verdict.startswith("noticed") for verdict, _ in verdicts)
+        equivalent = sum(verdict == "equivalent" for verdict, _ in verdicts)
+        survived = sum(verdict == "SURVIVED" for verdict, _ in verdicts)
+        print(f"{room:20} {noticed:5} of {noticed + survived:3} {equivalent:10} {survived:8}")
 
 
 def read_equivalents():
@@ -141,43 +156,36 @@ def read_equivalents():
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("--sample", type=int, help="try only N changes, chosen by a fixed seed")
+    parser.add_argument("--count", type=int, default=100, help="changes per room (100); 0 makes all")
     parser.add_argument("--list", action="store_true", help="print the changes and stop")
-    parser.add_argument("files", nargs="*", help="sources; without any, all of the library")
+    parser.add_argument("paths", nargs="*", metavar="ROOM", help=f"{', '.join(ROOMS)}; or a path in one (all)")
     options = parser.parse_args()
 
-    files = options.files or sorted(str(p.relative_to(ROOT)) for r in ROOMS for p in (ROOT / r).glob("*.cpp"))
-    changes = list(all_changes(files))
-    if options.sample:
-        changes = random.Random(1).sample(changes, min(options.sample, len(changes)))
+    chosen = {}
+    for path in options.paths or ROOMS:
+        if path not in ROOMS and not (ROOT / path).exists():
+            parser.error(f"{path} is neither a room nor a path.")
+        chosen.setdefault(path if path in ROOMS else room_of(path), []).extend(
+            ROOMS[path].sources if path in ROOMS else [path]
+        )
+    changes = {
+        room: [change for change in changes_of(paths) if room_of(change[1]) == room] for room, paths in chosen.items()
+    }
     if options.list:
-        print("\n".join(name for name, _, _ in changes))
+        for room in changes:
+            print(*(name for name, _, _ in changes[room]), sep="\n")
         return
 
-    prepare()
-    equivalents = read_equivalents()
-    killed = made = 0
-    survivors = []
-    for name, path, text in changes:
-        target = COPY / path
-        original = target.read_text()
-        target.write_text(text)
-        if build():
-            verdict = "does not compile"
-        elif run_tests():
-            verdict = "killed"
-        elif re.sub(r":\d+:", ":", name, count=1) in equivalents:
-            verdict = "equivalent"
-        else:
-            verdict = "SURVIVED"
-            survivors.append(name)
-        target.write_text(original)
-        killed += verdict == "killed"
-        made += verdict in ("killed", "SURVIVED")
-        print(f"{verdict}: {name}", flush=True)
-    print(f"killed {killed} of {made}")
-    if survivors:
-        sys.exit("Survivors:\n" + "\n".join(survivors))
+    COPY.mkdir(parents=True, exist_ok=True)
+    update_copy()
+    # Alone, because one source changes at a time. What a warning refuses elsewhere is still a change for the tests.
+    variables = ["CMAKE_UNITY_BUILD=OFF", "CMAKE_LINK_DEPENDS_NO_SHARED=ON", "CMAKE_COMPILE_WARNING_AS_ERROR=OFF"]
+    if run("cmake", "--preset", "test", "-B", "build", *(f"-D{variable}" for variable in variables)):
+        sys.exit("The copy cannot be configured.")
+    results = {room: try_room(room, changes[room], options.count or None, read_equivalents()) for room in changes}
+    print_scores(results)
+    if any(verdict == "SURVIVED" for verdicts in results.values() for verdict, _ in verdicts):
+        sys.exit(1)
 
 
 if __name__ == "__main__":

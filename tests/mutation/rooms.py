@@ -1,0 +1,50 @@
+"""The rooms of the product, and which tests guard them."""
+
+from typing import NamedTuple
+
+
+class Room(NamedTuple):
+    """Folders of sources, and the tests to run for each change: a folder of tests and a pattern of their names, the
+    ones that notice most first."""
+
+    sources: list[str]
+    tests: list[tuple[str, str]]
+    without: str = "^$"  # tests that take longer than it is worth here
+
+
+ROOMS = {
+    "library": Room(
+        ["aggregator", "providers", "settings"],
+        [(folder, ".") for folder in ("aggregator", "settings", "providers", "unload", "process", "faults", "model")],
+        "RandomSequences|ModelRun|RandomSteps|ModelWithAMistake",
+    ),
+    "include": Room(["include/rngaggregator"], [("headers", "."), ("session", "."), ("quality", "Health"), ("combine", ".")]),
+    "plugins/unixdev": Room(["plugins/unixdev"], [("unixdev", ".")]),
+    "plugins/interactive": Room(["plugins/interactive"], [("interactive", ".")]),
+    "plugins/token": Room(["plugins/token"], [("token", ".")]),
+    "helpers/gathering": Room(["helpers/gathering"], [("gathering", "."), ("interactive", ".")]),
+    "helpers/session": Room(["helpers/session"], [("interactive", ".")]),
+    "helpers/tty": Room(["helpers/tty"], [("interactive", ".")]),
+    "helpers/x11": Room(["helpers/x11"], [("interactive", "X11|Display|InstalledInTree")]),
+    "helpers/qt": Room(["helpers/qt"], [("interactive", "Qt|Display|InstalledInTree")]),
+    "quality": Room(["quality"], [("quality", "."), ("rngctl", "RngctlTest|TestReport|Restarts|KnownBlocks")]),
+    "combine": Room(["combine"], [("combine", "."), ("rngctl", "ReadRecord|Combined"), ("threads", "Combined")]),
+    "openssl": Room(["openssl"], [("openssl", "."), ("rngctl/openssl", ".")]),
+    "tools/rngctl/check": Room(
+        ["tools/rngctl/check"],
+        [("rngctl", "Check|Look|Losses|ProcessSnapshot|Slowness|FindLikeness|PrintedLines|SipHash|Rule")],
+        "CheckLoadCycles|DrawsOfSeconds|WhatTakesTime|ThreadsThatAreJoined",
+    ),
+    "tools/rngctl/doctor": Room(["tools/rngctl/doctor"], [("rngctl", "Doctor|Permission"), ("rngctl/situations", ".")]),
+    "tools/rngctl": Room(
+        ["tools/rngctl"],
+        [("rngctl", ".")],
+        "Situations|CheckLoadCycles|EndAfterHalfAMinute|OneThatHangs|DrawsOfSeconds|WhatTakesTime|ThreadsThatAreJoined",
+    ),
+}
+
+
+def room_of(path):
+    """The room with the longest folder that contains the path."""
+    folders = [(folder, name) for name, room in ROOMS.items() for folder in room.sources]
+    return max((len(folder), name) for folder, name in folders if f"{path}/".startswith(f"{folder}/"))[1]
