@@ -88,6 +88,19 @@ TEST_F(X11Draw, EscapeCancelsWhereverThePointerIs) {
   ExpectEnd("zeros");
 }
 
+// A copy of the host has the helper's end of the socket open, too.
+TEST(X11DrawInACopiedHost, NoticesTheEndOfTheHelper) {
+  const XServer server{{"-screen", "0", "1024x768x24", "-dpi", "96"}};
+  HostProcess host({COPIED_HOST, "unixx11", "32"}, {"DISPLAY=" + server.display});
+  ShownWindow window{server.display, kTitle};
+  ASSERT_TRUE(window.Appears() && window.GetsFocus());
+  MovingRobot robot(server.display, 512, 384);
+  robot.Do({"key", "Escape"});
+  EXPECT_TRUE(host.Prints("drawn 0"));
+  host.Finish();
+  EXPECT_TRUE(host.IsAlone());
+}
+
 TEST_F(X11Draw, CloseButtonCancels) {
   window.Close();
   ExpectEnd("zeros");
