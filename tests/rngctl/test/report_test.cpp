@@ -33,14 +33,18 @@ std::string FoundInRestarts(std::uint64_t wanted, const std::vector<FirstDraw>& 
   return Found(QualityTest::kRestarts, MakeReport(Stream(GoodBytes(100), flags), wanted, draws));
 }
 
+std::string Printed(void (*print)(const TestReport&), const TestReport& report) {
+  std::ostringstream text;
+  std::streambuf* const before = std::cout.rdbuf(text.rdbuf());
+  print(report);
+  std::cout.rdbuf(before);
+  return text.str();
+}
+
 std::string Printed(void (*print)(const TestReport&), const Speed& speed) {
   DrawnStream stream = Stream(GoodBytes(5000));
   stream.speed = speed;
-  std::ostringstream text;
-  std::streambuf* const before = std::cout.rdbuf(text.rdbuf());
-  print(MakeReport(stream, 0, {}));
-  std::cout.rdbuf(before);
-  return text.str();
+  return Printed(print, MakeReport(stream, 0, {}));
 }
 
 }  // namespace
@@ -126,4 +130,64 @@ TEST(TestReport, GivesSpeedsAsNumbersInJson) {
   EXPECT_EQ(7, speed.at("small_draws").at("count"));
   EXPECT_EQ(0.25, speed.at("small_draws").at("median_seconds"));
   EXPECT_EQ(0.5, speed.at("small_draws").at("percentile_99_seconds"));
+}
+
+TEST(TestReport, PrintsAllThatWasFound) {
+  DrawnStream stream = Stream(GoodBytes(50'000));
+  stream.speed = {1'234'567, 1000, 2e-6, 3e-6};
+  EXPECT_EQ(
+      R"(generator   dsdr: A device
+device      r1
+drawn       50,000 bytes
+speed       1.23 MB per second
+            32 bytes take 2 us (median), 3 us (99th percentile of 1000 draws)
+
+passed      blocks               0 of 20 blocks failed FIPS 140-2 tests; up to 3 may fail.
+passed      repetition-count     No byte occurred 6 times in a row, and no 16 bytes repeated the 16 before them.
+passed      adaptive-proportion  No window of 512 bytes contained its first byte 19 times.
+passed      bit-frequencies      Each bit is one in 49.66 % to 50.14 % of the bytes, p = 1.
+passed      byte-frequencies     The 256 values are about equally frequent: chi-square 223.8, p = 0.16.
+passed      serial-correlation   The correlation of neighbouring bytes is -0.0042, p = 0.35.
+passed      restarts             The first draws of 3 starts differ: no two share more than their first 7 bits. With )"
+      R"(2^1 possible seeds or fewer, two of them would be equal with a probability of at least 99 %.
+
+verdict     No test found a difference from random bytes.
+limits      Statistics cannot show whether bytes can be predicted: a counter hashed with SHA-256 passes every test. )"
+      R"(Only the design of the vendor's entropy source and an assessment of it can.
+)",
+      Printed(PrintText, MakeReport(stream, 3, {{1}, {2}, {3}})));
+}
+
+TEST(TestReport, PrintsWhatFailedAndWhatWasNotMade) {
+  EXPECT_EQ(R"(generator   dsdr: A device
+device      r1
+drawn       1,000 bytes
+
+not made    blocks               It needs at least 3 blocks of 2,500 bytes.
+failed      repetition-count     A byte occurred 6 times in a row.
+failed      adaptive-proportion  A window of 512 bytes contained its first byte 17 times.
+failed      bit-frequencies      Bit 2 is one in 100.00 % of the bytes, p < 1e-99.
+not made    byte-frequencies     It needs at least 4,096 bytes.
+not made    serial-correlation   It needs at least 4,096 bytes.
+not made    restarts             Each start would ask the user.
+
+verdict     The bytes are not random. A byte occurred 6 times in a row.
+limits      Statistics cannot show whether bytes can be predicted: a counter hashed with SHA-256 passes every test. )"
+            R"(Only the design of the vendor's entropy source and an assessment of it can.
+)",
+            Printed(PrintText, MakeReport(Stream(Bytes(1000, 7), kRngCapabilityNeedsUser), 0, {})));
+}
+
+TEST(TestReport, SaysHowABytesFrequenciesDiffer) {
+  Bytes even(25'600);
+  for (std::size_t i = 0; i < even.size(); ++i) even[i] = static_cast<unsigned char>(i);
+  EXPECT_EQ(
+      "The 256 values are closer to equally frequent than chance allows: chi-square 0, p < 1e-99.",
+      Found(QualityTest::kByteFrequencies, even));
+  EXPECT_EQ("The correlation of neighbouring bytes is 0.98, p < 1e-99.",
+            Found(QualityTest::kSerialCorrelation, even));
+  Bytes often = GoodBytes(25'600);
+  std::fill_n(often.begin(), 500, static_cast<unsigned char>(7));
+  EXPECT_EQ("The 256 values are not equally frequent: chi-square 2661, p < 1e-99.",
+            Found(QualityTest::kByteFrequencies, often));
 }
