@@ -70,6 +70,10 @@ def update_copy():
             shutil.copy(source, target)
 
 
+def only(tests):
+    return "-R", f"^({'|'.join(re.escape(test) for test in tests)})$"
+
+
 class Tests:
     """The tests of a room. Those that failed last run first, because neighbouring changes often fail the same."""
 
@@ -85,25 +89,28 @@ class Tests:
     def failed(self, folder, *selection):
         """Names of tests that failed."""
         directory = COPY / "build" / "tests" / folder
-        log = directory / "Testing" / "Temporary" / "LastTestsFailed.log"
+        logs = directory / "Testing" / "Temporary"
+        log = logs / "LastTestsFailed.log"
         log.unlink(missing_ok=True)
+        (logs / "CTestCostData.txt").unlink(missing_ok=True)  # by which the slowest tests would start first
         options = ["-j8", "--stop-on-failure", "--no-tests=error", "--timeout", "60"]
         if not run("ctest", "--test-dir", str(directory), *options, *selection):
             return []
         return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else ["ctest itself"]
 
-    def fails(self, folder, test):
-        return bool(self.failed(folder, "-R", f"^{re.escape(test)}$"))
+    def selections(self):
+        for folder, _ in self.room.tests:
+            if recent := [test for place, test in self.recent if place == folder]:
+                yield folder, only(recent)
+        for folder, pattern in self.room.tests:
+            yield folder, ("-R", pattern, "-E", self.room.without)
 
     def first_failure(self):
         """A test that fails, and fails again when it runs alone: another may only have been slow this time."""
-        for folder, test in self.recent:
-            if self.fails(folder, test) and self.fails(folder, test):
-                return test
-        for folder, pattern in self.room.tests:
-            for test in self.failed(folder, "-R", pattern, "-E", self.room.without):
-                if self.fails(folder, test):
-                    self.recent = [(folder, test), *self.recent][:8]
+        for folder, selection in self.selections():
+            for test in self.failed(folder, *selection):
+                if self.failed(folder, *only([test])):
+                    self.recent = [(folder, test), *(known for known in self.recent if known[1] != test)][:8]
                     return test
         return None
 
