@@ -90,11 +90,10 @@ bool rng::CombinedRng::Generate(void* buffer, std::size_t size,
   if (size != 0) std::memset(buffer, 0, size);
   outcomes.clear();
   try {
-    if (state->Draw(buffer, size, outcomes)) return true;
-  } catch (const std::exception&) {  // memory: what sources throw does not get here
-    if (size != 0) ::explicit_bzero(buffer, size);
+    return state->Draw(buffer, size, outcomes);
+  } catch (const std::exception&) {  // memory, which is needed before the buffer is filled
+    return false;
   }
-  return false;
 }
 
 bool rng::CombinedRng::Generate(void* buffer, std::size_t size) {

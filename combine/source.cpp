@@ -13,15 +13,15 @@ using rng::SourceResult;
 constexpr std::size_t kDrawSize = 64;       // as the header promises
 constexpr std::int32_t kLongestName = 256;  // a larger size is not one of a name
 
-// Whether the operation returns true. A source that throws gives no other answer than one that fails.
+// What the operation returns: false or 0 if it throws. A source that throws gives no other answer than one that fails.
 template <typename Operation>
-bool Succeeds(const Operation& operation) {
+auto Ask(const Operation& operation) {
   try {
     return operation();
   } catch (const abi::__forced_unwind&) {
     throw;  // the thread is being cancelled
   } catch (...) {
-    return false;
+    return decltype(operation())();
   }
 }
 
@@ -84,29 +84,19 @@ bool Source::ReportsItsName() const {
 }
 
 bool Source::IsAvailable() const {
-  return IsPresent() && Succeeds([this] { return source.provider->IsAvailable(); });
+  return IsPresent() && Ask([this] { return source.provider->IsAvailable(); });
 }
 
 bool Source::SelfTest() const {
-  return IsPresent() && Succeeds([this] { return source.provider->SelfTest(); });
+  return IsPresent() && Ask([this] { return source.provider->SelfTest(); });
 }
 
 void Source::Cancel() const {
-  if (!IsPresent()) return;
-  Succeeds([this] {
-    source.provider->Cancel();
-    return true;
-  });
+  if (IsPresent()) Ask([this] { source.provider->Cancel(); });
 }
 
 std::uint32_t Source::GetFlags() const {
-  std::uint32_t flags = 0;
-  if (!IsPresent()) return flags;
-  Succeeds([this, &flags] {
-    flags = source.provider->GetFlags();
-    return true;
-  });
-  return flags;
+  return IsPresent() ? Ask([this] { return source.provider->GetFlags(); }) : 0;
 }
 
 std::string Source::Label() const {

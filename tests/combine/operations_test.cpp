@@ -143,6 +143,19 @@ TEST(CombinedCancel, PreventsTheNextSourceFromWaiting) {
   }
 }
 
+TEST(CombinedCancel, AMissingSourceDoesNotWait) {
+  FakeSource one;
+  rng::CombinedRng combined{{one.Named(), rng::CombinedSource("dsdr", "", nullptr)}, 1};
+  one.draw = [&combined, draw = one.draw](unsigned char* bytes, std::size_t size) {
+    combined.Cancel();
+    return draw(bytes, size);
+  };
+  Bytes bytes(8);
+  std::vector<rng::SourceOutcome> outcomes;
+  combined.Generate(bytes.data(), bytes.size(), outcomes);
+  EXPECT_EQ(rng::SourceResult::kMissing, outcomes.at(1).result);
+}
+
 TEST(CombinedCancel, DoesNotAffectLaterDraws) {
   Pair pair;
   pair.one.flags = pair.other.flags = kRngCapabilityNeedsUser;

@@ -85,6 +85,31 @@ bool EndsItsThread(std::function<void()> call) {
 
 }  // namespace
 
+// Otherwise the draw could go on to a source that waits, while the first one still handles the call.
+TEST(CombinedThreads, ADrawNoticesACancelBeforeTheSourcesDo) {
+  FakeSource one{"unixdev", 1};
+  FakeSource other{"dsdr", 2};
+  other.flags = kRngCapabilityNeedsUser;
+  rng::CombinedRng combined{{one.Named(), other.Named()}};
+  std::atomic<bool> isCalled{false};
+  std::atomic<bool> hasEnded{false};
+  one.whenAsked = [&] {
+    isCalled = true;
+    while (!hasEnded) std::this_thread::yield();
+  };
+  std::thread cancel;
+  one.draw = [&, draw = one.draw](unsigned char* bytes, std::size_t size) {
+    cancel = std::thread([&] { combined.Cancel(); });
+    while (!isCalled) std::this_thread::yield();
+    return draw(bytes, size);
+  };
+  Bytes bytes(32);
+  EXPECT_FALSE(combined.Generate(bytes.data(), bytes.size()));
+  hasEnded = true;
+  cancel.join();
+  EXPECT_TRUE(other.sizes.empty());
+}
+
 // A thread that is cancelled in a source's draw unwinds; the buffer holds nothing of the draw.
 TEST(CombinedThreads, CanBeCancelledDuringADraw) {
   FakeSource one{"unixdev", 1};
