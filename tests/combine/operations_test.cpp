@@ -11,9 +11,11 @@ using rng::CombinedRng;
 using rng::CombinedSource;
 
 std::string TextOf(IRngProvider& provider, std::int32_t (IRngProvider::*operation)(char*)) {
-  std::string text(static_cast<std::size_t>((provider.*operation)(nullptr)), 'x');
+  std::string text(static_cast<std::size_t>((provider.*operation)(nullptr)), '~');
   EXPECT_EQ(static_cast<std::int32_t>(text.size()), (provider.*operation)(text.data()));
-  return text.c_str();
+  EXPECT_EQ('\0', text.back());
+  text.pop_back();
+  return text;
 }
 
 struct Pair {
