@@ -32,7 +32,11 @@ ROOMS = {
     "openssl": Room(["openssl"], [("openssl", "."), ("rngctl/openssl", ".")]),
     "tools/rngctl/check": Room(
         ["tools/rngctl/check"],
-        [("rngctl", "Check|Look|Losses|ProcessSnapshot|Slowness|FindLikeness|PrintedLines|SipHash|Rule")],
+        [
+            ("rngctl", "EachRuleHas|^Looks|CheckLook|Losses|ProcessSnapshot|Slowness|SipHash|CheckWrongUsage"),
+            ("rngctl", "CheckBreach"),
+            ("rngctl", "Check"),
+        ],
         "CheckLoadCycles|DrawsOfSeconds|WhatTakesTime|ThreadsThatAreJoined",
     ),
     "tools/rngctl/doctor": Room(["tools/rngctl/doctor"], [("rngctl", "Doctor|Permission"), ("rngctl/situations", ".")]),
