@@ -33,6 +33,14 @@ TEST_F(OpensslDoctor, FindsAFileThatIsMissingOrNotRead) {
               "Unset the variable, or set it to the path of a configuration.");
 }
 
+TEST_F(OpensslDoctor, NamesThePackageOfAConfigurationThatIsNotInstalled) {
+  fs::remove(File());
+  ExpectFault(
+      RunShell("env -u OPENSSL_CONF LD_PRELOAD=" DEFAULT_FILE " " + Rngctl() + " doctor --openssl"),
+      kElsewhere + File() + " does not exist",
+      "Install OpenSSL's configuration, in Debian with the package openssl.");
+}
+
 TEST_F(OpensslDoctor, FindsAFileThatTheUserMayNotRead) {
   fs::permissions(File(), fs::perms(0600));
   if (::geteuid() != 0) fs::permissions(File(), fs::perms(0));
