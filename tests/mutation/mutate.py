@@ -74,6 +74,10 @@ def only(tests):
     return "-R", f"^({'|'.join(re.escape(test) for test in tests)})$"
 
 
+class DoesNotCompile(Exception):
+    pass
+
+
 class Tests:
     """The tests of a room. Those that failed last run first, because neighbouring changes often fail the same."""
 
@@ -81,10 +85,11 @@ class Tests:
         self.room = room
         self.recent = []
 
-    def build(self):
-        folders = self.room.sources + [f"tests/{folder}" for folder, _ in self.room.tests]
+    def build(self, folder):
+        folders = [*self.room.sources, f"tests/{folder}"]
         targets = [f"{folder}/all" for folder in folders if (COPY / folder / "CMakeLists.txt").exists()]
-        return run("cmake", "--build", "build", "--target", *targets)
+        if run("cmake", "--build", "build", "--target", *targets):
+            raise DoesNotCompile
 
     def failed(self, folder, *selection):
         """Names of tests that failed."""
@@ -99,10 +104,11 @@ class Tests:
         return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else ["ctest itself"]
 
     def selections(self):
-        for folder, _ in self.room.tests:
+        """Folders, and which of their tests to run. Each folder is built when its turn comes."""
+        for folder, pattern in self.room.tests:
+            self.build(folder)
             if recent := [test for place, test in self.recent if place == folder]:
                 yield folder, only(recent)
-        for folder, pattern in self.room.tests:
             yield folder, ("-R", pattern, "-E", self.room.without)
 
     def first_failure(self):
@@ -120,22 +126,22 @@ def try_change(tests, name, path, text, equivalents):
     original = target.read_text()
     target.write_text(text)
     try:
-        if tests.build():
-            return "does not compile"
-        noticed = tests.first_failure()
-        if noticed:
+        if noticed := tests.first_failure():
             return f"noticed by {noticed}"
         return "equivalent" if without_line_number(name) in equivalents else "SURVIVED"
+    except DoesNotCompile:
+        return "does not compile"
     finally:
         target.write_text(original)
 
 
 def try_room(name, changes, count, equivalents):
     tests = Tests(ROOMS[name])
-    if tests.build():
+    try:
+        if failure := tests.first_failure():
+            sys.exit(f"{name}: the unchanged sources fail {failure}.")
+    except DoesNotCompile:
         sys.exit(f"{name}: the unchanged sources cannot be built.")
-    if failure := tests.first_failure():
-        sys.exit(f"{name}: the unchanged sources fail {failure}.")
     verdicts = []
     for change, path, text in changes:
         if len([verdict for verdict, _ in verdicts if verdict != "does not compile"]) == count:
@@ -143,7 +149,6 @@ def try_room(name, changes, count, equivalents):
         verdict = try_change(tests, change, path, text, equivalents)
         verdicts.append((verdict, change))
         print(f"{verdict}: {change}", flush=True)
-    tests.build()
     return verdicts
 
 
