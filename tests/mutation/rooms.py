@@ -18,13 +18,27 @@ ROOMS = {
         [(folder, ".") for folder in ("aggregator", "settings", "providers", "unload", "process", "faults", "model")],
         "RandomSequences|ModelRun|RandomSteps|ModelWithAMistake",
     ),
-    "include": Room(["include/rngaggregator"], [("headers", "."), ("session", "."), ("quality", "Health"), ("combine", ".")]),
+    "include": Room(
+        ["include/rngaggregator"], [("headers", "."), ("session", "."), ("quality", "Health"), ("combine", ".")]
+    ),
     "plugins/unixdev": Room(["plugins/unixdev"], [("unixdev", ".")]),
-    "plugins/interactive": Room(["plugins/interactive"], [("interactive", ".")]),
+    "plugins/interactive": Room(
+        ["plugins/interactive"], [("interactive", "^Interactive|StartHelper|^Display"), ("interactive", ".")]
+    ),
     "plugins/token": Room(["plugins/token"], [("token", ".")]),
-    "helpers/gathering": Room(["helpers/gathering"], [("gathering", "."), ("interactive", ".")]),
-    "helpers/session": Room(["helpers/session"], [("interactive", ".")]),
-    "helpers/tty": Room(["helpers/tty"], [("interactive", ".")]),
+    "helpers/gathering": Room(
+        ["helpers/gathering"], [("gathering", "."), ("interactive", "^Interactive|ForkingHost|TerminalDraw")]
+    ),
+    "helpers/session": Room(
+        ["helpers/session"], [("interactive", "Session|SystemBytes|RemoteDisplay"), ("interactive", ".")]
+    ),
+    "helpers/tty": Room(
+        ["helpers/tty"],
+        [
+            ("interactive", "^Keys|^Network|^Record|TerminalDraw"),
+            ("interactive", "Terminal|Job|Pipeline|CopiedHost|HugeDraw|ByForce|Background|Keyboard|InstalledInTree"),
+        ],
+    ),
     "helpers/x11": Room(["helpers/x11"], [("interactive", "X11|Display|InstalledInTree")]),
     "helpers/qt": Room(["helpers/qt"], [("interactive", "Qt|Display|InstalledInTree")]),
     "quality": Room(["quality"], [("quality", "."), ("rngctl", "RngctlTest|TestReport|Restarts|KnownBlocks")]),
