@@ -24,11 +24,11 @@ class KeyCredit {
   bool IsRegular(Time interval) const;
 
   const int bits;
-  int presses = 0;   // so far; the first three matter
-  int sameKeys = 0;  // in a row
+  bool isPressed = false;  // any key
+  int sameKeys = 0;        // in a row
   std::uint32_t lastKey = 0;
   Time lastTime{};
-  Time intervals[2] = {};  // the last, the one before
+  Time intervals[2] = {};  // the last, the one before; 0 is none, and shorter than any that counts
 };
 
 #endif

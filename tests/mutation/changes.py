@@ -59,7 +59,12 @@ def is_statement(line):
     return bool(re.fullmatch(r"\s+[^{}/#]*;", line)) and "case" not in line
 
 
-def changes_of_text(text):
+def is_function(line):
+    """Whether the line declares a function whose place among its neighbours does not count."""
+    return bool(re.fullmatch(r"\s+(?!return|throw|delete|virtual)[\w:<>,&* ]+[ &*][\w~=]+\(.*\)[\w =]*;", line))
+
+
+def changes_of_text(text, is_header):
     """Pairs of a description, whose line number starts it, and the changed text."""
     lines = text.splitlines()
     depth = 0
@@ -74,6 +79,7 @@ def changes_of_text(text):
                 if changed != line:
                     yield change(changed.strip(), changed)
             following = lines[index + 1] if index + 1 < len(lines) else ""
-            if depth > 0 and is_statement(line) and is_statement(following):
+            are_functions = is_header and is_function(line) and is_function(following)
+            if depth > 0 and is_statement(line) and is_statement(following) and not are_functions:
                 yield change("swapped with the next line", following, line)
         depth += line.count("{") - line.count("}")

@@ -52,7 +52,7 @@ def changes_of(paths):
     changes = [
         (f"{path}:{description}", path, text)
         for path in sources_of(paths)
-        for description, text in changes_of_text((ROOT / path).read_text())
+        for description, text in changes_of_text((ROOT / path).read_text(), path.endswith(".h"))
     ]
     return sorted(changes, key=lambda change: hashlib.sha256(without_line_number(change[0]).encode()).digest())
 
