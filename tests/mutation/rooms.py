@@ -15,8 +15,10 @@ class Room(NamedTuple):
 ROOMS = {
     "library": Room(
         ["aggregator", "providers", "settings"],
-        [(folder, ".") for folder in ("aggregator", "settings", "providers", "unload", "process", "faults", "model")],
-        "RandomSequences|ModelRun|RandomSteps|ModelWithAMistake",
+        [
+            *((folder, ".") for folder in ("aggregator", "settings", "providers", "unload", "process", "faults")),
+            ("model", "RandomSequences"),
+        ],
     ),
     "include": Room(
         ["include/rngaggregator"], [("headers", "."), ("session", "."), ("quality", "Health"), ("combine", ".")]
