@@ -43,7 +43,11 @@ ROOMS = {
     ),
     "helpers/x11": Room(["helpers/x11"], [("interactive", "X11|Display|InstalledInTree")]),
     "helpers/qt": Room(["helpers/qt"], [("interactive", "Qt|Display|InstalledInTree")]),
-    "quality": Room(["quality"], [("quality", "."), ("rngctl", "RngctlTest|TestReport|Restarts|KnownBlocks")]),
+    "quality": Room(
+        ["quality"],
+        [("quality", "."), ("rngctl", "RngctlTest|TestReport|Restarts|KnownBlocks")],
+        "EndAfterHalfAMinute|OneThatHangs|BadEnd",
+    ),
     "combine": Room(["combine"], [("combine", "."), ("rngctl", "ReadRecord|Combined"), ("threads", "Combined")]),
     "openssl": Room(["openssl"], [("openssl", "."), ("rngctl/openssl", ".")]),
     "tools/rngctl/check": Room(

@@ -44,7 +44,6 @@ void RecordCall(LifecycleFunction function) {
 
 void RunCheckChild(int channel) {
   const auto order = BecomeChild<CheckOrder>(channel);
-  Record([](Transcript&) {});  // from now on the parent knows where the child is
   WatchLifecycleCalls(RecordCall);
   WatchedPlugin plugin(order);
   for (const Rule& rule : AllRules()) {
