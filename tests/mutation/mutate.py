@@ -99,7 +99,7 @@ class Tests:
         log = logs / "LastTestsFailed.log"
         log.unlink(missing_ok=True)
         (logs / "CTestCostData.txt").unlink(missing_ok=True)  # by which the slowest tests would start first
-        options = ["-j8", "--stop-on-failure", "--no-tests=error", "--timeout", "60"]
+        options = ["-j8", "--no-tests=error", "--timeout", "60"]
         if not run("ctest", "--test-dir", str(directory), *options, *selection):
             return []
         return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else ["ctest itself"]
@@ -113,12 +113,17 @@ class Tests:
             yield folder, ("-R", pattern, "-E", self.room.without)
 
     def first_failure(self):
-        """A test that fails, and fails again when it runs alone: another may only have been slow this time."""
+        """A test that fails, and fails again when it runs alone: another may only have been slow this time. Then it may
+        have kept those after it from running."""
         for folder, selection in self.selections():
-            for test in self.failed(folder, *selection):
-                if self.failed(folder, *only([test])):
-                    self.recent = [(folder, test), *(known for known in self.recent if known[1] != test)][:8]
-                    return test
+            for until in (["--stop-on-failure"], []):
+                failed = self.failed(folder, *until, *selection)
+                for test in failed:
+                    if self.failed(folder, *only([test])):
+                        self.recent = [(folder, test), *(known for known in self.recent if known[1] != test)][:8]
+                        return test
+                if not failed:
+                    break
         return None
 
 

@@ -57,7 +57,7 @@ ROOMS = {
             ("rngctl", "CheckBreach"),
             ("rngctl", "Check"),
         ],
-        "CheckLoadCycles|DrawsOfSeconds|WhatTakesTime|ThreadsThatAreJoined",
+        "CheckLoadCycles|DrawsOfSeconds|WhatTakesTime",
     ),
     "tools/rngctl/doctor": Room(["tools/rngctl/doctor"], [("rngctl", "Doctor|Permission"), ("rngctl/situations", ".")]),
     "tools/rngctl": Room(

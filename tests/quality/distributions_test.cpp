@@ -8,6 +8,7 @@ TEST(Distributions, BinomialTailsAreExact) {
   EXPECT_NEAR(0.028, GetBinomialTail(3, 0.1, 2), 1e-15);
   EXPECT_NEAR(0.001, GetBinomialTail(3, 0.1, 3), 1e-15);
   EXPECT_EQ(0, GetBinomialTail(3, 0.1, 4));
+  EXPECT_EQ(0, GetBinomialTail(3, 0.1, 5));
 }
 
 TEST(Distributions, CoinTailsHaveTwoSides) {
