@@ -175,6 +175,9 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"company_breaks_draws", "concurrent-calls",
                "After calls from several threads, draws fail, even when called alone."},
         Breach{
+            "notices_company", "concurrent-calls",
+            "GetName reports \"dsdr\" when called alone, and \"crowd\" when other threads call."},
+        Breach{
             "refuses_company", "concurrent-calls",
             "Generate returns true when called alone, and false when other threads call it, too."},
         Breach{"shares_a_buffer", "concurrent-calls", "when other threads call"},
