@@ -1,7 +1,6 @@
 /* Preloaded: OpenSSL's own configuration is one in the test's directory. */
 
 #include <openssl/crypto.h>
-
 #include <stdio.h>
 #include <stdlib.h>
 
