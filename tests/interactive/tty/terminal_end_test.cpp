@@ -167,7 +167,7 @@ TEST_F(HugeDraw, IsCancelledWhileBytesAreSent) {
   ExpectNoBytes();
 }
 
-// Copies that were made while the helper started have its end of the socket open, too.
+// A copy that was made while the helper started has its end of the socket open, too.
 TEST_F(CopiedHost, NoticesTheEndOfTheHelper) {
   ASSERT_TRUE(terminal.Shows("0%"));
   terminal.Press("\x03");
@@ -186,7 +186,7 @@ TEST_F(CopiedHost, NoticesAKilledHelper) {
   ExpectNothingLeft();
 }
 
-// The copies have the host's end of the socket open, so the helper can still send.
+// The copy has the host's end of the socket open, so the helper can still send.
 TEST_F(CopiedHost, LeavesNoHelperIfItIsKilledWhileBytesAreSent) {
   ASSERT_TRUE(robot.TypeUntil(kEnough));
   ASSERT_TRUE(WaitUntil([this] { return before == terminal.Settings(); }));
