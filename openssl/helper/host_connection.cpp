@@ -32,17 +32,16 @@ void TerminateWith(int host) {
   ::_exit(1);  // a plug-in has not returned
 }
 
-bool Send(const void* bytes, std::size_t size) {
+void Send(const void* bytes, std::size_t size) {
   const auto* next = static_cast<const char*>(bytes);
   while (size > 0) {
     const ssize_t sent = ::send(kOrphanSocket, next, size, MSG_NOSIGNAL);
-    if (sent < 0 && errno != EINTR) return false;
+    if (sent < 0 && errno != EINTR) return;
     if (sent > 0) {
       next += sent;
       size -= static_cast<std::size_t>(sent);
     }
   }
-  return true;
 }
 
 }  // namespace

@@ -65,6 +65,7 @@ TEST(Gathering, TakesMotionAndKeysTogether) {
 
 TEST(Gathering, GivesNothingBeforeThereIsEnough) {
   Gathering gathering(Zeros(), false);
+  EXPECT_EQ(0, gathering.Bits());
   Robot robot(3);
   while (gathering.Bits() < Gathering::kNeededBits - 2) gathering.Add(robot.Press());
   EXPECT_FALSE(gathering.IsComplete());

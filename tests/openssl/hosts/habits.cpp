@@ -180,6 +180,18 @@ void EndContext(const std::string& command) {
   ::waitpid(copy, nullptr, 0);
 }
 
+void EndContextInCopy(const std::string&) {
+  const long before = CountDescriptors();
+  OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
+  Expect(OSSL_LIB_CTX_load_config(context, std::getenv("OPENSSL_CONF")) == 1, "a context");
+  Expect(Draws(context), "a draw in it");
+  InCopy([context, before] {
+    OSSL_LIB_CTX_free(context);
+    Expect(CountDescriptors() == before, "the copy keeps no socket");
+  });
+  Expect(Draws(context), "a draw of the original");
+}
+
 // As a kernel before 4.14 does.
 void RefuseToWipeOnFork(const std::string&) {
   sock_filter steps[] = {
@@ -215,6 +227,7 @@ const std::map<std::string, void (*)(const std::string&)> kHabits = {
     {"refuse_to_wipe", RefuseToWipeOnFork},
     {"draw_much", DrawMuch},
     {"end_context", EndContext},
+    {"end_context_in_copy", EndContextInCopy},
     {"replace_sockets_in_copy", ReplaceSocketsInCopy},
 };
 

@@ -4,13 +4,47 @@
 #include "tests/openssl/watermark.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <dlfcn.h>
+#include <new>
 #include <openssl/core_dispatch.h>
+#include <sys/resource.h>
+#include <utility>
 
 namespace {
 
 void Expect(bool isTrue, const char* fact) {
   if (!isTrue) std::printf("not: %s\n", fact);
+}
+
+using Start = int(const OSSL_CORE_HANDLE*, const OSSL_DISPATCH*, const OSSL_DISPATCH**, void**);
+
+const OSSL_DISPATCH kNone[] = {{0, nullptr}};
+
+#ifndef SANITIZED
+void StartWithoutMemory(Start* start) {
+  struct Block {
+    Block* next;
+    char bytes[1000];
+  };
+  const rlimit noMore = {0, RLIM_INFINITY};
+  Expect(::setrlimit(RLIMIT_AS, &noMore) == 0, "no more memory from the kernel");
+  Block* all = nullptr;
+  while (void* const block = std::malloc(sizeof(Block))) all = new (block) Block{all, ""};
+  const OSSL_DISPATCH* provider = nullptr;
+  void* context = nullptr;
+  const int result = start(nullptr, kNone, &provider, &context);
+  while (all) std::free(std::exchange(all, all->next));
+  const rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
+  ::setrlimit(RLIMIT_AS, &unlimited);
+  Expect(result == 0, "without memory it does not start");
+}
+#endif
+
+void ExpectEnd(const OSSL_DISPATCH* functions, int count) {
+  for (int i = 0; i < count; ++i)
+    Expect(functions[i].function_id != 0, "the table has all functions");
+  Expect(functions[count].function_id == 0, "the table has an end");
 }
 
 template <typename Function>
@@ -34,18 +68,20 @@ void TryNonces(OSSL_FUNC_rand_nonce_fn* nonce, void* random) {
 
 int main(int, char** arguments) {
   void* const module = ::dlopen(arguments[1], RTLD_NOW | RTLD_LOCAL);
-  auto* const start =
-      reinterpret_cast<int (*)(const OSSL_CORE_HANDLE*, const OSSL_DISPATCH*, const OSSL_DISPATCH**,
-                               void**)>(::dlsym(module, "OSSL_provider_init"));
-  const OSSL_DISPATCH none[] = {{0, nullptr}};
+  auto* const start = reinterpret_cast<Start*>(::dlsym(module, "OSSL_provider_init"));
+#ifndef SANITIZED
+  StartWithoutMemory(start);
+#endif
   const OSSL_DISPATCH* provider = nullptr;
   void* context = nullptr;
-  Expect(start(nullptr, none, &provider, &context) == 1, "it needs no function of OpenSSL");
+  Expect(start(nullptr, kNone, &provider, &context) == 1, "it needs no function of OpenSSL");
+  ExpectEnd(provider, 5);
   int mayNotCache = 7;
   auto* const query =
       Find(provider, OSSL_FUNC_PROVIDER_QUERY_OPERATION, OSSL_FUNC_provider_query_operation);
   Expect(query(context, OSSL_OP_DIGEST, &mayNotCache) == nullptr, "it has nothing but generators");
   const OSSL_DISPATCH* const generator = query(context, OSSL_OP_RAND, &mayNotCache)->implementation;
+  ExpectEnd(generator, 10);
   Expect(mayNotCache == 0, "the answer can be cached");
   void* const random =
       Find(generator, OSSL_FUNC_RAND_NEWCTX, OSSL_FUNC_rand_newctx)(context, nullptr, nullptr);

@@ -43,6 +43,7 @@ void TryParameters(EVP_RAND_CTX* random) {
 }
 
 int GetParameter(EVP_RAND* kind, OSSL_PARAM parameter) {
+  parameter.return_size = 0;
   OSSL_PARAM parameters[] = {parameter, OSSL_PARAM_construct_end()};
   const int result = OSSL_PROVIDER_get_params(EVP_RAND_get0_provider(kind), parameters);
   return result == 1 ? static_cast<int>(parameters[0].return_size) : -1;

@@ -28,6 +28,8 @@ TEST_F(Habits, AStandardStreamThatIsClosedStaysClosed) {
 
 TEST_F(Habits, ACopyClosesTheSocketOfTheOriginal) { ExpectOk("count_in_copy"); }
 
+TEST_F(Habits, TheEndOfAContextInACopyClosesItsSocket) { ExpectOk("end_context_in_copy"); }
+
 TEST_F(Habits, AHelperThatHasTerminatedLeavesNoDescriptor) {
   ExpectOk("count_after '" + KillHelpers() + "'");
 }

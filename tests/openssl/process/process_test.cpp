@@ -11,7 +11,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class HelperProcess : public OpensslTest {};
+class HelperProcess : public OpensslTest {
+ protected:
+  /// Sends a request to a helper and keeps the connection. Prints how many of the first 9 bytes of an answer arrive, and
+  /// the helper's exit status.
+  static Result Ask(const std::string& size, const std::string& kind) {
+    WriteFile(TreePath("request.py"), R"(
+import os, socket, struct, subprocess, sys
+near, there = socket.socketpair()
+here = near.dup()
+os.dup2(there.fileno(), 3)
+program = subprocess.Popen([sys.argv[1]], pass_fds=[3])
+here.send(struct.pack("II1536s", 1, int(sys.argv[2]), sys.argv[3].encode()))
+print(len(here.recv(9)), program.wait(timeout=30))
+)");
+    return Run("python3 " + TreePath("request.py") + ' ' + HelperProgram() + ' ' + size + " '" +
+               kind + "'");
+  }
+};
 
 }  // namespace
 
@@ -164,19 +181,17 @@ TEST_F(HelperProcess, CannotBeReadByOtherProcessesOfTheUser) {
 }
 
 TEST_F(HelperProcess, ExitsAfterAnInvalidRequest) {
-  WriteFile(TreePath("request.py"), R"(
-import os, socket, struct, subprocess, sys
-near, there = socket.socketpair()
-here = near.dup()
-os.dup2(there.fileno(), 3)
-program = subprocess.Popen([sys.argv[1]], pass_fds=[3])
-here.send(struct.pack("II1536s", 1, int(sys.argv[2]), b""))
-print(here.recv(9), program.wait())
-)");
   for (const std::string size : {"0", "16385", "4294967295"}) {
-    const Result result =
-        Run("python3 " + TreePath("request.py") + ' ' + HelperProgram() + ' ' + size);
-    EXPECT_EQ("b'' 0\n", result.output) << result.errors;
+    const Result result = Ask(size, "");
+    EXPECT_EQ("0 0\n", result.output) << result.errors;
+  }
+}
+
+TEST_F(HelperProcess, ExitsAfterADrawThatFailed) {
+  Command("fail");
+  for (const std::string kind : {"", "missing"}) {
+    const Result result = Ask("16", kind);
+    EXPECT_EQ("9 0\n", result.output) << result.errors;
   }
 }
 
