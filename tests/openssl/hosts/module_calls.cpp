@@ -87,6 +87,9 @@ int main(int, char** arguments) {
       Find(generator, OSSL_FUNC_RAND_NEWCTX, OSSL_FUNC_rand_newctx)(context, nullptr, nullptr);
   Find(generator, OSSL_FUNC_RAND_INSTANTIATE, OSSL_FUNC_rand_instantiate)(random, 256, 0, nullptr,
                                                                           0, nullptr);
+  unsigned char bytes[32] = {};
+  auto* const generate = Find(generator, OSSL_FUNC_RAND_GENERATE, OSSL_FUNC_rand_generate);
+  Expect(generate(random, bytes, sizeof bytes, 256, 0, nullptr, 0) == 1, "a draw succeeds");
   TryNonces(Find(generator, OSSL_FUNC_RAND_NONCE, OSSL_FUNC_rand_nonce), random);
   Find(generator, OSSL_FUNC_RAND_FREECTX, OSSL_FUNC_rand_freectx)(random);
   Find(provider, OSSL_FUNC_PROVIDER_TEARDOWN, OSSL_FUNC_provider_teardown)(context);

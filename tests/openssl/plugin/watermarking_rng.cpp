@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <poll.h>
 #include <stdexcept>
 #include <string>
 #include <sys/random.h>
@@ -62,6 +63,10 @@ class WatermarkingRng final : public IRngProvider {
     if (command == "crash") std::abort();
     if (command == "exit") std::_Exit(0);
     if (command == "hang") ::pause();
+    if (command == "wait_for_hang_up") {
+      pollfd host = {3, POLLRDHUP, 0};  // the helper's connection
+      ::poll(&host, 1, -1);
+    }
     if (command == "note_configuration") {
       std::ofstream(ScriptPath() + ".configuration") << std::getenv("OPENSSL_CONF");
     }

@@ -13,9 +13,10 @@ namespace fs = std::filesystem;
 
 class HelperProcess : public OpensslTest {
  protected:
-  /// Sends a request to a helper and keeps the connection. Prints how many of the first 9 bytes of an answer arrive, and
-  /// the helper's exit status.
-  static Result Ask(const std::string& size, const std::string& kind) {
+  /// Sends a request to a helper, does what `then` says in Python, and keeps the connection. Prints how many of the first 9 bytes of an
+  /// answer arrive, and the helper's exit status.
+  static Result Ask(const std::string& size, const std::string& kind,
+                    const std::string& then = "") {
     WriteFile(TreePath("request.py"), R"(
 import os, socket, struct, subprocess, sys
 near, there = socket.socketpair()
@@ -23,10 +24,11 @@ here = near.dup()
 os.dup2(there.fileno(), 3)
 program = subprocess.Popen([sys.argv[1]], pass_fds=[3])
 here.send(struct.pack("II1536s", 1, int(sys.argv[2]), sys.argv[3].encode()))
+exec(sys.argv[4])
 print(len(here.recv(9)), program.wait(timeout=30))
 )");
     return Run("python3 " + TreePath("request.py") + ' ' + HelperProgram() + ' ' + size + " '" +
-               kind + "'");
+               kind + "' '" + then + "'");
   }
 };
 
@@ -193,6 +195,12 @@ TEST_F(HelperProcess, ExitsAfterADrawThatFailed) {
     const Result result = Ask("16", kind);
     EXPECT_EQ("9 0\n", result.output) << result.errors;
   }
+}
+
+TEST_F(HelperProcess, ExitsWithoutAFailureIfNobodyReadsTheAnswer) {
+  Command("wait_for_hang_up");
+  const Result result = Ask("16", "", "here.shutdown(socket.SHUT_RDWR)");
+  EXPECT_EQ("0 0\n", result.output) << result.errors;
 }
 
 // Ctrl-C is meant for the host, which may handle it.
