@@ -24,11 +24,12 @@ class KeyCredit {
   bool IsRegular(Time interval) const;
 
   const int bits;
-  bool isPressed = false;  // any key
-  int sameKeys = 0;        // in a row
+  bool isPressed = false;  // whether any key has been pressed yet
+  int sameKeys = 0;        // presses of the last key in a row
   std::uint32_t lastKey = 0;
   Time lastTime{};
-  Time intervals[2] = {};  // the last, the one before; 0 is none, and shorter than any that counts
+  // The last and the one before. 0 means none, and is not near any interval that counts.
+  Time intervals[2] = {};
 };
 
 #endif

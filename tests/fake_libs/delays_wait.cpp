@@ -1,5 +1,4 @@
-// Preloaded into rngctl, it lets its children go on before they are looked at: what they did last has happened
-// in between.
+// Preloaded into rngctl: delays each look at a child process, so that what the child does last has happened before.
 
 #include <sys/syscall.h>
 #include <sys/wait.h>

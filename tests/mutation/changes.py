@@ -1,4 +1,4 @@
-"""The small changes that can be made to a source, of the kind that a wrong reading or a careless refactoring makes."""
+"""The small changes that can be made to a source, of the kind that a misunderstanding or a careless refactoring introduces."""
 
 import re
 
@@ -59,15 +59,17 @@ def is_statement(line):
     return bool(re.fullmatch(r"\s+[^{}/#]*;", line)) and "case" not in line
 
 
-def is_function(line):
-    """Whether the line declares a function whose place among its neighbours does not count."""
-    return bool(re.fullmatch(r"\s+(?!return|throw|delete|virtual)[\w:<>,&* ]+[ &*][\w~=]+\(.*\)[\w =]*;", line))
+def is_declaration(line, class_name):
+    """Whether the line declares a function or a constant whose place among its neighbours does not matter."""
+    name = rf"(explicit )?(~?{class_name}|(?!return|throw|delete|virtual)[\w:<>,&* ]+[ &*][\w~=]+)"
+    return bool(re.fullmatch(rf"\s+({name}\(.*\)[\w =]*|static constexpr .*);", line))
 
 
 def changes_of_text(text, is_header):
     """Pairs of a description, whose line number starts it, and the changed text."""
     lines = text.splitlines()
     depth = 0
+    class_name = ""
     for index, line in enumerate(lines):
 
         def change(description, *replacement):
@@ -79,7 +81,9 @@ def changes_of_text(text, is_header):
                 if changed != line:
                     yield change(changed.strip(), changed)
             following = lines[index + 1] if index + 1 < len(lines) else ""
-            are_functions = is_header and is_function(line) and is_function(following)
-            if depth > 0 and is_statement(line) and is_statement(following) and not are_functions:
+            are_declarations = is_header and all(is_declaration(each, class_name) for each in (line, following))
+            if depth > 0 and is_statement(line) and is_statement(following) and not are_declarations:
                 yield change("swapped with the next line", following, line)
+        if declaration := re.match(r"\s*(?:class|struct) (\w+)", line):
+            class_name = declaration[1]
         depth += line.count("{") - line.count("}")

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Measures how well the tests guard the product: makes one small change at a time in a copy of the sources, builds
-it, runs the tests of its room, and counts the changes that they notice.
+the copy, runs the tests of the changed room (a part of the sources), and counts the changes that the tests notice.
 
 Prints a line per change, then for each room how many changes were noticed. A change that does not compile does not
-count. Survivors that are equal in behaviour stand in equivalent.txt with the reason and do not count either; any
-other survivor makes the run fail. The choice of changes depends on the changes alone, so it is the same tomorrow.
+count. Survivors that equivalent.txt lists with a reason do not count either; any other survivor makes the run fail, and
+so does a change that is listed but noticed. The order depends only on the path and the text of each change, so the same
+sources always give the same selection.
 """
 
 import argparse
@@ -16,19 +17,19 @@ import subprocess
 import sys
 from pathlib import Path
 
-sys.dont_write_bytecode = True  # no folder of Python's among the sources
+sys.dont_write_bytecode = True  # no __pycache__ among the sources
 
 from changes import changes_of_text
 from rooms import ROOMS, room_of
 
 ROOT = Path(__file__).resolve().parents[2]
 COPY = ROOT / "build" / "mutate"
-# A changed program may signal processes that it must not, and leave some behind. What is still running when this
-# program is killed is killed as well.
+# Each command runs in its own PID namespace: a changed program may signal processes that it must not, or leave some
+# running. All of them end with this program.
 APART = ["setpriv", "--pdeathsig", "KILL", "unshare", "--pid", "--fork", "--kill-child", "--mount-proc"]
 if os.getuid() != 0:
     APART += ["--map-current-user"]
-APART += ["sh", "-c", '"$@"; exit $?', "sh"]  # reaps what programs leave behind: hundreds of dead ones slow every test
+APART += ["sh", "-c", '"$@"; exit $?', "sh"]  # reaps zombies: hundreds of them slow every test
 
 
 def run(*command):
@@ -58,12 +59,13 @@ def changes_of(paths):
 
 
 def update_copy():
-    """Writes what differs alone, so that a build of an earlier run serves again."""
+    """Copies only the files that differ, so that an earlier build can be reused."""
     command = ["git", "ls-files", "--cached", "--others", "--exclude-standard"]
     listed = subprocess.run(command, cwd=ROOT, check=True, capture_output=True, text=True).stdout.splitlines()
-    for path in COPY.glob("*"):
-        if path.name != "build" and path.name not in {name.split("/")[0] for name in listed}:
-            shutil.rmtree(path) if path.is_dir() else path.unlink()
+    for path in COPY.glob("**/*"):
+        name = str(path.relative_to(COPY))
+        if not name.startswith("build/") and path.is_file() and not (name in listed and (ROOT / name).is_file()):
+            path.unlink()
     for name in listed:
         source, target = ROOT / name, COPY / name
         if source.is_file() and not (target.is_file() and target.read_bytes() == source.read_bytes()):
@@ -80,7 +82,7 @@ class DoesNotCompile(Exception):
 
 
 class Tests:
-    """The tests of a room. Those that failed last run first, because neighbouring changes often fail the same."""
+    """The tests of a room. Those that failed recently run first, because many changes make the same tests fail."""
 
     def __init__(self, room):
         self.room = room
@@ -93,7 +95,7 @@ class Tests:
             raise DoesNotCompile
 
     def failed(self, folder, *selection):
-        """Names of tests that failed."""
+        """Names of tests that failed. Empty names all: a changed program may keep ctest from running any."""
         directory = COPY / "build" / "tests" / folder
         logs = directory / "Testing" / "Temporary"
         log = logs / "LastTestsFailed.log"
@@ -102,7 +104,7 @@ class Tests:
         options = ["-j8", "--no-tests=error", "--timeout", "60"]
         if not run("ctest", "--test-dir", str(directory), *options, *selection):
             return []
-        return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else ["ctest itself"]
+        return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else [""]
 
     def selections(self):
         """Folders, and which of their tests to run. Each folder is built when its turn comes."""
@@ -113,15 +115,15 @@ class Tests:
             yield folder, ("-R", pattern, "-E", self.room.without)
 
     def first_failure(self):
-        """A test that fails, and fails again when it runs alone: another may only have been slow this time. Then it may
-        have kept those after it from running."""
+        """A test that fails, and fails again alone. A test that fails only once may just have been slow; then all run
+        again, because it may have kept later tests from running."""
         for folder, selection in self.selections():
             for until in (["--stop-on-failure"], []):
                 failed = self.failed(folder, *until, *selection)
                 for test in failed:
-                    if self.failed(folder, *only([test])):
+                    if self.failed(folder, *(only([test]) if test else selection)):
                         self.recent = [(folder, test), *(known for known in self.recent if known[1] != test)][:8]
-                        return test
+                        return test or "ctest itself"
                 if not failed:
                     break
         return None
@@ -132,22 +134,27 @@ def try_change(tests, name, path, text, equivalents):
     original = target.read_text()
     target.write_text(text)
     try:
-        if noticed := tests.first_failure():
-            return f"noticed by {noticed}"
-        return "equivalent" if without_line_number(name) in equivalents else "SURVIVED"
+        noticed = tests.first_failure()
+        if without_line_number(name) in equivalents:
+            return f"LISTED, but noticed by {noticed}" if noticed else "equivalent"
+        return f"noticed by {noticed}" if noticed else "SURVIVED"
     except DoesNotCompile:
         return "does not compile"
     finally:
         target.write_text(original)
 
 
-def try_room(name, changes, count, equivalents):
-    tests = Tests(ROOMS[name])
+def require_success(name, tests):
     try:
         if failure := tests.first_failure():
             sys.exit(f"{name}: the unchanged sources fail {failure}.")
     except DoesNotCompile:
         sys.exit(f"{name}: the unchanged sources cannot be built.")
+
+
+def try_room(name, changes, count, equivalents):
+    tests = Tests(ROOMS[name])
+    require_success(name, tests)
     verdicts = []
     for change, path, text in changes:
         if len([verdict for verdict, _ in verdicts if verdict != "does not compile"]) == count:
@@ -155,6 +162,7 @@ def try_room(name, changes, count, equivalents):
         verdict = try_change(tests, change, path, text, equivalents)
         verdicts.append((verdict, change))
         print(f"{verdict}: {change}", flush=True)
+    require_success(name, tests)  # a changed program may have left something that makes all tests fail
     return verdicts
 
 
@@ -168,30 +176,29 @@ def print_scores(results):
 
 
 def read_equivalents():
-    """A reason for a change that no longer exists would excuse the next one like it, so it ends the run."""
+    """A stale entry would excuse a later change with the same text, so it ends the run."""
     lines = (Path(__file__).parent / "equivalent.txt").read_text().splitlines()
     equivalents = {line for line in lines if " -> " in line}
     folders = [folder for room in ROOMS.values() for folder in room.sources]
     names = {without_line_number(name) for name, _, _ in changes_of(folders)}
     if stale := sorted(equivalents - names):
-        sys.exit("\n".join(["equivalent.txt gives reasons for changes that do not exist:", *stale]))
+        sys.exit("\n".join(["equivalent.txt lists changes that no longer exist:", *stale]))
     return equivalents
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("--count", type=int, default=100, help="changes per room (100); 0 makes all")
-    parser.add_argument("--list", action="store_true", help="print the changes and stop")
-    parser.add_argument("paths", nargs="*", metavar="ROOM", help=f"{', '.join(ROOMS)}; or a path in one (all)")
+    parser.add_argument("--count", type=int, default=100, help="how many changes to make in each room (default: 100); 0 means all")
+    parser.add_argument("--list", action="store_true", help="print all changes and make none")
+    parser.add_argument("paths", nargs="*", metavar="ROOM", help=f"a room: {', '.join(ROOMS)}; or a path in one (default: all)")
     options = parser.parse_args()
 
     chosen = {}
     for path in options.paths or ROOMS:
-        if path not in ROOMS and not (ROOT / path).exists():
-            parser.error(f"{path} is neither a room nor a path.")
-        chosen.setdefault(path if path in ROOMS else room_of(path), []).extend(
-            ROOMS[path].sources if path in ROOMS else [path]
-        )
+        room = path if path in ROOMS else room_of(path)
+        if not room or not list(sources_of([path] if path not in ROOMS else ROOMS[path].sources)):
+            parser.error(f"{path} is neither a room nor a path with sources in one.")
+        chosen.setdefault(room, []).extend(ROOMS[path].sources if path in ROOMS else [path])
     changes = {
         room: [change for change in changes_of(paths) if room_of(change[1]) == room] for room, paths in chosen.items()
     }
@@ -203,13 +210,17 @@ def main():
     equivalents = read_equivalents()
     COPY.mkdir(parents=True, exist_ok=True)
     update_copy()
-    # Alone, because one source changes at a time. What a warning refuses elsewhere is still a change for the tests.
-    variables = ["CMAKE_UNITY_BUILD=OFF", "CMAKE_LINK_DEPENDS_NO_SHARED=ON", "CMAKE_COMPILE_WARNING_AS_ERROR=OFF"]
+    variables = [
+        "CMAKE_UNITY_BUILD=OFF",  # one source changes at a time
+        "CMAKE_LINK_DEPENDS_NO_SHARED=ON",
+        "CMAKE_COMPILE_WARNING_AS_ERROR=OFF",  # a change that only causes a warning counts as well
+        "CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST",  # a program that crashes at once is built, and fails
+    ]
     if run("cmake", "--preset", "test", "-B", "build", *(f"-D{variable}" for variable in variables)):
         sys.exit("The copy cannot be configured.")
     results = {room: try_room(room, changes[room], options.count or None, equivalents) for room in changes}
     print_scores(results)
-    if any(verdict == "SURVIVED" for verdicts in results.values() for verdict, _ in verdicts):
+    if any(verdict.startswith(("SURVIVED", "LISTED")) for verdicts in results.values() for verdict, _ in verdicts):
         sys.exit(1)
 
 

@@ -1,15 +1,15 @@
-"""The rooms of the product, and which tests guard them."""
+"""The rooms (parts of the sources), and the tests that guard each of them."""
 
 from typing import NamedTuple
 
 
 class Room(NamedTuple):
-    """Folders of sources, and the tests to run for each change: a folder of tests and a pattern of their names, the
-    ones that notice most first."""
+    """Folders of sources, and the tests to run for each change: a folder of tests and a pattern of their names.
+    Those that notice most changes come first."""
 
     sources: list[str]
     tests: list[tuple[str, str]]
-    without: str = "^$"  # tests that take longer than it is worth here
+    without: str = "^$"  # tests that are too slow for what they find
 
 
 ROOMS = {
@@ -18,6 +18,7 @@ ROOMS = {
         [
             *((folder, ".") for folder in ("aggregator", "settings", "providers", "unload", "process", "faults")),
             ("model", "RandomSequences"),
+            ("costs", "Allocat"),
         ],
     ),
     "include": Room(
@@ -69,6 +70,6 @@ ROOMS = {
 
 
 def room_of(path):
-    """The room with the longest folder that contains the path."""
+    """The room with the longest folder that contains the path; empty if there is none."""
     folders = [(folder, name) for name, room in ROOMS.items() for folder in room.sources]
-    return max((len(folder), name) for folder, name in folders if f"{path}/".startswith(f"{folder}/"))[1]
+    return max(((len(folder), name) for folder, name in folders if f"{path}/".startswith(f"{folder}/")), default=(0, ""))[1]

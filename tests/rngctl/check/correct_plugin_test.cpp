@@ -191,6 +191,15 @@ TEST(Check, WhatTheHeapVariesByIsNoGrowth) {
   }
 }
 
+// The C library keeps the stacks of the first threads that run at the same time.
+TEST(Check, AThreadMoreIsNoGrowth) {
+  const std::string uses = TreePath("uses");
+  const std::string plugin = "--only load-cycles --timeout 60 " + Breaking("starts_more_threads");
+  const Result result = RunShell("RNG_FAKE_LOG=" + uses + " " RNGCTL " check --json " + plugin);
+  EXPECT_EQ("passed", Find(json::parse(result.output), "load-cycles").at("result"));
+  EXPECT_LE(2250U, ReadFile(uses).size());
+}
+
 // Threads, and the memory that the C library keeps for them, vary in number without a leak.
 TEST(Check, ThreadsThatAreJoinedAreNoGrowth) {
   for (const char* count : {"1", "2", "8", "32"}) {

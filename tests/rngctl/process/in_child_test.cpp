@@ -165,6 +165,13 @@ TEST_F(InChild, WhatAProcessSendsJustBeforeItsEndIsReceived) {
   EXPECT_EQ(0, result.status) << result.output;
 }
 
+TEST_F(InChild, TheReasonOfItsEndIsKnownEvenIfASignalInterruptsTheWait) {
+  InstallPlugin("dsdr", "breaking/draw_crashes");
+  const Result result = RunShell("LD_PRELOAD=" FAKE_LIBS_DIR "/interrupts_wait.so " + Rngctl() +
+                                 " check --only draw-succeeds " + TreePath("lib/librngdsdr.so"));
+  EXPECT_THAT(result.output, HasSubstr("crashed with signal 6"));
+}
+
 // --- Processes that a plug-in leaves running
 
 // They have inherited the pipes, so these do not end with the process that is waited for.

@@ -111,6 +111,7 @@ void RunCycles(WatchedPlugin& plugin, std::size_t count, const Calls& calls) {
 // keeps for new threads, varies above a floor; a leak raises the floor.
 ProcessSize RunWindow(WatchedPlugin& plugin, std::size_t cycles, const Calls& calls) {
   constexpr std::size_t kBetween = 10;
+  static_assert(kShortWindow % kBetween == 0 && kLongWindow % kBetween == 0);
   ProcessSize floor = SizeOfThisProcess();
   for (std::size_t done = 0; done < cycles; done += kBetween) {
     RunCycles(plugin, kBetween, calls);
@@ -156,7 +157,7 @@ std::size_t ChooseWindow(const WatchedPlugin& plugin, std::chrono::nanoseconds c
 // The C library keeps the stacks of ended threads, up to a total of 40 MiB, for new ones. Once the total is
 // reached, the plug-in's threads no longer add to it.
 void FillStackCache() {
-  constexpr std::size_t kEnough = 64;  // for stacks of 640 KiB, which is little
+  constexpr std::size_t kEnough = 64;  // with stacks of 640 KiB, which are small
   std::promise<void> gate;
   const std::shared_future<void> isOpen = gate.get_future();
   std::vector<std::thread> threads;
@@ -168,12 +169,16 @@ void FillStackCache() {
   for (std::thread& thread : threads) thread.join();
 }
 
-// What a thread frees goes into a cache of that thread first, which counts as heap in use: for each size up to 1,032
-// bytes, seven blocks. Filled here, it cannot fill up by chance while the heap is watched.
+// The C library first puts a block that is freed into a cache of the thread, and counts it as heap in use. Filling the
+// cache here keeps it from growing by chance while the heap is watched.
 void FillThreadCache() {
+  constexpr std::size_t kSmallest = 24;
+  constexpr std::size_t kLargest = 1032;
+  constexpr std::size_t kBetweenSizes = 16;
+  constexpr int kBlocksOfASize = 7;
   std::vector<void*> blocks;
-  for (std::size_t size = 24; size <= 1032; size += 16) {
-    for (int i = 0; i < 7; ++i) blocks.push_back(std::malloc(size));
+  for (std::size_t size = kSmallest; size <= kLargest; size += kBetweenSizes) {
+    for (int i = 0; i < kBlocksOfASize; ++i) blocks.push_back(std::malloc(size));
   }
   for (void* const block : blocks) std::free(block);
 }
