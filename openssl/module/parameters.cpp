@@ -21,7 +21,6 @@ int SetNumber(OSSL_PARAM* parameter, std::uint64_t number) {
 }
 
 int SetText(OSSL_PARAM* parameter, const char* text) {
-  if (!parameter) return 1;
   if (parameter->data_type != OSSL_PARAM_UTF8_STRING) return 0;
   parameter->return_size = std::strlen(text);
   if (!parameter->data) return 1;

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <dlfcn.h>
 #include <new>
 #include <openssl/core_dispatch.h>
@@ -20,6 +21,12 @@ void Expect(bool isTrue, const char* fact) {
 using Start = int(const OSSL_CORE_HANDLE*, const OSSL_DISPATCH*, const OSSL_DISPATCH**, void**);
 
 const OSSL_DISPATCH kNone[] = {{0, nullptr}};
+
+template <typename Function>
+Function* Find(const OSSL_DISPATCH* functions, int id, Function* (*cast)(const OSSL_DISPATCH*)) {
+  while (functions->function_id != id) ++functions;
+  return cast(functions);
+}
 
 #ifndef SANITIZED
 void StartWithoutMemory(Start* start) {
@@ -39,18 +46,31 @@ void StartWithoutMemory(Start* start) {
   ::setrlimit(RLIMIT_AS, &unlimited);
   Expect(result == 0, "without memory it does not start");
 }
+
+long CountPages() {
+  long pages = 0;
+  std::FILE* const file = std::fopen("/proc/self/statm", "r");
+  Expect(std::fscanf(file, "%ld", &pages) == 1, "the size of the process is known");
+  std::fclose(file);
+  return pages;
+}
+
+void StartOften(Start* start) {
+  const long before = CountPages();
+  for (int i = 0; i < 1000; ++i) {
+    const OSSL_DISPATCH* provider = nullptr;
+    void* context = nullptr;
+    start(nullptr, kNone, &provider, &context);
+    Find(provider, OSSL_FUNC_PROVIDER_TEARDOWN, OSSL_FUNC_provider_teardown)(context);
+  }
+  Expect(CountPages() - before < 100, "a start leaves no memory behind");
+}
 #endif
 
 void ExpectEnd(const OSSL_DISPATCH* functions, int count) {
   for (int i = 0; i < count; ++i)
     Expect(functions[i].function_id != 0, "the table has all functions");
   Expect(functions[count].function_id == 0, "the table has an end");
-}
-
-template <typename Function>
-Function* Find(const OSSL_DISPATCH* functions, int id, Function* (*cast)(const OSSL_DISPATCH*)) {
-  while (functions->function_id != id) ++functions;
-  return cast(functions);
 }
 
 void TryNonces(OSSL_FUNC_rand_nonce_fn* nonce, void* random) {
@@ -71,6 +91,7 @@ int main(int, char** arguments) {
   auto* const start = reinterpret_cast<Start*>(::dlsym(module, "OSSL_provider_init"));
 #ifndef SANITIZED
   StartWithoutMemory(start);
+  StartOften(start);
 #endif
   const OSSL_DISPATCH* provider = nullptr;
   void* context = nullptr;
@@ -80,7 +101,10 @@ int main(int, char** arguments) {
   auto* const query =
       Find(provider, OSSL_FUNC_PROVIDER_QUERY_OPERATION, OSSL_FUNC_provider_query_operation);
   Expect(query(context, OSSL_OP_DIGEST, &mayNotCache) == nullptr, "it has nothing but generators");
-  const OSSL_DISPATCH* const generator = query(context, OSSL_OP_RAND, &mayNotCache)->implementation;
+  const OSSL_ALGORITHM* const algorithm = query(context, OSSL_OP_RAND, &mayNotCache);
+  Expect(std::strcmp(algorithm->algorithm_description, "The user's generator") == 0,
+         "it has a description");
+  const OSSL_DISPATCH* const generator = algorithm->implementation;
   ExpectEnd(generator, 10);
   Expect(mayNotCache == 0, "the answer can be cached");
   void* const random =

@@ -3,8 +3,10 @@
 
 #include "tests/openssl/watermark.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <poll.h>
 #include <stdexcept>
@@ -37,6 +39,17 @@ void Fill(void* buffer, std::size_t size) {
   }
 }
 
+// As the handlers that a driver installs may do.
+void InterruptThreads() {
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  ::sigaction(SIGUSR1, &action, nullptr);
+  for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task")) {
+    ::tgkill(::getpid(), std::stoi(thread.path().filename()), SIGUSR1);
+  }
+  ::usleep(100'000);
+}
+
 std::int32_t Report(const std::string& text, char* buffer) {
   if (text.empty()) return 0;
   if (buffer) std::memcpy(buffer, text.c_str(), text.size() + 1);
@@ -63,6 +76,7 @@ class WatermarkingRng final : public IRngProvider {
     if (command == "crash") std::abort();
     if (command == "exit") std::_Exit(0);
     if (command == "hang") ::pause();
+    if (command == "interrupt_threads") InterruptThreads();
     if (command == "wait_for_hang_up") {
       pollfd host = {3, POLLRDHUP, 0};  // the helper's connection
       ::poll(&host, 1, -1);

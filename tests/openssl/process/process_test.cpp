@@ -100,6 +100,11 @@ TEST_F(HelperProcess, IsNotStartedAgainWhenSignalsInterruptTheHost) {
   EXPECT_EQ("\n", ReadFile(starts));
 }
 
+TEST_F(HelperProcess, IsNotEndedByASignalThatAPluginHandles) {
+  Command("interrupt_threads");
+  EXPECT_EQ("o", RunHost("draw").output);
+}
+
 TEST_F(HelperProcess, IsStartedAgainAfterItWasKilled) {
   EXPECT_EQ("oo", RunHost("shell '" + KillHelpers() + "'").output);
 }

@@ -135,6 +135,11 @@ TEST_F(Choice, ContradictoryParameters) {
 }
 
 // If it were truncated, it could name another generator.
+TEST_F(Choice, AParameterWithoutAValue) {
+  Configure("kind =\nhardware-id =\nfrom =\n");
+  EXPECT_TRUE(HasWatermark(Draw().output));
+}
+
 TEST_F(Choice, AParameterThatIsTooLong) {
   for (const char* const name : {"from", "kind", "hardware-id"}) {
     Configure(name + (" = " + std::string(512, ',')));
