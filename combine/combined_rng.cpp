@@ -91,7 +91,7 @@ bool rng::CombinedRng::Generate(void* buffer, std::size_t size,
   outcomes.clear();
   try {
     return state->Draw(buffer, size, outcomes);
-  } catch (const std::exception&) {  // memory, which is needed before the buffer is filled
+  } catch (const std::exception&) {  // out of memory, before the buffer is filled
     return false;
   }
 }

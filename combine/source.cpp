@@ -13,7 +13,7 @@ using rng::SourceResult;
 constexpr std::size_t kDrawSize = 64;       // as the header promises
 constexpr std::int32_t kLongestName = 256;  // a larger size is not one of a name
 
-// What the operation returns: false or 0 if it throws. A source that throws gives no other answer than one that fails.
+// The result of the operation; false or 0 if it throws, because a source that throws counts as one that fails.
 template <typename Operation>
 auto Ask(const Operation& operation) {
   try {
@@ -78,7 +78,7 @@ SourceResult Source::DrawChecked(DrawPool& pool, SourceOutcome& outcome) {
 bool Source::ReportsItsName() const {
   const std::int32_t size = source.provider->GetName(nullptr);
   if (size <= 0 || size > kLongestName) return false;
-  std::string name(kLongestName, '\0');  // also if the name grows between the two calls
+  std::string name(kLongestName, '\0');  // room for any permitted name, whatever the size was
   if (source.provider->GetName(name.data()) != size) return false;
   return name.substr(0, name.find('\0')) == source.kind;
 }

@@ -145,7 +145,7 @@ TEST(CombinedCancel, PreventsTheNextSourceFromWaiting) {
   }
 }
 
-TEST(CombinedCancel, AMissingSourceDoesNotWait) {
+TEST(CombinedCancel, ReportsAMissingSourceAsMissing) {
   FakeSource one;
   rng::CombinedRng combined{{one.Named(), rng::CombinedSource("dsdr", "", nullptr)}, 1};
   one.draw = [&combined, draw = one.draw](unsigned char* bytes, std::size_t size) {

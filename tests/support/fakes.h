@@ -36,9 +36,10 @@ FakeKnownPath& KnownPath();
 /// The log of all calls into fakes: `who` is a kind, "x11", "known_path" or "settings".
 /// A plug-in logs "opened", "factory", the operations by their names, and "closed".
 void RecordCall(const std::string& who, const std::string& what);
-extern "C" void RecordCallFromC(const char* who, const char* what);  ///< for fakes written in C
 std::string CallLog(const std::string& who);  ///< "opened factory SetSettings ..."
 std::string CallLog();                        ///< "dsdr.opened dsdr.factory ..."
+/// `RecordCall` for fakes without std::string.
+extern "C" void RecordCallFromC(const char* who, const char* what);
 std::size_t CountCalls(const std::string& who, const std::string& what);
 void ClearCallLog();
 
