@@ -1,4 +1,4 @@
-// Preloaded into rngctl, it keeps its children from running until their parent has terminated.
+// Preloaded into rngctl: its child processes wait until their parent has terminated.
 
 #include <cstdlib>
 #include <cstring>

@@ -1,4 +1,4 @@
-// IsAvailable prints a coloured line on standard error. SelfTest prints many different lines.
+// On standard error, IsAvailable prints a coloured line, SelfTest many different lines, and a draw of nothing one more.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -15,6 +15,10 @@ class PrintsLinesRng final : public CorrectRng {
   bool SelfTest() override {
     for (int i = 0; i < 200; ++i) std::fprintf(stderr, "test %d\n", i);
     return true;
+  }
+  bool Generate(void* buffer, std::size_t size) override {
+    if (size == 0) std::fputs("drawing nothing\n", stderr);
+    return CorrectRng::Generate(buffer, size);
   }
 };
 

@@ -1,6 +1,6 @@
 #!/bin/bash
 # help_test.sh RNGCTL COMPLETIONS PAGE: for each command, both shells complete and the manual page
-# describes exactly what --help lists. The page has the numbers of --help, too.
+# describes exactly what --help lists. Every number in --help is also in the page.
 set -eu
 rngctl=$1
 completions=$2

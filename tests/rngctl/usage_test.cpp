@@ -25,13 +25,14 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values("", "nosuch", "list more", "read unixdev", "read unixdev -n",
                     "read unixdev -n x", "read unixdev -n -1", "read unixdev -n 010",
                     "read unixdev -n 18446744073709551616", "read unixdev -n 1 --raw --hex",
-                    "read unixdev -n 1 --hex --base64", "read unixdev -n 1 -o ''",
-                    "read unixdev -n 1 -o -", "read unixdev -n 1 --force",
-                    "read unixdev -n 1 --raw -o ''", "default nosuch", "default --mask x",
-                    "default --mask -1", "default --mask 010", "default --mask 4 set a",
-                    "default set", "default set a b c", "default set a=b", "default set ' a'",
-                    "default set 'a '", "default set a 'x '", "default set a ' x'",
-                    "default set 123456789012345678", "default set a 123456789012345678"));
+                    "read unixdev -n 1 --hex --base64", "read unixdev -n 1 --raw --base64",
+                    "read unixdev -n 1 -o ''", "read unixdev -n 1 -o -",
+                    "read unixdev -n 1 --force", "read unixdev -n 1 --raw -o ''", "default nosuch",
+                    "default --mask x", "default --mask -1", "default --mask 010",
+                    "default --mask 4 set a", "default set", "default set a b c", "default set a=b",
+                    "default set ' a'", "default set 'a '", "default set a 'x '",
+                    "default set a ' x'", "default set 123456789012345678",
+                    "default set a 123456789012345678"));
 
 TEST_F(RngctlTest, ANumberThatIsTooLargeIsStillADecimalNumber) {
   EXPECT_THAT(Run("read unixdev -n 18446744073709551616").errors,
@@ -43,6 +44,17 @@ TEST_F(RngctlTest, ANumberThatIsTooLargeIsStillADecimalNumber) {
 TEST_F(RngctlTest, AMisspeltCommandIsNamed) {
   EXPECT_THAT(Run("chekc x").errors, StartsWith("rngctl: There is no command \"chekc\"\n"));
   EXPECT_THAT(Run("list more").errors, HasSubstr("more"));
+  EXPECT_THAT(Run("--json").errors, StartsWith("rngctl: A subcommand is required\n"));
+  EXPECT_THAT(Run("--json list").errors,
+              StartsWith("rngctl: The following argument was not expected: --json\n"));
+}
+
+TEST_F(RngctlTest, HelpThatCannotBeWrittenIsAFailure) {
+  for (const char* option : {"--help", "--version", "read --help"}) {
+    const Result result = RunShell(Rngctl() + " " + option + " >/dev/full");
+    EXPECT_EQ(1, result.status) << option;
+    EXPECT_EQ("rngctl: Cannot write to standard output.\n", result.errors) << option;
+  }
 }
 
 TEST_F(RngctlTest, AStartThatCannotTakeTheLockIsNotStopped) {

@@ -255,7 +255,8 @@ int Run(int count, char** arguments) {
   app.require_subcommand(1);
   app.failure_message([](const CLI::App* asked, const CLI::Error& error) {
     const std::vector<std::string> rest = asked->remaining();
-    const bool isUnknown = !rest.empty() && asked->get_subcommands().empty();
+    const bool isUnknown =
+        !rest.empty() && !rest[0].starts_with('-') && asked->get_subcommands().empty();
     return Message(isUnknown ? "There is no command " + Quoted(rest[0]) : error.what(),
                    "Run with --help for more information.");
   });
@@ -279,13 +280,14 @@ int Run(int count, char** arguments) {
   AddTest(app, testRequest);
   int channel = -1;
   AddChildren(app, channel);
+  int status = kDone;
   try {
     app.parse(count, arguments);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kDone : kWrongUsage;
+  } catch (const CLI::ParseError& error) {  // or a request for help, whose status is 0
+    status = app.exit(error) == 0 ? kDone : kWrongUsage;
   }
   FinishOutput();
-  return kDone;
+  return status;
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Cancel waits for a draw, even if there is none.
+// Cancel never returns.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,5 +1,5 @@
-// Breaks nothing; in one use of fifty it frees a block, of another size each time, which then fills up the thread's
-// cache of free blocks.
+// Fails no check. In one use of fifty, on average, it frees a block of a random size, so the thread's cache of free
+// blocks fills slowly.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -1,4 +1,4 @@
-// Its second and third draws throw, each with a text of its own, which would control a terminal and is not UTF-8.
+// Its second and third draws throw. The text of the third has control characters and is not UTF-8.
 
 #include "tests/fake_plugins/correct_rng.h"
 

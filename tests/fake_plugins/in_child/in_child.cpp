@@ -1,6 +1,5 @@
-// Does what the macro DO names when it is asked whether it is available, with RNG_TEST_NAME also when it is asked
-// for its name: only in a process that runs a hidden command of rngctl, unless RNG_TEST_ANYWHERE is set. What it finds
-// there goes into files of the case's tree.
+// Calls the function DO in IsAvailable, and also in GetName if RNG_TEST_NAME is set, but only in a process that runs a
+// hidden command of rngctl, unless RNG_TEST_ANYWHERE is set. It writes what it finds to files in the case's tree.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -58,6 +57,15 @@ void Note(const std::string& line) {
   StayFor(60);
 }
 
+[[maybe_unused]] void TellOfSignals() {
+  std::signal(SIGTERM, [](int) {
+    Note("terminated");
+    ::_exit(0);
+  });
+  Note("waits");
+  ::pause();
+}
+
 [[maybe_unused]] void ListDescriptors() {
   const pid_t child = ::fork();
   if (child == 0) {
@@ -79,7 +87,8 @@ void Note(const std::string& line) {
   Note("printed");
 }
 
-// They have all that this process has, also the other ends of what rngctl reads. One is the other's child.
+// The copies inherit every descriptor of this process, including the write ends of the pipes that rngctl reads. One is
+// the other's child.
 [[maybe_unused]] void LeaveTwoCopies() {
   if (::fork() != 0) return;
   ::setsid();

@@ -1,11 +1,11 @@
 #include "tests/rngctl/check/check.h"
+#include "tests/support/tree.h"
 
 #include <gmock/gmock.h>
 
 using testing::StartsWith;
 
 TEST(Check, AnOperationThatEndsTheProcessIsAnErrorInEveryCheck) {
-  EXPECT_EQ("error", Find(Report(Breaking("draw_crashes")), "draw-succeeds").at("severity"));
   const json report = Report(Breaking("self_test_ends_process"));
   EXPECT_EQ("opens self-test", Failed(report));
   const json& selfTest = Find(report, "self-test");
@@ -28,9 +28,10 @@ TEST(Check, AThreadThatRunsOnIsNamedWhereItCrashes) {
   EXPECT_LT(0U, crashes) << report;
 }
 
-TEST(Check, WhatIsAskedOfTheEndOfTheProcessStaysAWarning) {
-  const json report = Report(Breaking("static_thread"));
-  const json& check = Find(report, "exit-without-release");
-  EXPECT_EQ("warning", check.at("severity"));
-  EXPECT_THAT(check.at("fix"), StartsWith("Do not rely on static objects"));
+TEST(Check, AnOperationThatStopsTheProcessIsAnError) {
+  const json check =
+      Find(Report("--only null-settings " + FakePlugin("dsdr", "stops_itself")), "null-settings");
+  EXPECT_EQ("error", check.at("severity"));
+  EXPECT_THAT(check.value("found", ""), StartsWith("It was stopped by signal 19"));
+  EXPECT_EQ("No operation may stop the process: find the place with a debugger.", check.at("fix"));
 }

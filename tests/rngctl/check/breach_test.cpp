@@ -18,9 +18,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"has_executable_stack", "no-executable-stack",
                "The file requires an executable stack, or does not say that it needs none."},
         Breach{"has_static_tls", "no-static-tls", "The file has the flag STATIC_TLS."},
-        Breach{"misses_a_function", "opens", "undefined symbol",
-               "Link with every library that it uses; with -Wl,-z,defs the linker reports what is "
-               "missing."},
+        Breach{"misses_a_function", "opens", "undefined symbol"},
         Breach{
             "refuses_opening", "opens", "The loader says: /",
             "Link without -z nodlopen, which sets the flag NOOPEN: dlopen refuses such a library."},
@@ -56,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
                kCompareSettings},
         Breach{"needs_a_Type", "empty-settings", "in SetSettings with empty settings",
                kCompareSettings},
-        Breach{"needs_a_HardwareId", "empty-settings", "in SetSettings with empty set",
+        Breach{"needs_a_HardwareId", "empty-settings", "in SetSettings with empty settings",
                kCompareSettings},
         Breach{"gives_object_once", "reload",
                "After it is opened again, its factory returns null."},

@@ -59,7 +59,7 @@ TEST(Check, ThreadsThatCannotDrawSayNothingOfConcurrentDraws) {
   }
 }
 
-TEST(Check, TheStateOfTheProcessIsThatAfterEveryOperation) {
+TEST(Check, AChangeOfTheProcessIsFoundInWhicheverOperation) {
   for (const char* operation :
        {"Name", "Description", "HardwareId", "Flags", "SelectDevice", "SelfTest", "Cancel"}) {
     const std::string plugin = Breaking("changes_umask_in_" + std::string(operation));
@@ -84,4 +84,25 @@ TEST(Check, WhatAPluginLeavesRunningIsEnded) {
   EXPECT_EQ("process-state", Failed(report));
   EXPECT_THAT(Found(report, "process-state"), StartsWith("It leaves a child process: sleep (pro"));
   EXPECT_EQ(0U, CountProcessesOf(TreePath("sleep")));
+}
+
+TEST(Check, WhereAnyDeviceIsAcceptedNoneIsRefused) {
+  EXPECT_EQ(
+      "it accepts any identifier",
+      Reason(Report("--only refused-device " + Breaking("takes_every_device")), "refused-device"));
+}
+
+// The first call is recorded. If all were, the process would never be silent.
+TEST(Check, CallsWithoutEndDoNotKeepAPluginAlive) {
+  const Result result = RunShell(
+      "timeout 60 " RNGCTL " check --json --timeout 1 --only null-settings,no-lifecycle-calls " +
+      FakePlugin("dsdr", "keeps_initializing"));
+  EXPECT_EQ("It did not answer within 1 s in IsAvailable with null settings.",
+            Found(json::parse(result.output, nullptr, false), "null-settings"));
+}
+
+// Hosts never select a device of a generator that is not available.
+TEST(Check, WithoutAGeneratorTheReportedDevicesAreNotSelected) {
+  const json report = Report("--only device-report " + FakePlugin("dsdr", "reports_absent_device"));
+  EXPECT_EQ("device-report", Names(report, "passed"));
 }

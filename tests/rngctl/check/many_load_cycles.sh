@@ -1,7 +1,7 @@
 #!/bin/sh
-# many_load_cycles.sh RNGCTL PLUGIN RUNS [SECONDS]: makes the check load-cycles that often on a plug-in that has
-# from 1 to 64 threads and leaks nothing, with that time limit or one second. On a busy machine, few runs have
-# enough time; then some more get a minute. Fails if a run reports growth.
+# many_load_cycles.sh RNGCTL PLUGIN RUNS [SECONDS]: runs the check load-cycles RUNS times on a plug-in that has 1 to 64
+# threads and leaks nothing. SECONDS is the time limit; the default is 1. If fewer than a tenth of the runs pass
+# because the machine is busy, more runs get a minute each. Fails if a run reports growth, or if still fewer pass.
 set -eu
 rngctl=$1
 plugin=$2

@@ -56,3 +56,31 @@ TEST(CheckOutput, AQuestionLeavesTheNoticeOfATerminalBelowIt) {
   EXPECT_THAT(result.output, HasSubstr("Checking draw-succeeds ...\r\033[KPress it now: \r\n"
                                        "Checking draw-succeeds ..."));
 }
+
+// The self-test prints 200 different lines; each of five draws of nothing prints another one.
+TEST(CheckOutput, CountsEveryLineThatItDoesNotShow) {
+  const json report = Report("--only self-test,empty-draw " + FakePlugin("dsdr", "prints_lines"));
+  EXPECT_EQ(100U, report.at("output").size());
+  EXPECT_EQ(101 + 5, report.at("omitted_lines"));
+}
+
+TEST(CheckOutput, ShowsTheBeginningOfALongLine) {
+  EXPECT_EQ(
+      "During the check null-settings it prints \"" + std::string(60, '-') + "\".",
+      Found(Report("--only no-output " + FakePlugin("dsdr", "prints_long_line")), "no-output"));
+}
+
+// The check looks again in another process.
+TEST(CheckOutput, NamesEachCheckOnce) {
+  const json report = Report("--only draws-look-random " + Breaking("prints"));
+  for (const json& line : report.at("output")) EXPECT_EQ(1U, line.at("checks").size()) << line;
+  EXPECT_LT(0U, report.at("output").size());
+}
+
+// Three checks make a self-test each: 101 of its lines are beyond the limit of the report, 80 beyond the text's.
+TEST(CheckOutput, CountsEveryLineThatTheTextDoesNotShow) {
+  EXPECT_THAT(Check("--only self-test,draws-after-calls,process-state " +
+                    FakePlugin("dsdr", "prints_lines"))
+                  .output,
+              HasSubstr("\nprinted       543 more lines\n"));
+}

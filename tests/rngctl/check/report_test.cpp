@@ -113,3 +113,30 @@ TEST(Check, CountsAddUp) {
   EXPECT_EQ(report.at("checks").size(), sum);
   EXPECT_EQ(1, report.at("counts").at("notes"));
 }
+
+TEST(Check, CountsTellErrorsFromWarningsAndNotes) {
+  const auto count = [](const std::string& variant) {
+    const json counts = Report(Breaking(variant)).at("counts");
+    return json({counts.at("errors"), counts.at("warnings"), counts.at("notes")});
+  };
+  EXPECT_EQ(json({1, 0, 0}), count("description_fails"));
+  EXPECT_EQ(json({0, 1, 0}), count("no_flags"));
+  EXPECT_EQ(json({0, 0, 1}), count("unavailable"));
+}
+
+TEST(Check, TheTextShowsNotesAsSuch) {
+  const std::string text = Check(Breaking("unavailable")).output;
+  EXPECT_THAT(text, HasSubstr("\nnote          available "));
+  EXPECT_THAT(text, HasSubstr(" checks passed, 0 failed, 0 warnings, 1 note, "));
+}
+
+TEST(Check, ItsColoursTellErrorsWarningsAndNotes) {
+  for (const auto& [check, variant, word] :
+       {std::tuple("one-export", "exports_more", "\033[31mfailed "),
+        {"some-flag", "no_flags", "\033[33mwarning "},
+        {"available", "unavailable", "\033[36mnote "}}) {
+    const Result result = RunShell(std::string("NO_COLOR= script -qec '" RNGCTL " check --only ") +
+                                   check + " " + Breaking(variant) + "' " + TreePath("typescript"));
+    EXPECT_THAT(result.output, HasSubstr(word));
+  }
+}

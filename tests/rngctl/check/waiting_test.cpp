@@ -6,6 +6,7 @@ TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
   const Breach breaches[] = {
       {"hangs_with_settings", "built-in-settings", "It did not answer within 1 s in IsAvailable.",
        kReturnSoon},
+      // An error, because every start of a host waits as long.
       {"factory_hangs", "gives-object", "It did not answer within 1 s in the factory.", kReturnSoon,
        "error"},
       {"name_hangs", "name", "It did not answer within 1 s in GetName.", kReturnSoon},
@@ -34,9 +35,6 @@ TEST(CheckBreaches, ThatTakeTimeFailTheirCheckAloneAndAreWaitedForOnce) {
     SCOPED_TRACE(breach.variant);
     ExpectBreach(breach, results[breach.variant]);
   }
-  const json slow = json::parse(results["factory_hangs"].output);
-  // Every start of a host waits as long, though by itself the check only notes something.
-  EXPECT_EQ("error", Find(slow, "gives-object").at("severity"));
   // A step that timed out is not tried again.
   EXPECT_EQ("IsAvailable did not answer within 1 s in the check built-in-settings",
             Reason(json::parse(results["hangs_with_settings"].output), "load-cycles"));

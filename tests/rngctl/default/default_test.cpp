@@ -30,7 +30,7 @@ TEST_F(RngctlTest, MaskChoosesTheFallbacks) {
             result.errors);
 }
 
-// In their order of preference.
+// In increasing order of preference, so each one replaces the one before.
 TEST_F(RngctlTest, EveryFallbackIsAcceptableWithoutAMask) {
   InstallX11("whole");
   for (const auto& [plugin, variant, fallback] : {std::tuple("unixx11", "stub", "unixx11"),
@@ -72,15 +72,21 @@ TEST_F(RngctlTest, TheEmptyNameRemovesTheDefault) {
   const Result set = Run("default set ''");
   EXPECT_EQ(0, set.status);
   EXPECT_EQ("No default is configured.\n", set.output);
+  EXPECT_THAT(set.errors, IsEmpty());
   EXPECT_EQ(1, Run("default --mask 0").status);
 }
 
 TEST_F(RngctlTest, OverlongSettingsAreExplained) {
-  WriteFile(TreePath(kSettingsFile), "[Devices]\nRandomNumberGeneratorType=123456789012345678\n");
-  const Result result = Run("default");
-  EXPECT_EQ(1, result.status);
-  EXPECT_EQ("rngctl: There is no default: the configured one is longer than 17 bytes.\n",
-            result.errors);
+  const std::string type = "[Devices]\nRandomNumberGeneratorType=";
+  const std::string tooLong = "123456789012345678\n";
+  for (const std::string& lines :
+       {type + tooLong, type + "unixdev\nRandomNumberGeneratorHardwareID=" + tooLong}) {
+    WriteFile(TreePath(kSettingsFile), lines);
+    const Result result = Run("default");
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ("rngctl: There is no default: the configured one is longer than 17 bytes.\n",
+              result.errors);
+  }
 }
 
 TEST_F(RngctlTest, UnwritableSettingsAreASentenceWithTheReason) {

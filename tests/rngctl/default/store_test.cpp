@@ -193,15 +193,17 @@ TEST_F(Store, TheLimitOnFileSizesLeavesTheOldFile) {
 
 TEST_F(Store, WaitsForAnotherProcessThatStores) {
   WriteFile(Ini(), kOldSettings);
-  auto lock = std::make_unique<FolderLock>();
-  std::atomic<bool> isReleased = false;
-  std::jthread release([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    isReleased = true;
-    lock.reset();
-  });
-  Set();
-  EXPECT_TRUE(isReleased);
+  for (const char* command : {"default set unixdev", "default", "read -n 1"}) {
+    auto lock = std::make_unique<FolderLock>();
+    std::atomic<bool> isReleased = false;
+    std::jthread release([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+      isReleased = true;
+      lock.reset();
+    });
+    EXPECT_EQ(0, Run(command).status) << command;
+    EXPECT_TRUE(isReleased) << command;
+  }
 }
 
 // Plug-ins may be slow to start, or wait for their user.

@@ -76,6 +76,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "Store the right one with \"rngctl default set unixx11\"."},
         Default{"AComment", "dsdr ; ours", "",
                 "the kind \"dsdr ; ours\" has a comment, which is part of the value", kCorrect},
+        Default{"ACommentAfterAHash", "dsdr # ours", "",
+                "the kind \"dsdr # ours\" has a comment, which is part of the value", kCorrect},
         Default{"EighteenBytes", "123456789012345678", "",
                 "the kind \"123456789012345678\" is longer than 17 bytes", kCorrect},
         Default{"AKindThatIsNotInstalled", "sobol", "",
@@ -130,4 +132,34 @@ TEST_F(Doctor, KnowsOfTheDefaultEvenWhereItExaminesAnotherKind) {
   EXPECT_EQ(false, found.at("found"));
   EXPECT_EQ("its plug-in is not loaded", found.at("problem"));
   EXPECT_EQ("Run \"rngctl doctor sobol\" to find out why.", found.at("fix"));
+}
+
+// The default is then not the fault, so only the start is named.
+TEST_F(Doctor, AStartThatFailsIsToldOnceWhateverTheDefault) {
+  InstallPlugin("dsdr", "has_devices");
+  InstallPlugin("accord", "exiting");
+  Configure("dsdr", "");
+  EXPECT_EQ(
+      "rngctl: 1 installed plug-in has a problem. A start with all plug-ins exited with status 7 "
+      "while loading librngaccord.so.\n",
+      Run("doctor").errors);
+}
+
+TEST_F(Doctor, ShowsTheDeviceOfTheDefault) {
+  InstallPlugin("dsdr", "has_devices");
+  Configure("dsdr", "B2");
+  EXPECT_EQ("B2", Examine("dsdr").at("default").at("hardware_id"));
+  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr("\nDefault          dsdr, device B2, usable\n"));
+  InstallPlugin("sobol", "hanging");  // before the default is looked for
+  EXPECT_THAT(Run("doctor dsdr --timeout 1").output,
+              HasSubstr("\nDefault          dsdr, device B2, not examined\n"));
+}
+
+TEST_F(Doctor, NamesTheDevicesInsteadOfARefusedOne) {
+  InstallPlugin("dsdr", "reports_devices");
+  Configure("dsdr", "C3");
+  EXPECT_EQ(
+      "The devices are \"R1\". Connect the configured one, or store one of these with \"rngctl "
+      "default set dsdr DEVICE\".",
+      Examine("dsdr").at("default").at("fix"));
 }

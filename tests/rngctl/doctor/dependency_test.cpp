@@ -73,3 +73,11 @@ TEST_F(Doctor, TellsAFunctionOfTheLibraryFromOneThatIsMissing) {
       "with dlopen. Ask the vendor to link the plug-in with -lrngaggregator.",
       row.at("warnings")[0]);
 }
+
+// Libraries are often installed under a link.
+TEST_F(DoctorOnDependency, MayBeALink) {
+  fs::copy_file(FAKES_DIR "/missing_dependency/libabsent_device.so", TreePath("needed/real"));
+  fs::create_symlink("real", Needed());
+  EXPECT_EQ(json::array(),
+            Examine("biokbd", "LD_LIBRARY_PATH=" + TreePath("needed")).at("permissions"));
+}

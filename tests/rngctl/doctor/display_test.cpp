@@ -97,3 +97,10 @@ TEST_F(Doctor, SaysWhenLookingForTheDisplayEndsEveryProgram) {
             report.at("display").at("reason"));
   EXPECT_EQ("loaded", RowOf(report, "dsdr").at("verdict"));
 }
+
+TEST_F(Doctor, SaysWhatToDoAboutADisplayThatEndsEveryProgram) {
+  InstallX11("crashing");
+  EXPECT_THAT(Run("doctor").output,
+              HasSubstr("\nX display: Fix DISPLAY, the X server or libX11.so.6; until then every "
+                        "program that starts the library fails the same way.\n"));
+}

@@ -184,3 +184,14 @@ TEST_F(Doctor, AFileThatAPluginIsALinkToIsNoStray) {
   EXPECT_THAT(Run("doctor").output,
               HasSubstr("\nlibrngdsdrr.so: Remove whichever of the two is out of date.\n"));
 }
+
+TEST_F(Doctor, TheTextShowsEachUnknownFileOnce) {
+  const std::string file = TreePath("lib/librngmine.so");
+  WriteFile(file, "");
+  const Result result = RunShell("LD_LIBRARY_PATH=" + TreePath("other") + ":" + TreePath("lib") +
+                                 " " + Rngctl() + " doctor");
+  const std::string line =
+      "\nUnknown file     " + file + ": no kind has a plug-in with this name\n";
+  EXPECT_THAT(result.output, HasSubstr(line));
+  EXPECT_EQ(result.output.find(line), result.output.rfind(line)) << result.output;
+}

@@ -86,3 +86,9 @@ TEST_F(Doctor, ASlowDisplayIsNamedLikeAPlugin) {
   EXPECT_THAT(Examine("unixdev").at("start").at("warnings"),
               ElementsAre(ContainsRegex(": the search for the X display takes (0\\.[7-9]|[1-9])")));
 }
+
+TEST_F(Doctor, ShowsTheBeginningOfALongLine) {
+  InstallPlugin("dsdr", "prints_long_line");
+  EXPECT_THAT(ExamineKind("dsdr").at("warnings"),
+              ElementsAre(HasSubstr(": \"" + std::string(60, '-') + "...\". Report")));
+}

@@ -113,3 +113,15 @@ TEST_F(Doctor, SaysOnATerminalWhatItWaitsFor) {
   EXPECT_THAT(result.output, HasSubstr("Waiting for sobol, at most 2 s\r\033[K"));
   EXPECT_THAT(ReadFile(TreePath("report")), HasSubstr("did not answer within 2 s"));
 }
+
+TEST_F(Doctor, ItsColoursTellProblemsFromWarnings) {
+  InstallPlugin("bioqt");
+  InstallPlugin("sobol", "flagless");
+  InstallPlugin("Rutoken", "unavailable");
+  const std::string output =
+      RunShell("NO_COLOR= script -qec '" + Rngctl() + " doctor' " + TreePath("typescript")).output;
+  EXPECT_THAT(output, HasSubstr(" \033[33mskipped because there is no X display"));
+  EXPECT_THAT(output, HasSubstr(" \033[33mloaded as \"sobol\"\033[0m"));
+  EXPECT_THAT(output, HasSubstr(" \033[31mnot available\033[0m"));
+  EXPECT_THAT(output, HasSubstr(" not installed: there is no librngdsdr.so\r\n"));
+}

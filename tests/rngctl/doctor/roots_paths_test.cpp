@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 using testing::HasSubstr;
 
@@ -70,5 +71,32 @@ TEST_F(DoctorOnRootsPaths, MayLeadThroughADirectoryOfTheLibraryPath) {
   fs::permissions(TreePath("etc"), kForEveryone);
   const Result result = RunAsUser("LD_LIBRARY_PATH=" + OwnPath());
   EXPECT_TRUE(Finds(TreePath("etc"), result)) << result.output;
+  EXPECT_EQ(1, result.status);
+}
+
+TEST_F(DoctorOnRootsPaths, CountOnceWhateverIsWrongWithThem) {
+  fs::permissions(TreePath("lib"), kForEveryone);
+  ASSERT_EQ(0, ::lchown(TreePath("lib").c_str(), 54321, 0));  // nobody has that account
+  EXPECT_THAT(RunAsUser("A=1").errors, HasSubstr("Other users can change 1 path that root's"));
+}
+
+TEST_F(DoctorOnRootsPaths, IncludeTheProgramsThatPluginsStart) {
+  const std::string program = TreePath("libexec/rngaggregator/rng-gather");
+  fs::create_directories(TreePath("libexec/rngaggregator"));
+  WriteFile(program, "");
+  EXPECT_EQ(0, RunAsUser("A=1").status);
+  fs::permissions(program, kForEveryone);
+  const Result result = RunAsUser("A=1");
+  EXPECT_TRUE(Finds(program, result)) << result.output;
+  EXPECT_EQ(1, result.status);
+}
+
+// The loader looks there before the directory itself.
+TEST_F(DoctorOnRootsPaths, IncludeTheDirectoryForThisProcessor) {
+  const std::string folder = TreePath("lib/glibc-hwcaps/x86-64-v2");
+  fs::create_directories(folder);
+  fs::permissions(folder, kForEveryone);
+  const Result result = RunAsUser("A=1");
+  EXPECT_TRUE(Finds(folder, result)) << result.output;
   EXPECT_EQ(1, result.status);
 }

@@ -206,3 +206,31 @@ TEST_F(Doctor, SettingsThatCannotBeReadAreANegativeAnswer) {
   fs::create_symlink("/dev/null", TreePath(kSettingsFile));
   EXPECT_EQ(json(), Examine("").at("settings").at("fix"));
 }
+
+TEST_F(Doctor, TheTextSaysWhatPreventsStoring) {
+  const std::string line = "\nSettings file    " + TreePath(kSettingsFile);
+  WriteFile(TreePath("etc"), "a file in the way");
+  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr(line + ", does not exist, cannot be created: "));
+  fs::remove(TreePath("etc"));
+  WriteFile(TreePath(kSettingsFile), "[Devices]\n");
+  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr(line + ", readable, writable\n"));
+  fs::create_directory(TreePath("etc/rng.ini.tmp"));
+  EXPECT_THAT(Run("doctor dsdr").output, HasSubstr(line + ", readable, not writable: "));
+}
+
+TEST_F(Doctor, TheTextSaysThatThereIsNoService) {
+  InstallKnownPath("absent");
+  EXPECT_THAT(Run("doctor dsdr").output,
+              HasSubstr("\nKnown paths      no service; the directories fixed at build time\n"));
+}
+
+// What the report then says of it is no path.
+TEST_F(Doctor, AServiceWithoutAFileHasNoPermissions) {
+  fs::rename(TreePath("lib/libcrypt_known_path.so"), TreePath("lib/another.so"));
+  fs::create_directory(TreePath("open"));
+  fs::permissions(TreePath("open"), fs::perms(01777));
+  const Result result =
+      RunShell("cd " + TreePath("open") + " && LD_PRELOAD=" + TreePath("lib/another.so") + " " +
+               Rngctl() + " doctor --json");
+  EXPECT_EQ(json::array(), json::parse(result.output).at("permissions"));
+}

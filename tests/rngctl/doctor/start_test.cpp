@@ -270,3 +270,64 @@ TEST_F(Doctor, AStartGoesOnWithoutASocketInAPluginsPlace) {
   EXPECT_EQ(json(), report.at("start").at("problem"));
   EXPECT_EQ("loaded", RowOf(report, "unixdev").at("verdict"));
 }
+
+// Without a display, a start opens no plug-in that needs one.
+TEST_F(Doctor, ATerminalThatNoStartOpensPreventsNone) {
+  InstallUnixDev();
+  fs::create_symlink("/dev/tty", TreePath("lib/librngbioqt.so"));
+  const json report =
+      json::parse(RunShell("setsid -w " + Rngctl() + " doctor --json").output, nullptr, false);
+  EXPECT_EQ("no-display", RowOf(report, "bioqt").at("verdict"));
+  EXPECT_EQ(true, report.at("start").at("tried"));
+  EXPECT_EQ(json(), report.at("start").at("problem"));
+}
+
+TEST_F(Doctor, APipeThatNoStartOpensIsNotOpened) {
+  InstallUnixDev();
+  ASSERT_EQ(0, ::mkfifo(TreePath("lib/librngbioqt.so").c_str(), 0600));
+  EXPECT_EQ(json(), Examine("unixdev").at("start").at("problem"));
+}
+
+TEST_F(Doctor, TheFirstOfSeveralPipesIsTheCulprit) {
+  ASSERT_EQ(0, ::mkfifo(TreePath("lib/librngdsdr.so").c_str(), 0600));
+  ASSERT_EQ(0, ::mkfifo(TreePath("lib/librngsobol.so").c_str(), 0600));
+  const json start = Examine("dsdr").at("start");
+  EXPECT_EQ("dsdr", start.at("culprit"));
+  EXPECT_THAT(Text(start.at("problem")), HasSubstr("hang on " + TreePath("lib/librngdsdr.so")));
+}
+
+TEST_F(Doctor, APluginThatFailsAtTheConfiguredDeviceIsTheCulprit) {
+  InstallUnixDev();
+  InstallPlugin("dsdr", "disturbing/Device_Crash");
+  WriteFile(TreePath(kSettingsFile),
+            "[Devices]\nRandomNumberGeneratorType=dsdr\nRandomNumberGeneratorHardwareID=A1\n");
+  const json start = Examine("").at("start");
+  EXPECT_EQ(
+      "crashed with signal 6 (Aborted) while librngdsdr.so was selecting the configured device",
+      start.at("problem"));
+  EXPECT_EQ("dsdr", start.at("culprit"));
+}
+
+TEST_F(Doctor, APluginThatWorksOnlyBesideOthersHasItsName) {
+  InstallPlugin("dsdr", "sociable");
+  InstallPlugin("sobol", "sociable");
+  InstallX11("whole");
+  InstallPlugin("bioqt");
+  EXPECT_EQ("dsdr", RowOf(Examine(""), "dsdr").at("name"));
+}
+
+TEST_F(Doctor, APluginWhoseNameCrashesBesideAnotherIsTheCulprit) {
+  InstallPlugin("accord", "crowded_name");
+  InstallPlugin("sobol", "crowded_name");
+  const json start = Examine("").at("start");
+  EXPECT_EQ("crashed with signal 6 (Aborted) while asking librngsobol.so for its name",
+            start.at("problem"));
+  EXPECT_EQ("sobol", start.at("culprit"));
+}
+
+// Nothing is locked between the start and the stop.
+TEST_F(Doctor, ACallThatWouldStopTheLibraryIsNamed) {
+  InstallPlugin("dsdr", "shuts_down_in_name");
+  EXPECT_EQ("is undone because a plug-in calls ShutDown while looking up \"dsdr\"",
+            Examine("dsdr").at("start").at("problem"));
+}

@@ -123,3 +123,13 @@ TEST_F(Doctor, OnePluginOutOfOrderIsANegativeAnswer) {
     fs::remove(TreePath("lib/" + LibraryFileOf(kind)));
   }
 }
+
+// Without a terminal nothing is wrong with it; with one, something is.
+TEST_F(Doctor, AGeneratorThatAsksInATerminalIsAProblemOnlyWhereThereIsOne) {
+  InstallUnixDev();
+  InstallPlugin("biokbd", "unavailable");
+  EXPECT_EQ(0, RunShell("setsid -w " + Rngctl() + " doctor").status);
+  const Result result = RunShell("script -qec '" + Rngctl() + " doctor' " + TreePath("typescript"));
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.output, HasSubstr("rngctl: 1 installed plug-in has a problem."));
+}

@@ -63,3 +63,18 @@ TEST_F(Doctor, NamesTheDataFileOfAPluginThatReadsOne) {
   EXPECT_EQ("Make its data file readable for this user: " + file + ": Permission denied.",
             ExamineKindAsUser("dsdr").at("fix"));
 }
+
+TEST_F(Doctor, WhatIsNoFileIsNoDataFile) {
+  InstallPlugin("dsdr", "unavailable");
+  fs::create_directories(TreePath("share/dsdr.bin"));
+  EXPECT_EQ("Replace " + TreePath("share/dsdr.bin") + ": it is not a data file.",
+            ExamineKind("dsdr").at("fix"));
+}
+
+TEST_F(Doctor, AFactoryThatGivesNothingMayLackItsDataFile) {
+  InstallPlugin("dsdr", "breaking/factory_gives_null");
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("factory-gave-nothing", row.at("verdict"));
+  EXPECT_EQ("Install its data file: there is no " + TreePath("share/dsdr.bin") + ".",
+            row.at("fix"));
+}

@@ -192,3 +192,13 @@ TEST_F(Doctor, APluginThatSpoilsItsRowSpoilsNoOther) {
                           "factory-gave-nothing", "not-available", "nameless", "cannot-be-opened",
                           "loaded", "crashed", "not-installed"));
 }
+
+TEST_F(Doctor, SendsTheAuthorOfAMisplacedPluginToTheCheck) {
+  const std::string file = TreePath("lib/librngdsdr.so");
+  std::filesystem::copy(FakePlugin("sobol", "stub"), file);
+  EXPECT_EQ(
+      "This is the plug-in for the kind \"sobol\": install it as librngsobol.so. Its author can "
+      "check it with \"rngctl check " +
+          file + "\".",
+      ExamineKind("dsdr").at("fix"));
+}

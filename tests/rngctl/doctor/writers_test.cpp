@@ -111,3 +111,12 @@ TEST(WalkTo, EndsInACircleOfLinks) {
   ASSERT_FALSE(steps.empty());
   EXPECT_TRUE(steps.back().ofEntry.IsLink());
 }
+
+TEST(WalkTo, GoesThroughAsManyLinksAsTheSystemFollows) {
+  constexpr int kMost = 40;
+  const auto link = [](int number) { return TreePath("link" + std::to_string(number)); };
+  WriteFile(link(kMost), "");
+  for (int i = 0; i < kMost; ++i) fs::create_symlink(link(i + 1), link(i));
+  ASSERT_TRUE(fs::exists(link(0)));
+  EXPECT_EQ(link(kMost), WalkTo(link(0)).back().entry);
+}

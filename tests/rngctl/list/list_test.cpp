@@ -95,11 +95,39 @@ TEST_F(RngctlTest, AReportIsShownUpToItsLargestSize) {
   EXPECT_EQ(0, larger.status);
   EXPECT_EQ("rngctl: \"dsdr\": Its device report has 65537 bytes; the maximum is 65536.\n",
             larger.errors);
+  InstallPlugin("dsdr", "report_is_negative");
+  EXPECT_EQ("rngctl: \"dsdr\": Its device report has the negative size -5.\n", List().errors);
 }
 
 TEST_F(RngctlTest, APluginIsStartedBeforeItIsAskedForItsDevices) {
   InstallPlugin("dsdr", "reports_after_start");
   EXPECT_THAT(List().output, EndsWith("\n\ndsdr, device R1: Reader 1\n"));
+}
+
+TEST_F(RngctlTest, ADeviceIsFreeWhenItsReportIsAskedFor) {
+  InstallPlugin("dsdr", "exclusive_device");
+  EXPECT_THAT(List().output, EndsWith("\n\ndsdr, device R1: Reader 1\n"));
+}
+
+TEST_F(RngctlTest, TheTableIsShownBeforeReportsAreWaitedFor) {
+  InstallPlugin("dsdr", "in_child/Hang");
+  const Result result =
+      RunShell(Rngctl() + " list >" + TreePath("told") + " & until test -s " + TreePath("notes") +
+               "; do sleep 0.01; done; cat " + TreePath("told") + "; kill $!; wait $!");
+  EXPECT_THAT(result.output, HasSubstr("\ndsdr     no           hardware"));
+}
+
+TEST_F(RngctlTest, APluginThatFailsBeforeItsReportIsASentence) {
+  for (const auto& [action, end] :
+       {std::pair("Crash", "crashed with signal 11 (Segmentation fault)"),
+        {"Hang", "did not answer within 10 s"}}) {
+    InstallPlugin("dsdr", std::string("in_child/") + action);
+    const Result result = Run("list");
+    EXPECT_EQ(0, result.status) << action;
+    EXPECT_EQ(std::string("rngctl: \"dsdr\": Its device report could not be read: the plug-in ") +
+                  end + ".\n",
+              result.errors);
+  }
 }
 
 // It can only be found by that name, which no row of the catalogue has.
@@ -221,10 +249,19 @@ TEST_F(ListAsJson, AnEmptyNameIsNull) {
   EXPECT_EQ(nullptr, generators[1]["name"]);
 }
 
+TEST_F(ListAsJson, ANameThatChangesItsSizeIsNull) {
+  InstallPlugin("dsdr", "breaking/name_size_differs");
+  const nlohmann::json generators = List();
+  ASSERT_EQ(2U, generators.size());
+  EXPECT_EQ(nullptr, generators[0]["name"]);
+}
+
 TEST_F(ListAsJson, HasNothingThatPluginsPrint) {
-  InstallPlugin("dsdr", "prints_start");
-  EXPECT_EQ("dsdr", List()[0]["name"]);
-  EXPECT_THAT(Run("list --json").errors, HasSubstr("driver"));
+  for (const char* when : {"prints_start", "prints_release"}) {
+    InstallPlugin("dsdr", when);
+    EXPECT_EQ("dsdr", List()[0]["name"]);
+    EXPECT_THAT(Run("list --json").errors, HasSubstr("driver"));
+  }
 }
 
 TEST_F(ListAsJson, SaysWhatIsWrongWithAReport) {

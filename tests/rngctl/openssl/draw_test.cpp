@@ -287,3 +287,24 @@ TEST_F(OpensslDoctor, ShowsNoBytes) {
   const std::string text = Examine().output + Examine("--json").output;
   EXPECT_THAT(text, AllOf(Not(HasSubstr("RRRR")), Not(HasSubstr("5252"))));
 }
+
+TEST_F(OpensslDoctor, NamesTheUserInJson) {
+  const std::string name = RunShell("id -un").output;
+  EXPECT_EQ(
+      name,
+      json::parse(Examine("--json --user " + name).output).at("user").get<std::string>() + '\n');
+}
+
+TEST_F(OpensslDoctor, SettingsThatDoNotExistConfigureNothing) {
+  InstallHelper();
+  EXPECT_THAT(Examine().errors,
+              StartsWith(std::string(kNoBytes) + "No default generator is configured"));
+}
+
+TEST_F(OpensslDoctor, SaysWhenItsReportCannotBeWritten) {
+  for (const char* draw : {"succeed", "fail"}) {
+    const Result result = Examine(">/dev/full", std::string("FAKE_DRAW=") + draw);
+    EXPECT_EQ(1, result.status) << draw;
+    EXPECT_EQ("rngctl: Cannot write to standard output.\n", result.errors) << draw;
+  }
+}

@@ -215,7 +215,8 @@ TEST_F(OpensslDoctor, WarnsThatNoOtherProviderIsActive) {
                         "and no keys. Add \"activate = 1\" to that of \"default\".\n"));
 }
 
-// In one section OpenSSL ignores what follows the last dot of a name, in the others what precedes the first one.
+// In the section that "openssl_conf" names, OpenSSL ignores what follows the last dot of a name; in the sections of
+// providers, what precedes the first dot.
 TEST_F(OpensslDoctor, ReadsNumberedLinesAsOpensslDoes) {
   std::string numbered = good;
   for (const auto& [from, to] :
@@ -237,7 +238,7 @@ TEST_F(OpensslDoctor, ReadsNumberedLinesAsOpensslDoes) {
       "Install the package openssl-provider-rngaggregator, or correct the path of the module.");
 }
 
-// OpenSSL reads neither of these lines.
+// OpenSSL ignores each of these lines.
 TEST_F(OpensslDoctor, ANumberInTheWrongPlaceMakesAnotherName) {
   Change("openssl_conf = rngaggregator_init", "openssl_conf.1 = rngaggregator_init");
   ExpectElsewhere(File() + " has no line \"openssl_conf\" before its first section", AdviseStart());
@@ -260,6 +261,21 @@ TEST_F(OpensslDoctor, WarnsOfNothingIfAllIsInOrder) {
   for (const char* lines :
        {"kind = unixdev\nhardware-id = A1", "from = unixdev", "identity = mine\nsoft_load = 1"}) {
     Change("activate = 1", std::string("activate = 1\n") + lines);
-    EXPECT_THAT(Examine().output, Not(HasSubstr("Warning"))) << lines;
+    const Result result = Examine();
+    EXPECT_EQ(0, result.status) << lines;
+    EXPECT_THAT(result.output, Not(HasSubstr("Warning"))) << lines;
   }
+}
+
+// OpenSSL reads a number, so a word means 0.
+TEST_F(OpensslDoctor, AWordDoesNotTurnTheDiagnosticsOn) {
+  for (const auto& [value, isOn] :
+       {std::pair("off", false), {"on", false}, {"00", false}, {"2", true}}) {
+    Change("config_diagnostics = 1", std::string("config_diagnostics = ") + value);
+    EXPECT_EQ(isOn, Examine().output.find("\nWarning: ") == std::string::npos) << value;
+  }
+}
+
+TEST_F(OpensslDoctor, WithoutAFileTheConfigurationIsNone) {
+  EXPECT_THAT(Examine("", "OPENSSL_CONF=").output, HasSubstr("\nConfiguration    none\n"));
 }

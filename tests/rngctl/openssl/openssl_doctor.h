@@ -38,7 +38,7 @@ class OpensslDoctor : public InstalledTool {
   static std::string Module() { return TreePath("lib/ossl-modules/rngaggregator.so"); }
   static std::string Program() { return TreePath("libexec/rngaggregator/rng-openssl-draw"); }
 
-  // Instead of the fake.
+  // Installs the real helper in place of the fake one.
   static void InstallHelper() {
     for (const std::string file :
          {"libexec/rngaggregator/rng-openssl-draw", "lib/librngcombine.so.1"}) {

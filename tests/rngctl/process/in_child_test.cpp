@@ -32,7 +32,7 @@ std::vector<Command> SpawningCommands() {
   return {{"doctor dsdr"},
           {"check --only available " + TreePath("lib/librngdsdr.so")},
           {"list"},
-          {"test dsdr -n 100 --restarts 1"}};
+          {"test dsdr -n 100 --restarts 1 --picture " + TreePath("picture")}};
 }
 
 // Among them those that continue in a copy of the process.
@@ -97,6 +97,7 @@ TEST_F(InChild, APluginReadsNothingFromStandardInput) {
 }
 
 TEST_F(InChild, ACrashLeavesNoCoreFile) {
+  if (RunShell("ulimit -Hc").output == "0\n") GTEST_SKIP() << "core files are not allowed here";
   InstallPlugin("dsdr", "in_child/Crash");
   for (const Command& command : AllCommands()) {
     RunShell("ulimit -Sc $(ulimit -Hc); " + command.InShell());
@@ -105,12 +106,24 @@ TEST_F(InChild, ACrashLeavesNoCoreFile) {
   }
 }
 
-TEST_F(InChild, AProcessEndsWithAToolThatIsKilled) {
+TEST_F(InChild, AChildEndsWhenTheToolIsKilled) {
   InstallPlugin("dsdr", "in_child/Hang");
   for (const Command& command : AllCommands()) {
     RunUntil("notes", command);
     ASSERT_TRUE(HaveAllEnded()) << command.arguments;
     EXPECT_EQ("hangs\n", TakeNotes()) << command.arguments;
+  }
+}
+
+// The parent catches the signal a moment after the copy has begun to run.
+TEST_F(InChild, ACopyOfTheProcessHearsOfASignal) {
+  InstallPlugin("dsdr", "in_child/TellOfSignals");
+  for (const char* arguments : {"default", "default set dsdr", "test dsdr -n 100 --restarts 0"}) {
+    const Command command{arguments, "RNG_TEST_ANYWHERE=1 exec"};
+    RunShell("(" + command.InShell() + ") & until test -s " + TreePath("notes") +
+             "; do sleep 0.01; done; for i in $(seq 500); do grep -q \"SigCgt:.*[4-7c-f]...$\" "
+             "/proc/$!/status && break; sleep 0.01; done; kill $!; wait $!");
+    EXPECT_EQ("waits\nterminated\n", TakeNotes()) << arguments;
   }
 }
 
@@ -134,7 +147,9 @@ TEST_F(InChild, AProgramThatAPluginRunsInheritsNoDescriptorOfTheTool) {
   };
   std::string usual = runOnTerminal("ls -x /proc/self/fd | cat");
   std::erase(usual, '\r');
-  for (const Command& command : AllCommands()) {
+  std::vector<Command> commands = AllCommands();
+  commands.push_back({"list --json", "RNG_TEST_ANYWHERE=1"});
+  for (const Command& command : commands) {
     runOnTerminal("export RNG_TEST_NAME=1; " + command.InShell());
     EXPECT_THAT(TakeNotes(), MatchesRegex("(" + usual + ")+")) << command.arguments;
   }
@@ -194,14 +209,28 @@ TEST_F(InChild, AProcessThatIsLeftRunningEndsWithACheckAndWithAStart) {
   }
 }
 
+TEST_F(InChild, AProcessThatTheCallerHadStartedGoesOn) {
+  InstallPlugin("dsdr", "stub");
+  const std::string sleep = TreePath("sleep");
+  fs::copy_file("/bin/sleep", sleep);
+  for (const Command& command : SpawningCommands()) {
+    const int process = std::stoi(RunShell(sleep + " 60 >/dev/null 2>&1 & echo $!; exec " +
+                                           Rngctl() + " " + command.arguments + " >/dev/null 2>&1")
+                                      .output);
+    EXPECT_EQ(1U, CountProcessesOf(sleep)) << command.arguments;
+    ::kill(process, SIGKILL);
+    while (CountProcessesOf(sleep) != 0) ::usleep(1000);
+  }
+}
+
 TEST_F(InChild, AProcessThatIsLeftRunningEndsWithACheckThatDoesNotEnd) {
   InstallPlugin("dsdr", "in_child/LeaveTwoCopiesAndHang");
   const std::string check = "check --only available " + TreePath("lib/librngdsdr.so");
   RunShell(Command{check + " --timeout 1"}.InShell());
   EXPECT_EQ("hangs\n", TakeNotes());
   EXPECT_EQ(0U, CountProcessesOf(Rngctl()));
-  for (const char* signal : {"TERM", "HUP"}) {
-    RunUntil("notes", {check}, signal);
+  for (const char* signal : {"TERM", "HUP", "INT"}) {
+    RunUntil("notes", {check, "env --default-signal"}, signal);
     EXPECT_EQ("hangs\n", TakeNotes()) << signal;
     EXPECT_EQ(0U, CountProcessesOf(Rngctl())) << signal;
   }

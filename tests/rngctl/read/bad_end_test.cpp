@@ -134,7 +134,7 @@ TEST_F(RngctlTest, AWaitForThePipeCanBeInterrupted) {
   const std::string pipe = TreePath("pipe");
   const Result result =
       RunShell("mkfifo " + pipe + "; " + Rngctl() + " read unixdev -n 999999 --raw -o " + pipe +
-               " & { sleep 0.3; kill $!; wait $!; } 3<" + pipe);
+               " & { head -c 1 <&3 >/dev/null; kill $!; wait $!; } 3<" + pipe);
   EXPECT_EQ(128 + SIGTERM, result.status);
 }
 
@@ -155,19 +155,22 @@ TEST_F(RngctlTest, AnIgnoredSignalStaysIgnored) {
   EXPECT_TRUE(fs::is_empty(TreePath("keys")));
 }
 
+// In a session of its own a terminal's signals do not stop it, because nobody could continue it.
 TEST_F(RngctlTest, SignalsThatEndNothingLeaveTheFile) {
   InstallPlugin("dsdr", "drawing/BeSlow");
   fs::create_directory(TreePath("keys"));
-  const Result result =
-      RunShell(Rngctl() + " read dsdr -n 5000 -o " + TreePath("keys/key") + " & until ls " +
-               TreePath("keys/key.*") + "; do sleep 0.01; done >/dev/null 2>&1; " +
-               "for signal in WINCH URG CONT CHLD; do kill -$signal $!; done; wait $!");
-  EXPECT_EQ(0, result.status) << result.errors;
-  EXPECT_EQ(10001U, ReadFile(TreePath("keys/key")).size());
+  for (const std::string signals : {"WINCH URG CONT CHLD", "TSTP TTIN TTOU"}) {
+    const Result result = RunShell("exec setsid -w sh -c '" + Rngctl() + " read dsdr -n 5000 -o " +
+                                   TreePath("keys/key") + " & until ls " + TreePath("keys/key.*") +
+                                   "; do sleep 0.01; done >/dev/null 2>&1; for signal in " +
+                                   signals + "; do kill -$signal $!; done; wait $!'");
+    EXPECT_EQ(0, result.status) << result.errors;
+    EXPECT_EQ(10001U, ReadFile(TreePath("keys/key")).size());
+  }
 }
 
 // As under nohup. The first piece shows that the program has set its handlers.
-TEST_F(RngctlTest, AnIgnoredHangUpLeavesTheDraw) {
+TEST_F(RngctlTest, AnIgnoredHangUpDoesNotEndTheDraw) {
   InstallPlugin("dsdr", "drawing/BeSlow");
   fs::create_directory(TreePath("keys"));
   const Result result =
@@ -184,6 +187,24 @@ TEST_F(RngctlTest, AHelperOfAPluginThatIsTerminatedLeavesTheFile) {
   const Result result = Run("read dsdr -n 5000 -o " + TreePath("key"));
   EXPECT_EQ(0, result.status) << result.errors;
   EXPECT_EQ(10001U, ReadFile(TreePath("key")).size());
+  const Result recorded = Run("read dsdr -n 5000 --record " + TreePath("record"));
+  EXPECT_EQ(0, recorded.status) << recorded.errors;
+  EXPECT_EQ(10001U, recorded.output.size());
+}
+
+TEST_F(RngctlTest, ARefusalMayBeLong) {
+  const Result result = Run("read unixdev -n 2 --device " + std::string(100000, 'y'));
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, StartsWith("rngctl: The generator \"unixdev\" refuses the device "));
+  EXPECT_THAT(result.errors, HasSubstr("y\n\"rngctl list\" shows the devices of generators"));
+}
+
+TEST_F(RngctlTest, ACallerMayIgnoreTheEndOfItsChildren) {
+  for (const char* command : {"read unixdev -n 2", "default", "default set unixdev"}) {
+    const Result result =
+        RunShell("timeout 60 env --ignore-signal=CHLD " + Rngctl() + " " + command);
+    EXPECT_EQ(0, result.status) << command << result.errors;
+  }
 }
 
 TEST_F(RngctlTest, ACrashAfterTheLastByteIsAFailure) {

@@ -145,6 +145,7 @@ TEST_F(RngctlTest, ReadRefusesOptionsThatContradictEachOther) {
       {"--device x --from unixdev", "--device excludes --from"},
       {"--unchecked --from unixdev", "--unchecked excludes --from"},
       {"--need 1", "--need requires --from"},
+      {"--from unixdev,dsdr --need 02", "\"02\" is not a decimal number"},
       {"--from ''", "--from: The list of sources \"\" contains an empty item."},
       {"--from unixdev,unixdev:x", "The generator \"unixdev\" is named twice."},
       {"unixdev --record ''", "the file name is empty"},

@@ -231,6 +231,7 @@ TEST_F(RngctlTest, PathsOfDescriptorsMeanTheDescriptors) {
   const Result closed = RunShell(draw + "/dev/fd/5");
   EXPECT_EQ(1, closed.status);
   EXPECT_EQ("rngctl: Cannot write to \"/dev/fd/5\": Bad file descriptor.\n", closed.errors);
+  EXPECT_EQ("", RunShell(draw + "/dev/fd/1x").output);
 }
 
 // A user may have to take part in a draw, so what is certain to fail fails before it.

@@ -30,7 +30,7 @@ TEST_F(RngctlTest, JoinsThePiecesOfALongDraw) {
   const std::size_t size = 3 * 16384 * 4 + 1;  // several of the largest pieces
   EXPECT_EQ(std::string(size, '\xA5'),
             Run("read sobol --unchecked --raw -n " + std::to_string(size)).output);
-  // As if it were encoded at once: padding may stand at the end alone.
+  // As if it were encoded at once: padding may stand only at the end.
   std::string text;
   for (std::size_t i = 0; i < size / 3; ++i) text += "paWl";
   EXPECT_EQ(text + "pQ==\n",
@@ -120,6 +120,11 @@ TEST_F(RngctlTest, RawBytesNeverGoToATerminal) {
       RunShell("script -qec '" + Rngctl() + " read unixdev -n 2 --raw' " + TreePath("typescript"));
   EXPECT_EQ(2, result.status);
   EXPECT_THAT(result.output, HasSubstr("Raw bytes are not written to a terminal"));
+  const Result named =
+      RunShell("script -qec '" + Rngctl() + " read unixdev -n 2 --raw -o /dev/tty >/dev/null' " +
+               TreePath("typescript"));
+  EXPECT_EQ(2, named.status);
+  EXPECT_THAT(named.output, HasSubstr("Raw bytes are not written to a terminal"));
   const Result hex =
       RunShell("script -qec '" + Rngctl() + " read unixdev -n 2' " + TreePath("typescript"));
   EXPECT_EQ(0, hex.status);

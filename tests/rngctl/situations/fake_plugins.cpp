@@ -59,7 +59,8 @@ std::string DifferenceOf(const std::string& variant) {
       {"disturbing/Flags_Throw", kListsByFlags},
       {"initializes_in_name", "the host gets the generator, but its stop then releases nothing"},
       {"nameless",
-       "a lookup that throws ends this host; the doctor goes on and blames the plug-in"}};
+       "a lookup that throws ends this host; the doctor goes on and blames the plug-in"},
+      {"shuts_down_in_name", "the lookup stops the library under this host; the doctor says so"}};
   const auto known = differences.find(variant);
   return known == differences.end() ? "" : known->second;
 }

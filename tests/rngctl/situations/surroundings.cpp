@@ -48,7 +48,7 @@ std::vector<Situation> SurroundingSituations() {
       {"SixteenDescriptors", InstallStub, "dsdr", "sh -c 'ulimit -n 16; exec \"$@\"' sh", {"dsdr"}},
       {"StandardInputClosed", InstallStub, "dsdr", "sh -c 'exec \"$@\" <&-' sh", {"dsdr"}},
       {"ErrorsClosed", InstallStub, "dsdr", "sh -c 'exec \"$@\" 2>&-' sh", {"dsdr"}},
-      {"ChildrenIgnored", InstallStub, "dsdr", "sh -c 'trap \"\" CHLD; exec \"$@\"' sh", {"dsdr"}},
+      {"ChildrenIgnored", InstallStub, "dsdr", "env --ignore-signal=CHLD", {"dsdr"}},
       {"PipesIgnored", InstallStub, "dsdr", "sh -c 'trap \"\" PIPE; exec \"$@\"' sh", {"dsdr"}},
       {"BindsAtOnce", InstallStub, "dsdr", "LD_BIND_NOW=1", {"dsdr"}},
       {"BindsAtOnceAndMissesAFunction",

@@ -65,6 +65,13 @@ TEST_F(RngctlTest, AReportThatCannotBeWrittenIsNoVerdict) {
   EXPECT_THAT(result.errors, HasSubstr("Cannot write to standard output"));
 }
 
+TEST_F(RngctlTest, WithoutItsPictureThereIsNoReport) {
+  const Result result = Run("test unixdev -n 100 --restarts 0 --picture /dev/full");
+  EXPECT_EQ(3, result.status);
+  EXPECT_EQ("", result.output);
+  EXPECT_EQ("rngctl: Cannot write to \"/dev/full\": No space left on device.\n", result.errors);
+}
+
 TEST_F(RngctlTest, WhatAPluginPrintsIsNotInTheReportOfItsTest) {
   InstallPlugin("dsdr", "drawing/Print");
   const Result result = Run("test dsdr -n 5000 --restarts 0 --json");
@@ -216,4 +223,15 @@ TEST_F(RngctlTest, TestShowsItsProgress) {
                                  " test dsdr -n 200000 --restarts 0' " + TreePath("typescript"));
   EXPECT_THAT(result.output, HasSubstr("\r["));
   EXPECT_THAT(result.output, HasSubstr("\r\033[Kgenerator   dsdr"));
+}
+
+TEST_F(RngctlTest, TestColoursItsOutcomes) {
+  const Result result = RunShell("script -qec 'env -u NO_COLOR " + Rngctl() +
+                                 " test unixdev -n 100 --restarts 0' " + TreePath("typescript"));
+  EXPECT_THAT(result.output, HasSubstr("\n\033[32mpassed "));
+  EXPECT_THAT(result.output, HasSubstr("\n\033[2mnot made "));
+  InstallPlugin("dsdr", "drawing/Constant");
+  const Result bad = RunShell("script -qec 'env -u NO_COLOR " + Rngctl() +
+                              " test dsdr -n 100 --restarts 0' " + TreePath("typescript"));
+  EXPECT_THAT(bad.output, HasSubstr("\n\033[31mfailed "));
 }

@@ -11,7 +11,7 @@ void CheckReport::AddOutput(const std::string& check, bool isError, const Printe
     });
     if (same != output.end()) {
       same->count += line.count;
-      same->checks.push_back(check);
+      if (same->checks.back() != check) same->checks.push_back(check);
     } else if (output.size() < kMostLines) {
       output.push_back({isError, line.text, line.count, {check}});
     } else {

@@ -145,7 +145,7 @@ bool Output::MayBeShown() const {
 
 void Output::Write(const SecretBytes& bytes) {
   for (std::size_t done = 0; done < bytes.size();) {
-    // Asked each time, because a write that a signal ends after some of the bytes succeeds.
+    // Checked before each write: a write that a signal interrupts after some of the bytes reports success.
     if (InterruptionWatch::Signal() != 0) throw Interrupted{InterruptionWatch::Signal(), {}};
     const ssize_t count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
     if (count >= 0) {

@@ -19,7 +19,7 @@ void ShowQuestion(const std::string& text) { std::cerr << PrintableLines(text) <
 FirstDraw DrawOnce(const GeneratorChoice& source, std::size_t start, std::chrono::seconds limit) {
   ChildOrder order = {kTestChildCommand, Encode(RestartOrder{source.name, source.device}), limit};
   order.whileItWaits = ShowQuestion;
-  order.endsDescendants = true;  // otherwise hundreds would accumulate
+  order.endsDescendants = true;  // otherwise hundreds of leftover processes could accumulate
   const ChildResult result = RunChild(order);
   const auto answer = result.Last<RestartAnswer>();
   if (answer && answer->draw) return *answer->draw;

@@ -8,11 +8,11 @@
 
 using TextOperation = std::int32_t (WatchedPlugin::*)(char* buffer);
 
-/// More bytes than any text of a plug-in needs. No buffer for a larger one is made.
+/// The largest size of a text that is read. No buffer is allocated for a larger one.
 inline constexpr std::int32_t kLargestText = 1 << 20;
 
-/// The text that an operation reports; "" for none, and for one that is too large. For checks of something
-/// else: other checks examine the size, and whether the operation stays within its buffer.
+/// The text that an operation reports; "" for none, and for one that is too large. For checks that only need the text:
+/// other checks examine its size, and whether the operation stays within its buffer.
 std::string ReadGuarded(WatchedPlugin& plugin, TextOperation operation);
 
 #endif

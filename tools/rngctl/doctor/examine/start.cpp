@@ -200,7 +200,7 @@ void AskNames() {
 }
 
 void Ask(const DoctorQuestion& question) {
-  g_answer.taken = ListTakenFiles();
+  g_answer.taken = ListTakenFiles(g_answer.parts);
   if (question.looksUpFirst) {
     if (!question.kind.empty()) LookUpOnce(question.kind);
     SearchDefault(question);

@@ -12,7 +12,7 @@
 /// The generator with the files that hold its operations.
 StartedGenerator Locate(IRngProvider* provider);
 
-/// For each kind whose plug-in's name the loader finds in the process: the file.
-std::vector<TakenFile> ListTakenFiles();
+/// For each kind that the start has tried to load and whose plug-in's name the loader finds in the process: the file.
+std::vector<TakenFile> ListTakenFiles(const std::vector<StartPart>& parts);
 
 #endif

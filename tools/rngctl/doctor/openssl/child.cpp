@@ -34,7 +34,7 @@ void ReadSettings(OpensslConfiguration& answer) try {
                            " cannot be read (" + fault.problem + ")";
   answer.settingsFix = fault.fix;
 } catch (const Refusal&) {
-  return;  // the known-path service fails, so the draw has reported more than a missing default
+  return;  // if the known-path service fails, the draw has already said so
 }
 
 void Read(const OpensslQuestion& question) {

@@ -46,7 +46,7 @@ OpensslFault OpensslSections::Load(const std::string& file) {
   ERR_clear_error();
   if (NCONF_load(configuration.get(), file.c_str(), &line) > 0) return {};
   const std::vector<Error> errors = TakeErrors();
-  // Earlier errors, such as a missing file to include, did not stop it.
+  // The last error is the one that stopped OpenSSL: it continues after others, such as a missing included file.
   const std::string reason = errors.empty() ? "unknown error" : Describe(errors.back());
   const std::string place = line > 0 ? "line " + std::to_string(line) + " of " + file : file;
   return {"OpenSSL cannot read " + place + ": " + reason, "Correct " + place + '.'};

@@ -21,9 +21,9 @@ class OpensslSections {
     std::string value;
   };
 
-  /// How OpenSSL tells several lines with the same name apart, which depends on the section.
+  /// Which part of a line's name OpenSSL ignores. This depends on the section.
   enum class Naming {
-    kWhole,   ///< not at all
+    kWhole,   ///< none
     kSuffix,  ///< "random.1" counts as "random"
     kPrefix   ///< "1.module" counts as "module"
   };
