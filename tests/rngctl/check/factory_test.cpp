@@ -71,7 +71,10 @@ TEST(Check, AFileThatTheCatalogueDoesNotKnowNeedsAFactory) {
 TEST(Check, AFactoryOfAnotherKindIsNoPair) {
   const std::string file = TreePath("librngsobol.so");
   fs::copy_file(Breaking("correct"), file);
-  EXPECT_EQ("catalogue-pair name-in-catalogue", Failed(Report("--factory GetDsdrRng " + file)));
+  const json named = Report("--factory GetDsdrRng " + file);
+  EXPECT_EQ("catalogue-pair name-in-catalogue", Failed(named));
+  EXPECT_EQ("Use the file name and the factory name of the kind; provider.h has the table.",
+            Find(named, "catalogue-pair").at("fix"));
   const json report = Report(file);
   EXPECT_EQ("one-export", Failed(report));
   EXPECT_EQ("It does not export GetSobolRng; it exports GetDsdrRng.", Found(report, "one-export"));
@@ -80,6 +83,8 @@ TEST(Check, AFactoryOfAnotherKindIsNoPair) {
                     EndsWith("Or rename the file to librngdsdr.so, which belongs to GetDsdrRng.")));
   EXPECT_EQ("it does not export GetSobolRng", Reason(report, "catalogue-pair"));
   EXPECT_EQ("there is no factory GetSobolRng", Reason(report, "name"));
+  EXPECT_THAT(Reason(report, "no-output"),
+              StartsWith("these were not called, or did not return: the factory, SetSettings, "));
 }
 
 TEST(Check, AFunctionInCppIsAnExport) {

@@ -64,7 +64,10 @@ bool WatchedPlugin::Make() {
   }
   BeginStep(Step::kFactory);  // the resolver of an indirect function is code of the plug-in
   auto* const factory = reinterpret_cast<RngFactory>(::dlsym(handle, name.c_str()));
-  if (!factory) throw EarlyEnd(Outcome::kNotExamined, "there is no factory " + name);
+  if (!factory) {
+    Record([](Transcript& transcript) { transcript.steps.erase(Step::kFactory); });
+    throw EarlyEnd(Outcome::kNotExamined, "there is no factory " + name);
+  }
   provider = Watch(Step::kFactory, factory);
   return provider != nullptr;
 }
