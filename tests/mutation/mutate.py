@@ -9,6 +9,7 @@ sources always give the same selection.
 """
 
 import argparse
+import fcntl
 import hashlib
 import os
 import re
@@ -209,6 +210,13 @@ def main():
 
     equivalents = read_equivalents()
     COPY.mkdir(parents=True, exist_ok=True)
+    lock = open(COPY.with_suffix(".lock"), "w")
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except BlockingIOError:
+        sys.exit(f"Another run is using {COPY}.")
+    if run("true"):
+        sys.exit("No process can be started in a PID namespace of its own.")
     update_copy()
     variables = [
         "CMAKE_UNITY_BUILD=OFF",  # one source changes at a time
@@ -225,4 +233,7 @@ def main():
 
 
 if __name__ == "__main__":
-    main()
+    try:
+        main()
+    except KeyboardInterrupt:
+        sys.exit("Interrupted.")
