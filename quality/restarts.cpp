@@ -71,9 +71,6 @@ SharedBits CompareFirstDraws(const std::vector<FirstDraw>& draws, double falseAl
 std::size_t GetRuledOutSeedBits(std::size_t draws) {
   constexpr double kMissed = 0.01;
   std::size_t bits = 0;
-  while (bits < kDrawBits &&
-         GetChanceOfNoneAlike(draws, std::ldexp(1, static_cast<int>(bits) + 1)) <= kMissed) {
-    ++bits;
-  }
+  while (GetChanceOfNoneAlike(draws, std::ldexp(1, static_cast<int>(bits) + 1)) <= kMissed) ++bits;
   return bits;
 }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <map>
+#include <numeric>
 
 namespace {
 
@@ -217,6 +218,19 @@ TEST(BlockChances, AreThoseThatTheStandardWasMadeFor) {
   EXPECT_NEAR(3e-4, chances.runs, 0.05e-4);
   EXPECT_NEAR(3e-4, chances.longRun, 0.05e-4);
   EXPECT_NEAR(8e-4, chances.Any(), 0.1e-4);
+}
+
+TEST(BlockChances, OfALongRunIsExact) {
+  // [i]: the probability that the bits so far end with a run of i bits.
+  std::vector<double> ending(26, 0.0);
+  ending[1] = 1;
+  for (int bit = 1; bit < 20000; ++bit) {
+    const double half = std::accumulate(ending.begin(), ending.end(), 0.0) / 2;
+    for (std::size_t i = 25; i > 1; --i) ending[i] = ending[i - 1] / 2;
+    ending[1] = half;
+  }
+  const double chance = 1 - std::accumulate(ending.begin(), ending.end(), 0.0);
+  EXPECT_NEAR(1, GetBlockChances().longRun / chance, 1e-8);
 }
 
 TEST(BlockChances, AreThoseOfAGoodGenerator) {

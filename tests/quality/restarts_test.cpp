@@ -91,6 +91,8 @@ TEST(Restarts, TheLimitIsTheShortestBeginningThatChanceExcludes) {
   EXPECT_EQ(38U, CompareFirstDraws(DrawWithDifferentSeeds(200), 1e-7).limit);
   EXPECT_EQ(24U, CompareFirstDraws(DrawWithDifferentSeeds(2), 1e-7).limit);
   EXPECT_EQ(128U, CompareFirstDraws(DrawWithDifferentSeeds(2), 1e-100).limit);
+  // Not 10: a thousandth of 2^-10 is left for the beginning that all draws share.
+  EXPECT_EQ(11U, CompareFirstDraws(DrawWithDifferentSeeds(2), 1.0 / 1024).limit);
 }
 
 TEST(Restarts, TheLimitKeepsItsPromise) {
