@@ -201,6 +201,15 @@ TEST(GetDefaultRng, FallbackFollowsTheNameVariables) {
   EXPECT_EQ(Bytes(Record("dsdr")), Bytes(started.info));
 }
 
+TEST(GetDefaultRng, EmptyNameVariableMeansTheFirstNamelessProvider) {
+  InstallPlugin("dsdr");
+  Fake("dsdr").nameSize = 0;
+  Started started(1);
+  started.library.NameVariable("rngBioWin") = "";
+  EXPECT_EQ(1, started.Ask(0x1));
+  EXPECT_EQ(Bytes(Record("")), Bytes(started.info));
+}
+
 TEST(GetDefaultRng, LastResortIsTheFixedTextWhateverTheNameVariableSays) {
   Started started;
   started.library.NameVariable("rngBioKb") = "renamed";

@@ -127,6 +127,11 @@ TEST(CombinedDraw, FailsIfAnySourceFails) {
       EXPECT_EQ(expected, ResultsOf(outcomes)) << failure.sentence;
       EXPECT_EQ("The generator \"" + std::string(kKinds[place]) + '"' + failure.sentence,
                 Explain(outcomes[place]));
+      for (std::size_t i = place + 1; i < kCount; ++i) {
+        EXPECT_EQ("The generator \"" + std::string(kKinds[i]) +
+                      "\" was not asked, because the draw had ended.",
+                  Explain(outcomes[i]));
+      }
     }
   }
 }
@@ -178,6 +183,7 @@ TEST(CombinedDraw, AsksNoMoreSourcesOnceItMustFail) {
 TEST(CombinedDraw, FailsAfterAnAlarmUntilReset) {
   Sources sources;
   const auto good = sources.fakes[1].draw;
+  sources.named[1].device = "serial";
   DrawsZeros(sources.fakes[1], sources.named[1]);
   rng::CombinedRng combined(sources.named);
   Bytes bytes(8);
@@ -186,7 +192,9 @@ TEST(CombinedDraw, FailsAfterAnAlarmUntilReset) {
   std::vector<SourceOutcome> outcomes;
   EXPECT_FALSE(combined.Generate(bytes.data(), bytes.size(), outcomes));
   EXPECT_EQ(SourceResult::kAlarm, outcomes[1].result);
+  EXPECT_EQ(RngHealthAlarm::kRepetition, outcomes[1].alarm);  // as in the draw that raised it
   EXPECT_EQ(1U, sources.fakes[1].sizes.size());
+  EXPECT_EQ(1U, sources.fakes[1].selected.size());
   combined.Reset();
   EXPECT_TRUE(combined.Generate(bytes.data(), bytes.size()));
 }
@@ -209,6 +217,7 @@ TEST(CombinedDraw, SucceedsAfterOneThatFailed) {
 TEST(CombinedDraw, OfZeroBytesAsksNoSource) {
   Sources sources;
   sources.fakes[0].draw = [](unsigned char*, std::size_t) { return false; };
+  sources.named[1].provider = nullptr;
   rng::CombinedRng combined(sources.named);
   std::vector<SourceOutcome> outcomes;
   EXPECT_TRUE(combined.Generate(nullptr, 0, outcomes));

@@ -67,3 +67,13 @@ TEST(SourceName, HasFrom1To256Bytes) {
 TEST(SourceName, MayLackATerminator) {
   EXPECT_EQ(SourceResult::kUsed, ResultOf(TalkingSource(7, 7, kName)));
 }
+
+// Otherwise the draw would change the device of a generator that is not part of it.
+TEST(SourceName, IsAskedForBeforeTheDeviceIsSelected) {
+  FakeSource fake("unixdev");
+  rng::CombinedRng combined({fake.Named("serial")});
+  fake.name = "dsdr";
+  Bytes bytes(8);
+  EXPECT_FALSE(combined.Generate(bytes.data(), bytes.size()));
+  EXPECT_TRUE(fake.selected.empty());
+}

@@ -61,6 +61,17 @@ TEST(CombinedRng, PassesItsSelfTestIfEnoughSourcesDo) {
   EXPECT_TRUE(pair.either.SelfTest());
 }
 
+TEST(CombinedRng, TestsAllSourcesEvenIfTheFirstDecides) {
+  Pair pair;
+  int tests = 0;
+  pair.one.whenAsked = pair.other.whenAsked = [&tests] { ++tests; };
+  EXPECT_TRUE(pair.either.SelfTest());
+  EXPECT_EQ(2, tests);
+  pair.one.passes = false;
+  EXPECT_FALSE(pair.both.SelfTest());
+  EXPECT_EQ(4, tests);
+}
+
 TEST(CombinedRng, TreatsAMissingSourceAsUnavailable) {
   FakeSource one;
   one.flags = kRngCapabilityHardware | kRngCapabilityMayBlock;

@@ -44,6 +44,7 @@ TEST(ParseSources, ReadsKindsAndDevices) {
   EXPECT_EQ("[unixdev|][biokbd|][Rutoken|3a2f01]", Labels("unixdev,biokbd,Rutoken:3a2f01"));
   EXPECT_EQ("[Rutoken|a:b:]", Labels("Rutoken:a:b:"));
   EXPECT_EQ("[a | b]", Labels("a : b"));
+  EXPECT_EQ("[\xC3\xA4|\xFF]", Labels("\xC3\xA4:\xFF"));
   EXPECT_EQ("[12345678901234567|12345678901234567]", Labels("12345678901234567:12345678901234567"));
 }
 

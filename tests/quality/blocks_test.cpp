@@ -1,6 +1,7 @@
 #include "quality/blocks.h"
 
 #include "quality/block_chance.h"
+#include "quality/block_limits.h"
 #include "quality/distributions.h"
 #include "tests/quality/sources.h"
 
@@ -87,6 +88,34 @@ void ExpectSame(const BlockFailures& expected, const BlockFailures& seen) {
 BlockFailures Judge(const Bytes& block) {
   EXPECT_EQ(kBlockSize, block.size());
   return TestBlock(block.data());
+}
+
+// The probability that the number of runs of ones of that length, or of at least the last length, is not within the
+// limits. Looks at each bit in turn: [length of the run so far][number of runs that have ended].
+double ChanceOfRuns(std::size_t length, const RunLimits& limits) {
+  const std::size_t longest =
+      length == kRunLengths ? length : length + 1;  // stands for longer ones, too
+  using Cases = std::vector<std::vector<double>>;
+  Cases cases(longest + 1, std::vector<double>(limits.most + 2));
+  cases[0][0] = 1;
+  const auto end = [length](const Cases& before, std::vector<double>& ended, double part) {
+    for (std::size_t run = 0; run < before.size(); ++run) {
+      const std::size_t more = run == length ? 1 : 0;
+      for (std::size_t k = more; k < ended.size(); ++k) ended[k] += before[run][k - more] * part;
+    }
+  };
+  for (std::uint32_t bit = 0; bit < kBlockBits; ++bit) {
+    Cases next(longest + 1, std::vector<double>(limits.most + 2));
+    end(cases, next[0], 0.5);
+    for (std::size_t run = 0; run <= longest; ++run) {
+      std::vector<double>& longer = next[std::min(run + 1, longest)];
+      for (std::size_t k = 0; k < longer.size(); ++k) longer[k] += cases[run][k] / 2;
+    }
+    cases = std::move(next);
+  }
+  std::vector<double> ended(limits.most + 2);
+  end(cases, ended, 1);
+  return 1 - std::accumulate(ended.begin() + limits.least, ended.begin() + limits.most + 1, 0.0);
 }
 
 }  // namespace
@@ -201,7 +230,7 @@ TEST(BlockTests, CountEachTestForItself) {
 TEST(BlockTests, DoNotDependOnThePieces) {
   Bytes bytes = GoodBytes(3 * kBlockSize + 100);
   std::fill_n(bytes.begin() + kBlockSize, kBlockSize, static_cast<unsigned char>(7));
-  for (const std::size_t piece : {1UL, 7UL, 2499UL, 2500UL, 2501UL, 6000UL}) {
+  for (const std::size_t piece : {1UL, 7UL, 2499UL, 2500UL, 2501UL, 4000UL, 6000UL}) {
     BlockTests tests;
     for (std::size_t i = 0; i < bytes.size(); i += piece) {
       tests.Feed(bytes.data() + i, std::min(piece, bytes.size() - i));
@@ -231,6 +260,12 @@ TEST(BlockChances, OfALongRunIsExact) {
   }
   const double chance = 1 - std::accumulate(ending.begin(), ending.end(), 0.0);
   EXPECT_NEAR(1, GetBlockChances().longRun / chance, 1e-8);
+}
+
+TEST(BlockChances, OfRunsAreExact) {
+  double chance = 0;
+  for (std::size_t i = 0; i < kRunLengths; ++i) chance += ChanceOfRuns(i + 1, kRunLimits[i]);
+  EXPECT_NEAR(1, GetBlockChances().runs / (2 * chance), 1e-6);
 }
 
 TEST(BlockChances, AreThoseOfAGoodGenerator) {

@@ -44,6 +44,14 @@ TEST(Restarts, OfSeveralEqualDrawsTheFirstTwoAreNamed) {
   EXPECT_EQ(5U, found.second);
 }
 
+TEST(Restarts, OfManyEqualDrawsTheFirstTwoAreNamed) {
+  std::vector<std::uint64_t> seeds(1000);
+  for (std::size_t i = 0; i < seeds.size(); ++i) seeds[i] = i < 100 ? i : 1000;
+  const SharedBits found = CompareFirstDraws(DrawWithSeeds(seeds), 1e-7);
+  EXPECT_EQ(100U, found.first);
+  EXPECT_EQ(101U, found.second);
+}
+
 TEST(Restarts, TheEarlierDrawIsNamedFirst) {
   for (const bool isGreater : {false, true}) {
     std::vector<FirstDraw> draws = {{1}, {1}, {9}};

@@ -117,6 +117,19 @@ TEST(Verdict, TheProbabilityOfTheBitsIsThatOfTheWorstOfEight) {
   EXPECT_DOUBLE_EQ(8 * GetCoinTails(1000, 550), bits.probability.value());
 }
 
+TEST(Verdict, NoProbabilityIsAboveOne) {
+  Bytes bytes(1000, 0xFF);
+  std::fill_n(bytes.begin(), 500, static_cast<unsigned char>(0));  // all bits are half ones
+  EXPECT_EQ(1, JudgeBytes(bytes).results[3].probability.value());
+}
+
+TEST(Verdict, AnEmptyStreamHasTheCutoffsOfOneByte) {
+  const StreamTests none(0);
+  const StreamTests one(1);
+  EXPECT_EQ(one.cutoffs.repetitions, none.cutoffs.repetitions);
+  EXPECT_EQ(one.cutoffs.proportion, none.cutoffs.proportion);
+}
+
 TEST(Verdict, FirstDrawsHaveTheLimitOfTheirShare) {
   const StreamTests none(0);
   const std::vector<FirstDraw> draws = {{1}, {2}};

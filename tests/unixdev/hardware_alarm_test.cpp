@@ -60,6 +60,17 @@ TEST_F(HardwareAlarm, ComesFromTheBytesOfAllDrawsAsOneStream) {
   ExpectFailureLeavesZeroes(1);
 }
 
+// A self-test that passes forgets the stream, even if there was no alarm.
+TEST_F(HardwareAlarm, DoesNotComeFromBytesOnBothSidesOfASelfTest) {
+  const Source sevens = [](unsigned char* bytes, std::size_t size) { return Fill(bytes, size, 7); };
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(rng->SelfTest());
+    device.read = sevens;
+    for (int i = 0; i < 8; ++i) Draw(1);
+    device.read = FillWell;
+  }
+}
+
 TEST_F(HardwareAlarm, SelfTestNeedsAThousandBytesOfTheDevice) {
   const int opened = device.opened;
   std::size_t given = 0;
@@ -79,4 +90,11 @@ TEST_F(HardwareAlarm, SelfTestAcceptsADeviceThatIsSilentForLessThanTenSeconds) {
                                                               : FillWell(bytes, size);
   };
   EXPECT_TRUE(rng->SelfTest());
+}
+
+TEST_F(HardwareAlarm, SelfTestGivesUpAfterTenSecondsWithoutAByte) {
+  FakeTime();
+  device.read = GiveNothing;
+  EXPECT_FALSE(rng->SelfTest());
+  EXPECT_EQ(std::chrono::seconds(10), FakeTimePassed());
 }

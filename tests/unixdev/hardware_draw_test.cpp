@@ -49,6 +49,7 @@ TEST_F(HardwareDraw, BytesArriveInTheirOrder) {
 }
 
 TEST_F(HardwareDraw, HandlesSingleBytesInterruptionsAndPauses) {
+  FakeTime();
   int calls = 0;
   device.read = [&calls](unsigned char* bytes, std::size_t) {
     switch (++calls % 3) {
@@ -62,6 +63,7 @@ TEST_F(HardwareDraw, HandlesSingleBytesInterruptionsAndPauses) {
   };
   Draw(40);
   EXPECT_EQ(120, calls);
+  EXPECT_EQ(std::chrono::milliseconds(40), FakeTimePassed());  // an interruption is no pause
 }
 
 TEST_F(HardwareDraw, ReadsInPiecesSoThatACancelIsNoticed) {
@@ -73,7 +75,7 @@ TEST_F(HardwareDraw, ReadsInPiecesSoThatACancelIsNoticed) {
 }
 
 TEST_F(HardwareDraw, FailureOrEndLeavesZeroes) {
-  for (const int error : {EIO, ENODEV, EPIPE, EINVAL, 0}) {
+  for (const int error : {EIO, ENODEV, EPIPE, EINVAL, EBUSY, 0}) {
     int calls = 0;
     device.read = [&calls, error](unsigned char* bytes, std::size_t) {
       if (++calls <= 2) return FillWell(bytes, 10);
@@ -164,6 +166,26 @@ TEST_F(HardwareDraw, CancelEndsADrawWhoseBytesStillCome) {
   };
   ExpectFailureLeavesZeroes();
   EXPECT_EQ(5, reads);
+}
+
+TEST_F(HardwareDraw, CancelEndsADrawWhoseLastBytesCome) {
+  device.read = [&](unsigned char* bytes, std::size_t size) {
+    rng->Cancel();
+    return FillWell(bytes, size);
+  };
+  ExpectFailureLeavesZeroes();
+}
+
+TEST_F(HardwareDraw, CancelEndsTestsAndSelections) {
+  device.read = [&](unsigned char* bytes, std::size_t size) {
+    rng->Cancel();
+    return FillWell(bytes, size);
+  };
+  EXPECT_FALSE(rng->SelfTest());
+  EXPECT_FALSE(rng->IsAvailable());
+  EXPECT_TRUE(rng->SelectDevice(""));
+  EXPECT_FALSE(rng->SelectDevice("hwrng"));  // the first one, while the system's generator is used
+  EXPECT_FALSE(IsSelected());
 }
 
 TEST_F(HardwareDraw, CancelEndsADrawThatIsOpeningTheDevice) {

@@ -32,12 +32,22 @@ TEST_F(HardwareSelection, ShowsInFlagsAndIdentifier) {
   EXPECT_TRUE(DrawsFromHardware());
 }
 
+// Draws of other threads come from the system's generator until then.
+TEST_F(HardwareSelection, BeginsWhenTheDeviceHasPassedItsTest) {
+  device.read = [this](unsigned char* bytes, std::size_t size) {
+    EXPECT_FALSE(IsSelected());
+    return FillWell(bytes, size);
+  };
+  EXPECT_TRUE(rng->SelectDevice("hwrng"));
+  EXPECT_TRUE(IsSelected());
+}
+
 TEST_F(HardwareSelection, EndsWithNullOrAnEmptyIdentifier) {
   for (const char* any : {static_cast<const char*>(nullptr), ""}) {
     EXPECT_TRUE(rng->SelectDevice("hwrng"));
+    const int opened = device.opened;
     EXPECT_TRUE(rng->SelectDevice(any));
     EXPECT_FALSE(IsSelected());
-    const int opened = device.opened;
     Draw(32);
     EXPECT_EQ(opened, device.opened);
   }

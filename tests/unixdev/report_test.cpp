@@ -134,6 +134,7 @@ TEST_F(HardwareReport, IsEmptyWhenSomethingElseIsConfigured) {
   device.error = ENOENT;
   for (const auto& [type, id] : {std::pair<const char*, const char*>("unixdev", ""),
                                  {"unixdev", "hwrng1"},
+                                 {"unixdev1", "hwrng"},
                                  {"dsdr", "hwrng"},
                                  {"", "hwrng"}}) {
     Configure(type, id);
@@ -143,6 +144,14 @@ TEST_F(HardwareReport, IsEmptyWhenSomethingElseIsConfigured) {
   EXPECT_EQ("", Report());
   Configure("unixdev", "hwrng");
   settings.hardwareId.reset();
+  EXPECT_EQ("", Report());
+}
+
+TEST_F(HardwareReport, IsEmptyAfterTheSettingsWereTakenAway) {
+  Configure("unixdev", "hwrng");
+  device.error = ENOENT;
+  ASSERT_NE("", Report());
+  library.GetRng("unixdev")->SetSettings(nullptr);
   EXPECT_EQ("", Report());
 }
 
@@ -202,13 +211,22 @@ TEST_F(HardwareReport, IsTheOnlyReaderOfTheSettings) {
 
 TEST_F(HardwareReport, OfSettingsThatThrowIsEmpty) {
   class ThrowingSettings final : public IRngSettings {
-    const char* GetType() override { throw std::runtime_error("no settings"); }
+    const char* GetType() override {
+      if (isMemoryShort) throw std::bad_alloc();
+      throw std::runtime_error("no settings");
+    }
     bool SetType(const char*) override { return false; }
     const char* GetHardwareId() override { return nullptr; }
     bool SetHardwareId(const char*) override { return false; }
     const char* GetDsdrFilePath() override { return ""; }
+
+   public:
+    bool isMemoryShort = false;
   } throwing;
   ASSERT_EQ(1, Restart(&throwing));
+  EXPECT_NE("", Report());
   device.error = ENOENT;
+  EXPECT_EQ("", Report());
+  throwing.isMemoryShort = true;
   EXPECT_EQ("", Report());
 }

@@ -73,7 +73,7 @@ TEST_F(Urandom, ADrawIsNotMixedFromTwoSources) {
 }
 
 TEST_F(Urandom, IsNotUsedWhenTheCallFailsOtherwise) {
-  for (const int error : {EAGAIN, EPERM, EIO}) {
+  for (const int error : {EAGAIN, EPERM, EIO, EOPNOTSUPP}) {
     g_source = [error](unsigned char*, std::size_t) { return Fail(error); };
     ExpectFailureLeavesZeroes();
   }

@@ -122,6 +122,12 @@ TEST_F(TokenReport, GivesTheResultOfAModuleThatCancels) {
                               Not(HasSubstr("same serial number"))));
 }
 
+// It may be anything; it matters only if nothing else works.
+TEST_F(TokenReport, SaysNothingOfAnUnreadableTokenBesideADevice) {
+  Start({"slot id=0", "slot id=1 known=no"});
+  EXPECT_EQ(kDeviceA1, Report());
+}
+
 TEST_F(TokenReport, SaysNothingOfATokenThatWasJustTakenOut) {
   Start({"slot id=0"});
   for (const unsigned long result : {CKR_TOKEN_NOT_PRESENT, CKR_SLOT_ID_INVALID}) {

@@ -147,6 +147,17 @@ TEST_F(TokenSelection, NullAndEmptyMeanAnyToken) {
   }
 }
 
+TEST_F(TokenSelection, AnyTokenMayBeSelectedWhileThereIsNone) {
+  StartWithTwo();
+  ASSERT_TRUE(rng->SelectDevice("B2"));
+  tokens.Set("");
+  tokens.ClearLog();
+  EXPECT_TRUE(rng->SelectDevice(""));
+  EXPECT_THAT(tokens.Log(), IsEmpty());
+  tokens.Set({"slot id=0 serial=A1 life=2"});
+  EXPECT_THAT(SlotsOfOneDraw(), ElementsAre(0));
+}
+
 TEST_F(TokenSelection, SelectedTokenIsNotReplacedByAnother) {
   StartWithTwo();
   ASSERT_TRUE(rng->SelectDevice("B2"));

@@ -74,6 +74,8 @@ TEST_F(TokenDraw, HalfZerosIsAFailedDraw) {
     EXPECT_FALSE(rng->SelfTest());
     tokens.Set({"slot id=0"});
     EXPECT_EQ("zeros", Draw(size));
+    EXPECT_TRUE(rng->SelectDevice(""));  // which tests nothing
+    EXPECT_EQ("zeros", Draw(size));
     EXPECT_TRUE(rng->SelfTest());
     EXPECT_EQ("drawn", Draw(size));
   }

@@ -70,6 +70,20 @@ TEST_F(TokenSearch, EndsWithCancel) {
   EXPECT_THAT(tokens.OpenedSlots(), ElementsAre(0));
 }
 
+// Without the cancel, the second token would be tested, too.
+TEST_F(TokenSearch, OfATestEndsWithCancel) {
+  const std::string second = "slot id=1 serial=B2";
+  Start({"slot id=0", second});
+  tokens.Set({"slot id=0", second, HangUntil("gate")});
+  tokens.ClearLog();
+  BackgroundDraw testing([this] { return rng->SelfTest() ? "passed" : "failed"; });
+  WaitForHanging(1);
+  rng->Cancel();
+  Open("gate");
+  EXPECT_EQ("failed", testing.Finish());
+  EXPECT_THAT(tokens.OpenedSlots(), ElementsAre(0));
+}
+
 // One session, and three draws that need it: those that wait may be refused more than once.
 TEST_F(TokenSearch, WaitsForASessionAsOftenAsNeeded) {
   const std::string slot = "slot id=0 sessions=1";
