@@ -22,7 +22,7 @@ ROOMS = {
         ],
     ),
     "include": Room(
-        ["include/rngaggregator"], [("headers", "."), ("session", "."), ("quality", "Health"), ("combine", ".")]
+        ["include/rngaggregator"], [("headers", "."), ("session", "."), ("quality", "Verdict"), ("combine", ".")]
     ),
     "plugins/unixdev": Room(["plugins/unixdev"], [("unixdev", ".")]),
     "plugins/interactive": Room(
