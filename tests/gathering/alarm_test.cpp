@@ -67,6 +67,23 @@ TEST_F(Alarm, ComparesBendsInBothDirections) {
   EXPECT_FALSE(gathering.HasAlarm());
 }
 
+TEST_F(Alarm, ComparesTheLowBitsOfBends) {
+  for (int i = 0; i < 60; ++i) path.Bend(2 + i % 5, 0);
+  EXPECT_FALSE(gathering.HasAlarm());
+  for (int i = 0; i < 60; ++i) path.Bend(0, 2 + i % 5);
+  EXPECT_FALSE(gathering.HasAlarm());
+}
+
+TEST_F(Alarm, ComparesKeysWithTheirCase) {
+  Robot robot(3);
+  for (int i = 0; i < 60; ++i) {
+    KeyPress press = robot.Press();
+    press.key = static_cast<std::uint32_t>("aA!"[i % 3]);
+    gathering.Add(press);
+  }
+  EXPECT_FALSE(gathering.HasAlarm());
+}
+
 TEST_F(Alarm, OfMotionsIsNotPreventedByKeysInBetween) {
   Robot robot(1);
   for (int i = 0; i < 31; ++i) {

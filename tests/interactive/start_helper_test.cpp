@@ -36,12 +36,15 @@ std::string ReadToEnd(int socket) {
 
 std::string WhatIsInherited() { return ReadToEnd(StartHelper(INHERITED)); }
 
-// As where the limit of processes is reached, which does not concern root.
-void RefuseProcesses() {
+// Calls with another value of that argument succeed.
+void Refuse(unsigned call, unsigned error, int argument, unsigned value) {
+  const auto offset = static_cast<unsigned>(offsetof(seccomp_data, args) + 8U * argument);
   sock_filter steps[] = {
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 3),
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offset),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, value, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
       BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
   };
   const sock_fprog program = {std::size(steps), steps};
@@ -67,6 +70,23 @@ TEST(StartHelper, WorksWithoutStandardStreams) {
   ::dup2(errors, STDOUT_FILENO);
   ::dup2(errors, STDERR_FILENO);
   EXPECT_THAT(inherited, HasSubstr("descriptors 0=/dev/null 1=/dev/null 2=/dev/null 3=socket\n"));
+}
+
+// As before Linux 5.9.
+TEST(StartHelper, GivesNoOtherDescriptorsWhereThereIsNoCallForThat) {
+  const rlimit few = {1024, 4096};
+  ::setrlimit(RLIMIT_NOFILE, &few);
+  ::dup2(STDERR_FILENO, 4);
+  ::dup2(STDERR_FILENO, 1023);
+  Refuse(SYS_close_range, ENOSYS, 2, 0);
+  EXPECT_THAT(WhatIsInherited(),
+              HasSubstr("descriptors 0=/dev/null 1=/dev/null 2=/dev/null 3=socket\n"));
+}
+
+// As in a directory tree without /proc. The flags are those of stat, not those of fstat.
+TEST(StartHelper, WorksWhereTheNamespaceIsUnknown) {
+  Refuse(SYS_newfstatat, ENOENT, 3, 0);
+  EXPECT_THAT(WhatIsInherited(), HasSubstr("descriptors"));
 }
 
 TEST(StartHelper, ResetsSignals) {
@@ -129,7 +149,8 @@ TEST(StartHelper, LeavesNoMemory) {
 
 TEST(StartHelper, FailsWhereNoProcessCanBeStarted) {
   const auto before = CountOpenFiles();
-  RefuseProcesses();
+  // As where the limit of processes is reached, which does not concern root.
+  Refuse(SYS_clone, EAGAIN, 0, 0);
   EXPECT_EQ(-1, StartHelper(INHERITED));
   EXPECT_EQ(before, CountOpenFiles());
 }

@@ -117,6 +117,12 @@ TEST_F(Interactive, SelfTestPassesWithOneAnswerAlone) {
   EXPECT_FALSE(rng.SelfTest());
 }
 
+TEST_F(Interactive, SelfTestNeedsNobodyToAsk) {
+  g_canAsk = false;
+  Script("passes");
+  EXPECT_TRUE(rng.SelfTest());
+}
+
 TEST_F(Interactive, IsNotDisturbedBySignalsOfTheHost) {
   struct sigaction action = {};
   action.sa_handler = DoNothing;

@@ -59,6 +59,16 @@ TEST_F(Record, EndsWithControlD) {
   EXPECT_EQ(0, host->Status());
 }
 
+TEST_F(Record, EndsWithASignal) {
+  Start({"--record", file});
+  ASSERT_TRUE(terminal.Shows("press Ctrl-C"));
+  host->Send(SIGTERM);
+  EXPECT_TRUE(terminal.Shows("Key presses recorded: 0"));
+  host->Finish();
+  EXPECT_EQ(0, host->Status());
+  EXPECT_TRUE(before == terminal.Settings());
+}
+
 TEST_F(Record, TakesNoKeysOfAnotherProgram) {
   const std::string other = TreePath("other");
   const std::string program = INSTALLATION "/libexec/rngaggregator/rng-gather-tty";

@@ -156,6 +156,15 @@ TEST_F(TerminalDraw, SaysInANarrowWindowHowItEnds) {
   ExpectNoBytes();
 }
 
+// As on a serial line.
+TEST_F(TerminalDraw, ShowsTheBarWhereTheWidthIsUnknown) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Resize(0, 0);
+  EXPECT_TRUE(robot.TypeUntil("\r[#                   ] 5%"));
+  terminal.Press("\x03");
+  ExpectNoBytes();
+}
+
 TEST_F(TerminalDraw, SurvivesResizing) {
   ASSERT_TRUE(terminal.Shows("0%"));
   for (const unsigned short columns : std::vector<unsigned short>{20, 1, 0, 300}) {
@@ -174,6 +183,13 @@ class RemoteDraw : public TerminalDraw {
   RemoteDraw() : TerminalDraw({DRAWING_HOST, "biokbd", "32"}, {"SSH_TTY=/dev/pts/0"}) {}
 };
 
+// Its keys would arrive three at a time.
+class DrawAfterOddSettings : public TerminalDraw {
+ protected:
+  DrawAfterOddSettings()
+      : TerminalDraw({"/bin/sh", "-c", "stty min 3; exec " DRAWING_HOST " biokbd 32"}) {}
+};
+
 class ThreeDraws : public TerminalDraw {
  protected:
   ThreeDraws() : TerminalDraw({DRAWING_HOST, "biokbd", "32", "3"}) {}
@@ -186,6 +202,16 @@ TEST_F(RemoteDraw, TakesTwiceAsManyKeys) {
   for (int i = 0; i < 165; ++i) robot.Press();
   EXPECT_TRUE(terminal.Shows("30%"));
   EXPECT_THAT(terminal.Screen(), Not(HasSubstr("55%")));
+}
+
+TEST_F(DrawAfterOddSettings, GetsEveryKeyAtOnce) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  const termios now = terminal.Settings();
+  EXPECT_EQ(1, now.c_cc[VMIN]);
+  EXPECT_EQ(0, now.c_cc[VTIME]);
+  terminal.Press("\x03");
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
+  EXPECT_EQ(3, terminal.Settings().c_cc[VMIN]);
 }
 
 TEST_F(ThreeDraws, TakeTurns) {

@@ -79,6 +79,18 @@ TEST_F(TerminalEnd, ByATerminatedHelper) {
   ExpectNoBytes();
 }
 
+TEST_F(TerminalEnd, ByAQuitSignal) {
+  ::kill(helper, SIGQUIT);
+  ExpectNoBytes();
+  EXPECT_TRUE(terminal.Shows("Cancelled."));
+}
+
+TEST_F(TerminalEnd, ByATimer) {
+  ::kill(helper, SIGALRM);
+  ExpectNoBytes();
+  EXPECT_TRUE(terminal.Shows("Cancelled."));
+}
+
 TEST_F(TerminalEnd, ByAHangup) {
   ::kill(helper, SIGHUP);
   ExpectNoBytes();
@@ -165,6 +177,17 @@ TEST_F(TerminalEnd, ByAStoppedHost) {
 TEST_F(HugeDraw, IsCancelledWhileBytesAreSent) {
   host.Send(SIGUSR1);
   ExpectNoBytes();
+}
+
+// The draw has given the terminal back by then.
+TEST_F(HugeDraw, LeavesSettingsThatChangeWhileBytesAreSent) {
+  termios changed = before;
+  changed.c_lflag ^= static_cast<tcflag_t>(ECHOE);
+  terminal.Change(changed);
+  host.Send(SIGUSR1);
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
+  EXPECT_TRUE(host.IsAlone());
+  EXPECT_TRUE(changed == terminal.Settings());
 }
 
 // A copy that was made while the helper started has its end of the socket open, too.

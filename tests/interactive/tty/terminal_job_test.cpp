@@ -1,11 +1,16 @@
 // "biokbd" under a shell that controls jobs.
 
 #include "tests/interactive/tty/terminal_draw.h"
+#include "tests/support/tree.h"
 
+#include <sstream>
+#include <stdexcept>
 #include <unistd.h>
 
+using testing::AnyOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -15,6 +20,13 @@ class Job : public TerminalDraw {
   explicit Job(const std::string& script)
       : TerminalDraw(
             {"/bin/bash", "-m", "-c", "draw() { " DRAWING_HOST " biokbd 32; }; " + script}) {}
+
+  // Of the front ends, without their guards.
+  void SendToHelpers(int signal) const {
+    for (const pid_t process : host.Others("rng-gather-tty")) {
+      if (::getpgid(process) != process) ::kill(process, signal);
+    }
+  }
 };
 
 struct StoppedJob : Job {
@@ -43,6 +55,10 @@ struct ForegroundJob : Job {
   ForegroundJob() : Job("draw; echo end") {}
 };
 
+struct JobThatCannotBeStopped : Job {
+  JobThatCannotBeStopped() : Job("trap '' TSTP; draw; echo end") {}
+};
+
 // Two jobs, of which the first one is stopped while it asks.
 struct SecondJob : Job {
   SecondJob()
@@ -54,8 +70,34 @@ struct BackgroundJob : Job {
   BackgroundJob() : Job("draw & wait; echo end") {}
 };
 
+constexpr char kNoSignals[] = "0000000000000000";
+
 struct Pipeline : Job {
   Pipeline() : Job(DRAWING_HOST " biokbd 32 | " DRAWING_HOST " biokbd 32; echo end") {}
+
+  // From /proc; empty if the process has ended.
+  static std::string Field(pid_t process, const std::string& name) {
+    std::istringstream status(ReadFile("/proc/" + std::to_string(process) + "/status"));
+    std::string word;
+    while (status >> word && word != name + ':') continue;
+    return status >> word ? word : "";
+  }
+
+  // The front end without a guard, once it handles signals.
+  pid_t FindWaiting() const {
+    std::vector<pid_t> processes;
+    WaitUntil([&] { return (processes = host.Others("rng-gather-tty")).size() == 3; });
+    std::string asking;
+    for (const pid_t process : processes) {
+      if (::getpgid(process) == process) asking = Field(process, "PPid");
+    }
+    for (const pid_t process : processes) {
+      if (::getpgid(process) == process || std::to_string(process) == asking) continue;
+      WaitUntil([&] { return Field(process, "SigBlk") != kNoSignals; });
+      return process;
+    }
+    throw std::runtime_error("no front end waits");
+  }
 };
 
 }  // namespace
@@ -99,6 +141,25 @@ TEST_F(ContinuedInTheBackground, GetsNoBytes) {
   ExpectNothingLeft();
 }
 
+TEST_F(ContinuedInTheBackground, SaysNothing) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  const std::size_t shown = terminal.Screen().size();
+  terminal.Press("\x1a");
+  host.Finish();
+  EXPECT_THAT(terminal.Screen().substr(shown),
+              Not(AnyOf(HasSubstr(kPrompt), HasSubstr("Cancelled"))));
+}
+
+TEST_F(JobThatCannotBeStopped, GoesOn) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x1a");
+  ASSERT_TRUE(terminal.Shows(kPrompt));
+  EXPECT_TRUE(robot.TypeUntil("5%"));
+  terminal.Press("\x03");
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
+  ExpectNothingLeft();
+}
+
 // A shell may have changed the settings while it was stopped. SIGTTOU comes when the shell has the terminal.
 TEST_F(ForegroundJob, GoesOnAfterItsHelperWasStopped) {
   ASSERT_TRUE(terminal.Shows("0%"));
@@ -113,6 +174,20 @@ TEST_F(ForegroundJob, GoesOnAfterItsHelperWasStopped) {
   EXPECT_TRUE(terminal.Shows("] "));
   terminal.Press("\x03");
   EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
+  ExpectNothingLeft();
+}
+
+// Nobody would restore the settings if it were killed now.
+TEST_F(ForegroundJob, TakesTheTerminalAgainOnlyWithAGuard) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  for (const pid_t process : host.Others("rng-gather-tty")) {
+    if (::getpgid(process) == process) ::kill(process, SIGKILL);
+  }
+  EXPECT_TRUE(WaitUntil([this] { return host.Others("rng-gather-tty").size() == 1; }));
+  const std::size_t shown = terminal.Screen().size();
+  SendToHelpers(SIGCONT);
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
+  EXPECT_THAT(terminal.Screen().substr(shown), Not(HasSubstr(kPrompt)));
   ExpectNothingLeft();
 }
 
@@ -141,6 +216,28 @@ TEST_F(Pipeline, AsksForOneDrawAfterTheOther) {
     EXPECT_TRUE(WaitUntil([&] { return host.Others("rng-gather-tty").size() == expected; }));
     terminal.Press("\x03");
   }
+  EXPECT_THAT(host.Finish(), EndsWith("zeros\ndescriptors 0\nchildren 0\nend\n"));
+  ExpectNothingLeft();
+}
+
+// As when the job was stopped and goes on.
+TEST_F(Pipeline, WaitsForItsTurnAfterASignalThatEndsNothing) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  const pid_t waiting = FindWaiting();
+  ::kill(waiting, SIGCONT);
+  EXPECT_TRUE(WaitUntil([&] { return Field(waiting, "ShdPnd") == kNoSignals; }));
+  terminal.Press("\x03");
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x03");
+  host.Finish();
+  ExpectNothingLeft();
+}
+
+TEST_F(Pipeline, EndsBeforeItsTurnWhenItIsTerminated) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  ::kill(FindWaiting(), SIGTERM);
+  EXPECT_TRUE(WaitUntil([this] { return host.Others("rng-gather-tty").size() == 2; }));
+  terminal.Press("\x03");
   EXPECT_THAT(host.Finish(), EndsWith("zeros\ndescriptors 0\nchildren 0\nend\n"));
   ExpectNothingLeft();
 }

@@ -81,8 +81,10 @@ void DrawInThreads(int threads, int draws) {
   std::printf("o %d - %d X %d\n", counts['o'].load(), counts['-'].load(), counts['X'].load());
 }
 
-// While another thread draws, so that some of the forks happen during a draw.
+// While another thread draws, so that some of the forks happen during a draw. Not during the first one: OpenSSL then
+// holds locks of its own, which would stay locked in the child.
 void DrawInChildren(int children) {
+  Draw();
   std::atomic<bool> isEnough = false;
   std::thread other([&] {
     while (!isEnough) Draw();
@@ -221,6 +223,11 @@ void Run(const std::vector<std::string>& words) {
       std::fflush(stdout);
       if (std::system(words[1].c_str()) != 0) Print('!');
     });
+  } else if (what == "shell_and_name") {
+    DrawThen([&] {
+      if (std::system(words[1].c_str()) != 0) Print('!');
+    });
+    std::printf(" %s", LastGenerator().c_str());
   } else if (what == "fork") {
     DrawThen([] {
       if (!InChild([] { DrawThen([] {}); })) Print('!');

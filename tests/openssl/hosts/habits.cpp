@@ -78,6 +78,14 @@ void CancelThread(const std::string&) {
   Expect(Draws(), "a draw after");
 }
 
+void ForbidCancellation(const std::string&) {
+  ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+  Expect(Draws(), "a draw");
+  int state = PTHREAD_CANCEL_ENABLE;
+  ::pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &state);
+  Expect(state == PTHREAD_CANCEL_DISABLE, "the thread still cannot be cancelled");
+}
+
 // Often enough that some arrive while the draw waits. System calls are not restarted.
 void CatchSignals(const std::string&) {
   struct sigaction action = {};
@@ -219,6 +227,7 @@ void DrawMuch(const std::string&) {
 
 const std::map<std::string, void (*)(const std::string&)> kHabits = {
     {"cancel_thread", CancelThread},
+    {"forbid_cancellation", ForbidCancellation},
     {"catch_signals", CatchSignals},
     {"close_streams", CountInherited},
     {"count_in_copy", CountInCopy},

@@ -68,6 +68,15 @@ void TryProviderParameters(EVP_RAND* kind, const std::string& generator) {
   Expect(GetParameter(kind, textOf("name", sizeof text)) == -1, "no copy of a constant");
 }
 
+void TryDescriptions(EVP_RAND* kind, EVP_RAND_CTX* random) {
+  const OSSL_PARAM* const ofProvider = OSSL_PROVIDER_gettable_params(EVP_RAND_get0_provider(kind));
+  for (const char* const name : {"name", "version", "status", "generator"})
+    Expect(OSSL_PARAM_locate_const(ofProvider, name) != nullptr, name);
+  const OSSL_PARAM* const ofRandom = EVP_RAND_CTX_gettable_params(random);
+  for (const char* const name : {"state", "strength", "max_request"})
+    Expect(OSSL_PARAM_locate_const(ofRandom, name) != nullptr, name);
+}
+
 void TryDraws(EVP_RAND_CTX* random) {
   unsigned char bytes[64] = {};
   Expect(EVP_RAND_generate(random, bytes, sizeof bytes, 0, 0, nullptr, 0) == 0,
@@ -96,6 +105,7 @@ int main(int, char** arguments) {
   EVP_RAND* const kind = EVP_RAND_fetch(nullptr, "RNGAGGREGATOR", "provider=rngaggregator");
   EVP_RAND_CTX* const random = EVP_RAND_CTX_new(kind, nullptr);
   Expect(LastGenerator(kind).empty(), "no generator before the first draw");
+  TryDescriptions(kind, random);
   TryParameters(random);
   TryDraws(random);
   Expect(LastGenerator(kind) == arguments[1], "the generator of the last draw");

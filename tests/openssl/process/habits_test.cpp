@@ -17,6 +17,8 @@ class Habits : public OpensslTest {
 
 TEST_F(Habits, AThreadIsNotCancelledInADraw) { ExpectOk("cancel_thread"); }
 
+TEST_F(Habits, AThreadThatCannotBeCancelledStaysSo) { ExpectOk("forbid_cancellation"); }
+
 TEST_F(Habits, SignalsInterruptNoDraw) {
   Command("very_slow");
   ExpectOk("catch_signals");

@@ -42,7 +42,9 @@ TEST_F(HelperProcess, ThreadsShareOne) {
 // The first process of the namespace would exit at once, and the host could create no more.
 TEST_F(HelperProcess, IsNotStartedInANewPidNamespace) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can create a namespace";
-  EXPECT_EQ("--", RunHost("unshare").output);
+  const Result result = RunHost("unshare");
+  EXPECT_EQ("--", result.output);
+  EXPECT_THAT(result.errors, testing::HasSubstr("rng-openssl-draw: Operation not permitted"));
 }
 
 // The smallest stack that the C library allows. It is enough for OpenSSL's own generator.
@@ -185,6 +187,12 @@ TEST_F(HelperProcess, CannotBeReadByOtherProcessesOfTheUser) {
                             ")/environ >/dev/null; test $? = 1'");
   EXPECT_EQ("oo", result.output) << result.errors;
   EXPECT_THAT(result.errors, testing::HasSubstr("/environ: Permission denied"));
+}
+
+TEST_F(HelperProcess, SaysThatItIsNotForUsers) {
+  const Result result = Run(HelperProgram() + " 3</dev/null");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, testing::HasSubstr("run \"rngctl read\""));
 }
 
 TEST_F(HelperProcess, ExitsAfterAnInvalidRequest) {

@@ -63,6 +63,11 @@ TEST_F(Choice, SeveralSources) {
   EXPECT_EQ("grandmaster A1\n", Draws());
 }
 
+TEST_F(Choice, SeveralSourcesAreTheLastGenerator) {
+  Configure("from = unixdev,grandmaster:A1");
+  EXPECT_EQ("XX unixdev,grandmaster:A1", RunHost("shell_and_name true").output);
+}
+
 TEST_F(Choice, OneOfSeveralSourcesFails) {
   Configure("from = unixdev,grandmaster");
   Command("fail");

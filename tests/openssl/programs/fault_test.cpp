@@ -102,6 +102,20 @@ TEST_F(Faults, AnAlarmLastsUntilTheHostExits) {
   EXPECT_TRUE(HasWatermark(Draw().output));
 }
 
+TEST_F(Faults, AnAlarmIsTheReasonOfLaterFailures) {
+  Command("zeros");
+  const Result result = RunHost("shell 'echo later >&2'");
+  EXPECT_EQ("--", result.output);
+  const std::size_t later = result.errors.find("later\n");
+  ASSERT_NE(std::string::npos, later);
+  EXPECT_THAT(result.errors.substr(later), testing::HasSubstr("evidently not random"));
+}
+
+TEST_F(Faults, ADrawThatFailsIsNoneOfTheLastGenerator) {
+  EXPECT_EQ("o- grandmaster",
+            RunHost("shell_and_name 'echo fail > " + TreePath("script") + "'").output);
+}
+
 TEST_F(Faults, AnAlarmReachesChildProcesses) {
   Command("zeros");
   EXPECT_EQ("---", RunHost("shell_and_fork 'echo draw > " + TreePath("script") + "'").output);
@@ -117,7 +131,18 @@ TEST_F(Faults, AnAlarmOutlivesTheHelper) {
 
 TEST_F(Faults, TheHelperProgramIsMissing) {
   fs::remove(HelperProgram());
-  EXPECT_TRUE(Refused(Draw(), "rng-openssl-draw: No such file or directory"));
+  const Result result = Draw();
+  EXPECT_TRUE(Refused(result, "rng-openssl-draw: No such file or directory"));
+  EXPECT_TRUE(Refused(result, "no random bytes"));  // the text of the error's code
+}
+
+TEST_F(Faults, TheHelperProgramIsMissingAtALongPath) {
+  const std::string folder =
+      TreePath("lib/" + std::string(200, 'a') + '/' + std::string(200, 'b') + "/modules");
+  fs::create_directories(folder);
+  fs::copy(Module(), folder);
+  ReplaceInConfiguration("module = " + Module(), "module = " + folder + "/rngaggregator.so");
+  EXPECT_TRUE(Refused(Draw(), ": No such file or directory"));
 }
 
 TEST_F(Faults, TheHelperProgramIsNotExecutable) {

@@ -16,7 +16,7 @@ class ProviderModule : public OpensslTest {};
 
 TEST_F(ProviderModule, IsLoadedByOpenssl) {
   EXPECT_THAT(Run("openssl list -providers").output,
-              HasSubstr("name: rngaggregator\n    version: "));
+              HasSubstr("name: rngaggregator\n    version: " VERSION "\n    status: active\n"));
   EXPECT_THAT(Run("openssl list -random-generators").output,
               HasSubstr("RNGAGGREGATOR @ rngaggregator"));
   EXPECT_THAT(Run("openssl list -digest-algorithms -cipher-algorithms").output,
