@@ -82,6 +82,7 @@ def changes_of_text(text, is_header):
                     yield change(changed.strip(), changed)
             following = lines[index + 1] if index + 1 < len(lines) else ""
             are_declarations = is_header and all(is_declaration(each, class_name) for each in (line, following))
+            are_declarations |= following.endswith(" = delete;")
             if depth > 0 and is_statement(line) and is_statement(following) and not are_declarations:
                 yield change("swapped with the next line", following, line)
         if declaration := re.match(r"\s*(?:class|struct) (\w+)", line):

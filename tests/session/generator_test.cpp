@@ -227,6 +227,13 @@ TEST(Generator, IsUsableAfterAMove) {
   EXPECT_EQ("own", generator.Name());
 }
 
+TEST(Generator, HasNoDeviceIfItReportsANegativeSize) {
+  struct : OwnProvider {
+    std::int32_t GetHardwareId(char*) override { return -1; }
+  } provider;
+  EXPECT_EQ("", GeneratorOf(provider).Device());
+}
+
 TEST(Generator, ReportsItsNameItsDeviceAndWhetherItNeedsTheUser) {
   OwnProvider provider;
   const rng::Generator generator = GeneratorOf(provider);

@@ -12,7 +12,7 @@
 #include <rngaggregator/generator.h>
 
 /// A provider of the case's own, without a plug-in. Its draws are made by `draw`, and their sizes noted.
-class OwnProvider final : public IRngProvider {
+class OwnProvider : public IRngProvider {
  public:
   std::function<bool(unsigned char*, std::size_t)> draw = DrawWell;
   std::function<void()> cancel = [] {};

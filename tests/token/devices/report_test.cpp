@@ -66,6 +66,7 @@ TEST_F(TokenReport, OpensOnlyTokensThatMatch) {
   const std::string report = Report();
   EXPECT_THAT(report, StartsWith(kDeviceA1));
   EXPECT_THAT(report, HasSubstr("\"Token\" (serial number B2) does not match"));
+  EXPECT_THAT(report, HasSubstr(". To use it, rebuild the plug-in with another URI.\n"));
   EXPECT_THAT(report, HasSubstr("\"Token\" (serial number C3) has no random-number generator"));
   EXPECT_EQ(3, std::count(report.begin(), report.end(), '\n'));
   EXPECT_THAT(tokens.OpenedSlots(), ElementsAre(0));
@@ -78,7 +79,10 @@ TEST_F(TokenReport, SaysWhyATokenCannotBeUsed) {
   const std::string report = Report();
   EXPECT_THAT(report, StartsWith(kDeviceA1));
   for (const char* const problem :
-       {"problem\tToken \"One\" (serial number T) has the same serial number as another",
+       {"problem\tToken \"One\" (serial number T) has the same serial number as another token, so "
+        "neither is used. Remove one, or rebuild the plug-in with module-name, module-path or "
+        "token "
+        "in its URI.\n",
         "problem\tToken \"Other\" (serial number T) has the same serial number as another",
         "problem\tToken \"Locked\" (serial number P) requires a PIN",
         "problem\tToken \"Half\" (serial number Z) returns bytes that are not random. Remove it.",

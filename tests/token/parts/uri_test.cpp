@@ -11,6 +11,7 @@
 #include <cstring>
 #include <gmock/gmock.h>
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -73,6 +74,8 @@ TEST(TokenUri, SaysWhatIsWrongWithIt) {
     EXPECT_THAT(TokenUri(uri).Problem(), HasSubstr(std::string("the URI ") + uri)) << uri;
     EXPECT_THAT(FilesOf(uri), IsEmpty()) << uri;
   }
+  EXPECT_THAT(TokenUri("pkcs11:model").Problem(), EndsWith(". Rebuild it with a valid one."));
+  EXPECT_THAT(TokenUri("pkcs11:colour=red").Problem(), EndsWith(". Rebuild it without them."));
 }
 
 TEST(TokenModules, AreThoseThatAreRegistered) {
