@@ -11,10 +11,10 @@
 /// Returns the parameter of that name, or null. `parameters` may be null.
 OSSL_PARAM* FindParameter(OSSL_PARAM* parameters, const char* name);
 
-/// Stores a value. Returns 0 if the parameter has the wrong type or size for it, else 1. Null for a number or a constant
-/// that was not requested: nothing is stored, and the result is 1.
+/// Stores a value. Returns 0 if the parameter has the wrong type or size for it, else 1. A null `parameter` was not
+/// requested: nothing is stored, and the result is 1. Only SetText, which copies the text, needs a parameter.
 int SetNumber(OSSL_PARAM* parameter, std::uint64_t number);
-int SetText(OSSL_PARAM* parameter, const char* text);      ///< copied; not null
+int SetText(OSSL_PARAM* parameter, const char* text);
 int SetConstant(OSSL_PARAM* parameter, const char* text);  ///< a pointer to a constant
 
 #endif

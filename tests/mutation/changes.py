@@ -1,4 +1,5 @@
-"""The small changes that can be made to a source, of the kind that a misunderstanding or a careless refactoring introduces."""
+"""The small changes that can be made to a source, of the kind that a misunderstanding or a careless refactoring
+introduces."""
 
 import re
 

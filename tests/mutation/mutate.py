@@ -96,7 +96,7 @@ class Tests:
             raise DoesNotCompile
 
     def failed(self, folder, *selection):
-        """Names of tests that failed. Empty names all: a changed program may keep ctest from running any."""
+        """Names of tests that failed; an empty one if ctest itself did, as where a changed program ends it."""
         directory = COPY / "build" / "tests" / folder
         logs = directory / "Testing" / "Temporary"
         log = logs / "LastTestsFailed.log"
@@ -189,9 +189,13 @@ def read_equivalents():
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("--count", type=int, default=100, help="how many changes to make in each room (default: 100); 0 means all")
+    parser.add_argument(
+        "--count", type=int, default=100, help="how many changes to make in each room (default: 100); 0 means all"
+    )
     parser.add_argument("--list", action="store_true", help="print all changes and make none")
-    parser.add_argument("paths", nargs="*", metavar="ROOM", help=f"a room: {', '.join(ROOMS)}; or a path in one (default: all)")
+    parser.add_argument(
+        "paths", nargs="*", metavar="ROOM", help=f"a room: {', '.join(ROOMS)}; or a path in one (default: all rooms)"
+    )
     options = parser.parse_args()
 
     chosen = {}

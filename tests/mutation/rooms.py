@@ -72,4 +72,5 @@ ROOMS = {
 def room_of(path):
     """The room with the longest folder that contains the path; empty if there is none."""
     folders = [(folder, name) for name, room in ROOMS.items() for folder in room.sources]
-    return max(((len(folder), name) for folder, name in folders if f"{path}/".startswith(f"{folder}/")), default=(0, ""))[1]
+    above = [(len(folder), name) for folder, name in folders if f"{path}/".startswith(f"{folder}/")]
+    return max(above, default=(0, ""))[1]

@@ -81,8 +81,7 @@ TEST_F(TokenReport, SaysWhyATokenCannotBeUsed) {
   for (const char* const problem :
        {"problem\tToken \"One\" (serial number T) has the same serial number as another token, so "
         "neither is used. Remove one, or rebuild the plug-in with module-name, module-path or "
-        "token "
-        "in its URI.\n",
+        "token in its URI.\n",
         "problem\tToken \"Other\" (serial number T) has the same serial number as another",
         "problem\tToken \"Locked\" (serial number P) requires a PIN",
         "problem\tToken \"Half\" (serial number Z) returns bytes that are not random. Remove it.",
