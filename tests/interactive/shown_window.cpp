@@ -129,6 +129,7 @@ std::vector<unsigned long> ShownWindow::Pixels() {
 int ShownWindow::CountInRow(unsigned long colour) {
   const auto pixels = Pixels();
   const auto width = static_cast<std::size_t>(Place().width);
+  if (width == 0) return 0;  // it has been closed
   std::ptrdiff_t most = 0;
   for (std::size_t row = 0; row + width <= pixels.size(); row += width) {
     const auto begin = pixels.begin() + static_cast<std::ptrdiff_t>(row);

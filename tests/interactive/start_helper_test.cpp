@@ -3,13 +3,12 @@
 #include "plugins/interactive/start_helper.h"
 
 #include "tests/support/open_files.h"
+#include "tests/support/refused_call.h"
 
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -35,22 +34,6 @@ std::string ReadToEnd(int socket) {
 }
 
 std::string WhatIsInherited() { return ReadToEnd(StartHelper(INHERITED)); }
-
-// Calls with another value of that argument succeed.
-void Refuse(unsigned call, unsigned error, int argument, unsigned value) {
-  const auto offset = static_cast<unsigned>(offsetof(seccomp_data, args) + 8U * argument);
-  sock_filter steps[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 3),
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offset),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, value, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  const sock_fprog program = {std::size(steps), steps};
-  ASSERT_EQ(0, ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0));
-  ASSERT_EQ(0, ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program));
-}
 
 volatile sig_atomic_t g_signals = 0;
 
@@ -78,14 +61,14 @@ TEST(StartHelper, GivesNoOtherDescriptorsWhereThereIsNoCallForThat) {
   ::setrlimit(RLIMIT_NOFILE, &few);
   ::dup2(STDERR_FILENO, 4);
   ::dup2(STDERR_FILENO, 1023);
-  Refuse(SYS_close_range, ENOSYS, 2, 0);
+  ASSERT_TRUE(RefuseCall(SYS_close_range, ENOSYS, 2, 0));
   EXPECT_THAT(WhatIsInherited(),
               HasSubstr("descriptors 0=/dev/null 1=/dev/null 2=/dev/null 3=socket\n"));
 }
 
 // As in a directory tree without /proc. The flags are those of stat, not those of fstat.
 TEST(StartHelper, WorksWhereTheNamespaceIsUnknown) {
-  Refuse(SYS_newfstatat, ENOENT, 3, 0);
+  ASSERT_TRUE(RefuseCall(SYS_newfstatat, ENOENT, 3, 0));
   EXPECT_THAT(WhatIsInherited(), HasSubstr("descriptors"));
 }
 
@@ -150,7 +133,7 @@ TEST(StartHelper, LeavesNoMemory) {
 TEST(StartHelper, FailsWhereNoProcessCanBeStarted) {
   const auto before = CountOpenFiles();
   // As where the limit of processes is reached, which does not concern root.
-  Refuse(SYS_clone, EAGAIN, 0, 0);
+  ASSERT_TRUE(RefuseCall(SYS_clone, EAGAIN, 0, 0));
   EXPECT_EQ(-1, StartHelper(INHERITED));
   EXPECT_EQ(before, CountOpenFiles());
 }

@@ -5,7 +5,9 @@
 #include "helpers/gathering/self_test.h"
 #include "helpers/session/run_helper.h"
 #include "tests/support/open_files.h"
+#include "tests/support/refused_call.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -17,6 +19,7 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -175,6 +178,16 @@ TEST_F(SessionTest, AnswersNothingToWhatItDoesNotKnow) {
   AnswerPlugin(CountDraw);
   EXPECT_EQ(0, g_draws);
   EXPECT_EQ("", Answer());
+}
+
+TEST(SystemBytes, SayThatTheSystemFailed) {
+  ASSERT_TRUE(RefuseCall(SYS_getrandom, ENOSYS, 2, 0));
+  try {
+    DrawSystemBytes();
+    FAIL();
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ("The system's random-number generator failed.", error.what());
+  }
 }
 
 TEST(SystemBytes, DifferAndAreNotSwapped) {

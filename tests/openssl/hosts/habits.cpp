@@ -1,6 +1,7 @@
 // A program with habits that could disturb a draw. Prints "ok", or a line for each fact that does not hold.
 
 #include "tests/openssl/watermark.h"
+#include "tests/support/refused_call.h"
 
 #include <atomic>
 #include <cerrno>
@@ -11,8 +12,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <map>
 #include <openssl/err.h>
 #include <openssl/rand.h>
@@ -202,18 +201,7 @@ void EndContextInCopy(const std::string&) {
 
 // As a kernel before 4.14 does.
 void RefuseToWipeOnFork(const std::string&) {
-  sock_filter steps[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_madvise, 0, 3),
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, MADV_WIPEONFORK, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  const sock_fprog program = {std::size(steps), steps};
-  Expect(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-             ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0,
-         "the filter");
+  Expect(RefuseCall(SYS_madvise, EINVAL, 2, MADV_WIPEONFORK), "the filter");
   Expect(!Draws(), "no draw");
 }
 
