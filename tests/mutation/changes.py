@@ -77,7 +77,7 @@ def changes_of_text(text, is_header):
             changed = lines[:index] + list(replacement) + lines[index + len(replacement) :]
             return f"{index + 1}: {line.strip()} -> {description}", "\n".join(changed) + "\n"
 
-        if line.strip() and not line.lstrip().startswith(("//", "#")):
+        if line.strip() and not line.lstrip().startswith(("//", "#", "static_assert(")):
             for changed in changes_of_line(line):
                 if changed != line:
                     yield change(changed.strip(), changed)

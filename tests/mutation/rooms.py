@@ -22,7 +22,8 @@ ROOMS = {
         ],
     ),
     "include": Room(
-        ["include/rngaggregator"], [("headers", "."), ("session", "."), ("quality", "Verdict"), ("combine", ".")]
+        ["include/rngaggregator"],
+        [("headers", "."), ("session", "."), ("quality", "Verdict"), ("combine", "."), ("abi", "InC|BothLanguages")],
     ),
     "plugins/unixdev": Room(["plugins/unixdev"], [("unixdev", ".")]),
     "plugins/interactive": Room(

@@ -92,6 +92,15 @@ TEST(SessionStart, IsUndoneIfAPluginThrowsALockError) {
   EXPECT_EQ(0, g_unmatchedStarts);
 }
 
+// How the sessions tell the library's exceptions from those of plug-ins. A linker may place data in the first page.
+TEST(FileOfAnAddress, IsFoundFromItsFirstPageOn) {
+  Dl_info library;
+  const void* const settings = GetDefaultSettings();
+  ASSERT_NE(0, ::dladdr(settings, &library));
+  EXPECT_EQ(rng::detail::FileAt(settings), rng::detail::FileAt(library.dli_fbase));
+  EXPECT_NE(rng::detail::FileAt(settings), rng::detail::FileAt(&g_refusesLocks));
+}
+
 TEST(SessionStart, FailsIfTheProcessHasStoppedTooOften) {
   InstallPlugin("dsdr");
   ShutDown();

@@ -180,6 +180,21 @@ TEST_F(SessionTest, AnswersNothingToWhatItDoesNotKnow) {
   EXPECT_EQ("", Answer());
 }
 
+// Whoever has a copy of the socket, as a program that a toolkit has started may, does not keep the plug-in waiting.
+TEST_F(SessionTest, ExitEndsTheConnection) {
+  Ask(HelperRequest::kDraw);
+  const pid_t helper = ::fork();
+  if (helper == 0) {
+    const Session session;
+    Session::Exit(3);
+  }
+  int status = 0;
+  ::waitpid(helper, &status, 0);
+  EXPECT_EQ(3, WEXITSTATUS(status));
+  char byte = 0;
+  EXPECT_EQ(0, ::recv(plugin, &byte, 1, MSG_DONTWAIT));
+}
+
 TEST(SystemBytes, SayThatTheSystemFailed) {
   ASSERT_TRUE(RefuseCall(SYS_getrandom, ENOSYS, 2, 0));
   try {
