@@ -6,8 +6,24 @@
 
 #include <array>
 #include <gmock/gmock.h>
+#include <type_traits>
 
 using testing::Each;
+
+// The header declares every factory, so that the compiler tells an author whose definition differs.
+#define DECLARED(factory) static_assert(std::is_same_v<decltype(factory), IRngProvider*()>);
+DECLARED(GetBioQtRng)
+DECLARED(GetBioX11Rng)
+DECLARED(GetDsdrRng)
+DECLARED(GetAccordRng)
+DECLARED(GetSobolRng)
+DECLARED(GetJacartaGostRng)
+DECLARED(GetRuTokenRng)
+DECLARED(GetEsmartGostRng)
+DECLARED(GetBioKbRng)
+DECLARED(GetUnixDevRng)
+DECLARED(GetGrandmasterRng)
+DECLARED(GetBioCoreRng)
 
 // --- A plug-in written in C
 

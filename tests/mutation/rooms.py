@@ -23,7 +23,7 @@ ROOMS = {
     ),
     "include": Room(
         ["include/rngaggregator"],
-        [("headers", "."), ("session", "."), ("quality", "Verdict"), ("combine", "."), ("abi", "InC|BothLanguages")],
+        [("headers", "."), ("session", "."), ("quality", "Verdict"), ("combine", "."), ("abi", "InC|BothLanguages|Slots")],
     ),
     "plugins/unixdev": Room(["plugins/unixdev"], [("unixdev", ".")]),
     "plugins/interactive": Room(

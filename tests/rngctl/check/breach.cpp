@@ -14,5 +14,7 @@ void ExpectBreach(const Breach& breach, const Result& result) {
   const std::string severity = breach.severity.empty() ? rule.severity : breach.severity;
   EXPECT_EQ(severity, check.at("severity"));
   EXPECT_EQ(severity == "error" ? 1 : 0, result.status);
-  EXPECT_EQ(breach.fix.empty() ? rule.fix : breach.fix, check.value("fix", ""));
+  const std::string fix = check.value("fix", "");
+  EXPECT_EQ(breach.fix.empty() ? rule.fix : breach.fix, fix);
+  EXPECT_NE("", fix);
 }

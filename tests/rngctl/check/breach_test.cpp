@@ -88,6 +88,7 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"description_has_lines", "description-line",
                "It has a line break or another control character: \"One\ntwo\"."},
         Breach{"description_is_latin", "description-line", "not UTF-8"},
+        Breach{"hardware_id_size_differs", "hardware-id", "It asks for 3 bytes, then returns 2."},
         Breach{"hardware_id_is_long", "hardware-id", "\"eighteen-character\" has 18 bytes.",
                "Shorten it to 17 bytes."},
         Breach{"description_has_controls", "description-line", "another control character"},

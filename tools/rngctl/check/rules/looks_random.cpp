@@ -167,7 +167,7 @@ Finding CheckDrawsLookRandom(WatchedPlugin& plugin) {
 std::vector<Rule> LooksRules() {
   return {
       {"draws-look-random", Severity::kError,
-       "Drawn bytes are new, do not repeat, and have all values equally often",
-       "Return only bytes from the source, and each of them only once.", CheckDrawsLookRandom},
+       "Drawn bytes are new, do not repeat, and have all values equally often", "",
+       CheckDrawsLookRandom},
   };
 }

@@ -29,7 +29,7 @@ struct Rule {
   const char* name;  ///< in kebab case; scripts depend on it
   Severity severity;
   const char* sentence;  ///< what a correct plug-in does
-  const char* fix;       ///< what the author can do about a failure
+  const char* fix;  ///< what the author can do about a failure; empty if each failure has its own
   std::variant<FileCheck, PluginCheck, EvidenceCheck> check;
 };
 
