@@ -23,7 +23,7 @@
 namespace {
 
 bool IsReadable(int descriptor) {
-  pollfd wait = {descriptor, POLLIN | POLLRDHUP, 0};
+  pollfd wait = {descriptor, POLLIN, 0};
   return ::poll(&wait, 1, 0) == 1;
 }
 
@@ -69,7 +69,7 @@ bool Session::HasEnded() const { return IsReadable(kHelperSocket) || IsReadable(
 
 void Session::ExitAtEnd() const {
   std::thread([host = host] {
-    pollfd ends[] = {{kHelperSocket, POLLIN | POLLRDHUP, 0}, {host, POLLIN, 0}};
+    pollfd ends[] = {{kHelperSocket, POLLIN, 0}, {host, POLLIN, 0}};
     while (::poll(ends, std::size(ends), -1) <= 0) continue;
     if (!g_isExiting) Exit(0);
   }).detach();

@@ -30,7 +30,8 @@ void InstallAllPlugins(const std::string& variant = "scripted");
 void InstallX11(const std::string& variant);
 
 /// Replaces the known-path service: "whole", "no_function", "crashing", "crashing_later" (in the third call),
-/// "exiting" (with _Exit), "quitting" (with exit), or "absent" (a file that is not a library, so that the tree has none).
+/// "crashing_for_data" (in the fourth, where the doctor asks for the data file), "exiting" (with _Exit), "quitting"
+/// (with exit), or "absent" (a file that is not a library, so that the tree has none).
 void InstallKnownPath(const std::string& variant);
 
 std::string ReadFile(const std::string& path);

@@ -98,6 +98,18 @@ TEST_F(Doctor, SaysWhatAFailingServiceMeans) {
   EXPECT_EQ(0, Run("doctor unixdev").status);
 }
 
+// The data file of "dsdr" is looked up last, so the programs that only ask for the default have got their answer.
+TEST_F(Doctor, AServiceThatFailsLaterDoesNotFailForTheDefault) {
+  InstallUnixDev();
+  InstallKnownPath("crashing_for_data");
+  const Result result = Run("doctor");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(
+      result.errors,
+      StartsWith("rngctl: The settings file cannot be read: the known-path service crashed"));
+  EXPECT_THAT(result.output, Not(HasSubstr("every program that asks for the default")));
+}
+
 TEST_F(Doctor, APipeInThePlaceOfTheSettingsIsNotBlamedOnTheService) {
   fs::create_directory(TreePath("etc"));
   ASSERT_EQ(0, ::mkfifo(TreePath(kSettingsFile).c_str(), 0600));

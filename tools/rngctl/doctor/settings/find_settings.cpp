@@ -20,11 +20,6 @@ std::string FixService(const SettingsReport& report, const SearchOrder& search) 
          ". " + consequence;
 }
 
-void PutEnd(SettingsReport& report, const std::string& problem) {
-  report.problem = problem;
-  report.endsHosts = true;
-}
-
 std::string DescribeException(const std::string& message) {
   return "threw an exception" + (message.empty() ? "" : ": " + message);
 }
@@ -33,13 +28,14 @@ std::string DescribeException(const std::string& message) {
 void AddProblem(SettingsReport& report, const SettingsAnswer& answer, const ChildResult& result,
                 std::chrono::seconds limit) {
   const bool hasFinished = answer.step == SettingsStep::kEnd && result.HasExited(kDone);
-  if (answer.exception) {
-    PutEnd(report, WhatEnded(answer.step) + DescribeException(*answer.exception));
-  } else if (!hasFinished) {
-    report.problem = WhatEnded(answer.step) + DescribeEnd(result, limit);
+  if (answer.exception || !hasFinished) {
+    report.problem =
+        WhatEnded(answer.step) +
+        (answer.exception ? DescribeException(*answer.exception) : DescribeEnd(result, limit));
     report.endsHosts = answer.step <= SettingsStep::kDefault;
   } else if (answer.isFifo) {
-    PutEnd(report, "it is a named pipe (FIFO), so programs that ask for the default hang");
+    report.problem = "it is a named pipe (FIFO), so programs that ask for the default hang";
+    report.endsHosts = true;
   } else if (!answer.isKnown) {
     report.problem = "the known-path service returns no directory";
   }
