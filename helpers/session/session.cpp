@@ -14,7 +14,6 @@
 #include <string>
 #include <sys/mman.h>
 #include <sys/prctl.h>
-#include <sys/random.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <thread>
@@ -113,11 +112,8 @@ void Session::AnswerSelfTest() const {
 SystemBytes DrawSystemBytes() {
   ::mlockall(MCL_CURRENT);
   SystemBytes bytes;
-  for (std::size_t done = 0; done < bytes.size();) {
-    const ssize_t count = ::getrandom(bytes.data() + done, bytes.size() - done, 0);
-    if (count < 0 && errno != EINTR)
-      throw std::runtime_error("The system's random-number generator failed.");
-    if (count > 0) done += static_cast<std::size_t>(count);
+  if (::getentropy(bytes.data(), bytes.size()) != 0) {
+    throw std::runtime_error("The system's random-number generator failed.");
   }
   return bytes;
 }

@@ -74,7 +74,7 @@ void Typing::ShowProgress() {
 
 void Typing::Wait() {
   pollfd events[] = {{terminal.Get(), POLLIN, 0},
-                     {session.Socket(), POLLIN | POLLRDHUP, 0},
+                     {session.Socket(), POLLIN, 0},
                      {session.Host(), POLLIN, 0},
                      {signals.Get(), POLLIN, 0}};
   ::poll(events, std::size(events), kLook);

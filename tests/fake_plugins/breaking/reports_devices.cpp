@@ -1,4 +1,5 @@
 // Reports the text REPORT. DEVICE is the one device that it accepts; AVAILABLE is what IsAvailable returns.
+// With NAMELESS, it has no name.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -10,6 +11,9 @@ class ReportsDevicesRng final : public CorrectRng {
     return CorrectRng::SelectDevice(hardwareId) || std::strcmp(hardwareId, DEVICE) == 0;
   }
   bool IsAvailable() override { return AVAILABLE; }
+#ifdef NAMELESS
+  std::int32_t GetName(char*) override { return 0; }
+#endif
 };
 
 }  // namespace

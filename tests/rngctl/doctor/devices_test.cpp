@@ -31,6 +31,13 @@ TEST_F(Doctor, ShowsTheDevicesThatAPluginReports) {
   EXPECT_EQ(0, result.status) << result.errors;
 }
 
+TEST_F(Doctor, ShowsTheDevicesOfAPluginWithoutAName) {
+  InstallPlugin("dsdr", "reports_without_name");
+  const json row = ExamineKind("dsdr");
+  EXPECT_EQ("nameless", row.at("verdict"));
+  EXPECT_EQ(json::parse(R"([{"identifier": "R1", "text": "Reader 1"}])"), row.at("devices"));
+}
+
 TEST_F(Doctor, APluginThatReportsNothingHasNoDevices) {
   InstallPlugin("dsdr", "stub");
   const json row = ExamineKind("dsdr");

@@ -49,7 +49,7 @@ std::string AdviseDoctor(const std::string& user) {
 // The provider's own reason is a sentence, which often contains the advice, too.
 void PutReason(OpensslReport& report, const std::string& reason) {
   report.problem = reason;
-  while (report.problem.ends_with('.')) report.problem.pop_back();
+  if (report.problem.ends_with('.')) report.problem.pop_back();
   if (reason.find("Fix:") != std::string::npos) return;
   const bool hasAdvice = reason.find("rngctl") != std::string::npos;
   if (!hasAdvice || !report.user.empty()) report.fix = AdviseDoctor(report.user);
