@@ -78,6 +78,18 @@ def only(tests):
     return "-R", f"^({'|'.join(re.escape(test) for test in tests)})$"
 
 
+def beside(path, folder):
+    """A pattern for the tests in files, or in folders, that have the name of the changed file or of a folder above it:
+    these notice most changes. Empty if there are none."""
+    names = set(Path(path).with_suffix("").parts[1:])
+    cases = []
+    for file in sorted((ROOT / "tests" / folder).rglob("*_test.cpp")):
+        place = file.relative_to(ROOT / "tests" / folder)
+        if names & {*place.parts[:-1], file.stem.removesuffix("_test")}:
+            cases += re.findall(r"^TEST(?:_[FP])?\((\w+), (\w+)\)", file.read_text(), re.MULTILINE)
+    return "|".join(rf"{suite}\.{case}" for suite, case in cases)
+
+
 class DoesNotCompile(Exception):
     pass
 
@@ -107,18 +119,20 @@ class Tests:
             return []
         return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else [""]
 
-    def selections(self):
+    def selections(self, path):
         """Folders, and which of their tests to run. Each folder is built when its turn comes."""
         for folder, pattern in self.room.tests:
             self.build(folder)
             if recent := [test for place, test in self.recent if place == folder]:
                 yield folder, only(recent)
+            if likely := beside(path, folder):
+                yield folder, ("-R", likely, "-E", self.room.without, "--no-tests=ignore")
             yield folder, ("-R", pattern, "-E", self.room.without)
 
-    def first_failure(self):
+    def first_failure(self, path=""):
         """A test that fails, and fails again alone. A test that fails only once may just have been slow; then all run
         again, because it may have kept later tests from running."""
-        for folder, selection in self.selections():
+        for folder, selection in self.selections(path):
             for until in (["--stop-on-failure"], []):
                 failed = self.failed(folder, *until, *selection)
                 for test in failed:
@@ -135,7 +149,7 @@ def try_change(tests, name, path, text, equivalents):
     original = target.read_text()
     target.write_text(text)
     try:
-        noticed = tests.first_failure()
+        noticed = tests.first_failure(path)
         if without_line_number(name) in equivalents:
             return f"LISTED, but noticed by {noticed}" if noticed else "equivalent"
         return f"noticed by {noticed}" if noticed else "SURVIVED"
