@@ -44,11 +44,12 @@ void ResetSignals() {
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
+// Without close_range, up to the hard limit: a host may have lowered the soft one below descriptors that are open.
 void CloseFrom(unsigned first) {
   if (::syscall(SYS_close_range, first, ~0U, 0U) == 0) return;
   rlimit limit = {};
   ::getrlimit(RLIMIT_NOFILE, &limit);
-  for (rlim_t number = first; number < limit.rlim_cur; ++number) ::close(static_cast<int>(number));
+  for (rlim_t number = first; number < limit.rlim_max; ++number) ::close(static_cast<int>(number));
 }
 
 bool ArrangeDescriptors(int socket) {

@@ -61,6 +61,8 @@ TEST(StartHelper, GivesNoOtherDescriptorsWhereThereIsNoCallForThat) {
   ::setrlimit(RLIMIT_NOFILE, &few);
   ::dup2(STDERR_FILENO, 4);
   ::dup2(STDERR_FILENO, 1023);
+  const rlimit fewer = {200, 4096};
+  ::setrlimit(RLIMIT_NOFILE, &fewer);
   ASSERT_TRUE(RefuseCall(SYS_close_range, ENOSYS, 2, 0));
   EXPECT_THAT(WhatIsInherited(),
               HasSubstr("descriptors 0=/dev/null 1=/dev/null 2=/dev/null 3=socket\n"));
