@@ -21,7 +21,8 @@ OPERATORS = [
     (r"(?<=[(\s])!(?=\w)", ""),
     (r"\btrue\b", "false"),
     (r"\bfalse\b", "true"),
-    (r"(?<![\w.\"])(\d+)(?![\w\".])", lambda m: str(int(m[1], 8 if m[1][0] == "0" else 10) + 1)),
+    # Not the third field of a pollfd, which poll writes.
+    (r"(?<!POLLIN, )(?<!POLLRDHUP, )(?<![\w.\"])(\d+)(?![\w\".])", lambda m: str(int(m[1], 8 if m[1][0] == "0" else 10) + 1)),
     (r" \| [A-Z]\w+", ""),
     (r"\b[A-Z]\w+ \| (?=[A-Z])", ""),
     (r"\bRTLD_LAZY\b", "RTLD_NOW"),

@@ -81,7 +81,7 @@ def only(tests):
 def beside(path, folder):
     """A pattern for the tests in files, or in folders, that have the name of the changed file or of a folder above it:
     these notice most changes. Empty if there are none."""
-    names = set(Path(path).with_suffix("").parts[1:])
+    names = {*Path(path).parts[1:-1], Path(path).stem}
     cases = []
     for file in sorted((ROOT / "tests" / folder).rglob("*_test.cpp")):
         place = file.relative_to(ROOT / "tests" / folder)
