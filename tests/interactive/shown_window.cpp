@@ -188,6 +188,35 @@ bool ShownWindow::KeepsClicks() {
   return (attributes.do_not_propagate_mask & kClick) == kClick;
 }
 
+bool ShownWindow::AsksForKeys() {
+  XWMHints* const hints = XGetWMHints(display, window);
+  const bool asks = hints && (hints->flags & InputHint) != 0 && hints->input;
+  if (hints) XFree(hints);
+  return asks;
+}
+
+int ShownWindow::SmallestWidth() {
+  XSizeHints hints = {};
+  long supplied = 0;
+  const bool isThere = XGetWMNormalHints(display, window, &hints, &supplied) != 0;
+  return isThere && (hints.flags & PMinSize) != 0 ? hints.min_width : 0;
+}
+
+// The program reads nothing in between: the server serves this client alone.
+void ShownWindow::ShowForAMoment() {
+  XGrabServer(display);
+  XUnmapWindow(display, window);
+  XMapWindow(display, window);
+  XUnmapWindow(display, window);
+  XUngrabServer(display);
+  XSync(display, False);
+}
+
+void ShownWindow::Show() {
+  XMapWindow(display, window);
+  XSync(display, False);
+}
+
 void ShownWindow::CoverForAMoment() {
   const Area area = Place();
   XSetWindowAttributes attributes = {};

@@ -62,9 +62,14 @@ class ShownWindow {
   /// Whether a click there means nothing to the windows behind.
   bool KeepsClicks();
 
+  bool AsksForKeys();   ///< whether a window manager may give it the keys
+  int SmallestWidth();  ///< that a window manager may give it; 0 if it does not say
+
   void PretendEscape();              ///< sends an event that the server did not generate
   void PretendMotion(int x, int y);  ///< some milliseconds after the one before
   void CoverForAMoment();            ///< by another window
+  void ShowForAMoment();  ///< hides it, and shows it before it notices, and hides it again
+  void Show();            ///< after that
   void Resize(int width, int height);
   void Send(const std::string& type, const std::string& word);  ///< a message of a client
   void Close();       ///< as the button of a window manager does

@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -145,6 +146,32 @@ TEST_F(SessionTest, AnswersWithTheBytesThatAreAskedFor) {
   EXPECT_TRUE(expected == Answer());
 }
 
+// The socket is full then.
+TEST_F(SessionTest, GoesOnAnsweringAfterASignal) {
+  constexpr std::size_t kSize = 1 << 20;
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  ::sigaction(SIGUSR1, &action, nullptr);
+  Ask(HelperRequest::kDraw, kSize);
+  std::string bytes(kSize, '\0');
+  std::thread reader([&, answering = ::pthread_self()] {
+    for (int waiting = 0; waiting < 100'000; ::ioctl(plugin, FIONREAD, &waiting)) ::usleep(10'000);
+    for (int i = 0; i < 3; ++i) {
+      ::pthread_kill(answering, SIGUSR1);
+      ::usleep(10'000);
+    }
+    EXPECT_EQ(static_cast<ssize_t>(kSize), ::recv(plugin, bytes.data(), kSize, MSG_WAITALL));
+  });
+  EXPECT_TRUE(Session().Answer(Generator()));
+  ::shutdown(kHelperSocket, SHUT_WR);
+  reader.join();
+  std::string expected(kSize, '\0');
+  HmacDrbg generator = Generator();
+  for (std::size_t place = 0; place < kSize; place += 4096)
+    generator.Generate(&expected[place], 4096);
+  EXPECT_TRUE(expected == bytes);
+}
+
 TEST_F(SessionTest, StopsAnsweringAPluginThatIsGone) {
   Ask(HelperRequest::kDraw, std::uint64_t{1} << 60);
   const Session session;
@@ -203,6 +230,17 @@ TEST(SystemBytes, SayThatTheSystemFailed) {
   } catch (const std::runtime_error& error) {
     EXPECT_STREQ("The system's random-number generator failed.", error.what());
   }
+}
+
+TEST(SystemBytes, AreAllOfTheSystem) {
+  const auto drawTail = [] {
+    const SystemBytes bytes = DrawSystemBytes();
+    return std::string(bytes.end() - 8, bytes.end());
+  };
+  drawTail();  // leaves what the next one would find there
+  const std::string one = drawTail();
+  const std::string other = drawTail();
+  EXPECT_NE(one, other);
 }
 
 TEST(SystemBytes, DifferAndAreNotSwapped) {

@@ -6,10 +6,13 @@
 #include "tests/support/x_server.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <functional>
 #include <gtest/gtest.h>
 #include <numeric>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -36,11 +39,26 @@ class QtDraw : public testing::Test {
     robot.Wait();
   }
 
-  void ClickTheButton() {
+  void ClickTheButton() { ClickTheButton(robot); }
+
+  void ClickTheButton(MovingRobot& hand) {
     const ShownWindow::Area area = window.Place();
-    robot.Do({"mousemove", std::to_string(area.x + area.width - 40),
-              std::to_string(area.y + area.height - 20), "click", "1"});
-    robot.Wait();
+    hand.Do({"mousemove", std::to_string(area.x + area.width - 40),
+             std::to_string(area.y + area.height - 20), "click", "1"});
+    hand.Wait();
+  }
+
+  // In per cent of the bar, which has a margin of 11 pixels. It is blue, and nothing else is.
+  int Progress() {
+    const int width = window.Place().width;
+    const std::vector<unsigned long> pixels = window.Pixels();
+    int most = 0;
+    int blue = 0;
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+      if (i % static_cast<std::size_t>(width) == 0) blue = 0;
+      if ((pixels[i] & 0xFF) > (pixels[i] >> 16) + 60) most = std::max(most, ++blue);
+    }
+    return most * 100 / (width - 2 * 11);
   }
 
   // Nothing is left, whatever the result is.
@@ -89,6 +107,33 @@ TEST_F(QtDraw, SucceedsAfterEnoughKeys) {
   ExpectEnd("drawn");
 }
 
+TEST_F(QtDraw, BarShowsTheProgress) {
+  EXPECT_EQ(0, Progress());
+  robot.Move(150);
+  EXPECT_TRUE(WaitUntil([this] { return Progress() >= 10; }));
+  robot.Wait();
+  EXPECT_GE(60, Progress());
+  ExpectCancelByEscape();
+}
+
+// What is still typed then goes to the dialog, and to no other window.
+TEST_F(QtDraw, StaysWhileKeysArePressedButNotForever) {
+  robot.Type(3000);
+  ASSERT_TRUE(WaitUntil([this] { return Progress() >= 99; }));
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(window.Disappears());
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 1500ms);
+  ExpectEnd("drawn");
+}
+
+TEST_F(QtDraw, IsNotCancelledByTheButtonOnceThereIsEnough) {
+  robot.Type(3000);
+  ASSERT_TRUE(WaitUntil([this] { return Progress() >= 99; }));
+  MovingRobot hand(server.display, 512, 384);
+  ClickTheButton(hand);
+  ExpectEnd("drawn");
+}
+
 TEST_F(QtDraw, IsCancelledByEscape) {
   Press({"Escape"});
   ExpectEnd("zeros");
@@ -101,6 +146,11 @@ TEST_F(QtDraw, IsCancelledByTheButton) {
 
 TEST_F(QtDraw, IsCancelledByTheButtonWithReturn) {
   Press({"Tab", "Return"});
+  ExpectEnd("zeros");
+}
+
+TEST_F(QtDraw, IsCancelledByTheButtonWithEnter) {
+  Press({"Tab", "KP_Enter"});
   ExpectEnd("zeros");
 }
 
@@ -153,6 +203,11 @@ TEST_F(QtDraw, TypingDoesNotPressTheButton) {
   ExpectCancelByEscape();
 }
 
+TEST_F(QtDraw, TabLeavesTheButtonInBothDirections) {
+  Press({"Tab", "Tab", "space", "Tab", "shift+Tab", "space"});
+  ExpectCancelByEscape();
+}
+
 // The server makes a repetition of a press of a key that is down.
 TEST_F(QtDraw, HeldKeyNeverFinishes) {
   std::vector<std::string> commands;
@@ -194,6 +249,7 @@ TEST_F(QtDraw, RegularMotionsRaiseAnAlarm) {
   robot.Wait();
   Press({"space", "x", "Return"});
   EXPECT_EQ(1, alarm.Count());
+  EXPECT_TRUE(WaitUntil([this] { return Progress() == 0; }));
   ClickTheButton();
   ExpectEnd("zeros");
 }

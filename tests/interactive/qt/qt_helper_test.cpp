@@ -1,48 +1,18 @@
 // The program rng-gather-qt where it cannot show a dialog, or need not.
 
-#include "plugins/interactive/request.h"
-#include "plugins/interactive/start_helper.h"
+#include "tests/interactive/started_helper.h"
 #include "tests/support/process.h"
 #include "tests/support/x_server.h"
 
 #include <csignal>
-#include <cstdlib>
-#include <gtest/gtest.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
 constexpr char kHelper[] = INSTALLATION "/libexec/rngaggregator/rng-gather-qt";
 
-class QtHelper : public testing::Test {
+class QtHelper : public StartedHelper {
  protected:
-  // So that its status is seen: it is nobody's child.
-  QtHelper() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
-  ~QtHelper() override { ::close(socket); }
-
-  void Ask(HelperRequest::Task task, const std::string& display) {
-    ::setenv("DISPLAY", display.c_str(), 1);
-    socket = StartHelper(kHelper);
-    const HelperRequest request = {task, 0, 32};
-    ::send(socket, &request, sizeof request, MSG_NOSIGNAL);
-  }
-
-  std::string Answer() const {
-    char answer[64];
-    const ssize_t count = ::recv(socket, answer, sizeof answer, MSG_WAITALL);
-    return std::string(answer, count > 0 ? static_cast<std::size_t>(count) : 0);
-  }
-
-  static int Status() {
-    int status = -1;
-    ::wait(&status);
-    return status;
-  }
-
-  int socket = -1;
+  QtHelper() : StartedHelper(kHelper) {}
 };
 
 }  // namespace

@@ -231,6 +231,7 @@ TEST_F(X11Draw, RegularMotionsRaiseAnAlarm) {
   robot.Shake(120);
   robot.Wait();
   EXPECT_EQ(1, window.Count());
+  EXPECT_EQ(0, Progress());
   ExpectEnd("zeros");
 }
 
@@ -247,6 +248,39 @@ TEST_F(X11Draw, PretendedEventsAndOtherMessagesDoNotCount) {
   ExpectEnd("zeros");
 }
 
+// The server does not ask for that. The bar would reach the edge.
+TEST_F(X11Draw, IsDrawnAgainWhenItBecomesNarrower) {
+  ASSERT_TRUE(WaitUntil([this] { return window.CountInRow(kBackground) > 400; }));
+  window.Resize(500, window.Place().height);
+  EXPECT_TRUE(WaitUntil([this] {
+    const auto pixels = window.Pixels();
+    bool isFree = true;
+    for (std::size_t i = 499; i < pixels.size(); i += 500) isFree &= pixels[i] == kBackground;
+    return isFree;
+  }));
+  window.Close();
+  ExpectEnd("zeros");
+}
+
+TEST_F(X11Draw, IsDrawnAgainWhenItBecomesHigher) {
+  const ShownWindow::Area area = window.Place();
+  window.Resize(area.width, area.height + 100);
+  EXPECT_TRUE(WaitUntil([this] { return window.Pixels().back() == kBackground; }));
+  window.Close();
+  ExpectEnd("zeros");
+}
+
+// The server then refuses the focus.
+TEST_F(X11Draw, MayBeHiddenWhileItTakesTheFocus) {
+  window.ShowForAMoment();
+  window.Resize(600, 400);
+  window.Show();
+  EXPECT_TRUE(window.GetsFocus());
+  EXPECT_TRUE(ShowsItsNewSize());
+  window.Close();
+  ExpectEnd("zeros");
+}
+
 TEST_F(X11Draw, WindowSaysWhatItIs) {
   EXPECT_EQ(kTitle, window.Property("WM_NAME"));
   EXPECT_EQ(kTitle, window.Property("_NET_WM_NAME"));
@@ -254,6 +288,8 @@ TEST_F(X11Draw, WindowSaysWhatItIs) {
   EXPECT_EQ("WM_DELETE_WINDOW", window.Property("WM_PROTOCOLS"));
   EXPECT_EQ("_NET_WM_WINDOW_TYPE_DIALOG", window.Property("_NET_WM_WINDOW_TYPE"));
   EXPECT_TRUE(window.KeepsClicks());
+  EXPECT_TRUE(window.AsksForKeys());
+  EXPECT_EQ(window.Place().width / 3, window.SmallestWidth());
 }
 
 namespace {
