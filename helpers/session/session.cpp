@@ -34,16 +34,10 @@ void CloseSocket() {
   ::shutdown(kHelperSocket, SHUT_RDWR);
 }
 
+// A piece is so small that the socket takes all of it or waits.
 bool Send(const unsigned char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t sent = ::send(kHelperSocket, bytes, size, MSG_NOSIGNAL);
-    if (sent < 0 && errno != EINTR) return false;
-    if (sent > 0) {
-      bytes += sent;
-      size -= static_cast<std::size_t>(sent);
-    }
-  }
-  return true;
+  return TEMP_FAILURE_RETRY(::send(kHelperSocket, bytes, size, MSG_NOSIGNAL)) ==
+         static_cast<ssize_t>(size);
 }
 
 }  // namespace
