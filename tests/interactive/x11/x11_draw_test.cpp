@@ -254,7 +254,7 @@ TEST_F(X11Draw, IsDrawnAgainWhenItBecomesNarrower) {
   window.Resize(500, window.Place().height);
   EXPECT_TRUE(WaitUntil([this] {
     const auto pixels = window.Pixels();
-    bool isFree = true;
+    bool isFree = !pixels.empty();
     for (std::size_t i = 499; i < pixels.size(); i += 500) isFree &= pixels[i] == kBackground;
     return isFree;
   }));
