@@ -59,6 +59,14 @@ TEST_F(TokenFork, CopyReportsTheSelectionBeforeItsFirstDraw) {
   EXPECT_EQ(0, RunForked([this] { return HardwareId() == "B2" ? 0 : 1; }).status);
 }
 
+TEST_F(TokenFork, CopyNamesNoTokenBeforeItsFirstDraw) {
+  Start({"slot id=0"});
+  EXPECT_EQ(0, RunForked([this] {
+              EXPECT_EQ("PKCS#11 token", Description());
+              return HasFailure() ? 1 : 0;
+            }).status);
+}
+
 // A module without locks is called directly, so p11-kit does not notice the fork either.
 TEST_F(TokenFork, CopyInitializesForAReport) {
   Start({"module locks=no forks=unnoticed", "slot id=0"});
