@@ -22,7 +22,10 @@ struct Situation {
 inline void PrintTo(const Situation& situation, std::ostream* out) { *out << situation.name; }
 
 /// The tables, by what is unusual.
-std::vector<Situation> FakePluginSituations();   ///< each fake plug-in alone
+std::vector<Situation>
+FakePluginSituations();  ///< each fake plug-in alone, if it is seen before a draw
+/// The others, which a host gets: `./dev situations` alone runs these.
+std::vector<Situation> HarmlessFakePluginSituations();
 std::vector<Situation> CompanySituations();      ///< plug-ins that conflict
 std::vector<Situation> FileSituations();         ///< files and where they lie
 std::vector<Situation> SettingsSituations();     ///< the settings file and the default

@@ -95,6 +95,8 @@ std::string CaseName(const testing::TestParamInfo<Situation>& info) { return inf
 INSTANTIATE_TEST_SUITE_P(Company, Situations, testing::ValuesIn(CompanySituations()), CaseName);
 INSTANTIATE_TEST_SUITE_P(FakePlugin, Situations, testing::ValuesIn(FakePluginSituations()),
                          CaseName);
+INSTANTIATE_TEST_SUITE_P(HarmlessFakePlugin, Situations,
+                         testing::ValuesIn(HarmlessFakePluginSituations()), CaseName);
 INSTANTIATE_TEST_SUITE_P(File, Situations, testing::ValuesIn(FileSituations()), CaseName);
 INSTANTIATE_TEST_SUITE_P(Permission, Situations, testing::ValuesIn(PermissionSituations()),
                          CaseName);
