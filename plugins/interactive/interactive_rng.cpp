@@ -74,9 +74,9 @@ class InteractiveRng::Helper {
   bool Receive(unsigned char* buffer, std::size_t size) const {
     for (std::size_t done = 0; isAsked && done < size;) {
       if (!WaitForMore()) return false;
-      const ssize_t count = ::recv(descriptor, buffer + done, size - done, 0);
-      if (count == 0 || (count < 0 && errno != EINTR) || IsCancelled()) return false;
-      if (count > 0) done += static_cast<std::size_t>(count);
+      const ssize_t count = TEMP_FAILURE_RETRY(::recv(descriptor, buffer + done, size - done, 0));
+      if (count <= 0 || IsCancelled()) return false;
+      done += static_cast<std::size_t>(count);
     }
     return isAsked;
   }

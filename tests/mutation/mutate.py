@@ -114,7 +114,7 @@ class Tests:
         log = logs / "LastTestsFailed.log"
         log.unlink(missing_ok=True)
         (logs / "CTestCostData.txt").unlink(missing_ok=True)  # by which the slowest tests would start first
-        options = ["-j8", "--no-tests=error", "--timeout", "60"]
+        options = ["-j8", "--no-tests=error", "--timeout", "30"]
         if not run("ctest", "--test-dir", str(directory), *options, *selection):
             return []
         return [line.split(":", 1)[1] for line in log.read_text().splitlines()] if log.exists() else [""]

@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
@@ -23,6 +25,7 @@ char g_helper[] = "scripted_helper";
 bool g_canAsk = true;
 std::string g_problem;
 std::function<void()> g_whenAsked = [] {};
+std::function<void()> g_whenHungUp = [] {};
 
 bool CanAsk() {
   g_whenAsked();
@@ -55,6 +58,13 @@ class Interactive : public testing::Test {
 void DoNothing(int) {}
 
 }  // namespace
+
+// Replaces the system's function.
+extern "C" int shutdown(int socket, int direction) noexcept {
+  const long result = ::syscall(SYS_shutdown, socket, direction);
+  if (direction == SHUT_WR) g_whenHungUp();
+  return static_cast<int>(result);
+}
 
 extern const InteractiveKind kKind = {"biokbd", "keys", g_helper, "nobody", CanAsk, FindProblem};
 
@@ -148,6 +158,23 @@ TEST_F(Interactive, CancelCountsFromTheBeginningOfADraw) {
 TEST_F(Interactive, BytesThatComeAfterACancelAreNotGiven) {
   Script("sends when it is cancelled");
   std::thread draw([this] { EXPECT_EQ("zeros", Draw()); });
+  ::usleep(200'000);
+  rng.Cancel();
+  draw.join();
+}
+
+// Otherwise the cancel would use a descriptor that is closed, or that of another draw.
+TEST_F(Interactive, ADrawKeepsItsSocketWhileACancelUsesIt) {
+  Script("sends when it is cancelled");
+  std::atomic<bool> hasEnded = false;
+  g_whenHungUp = [&] {
+    ::usleep(200'000);
+    EXPECT_FALSE(hasEnded);
+  };
+  std::thread draw([&] {
+    EXPECT_EQ("zeros", Draw());
+    hasEnded = true;
+  });
   ::usleep(200'000);
   rng.Cancel();
   draw.join();
