@@ -102,7 +102,7 @@ TEST_F(DoctorOnPermissions, SeesWhatEveryoneCanWrite) {
             Findings());
   SetMode(Lib(), 0755);
   for (const std::string& file :
-       {Plugin(), fs::canonical(TreePath("lib/librngaggregator.so")).string(), Settings(),
+       {Plugin(), fs::canonical(TreePath("lib/librngaggregator.so.1")).string(), Settings(),
         TreePath("lib/libcrypt_known_path.so")}) {
     const mode_t before = ModeOf(file);
     SetMode(file, 0666);

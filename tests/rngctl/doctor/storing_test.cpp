@@ -212,7 +212,7 @@ Result StoreInHost(User user) {
     std::optional<Unprivileged> unprivileged;
     if (user == User::kOwner) unprivileged.emplace();
     ::alarm(3);
-    void* const library = ::dlopen(TreePath("lib/librngaggregator.so").c_str(), RTLD_NOW);
+    void* const library = ::dlopen(TreePath("lib/librngaggregator.so.1").c_str(), RTLD_NOW);
     if (!library) return 127;
     const auto find = [library](auto* function, const char* name) {
       return reinterpret_cast<decltype(function)>(::dlsym(library, name));

@@ -69,7 +69,7 @@ std::vector<Situation> LimitSituations() {
       Plain("NoProcessorDirectories", "GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX2_Usable"),
       Plain("DynamicWeak", "LD_DYNAMIC_WEAK=1"),
       Plain("LoaderTellsEverything", "LD_DEBUG=all"),
-      Plain("PreloadsTheLibrary", "LD_PRELOAD=" + TreePath("lib/librngaggregator.so")),
+      Plain("PreloadsTheLibrary", "LD_PRELOAD=" + TreePath("lib/librngaggregator.so.1")),
       Plain("PreloadsDisplay", "LD_PRELOAD=" + TreePath("lib/libX11.so.6")),
       Plain("PreloadsKnownPath", "LD_PRELOAD=" + TreePath("lib/libcrypt_known_path.so")),
       Plain("PreloadsByName", "LD_PRELOAD=librngdsdr.so LD_LIBRARY_PATH=" + TreePath("lib")),
