@@ -23,6 +23,12 @@ bool WaitFor(short event) {
   return ::poll(&wait, 1, 5000) == 1;
 }
 
+// Of the whole request, so that helpers can rely on each field.
+bool Asks(const HelperRequest& request, HelperRequest::Task task) {
+  return request.task == task && request.reserved == 0 &&
+         (request.size == 0) == (task == HelperRequest::kSelfTest);
+}
+
 void Tidy() { std::ofstream(std::getenv("HOME") + std::string("/tidied")) << "yes"; }
 
 }  // namespace
@@ -31,10 +37,17 @@ int main() {
   HelperRequest request = {};
   ::recv(kHelperSocket, &request, sizeof request, MSG_WAITALL);
   const std::string task = std::getenv("LANG");
-  if (task == "sends") Send(request.size);
+  if (task == "sends" && Asks(request, HelperRequest::kDraw)) Send(request.size);
   if (task == "sends a half") Send(request.size / 2);
   if (task == "sends another answer") Send(1);
-  if (task == "passes") ::send(kHelperSocket, &kHelperPassed, 1, MSG_NOSIGNAL);
+  if (task == "sends too much") {
+    Send(1);
+    ::poll(nullptr, 0, 100);
+    Send(request.size);
+  }
+  if (task == "passes" && Asks(request, HelperRequest::kSelfTest)) {
+    ::send(kHelperSocket, &kHelperPassed, 1, MSG_NOSIGNAL);
+  }
   if (task == "sends late") {
     ::poll(nullptr, 0, 1200);
     Send(request.size);

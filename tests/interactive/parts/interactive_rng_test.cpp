@@ -82,6 +82,13 @@ TEST_F(Interactive, GivesTheBytesOfTheHelper) {
   EXPECT_EQ("drawn", Draw());
 }
 
+TEST_F(Interactive, WritesNothingBehindTheBuffer) {
+  Script("sends too much");
+  char bytes[33] = {};
+  EXPECT_TRUE(rng.Generate(bytes, 32));
+  EXPECT_EQ(std::string(32, 'r'), bytes);
+}
+
 TEST_F(Interactive, AsksNobodyForNothing) {
   g_canAsk = false;
   EXPECT_TRUE(rng.Generate(nullptr, 0));
