@@ -1,4 +1,4 @@
-// Leaves a handler to the end of a thread.
+// Leaves a handler to the end of the thread that calls the operation which the macro WHERE names.
 
 #include "tests/fake_plugins/correct_rng.h"
 
@@ -6,16 +6,27 @@
 
 namespace {
 
+enum Operation { kIsAvailable, kGenerate };
+
 class ThreadKeyStaysRng final : public CorrectRng {
  public:
   bool IsAvailable() override {
-    pthread_key_t key;
-    if (IsFirstTime() && ::pthread_key_create(&key, Forget) == 0) ::pthread_setspecific(key, this);
+    Begin(kIsAvailable);
     return true;
+  }
+  bool Generate(void* buffer, std::size_t size) override {
+    Begin(kGenerate);
+    return CorrectRng::Generate(buffer, size);
   }
 
  private:
   static void Forget(void*) {}
+
+  void Begin(Operation operation) {
+    if (operation != WHERE || (operation == kIsAvailable && !IsFirstTime())) return;
+    pthread_key_t key;
+    if (::pthread_key_create(&key, Forget) == 0) ::pthread_setspecific(key, this);
+  }
 };
 
 }  // namespace

@@ -202,7 +202,10 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"set_new_handler_stays", "no-handlers-left",
                "The handler of operator new still points into the library."},
         Breach{"exit_handler_stays", "clean-exit", "in the exit of the process"},
-        Breach{"thread_key_stays", "clean-exit", "in the exit of a thread that used it"},
+        Breach{"thread_key_stays_of_IsAvailable", "clean-exit",
+               "in the exit of a thread that used it"},
+        Breach{"thread_key_stays_of_Generate", "clean-exit",
+               "in the exit of a thread that used it"},
         Breach{"static_thread", "exit-without-release",
                "It crashed with signal 6 (Aborted; it called std::terminate) in the exit of "
                "the process without Release."},
@@ -211,7 +214,13 @@ INSTANTIATE_TEST_SUITE_P(
         Breach{"fills_a_cache", "unmapped",
                "It stays in the process after it is closed. The file has the flag "
                "NODELETE."},  // no leak: it grows ever less
-        Breach{"thread_object_stays", "unmapped",
+        Breach{"thread_object_stays_of_IsAvailable", "unmapped",
+               "It stays in the process after it is closed. It has thread_local objects "
+               "with destructors, and a thread that used one is still running."},
+        Breach{"thread_object_stays_of_Name", "unmapped",
+               "It stays in the process after it is closed. It has thread_local objects "
+               "with destructors, and a thread that used one is still running."},
+        Breach{"thread_object_stays_of_Generate", "unmapped",
                "It stays in the process after it is closed. It has thread_local objects "
                "with destructors, and a thread that used one is still running."},
         Breach{"leaks_pages", "load-cycles", "address space"},

@@ -1,17 +1,17 @@
-#include "tools/rngctl/check/plugin/watched_draw.h"
+#include "tools/rngctl/check/plugin/use_all.h"
 #include "tools/rngctl/check/rules/rules.h"
 #include "tools/rngctl/process/resources.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <cstdlib>
 #include <dlfcn.h>
+#include <future>
 #include <thread>
 
 namespace {
 
-// The shortest use that a host can make.
 void Use(WatchedPlugin& plugin) {
-  if (plugin.StartWithBuiltIn() && CanDraw(plugin)) Draw(plugin, 32, 0);
+  if (plugin.StartWithBuiltIn()) UseAll(plugin);
 }
 
 [[noreturn]] void EndProcess(WatchedPlugin& plugin, Step step) {
