@@ -9,6 +9,7 @@
 #include <cstring>
 #include <gmock/gmock.h>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -121,4 +122,13 @@ TEST(Display, LeavesNoDescriptors) {
   EXPECT_TRUE(IsThere(':' + Number()));
   EXPECT_FALSE(IsThere(":1" + Number()));
   EXPECT_EQ(before, CountOpenFiles());
+}
+
+TEST(Display, IsAbsentWhereNoSocketCanBeMade) {
+  Socket server(AbstractPathOf(Number()));
+  server.Listen();
+  ASSERT_TRUE(IsThere(":" + Number()));
+  const rlimit none = {0, 0};
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_NOFILE, &none));
+  EXPECT_FALSE(HasDisplay());
 }
