@@ -2,13 +2,10 @@
 
 #include "tools/rngctl/refusal.h"
 
-#include <cstdlib>
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <exception>
-#include <iostream>
 #include <optional>
-#include <unistd.h>
 
 #include <rngaggregator/aggregator.h>
 
@@ -54,23 +51,7 @@ Failure Start() {
   }
 }
 
-pid_t g_guarded = 0;  // only this process: one that a plug-in forks may exit
-
-void FailWhenExitingEarly(int status, void*) {
-  if (g_guarded != ::getpid() || status != 0) return;
-  std::cerr << "rngctl: A plug-in or the known-path service terminated the program.\n"
-               "Run \"rngctl doctor\" to find out which.\n";
-  std::_Exit(kNegativeAnswer);
-}
-
 }  // namespace
-
-NoEarlyExit::NoEarlyExit() {
-  ::on_exit(FailWhenExitingEarly, nullptr);
-  g_guarded = ::getpid();
-}
-
-NoEarlyExit::~NoEarlyExit() { g_guarded = 0; }
 
 void WithStartedAggregator(const std::function<void()>& work) {
   const Failure startFailure = Start();

@@ -11,14 +11,4 @@
 /// destroyed.
 void WithStartedAggregator(const std::function<void()>& work);
 
-/// While it lives, the program fails with a message if a plug-in calls exit(0),
-/// because the result is not complete. At most one exists at a time.
-class NoEarlyExit {
- public:
-  NoEarlyExit();
-  NoEarlyExit(const NoEarlyExit&) = delete;
-  NoEarlyExit& operator=(const NoEarlyExit&) = delete;
-  ~NoEarlyExit();
-};
-
 #endif

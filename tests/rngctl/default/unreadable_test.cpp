@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 using testing::AllOf;
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -56,6 +57,18 @@ class UnreadableSettings : public RngctlTest {
 TEST_F(UnreadableSettings, AFifoIsNotOpened) {
   ASSERT_EQ(0, ::mkfifo(Ini().c_str(), 0666));
   ExpectRefusals("it is a named pipe (FIFO)). Replace it with a regular file, or remove it.");
+}
+
+TEST_F(UnreadableSettings, TooFewDescriptorsAreNotAnEmptyFile) {
+  WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
+  std::string answered;
+  for (int limit = 3; limit <= 12; ++limit) {
+    const Result result =
+        RunShell("ulimit -n " + std::to_string(limit) + "; exec " + Rngctl() + " default");
+    if (result.status == 0) answered = result.output;
+    EXPECT_THAT(result.output, AnyOf(IsEmpty(), StartsWith("configured  unixdev\n"))) << limit;
+  }
+  EXPECT_EQ("configured  unixdev\ndefault     unixdev\nloaded      yes\n", answered);
 }
 
 // They would wait for ever if they read the settings themselves.

@@ -188,20 +188,29 @@ TEST_F(RngctlTest, AnExceptionOfThePluginsOwnClassIsASentence) {
 TEST_F(RngctlTest, APluginThatTerminatesTheProgramIsAFailure) {
   for (const char* place : {"Opening_Quit", "Release_Quit"}) {
     InstallPlugin("dsdr", std::string("disturbing/") + place);
-    for (const char* command : {"list", "list --json"}) {
+    for (const char* command : {"list", "list --json", "default"}) {
       const Result result = Run(command);
       EXPECT_EQ(1, result.status) << command;
       EXPECT_EQ(
-          "rngctl: A plug-in or the known-path service terminated the program.\n"
+          "rngctl: A plug-in or the known-path service exited with status 0.\n"
           "Run \"rngctl doctor\" to find out which.\n",
           result.errors);
     }
-    const Result shown = Run("default");
-    EXPECT_EQ(1, shown.status);
-    EXPECT_EQ(
-        "rngctl: A plug-in or the known-path service exited with status 0.\n"
-        "Run \"rngctl doctor\" to find out which.\n",
-        shown.errors);
+  }
+}
+
+TEST_F(RngctlTest, APluginThatCrashesLeavesNoCoreFileOfTheList) {
+  InstallPlugin("dsdr", "breaking/opening_crashes");
+  for (const char* command : {" list", " list --json"}) {
+    const Result result =
+        RunShell("cd " + TreePath("") + "; ulimit -c unlimited; exec " + Rngctl() + command);
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ("", result.output);
+    EXPECT_THAT(
+        result.errors,
+        HasSubstr("rngctl: A plug-in or the known-path service crashed with signal 6 (Aborted).\n"
+                  "Run \"rngctl doctor\" to find out which.\n"));
+    EXPECT_FALSE(fs::exists(TreePath("core")));
   }
 }
 

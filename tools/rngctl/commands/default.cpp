@@ -8,7 +8,6 @@
 #include "tools/rngctl/started_aggregator.h"
 #include "tools/rngctl/terminal/text.h"
 
-#include <functional>
 #include <iostream>
 
 #include <rngaggregator/aggregator.h>
@@ -43,18 +42,18 @@ struct Answer {
 
 Answer AskForDefault(std::uint32_t mask, const std::string& file) {
   const DirectoryLock lock = LockForReading(file);
+  RequireReadable(
+      file);  // again, because the lock and plug-ins may have taken the last descriptors
   Answer answer{ReadConfiguredDefault(), {}, false};
   answer.isFound = GetDefaultRng(&answer.found, mask) == 1;
   return answer;
 }
 
-using PassLines = std::function<void(const std::string& lines)>;
-
-void ShowDefault(std::uint32_t mask, const std::string& file, const PassLines& pass) {
+void ShowDefault(std::uint32_t mask, const std::string& file, const TakePiece& pass) {
   const Answer answer = AskForDefault(mask, file);
   const Default& configured = answer.configured;
   const DefaultRngInfo& info = answer.found;
-  pass("configured  " + Printable(Describe(configured)) + '\n');
+  PassText(pass, "configured  " + Printable(Describe(configured)) + '\n');
   if (!answer.isFound) {
     if (configured.kind.size() > kLongest || configured.device.size() > kLongest) {
       throw Refusal(kNegativeAnswer, "There is no default: the configured one is longer than " +
@@ -63,9 +62,9 @@ void ShowDefault(std::uint32_t mask, const std::string& file, const PassLines& p
     throw Refusal(kNegativeAnswer,
                   "There is no default: none is configured, and no kind in the mask is usable.");
   }
-  pass((configured.kind.empty() ? "fallback    " : "default     ") +
-       Printable(Describe({info.type, info.hardwareId})) + '\n');
-  pass(std::string("loaded      ") + (GetRng(info.type) ? "yes" : "no") + '\n');
+  PassText(pass, (configured.kind.empty() ? "fallback    " : "default     ") +
+                     Printable(Describe({info.type, info.hardwareId})) + '\n');
+  PassText(pass, std::string("loaded      ") + (GetRng(info.type) ? "yes" : "no") + '\n');
 }
 
 std::string WhyNotFound(const std::string& kind) {
@@ -100,6 +99,7 @@ void WarnUnlessUsable(const Default& chosen) {
     why = AnswerOfFork(kPluginsAndService, ask);
   } catch (const Refusal& refusal) {
     why = std::string("it is unknown whether the default can be used. ") + refusal.what();
+    if (!why.ends_with('.')) why += '.';  // after the words of a plug-in
   }
   if (why.empty()) return;
   std::cerr << "Warning: " << Printable(why) << " The default was stored anyway.\n";
@@ -110,10 +110,7 @@ void WarnUnlessUsable(const Default& chosen) {
 void RunDefault(std::uint32_t mask) {
   const std::string file = FindReadableSettings();  // before plug-ins read them
   ForkedProcess process(kPluginsAndService, [&](const TakePiece& pass) {
-    const auto passLines = [&pass](const std::string& lines) {
-      pass(SecretBytes(lines.begin(), lines.end()));
-    };
-    WithStartedAggregator([&] { ShowDefault(mask, file, passLines); });
+    WithStartedAggregator([&] { ShowDefault(mask, file, pass); });
   });
   const InterruptionWatch interruption;
   process.ForEachPiece([](const SecretBytes& piece) {

@@ -3,16 +3,16 @@
 #include "providers/catalogue.h"
 #include "tools/rngctl/commands/generators.h"
 #include "tools/rngctl/devices/ask.h"
+#include "tools/rngctl/process/forked/forked_process.h"
 #include "tools/rngctl/refusal.h"
 #include "tools/rngctl/started_aggregator.h"
-#include "tools/rngctl/terminal/standard_output.h"
 #include "tools/rngctl/terminal/text.h"
 
 #include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <optional>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -42,20 +42,21 @@ std::size_t Width(const std::vector<Row>& rows, std::string Row::*column) {
   return width + 2;
 }
 
-void PrintTable(const std::vector<Generator>& generators) {
-  if (generators.empty()) return;
+std::string Table(const std::vector<Generator>& generators) {
+  if (generators.empty()) return "";
   std::vector<Row> rows = {{"NAME", "INTERACTIVE", "FLAGS", "DESCRIPTION"}};
   for (const Generator& generator : generators) {
     rows.push_back({Printable(generator.name), generator.isInteractive ? "yes" : "no",
                     Joined(generator.flags), Printable(generator.description)});
   }
+  std::string table;
   for (const Row& row : rows) {
     for (const auto column : {&Row::name, &Row::interactive, &Row::flags}) {
-      std::cout << Padded(row.*column, Width(rows, column));
+      table += Padded(row.*column, Width(rows, column));
     }
-    std::cout << row.description << '\n';
+    table += row.description + '\n';
   }
-  std::cout << std::flush;  // asking for the devices may take long
+  return table;
 }
 
 struct Reporter {
@@ -85,20 +86,21 @@ void AddReports(const std::vector<Reporter>& reporters, std::vector<Generator>& 
   }
 }
 
-void PrintReports(const std::vector<Generator>& generators) {
+std::string Reports(const std::vector<Generator>& generators) {
+  std::ostringstream text;
   const char* separator = "\n";
   for (const auto& [name, isInteractive, flags, description, report] : generators) {
     for (const Device& device : report.devices) {
-      std::cout << std::exchange(separator, "") << name << ", device "
-                << Printable(device.identifier) << ": " << Printable(device.text) << '\n';
+      text << std::exchange(separator, "") << name << ", device " << Printable(device.identifier)
+           << ": " << Printable(device.text) << '\n';
     }
     for (const std::string& problem : report.problems) {
-      std::cout << std::exchange(separator, "") << name << ", problem: " << Printable(problem)
-                << '\n';
+      text << std::exchange(separator, "") << name << ", problem: " << Printable(problem) << '\n';
     }
     if (report.fault.empty()) continue;
     std::cerr << "rngctl: " << Quoted(name) << ": " << Printable(report.fault) << '\n';
   }
+  return text.str();
 }
 
 Json OrNull(const std::string& text) { return text.empty() ? Json() : Json(text); }
@@ -117,29 +119,33 @@ Json AsJson(const Generator& generator) {
           {"report_fault", OrNull(generator.report.fault)}};
 }
 
-void PrintJson(const std::vector<Generator>& generators) {
+std::string JsonText(const std::vector<Generator>& generators) {
   Json json = {{"generators", Json::array()}};
   for (const Generator& generator : generators) json["generators"].push_back(AsJson(generator));
-  std::cout << EscapedJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) << '\n';
+  return EscapedJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) + '\n';
+}
+
+// The children run after the stop: while this process uses a device, they may not see it.
+void List(bool asJson, const TakePiece& pass) {
+  std::vector<Generator> generators;
+  std::vector<Reporter> reporters;
+  WithStartedAggregator([&] {
+    generators = LoadedGenerators();
+    if (!asJson) PassText(pass, Table(generators));  // asking for the devices may take long
+    reporters = FindReporters();
+  });
+  AddReports(reporters, generators);
+  PassText(pass, asJson ? JsonText(generators) : Reports(generators));
+  if (generators.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
 }
 
 }  // namespace
 
-// The children run after the stop: while this process uses a device, they may not see it.
 void RunList(bool asJson) {
-  const NoEarlyExit guard;
-  std::vector<Generator> generators;
-  std::vector<Reporter> reporters;
-  {
-    std::optional<OutputToErrors> redirection;
-    if (asJson) redirection.emplace();  // what a plug-in prints would spoil the JSON
-    WithStartedAggregator([&] {
-      generators = LoadedGenerators();
-      if (!asJson) PrintTable(generators);
-      reporters = FindReporters();
-    });
-  }
-  AddReports(reporters, generators);
-  asJson ? PrintJson(generators) : PrintReports(generators);
-  if (generators.empty()) throw Refusal(kNegativeAnswer, "No generator is usable.");
+  ForkedProcess process(kPluginsAndService,
+                        [asJson](const TakePiece& pass) { List(asJson, pass); });
+  const InterruptionWatch interruption;
+  process.ForEachPiece([](const SecretBytes& piece) {
+    std::cout.write(piece.data(), static_cast<std::streamsize>(piece.size())) << std::flush;
+  });
 }

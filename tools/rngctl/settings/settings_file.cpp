@@ -108,13 +108,18 @@ ReadingFault FindReadingFault(const std::string& file) {
   return error == 0 ? ReadingFault{} : ExplainError(file, error);
 }
 
-std::string FindReadableSettings() {
-  const std::string file = FindSettingsFile();
-  if (file.empty() || !MayExist(file)) return file;
+void RequireReadable(const std::string& file) {
+  if (file.empty() || !MayExist(file)) return;
   const ReadingFault fault = FindReadingFault(file);
-  if (fault.problem.empty()) return file;
+  if (fault.problem.empty()) return;
   throw Refusal(kNegativeAnswer, "It is unknown which default is configured: " + file +
                                      " cannot be read (" + fault.problem + "). " + fault.fix);
+}
+
+std::string FindReadableSettings() {
+  std::string file = FindSettingsFile();
+  RequireReadable(file);
+  return file;
 }
 
 DirectoryLock LockForReading(const std::string& file) {

@@ -21,8 +21,11 @@ struct ReadingFault {
 /// It never waits, so it can be asked before the library reads the file.
 ReadingFault FindReadingFault(const std::string& file);
 
-/// `FindSettingsFile`, but throws a `Refusal` if the file exists and cannot be read: the library would report
-/// that no default is configured, or never return.
+/// Throws a `Refusal` if the file exists and cannot be read: the library would report that no default is
+/// configured, or never return.
+void RequireReadable(const std::string& file);
+
+/// `FindSettingsFile`, and requires that it is readable.
 std::string FindReadableSettings();
 
 /// Keeps other processes of rngctl from storing while it lives, because there is no file for a moment when

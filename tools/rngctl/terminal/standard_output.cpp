@@ -3,7 +3,6 @@
 #include "tools/rngctl/refusal.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <iostream>
 #include <unistd.h>
@@ -21,14 +20,4 @@ void OpenStandardDescriptors() {
                     "A standard descriptor is closed, and /dev/null cannot be opened.");
     }
   }
-}
-
-OutputToErrors::OutputToErrors() : output(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)) {
-  if (output >= 0) ::dup2(STDERR_FILENO, STDOUT_FILENO);
-}
-
-OutputToErrors::~OutputToErrors() {
-  std::fflush(stdout);
-  ::dup2(output, STDOUT_FILENO);
-  ::close(output);
 }

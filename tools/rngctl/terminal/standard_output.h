@@ -9,17 +9,4 @@ void FinishOutput();
 /// numbers. Writing to them still fails. Call it before anything else.
 void OpenStandardDescriptors();
 
-/// While it lives, standard output is standard error for all of the process, also for what plug-ins have
-/// in the buffer of `stdout`.
-class OutputToErrors {
- public:
-  OutputToErrors();
-  OutputToErrors(const OutputToErrors&) = delete;
-  OutputToErrors& operator=(const OutputToErrors&) = delete;
-  ~OutputToErrors();
-
- private:
-  const int output;
-};
-
 #endif

@@ -178,11 +178,15 @@ void ForkedProcess::RefuseBadEnd() const {
   throw Refusal(kNegativeAnswer, std::string(suspects.who) + " " + end + ".", suspects.advice);
 }
 
+void PassText(const TakePiece& pass, const std::string& text) {
+  for (std::size_t place = 0; place < text.size(); place += kLargestPiece) {
+    const std::string part = text.substr(place, kLargestPiece);
+    pass(SecretBytes(part.begin(), part.end()));
+  }
+}
+
 std::string AnswerOfFork(const Suspects& whoRuns, const std::function<std::string()>& work) {
-  ForkedProcess process(whoRuns, [&work](const TakePiece& pass) {
-    const std::string answer = work();
-    pass(SecretBytes(answer.begin(), answer.end()));
-  });
+  ForkedProcess process(whoRuns, [&work](const TakePiece& pass) { PassText(pass, work()); });
   const InterruptionWatch interruption;
   std::string answer;
   process.ForEachPiece(

@@ -66,8 +66,11 @@ class ForkedProcess {
   int status = 0;  // valid when process is -1
 };
 
-/// Runs `work` in such a process and returns its result, a text of at most `kLargestPiece` bytes. Until
-/// then, signals that ask this process to terminate throw `Interrupted`.
+/// Passes a text of any size on.
+void PassText(const TakePiece& pass, const std::string& text);
+
+/// Runs `work` in such a process and returns its result. Until then, signals that ask this process to
+/// terminate throw `Interrupted`.
 std::string AnswerOfFork(const Suspects& whoRuns, const std::function<std::string()>& work);
 
 #endif
