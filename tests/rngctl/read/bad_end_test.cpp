@@ -91,6 +91,22 @@ TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
   }
 }
 
+// The system ignores the default action of signals there.
+TEST_F(RngctlTest, ASignalAlsoEndsADrawThatIsTheFirstProcessOfAContainer) {
+  const std::string inside = "unshare --map-root-user --pid --fork --kill-child ";
+  if (RunShell(inside + "true").status != 0) GTEST_SKIP() << "this machine cannot run " << inside;
+  InstallPlugin("dsdr", "drawing/Wait");
+  fs::create_directory(TreePath("keys"));
+  for (const auto& [signal, status] : {std::pair("TERM", 143), {"INT", 130}, {"QUIT", 131}}) {
+    const Result result =
+        RunShell(inside + "env --default-signal " + Rngctl() + " read dsdr -n 5000 -o " +
+                 TreePath("keys/key") + " & until ls " + TreePath("keys/key.*") +
+                 "; do sleep 0.01; done >/dev/null 2>&1; pkill -" + signal + " -P $!; wait $!");
+    EXPECT_EQ(status, result.status) << signal;
+    EXPECT_TRUE(fs::is_empty(TreePath("keys"))) << signal;
+  }
+}
+
 TEST_F(RngctlTest, BytesThatNeverArrivedAreMissed) {
   InstallPlugin("dsdr", "drawing/ForgeTheEnd");
   const Result result = Run("read dsdr --unchecked -n 5000 --raw");

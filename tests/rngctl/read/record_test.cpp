@@ -225,6 +225,18 @@ TEST_F(ReadRecord, IsNotWrittenWhereADescriptorLeads) {
   }
 }
 
+TEST_F(ReadRecord, IsNotWrittenToADescriptorOfTheProgramItself) {
+  const std::string closing = "exec 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&-; exec ";
+  for (int number = 3; number <= 9; ++number) {
+    const std::string path = "/dev/fd/" + std::to_string(number);
+    const Result result = RunShell(closing + Rngctl() + " read unixdev -n 8 -o " +
+                                   TreePath("keys/key") + " --record " + path);
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ("rngctl: Cannot write to \"" + path + "\": Bad file descriptor.\n", result.errors);
+    EXPECT_TRUE(fs::is_empty(TreePath("keys")));
+  }
+}
+
 TEST_F(ReadRecord, DoesNotReplaceAFileOfAnotherUser) {
   WriteFile(RecordPath(), "old");
   const bool isGivenAway = ::chown(RecordPath().c_str(), 4711, 4711) == 0;

@@ -13,7 +13,16 @@
 
 namespace {
 
+// The checks open the file anew, and have another standard input.
+void RefuseStandardInput(const std::string& file) {
+  for (const char* const name : {"/dev/stdin", "/dev/fd/0", "/proc/self/fd/0"}) {
+    if (file != name) continue;
+    throw Refusal(kWrongUsage, Quoted(file) + " is standard input. Name the file itself.");
+  }
+}
+
 CheckSubject FindSubject(const CheckRequest& request) {
+  RefuseStandardInput(request.file);
   CheckSubject subject;
   subject.facts = ReadElfFacts(request.file);
   const std::filesystem::path path = std::filesystem::absolute(request.file);

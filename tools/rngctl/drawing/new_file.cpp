@@ -41,7 +41,13 @@ void RemoveUnfinished(int signal) {
     if (unfinished.directory < 0) continue;
     Discard(unfinished.directory, unfinished.name, unfinished.file);
   }
-  ::raise(signal);  // SA_RESETHAND has restored the default action
+  // SA_RESETHAND has restored the default action.
+  sigset_t raised;
+  ::sigemptyset(&raised);
+  ::sigaddset(&raised, signal);
+  ::raise(signal);
+  ::sigprocmask(SIG_UNBLOCK, &raised, nullptr);
+  ::_exit(128 + signal);  // as the first process of a container, which such signals do not end
 }
 
 bool EndsProcessByDefault(int signal) {

@@ -30,7 +30,9 @@ std::optional<int> DescriptorOf(const std::string& path) {
   return std::nullopt;
 }
 
+// Only descriptors that the program was started with: its own, such as that of an unfinished file, are closed on exec.
 bool IsWritable(int descriptor) {
+  if ((::fcntl(descriptor, F_GETFD) & FD_CLOEXEC) != 0) return false;
   const int flags = ::fcntl(descriptor, F_GETFL);
   return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY && (flags & O_PATH) == 0;
 }
