@@ -94,10 +94,12 @@ TEST_F(Interactive, AsksNobodyForNothing) {
   EXPECT_TRUE(rng.Generate(nullptr, 0));
 }
 
-TEST_F(Interactive, FailsWhereNobodyCanBeAskedAnyMore) {
-  Script("sends");
+TEST_F(Interactive, StartsNoHelperWhereNobodyCanBeAskedAnyMore) {
+  Script("waits for the hang-up");
   g_canAsk = false;
   EXPECT_EQ("zeros", Draw());
+  ::usleep(300'000);
+  EXPECT_FALSE(HasTidied());
 }
 
 TEST_F(Interactive, KeepsNothingOfHalfADraw) {
