@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <malloc.h>
+#include <sched.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -138,6 +139,15 @@ TEST(StartHelper, FailsWhereNoProcessCanBeStarted) {
   ASSERT_TRUE(RefuseCall(SYS_clone, EAGAIN, 0, 0));
   EXPECT_EQ(-1, StartHelper(INHERITED));
   EXPECT_EQ(before, CountOpenFiles());
+}
+
+// The first process of the new namespace would end at once, and the host could start no other.
+TEST(StartHelper, FailsWhereChildrenGoToANewNamespace) {
+  if (::unshare(CLONE_NEWPID) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWPID) != 0) {
+    GTEST_SKIP() << "this machine permits no namespaces";
+  }
+  EXPECT_EQ(-1, StartHelper(INHERITED));
+  EXPECT_EQ(EPERM, errno);
 }
 
 TEST(StartHelper, DoesNotHoldTheFolderOfTheHost) {

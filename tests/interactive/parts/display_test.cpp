@@ -98,6 +98,12 @@ TEST(Display, HasANumber) {
   EXPECT_FALSE(IsThere(':' + Number() + "/x"));
 }
 
+TEST(Display, HasANumberThatFitsIntoAnAddress) {
+  for (std::size_t digits = 80; digits < 120; ++digits) {
+    EXPECT_FALSE(IsThere(':' + std::string(digits, '1'))) << digits;
+  }
+}
+
 TEST(Display, OfAnotherMachineIsBelieved) {
   for (const char* const name : {"localhost:10.0", "screen.example:0", "[::1]:0"}) {
     EXPECT_TRUE(IsThere(name)) << name;

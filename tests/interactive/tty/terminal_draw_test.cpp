@@ -190,12 +190,24 @@ class DrawAfterOddSettings : public TerminalDraw {
       : TerminalDraw({"/bin/sh", "-c", "stty min 3; exec " DRAWING_HOST " biokbd 32"}) {}
 };
 
+class DrawWithoutStandardInput : public TerminalDraw {
+ protected:
+  DrawWithoutStandardInput()
+      : TerminalDraw({"/bin/sh", "-c", "exec " DRAWING_HOST " biokbd 32 <&-"}) {}
+};
+
 class ThreeDraws : public TerminalDraw {
  protected:
   ThreeDraws() : TerminalDraw({DRAWING_HOST, "biokbd", "32", "3"}) {}
 };
 
 }  // namespace
+
+TEST_F(DrawWithoutStandardInput, AsksOnTheTerminal) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x03");
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
+}
 
 TEST_F(RemoteDraw, TakesTwiceAsManyKeys) {
   ASSERT_TRUE(terminal.Shows("twice as many keys"));

@@ -83,9 +83,11 @@ TEST_F(TokenReport, SaysWhyATokenCannotBeUsed) {
         "neither is used. Remove one, or rebuild the plug-in with module-name, module-path or "
         "token in its URI.\n",
         "problem\tToken \"Other\" (serial number T) has the same serial number as another",
-        "problem\tToken \"Locked\" (serial number P) requires a PIN",
-        "problem\tToken \"Half\" (serial number Z) returns bytes that are not random. Remove it.",
-        "problem\tToken \"Odd\" (serial number a=b) cannot be selected"}) {
+        "problem\tToken \"Locked\" (serial number P) requires a PIN to generate random bytes, and "
+        "this plug-in never asks for one. Insert another token.\n",
+        "problem\tToken \"Half\" (serial number Z) returns bytes that are not random. Remove it.\n",
+        "problem\tToken \"Odd\" (serial number a=b) cannot be selected, because its serial number "
+        "cannot be stored in rng.ini. It can be used only while no device is selected.\n"}) {
     EXPECT_THAT(report, HasSubstr(problem));
   }
   EXPECT_THAT(report, Not(HasSubstr("device\tT\t")));

@@ -120,6 +120,7 @@ TEST_F(TokenSelection, SizeOfATextStaysWhenAnotherTokenIsUsedBetweenItsTwoCalls)
   for (const auto operation : {&IRngProvider::GetHardwareId, &IRngProvider::GetDescription}) {
     ASSERT_TRUE(rng->SelectDevice("A"));
     const std::int32_t size = (rng->*operation)(nullptr);
+    EXPECT_EQ(operation == &IRngProvider::GetHardwareId ? 17 : 80, size);
     ASSERT_TRUE(rng->SelectDevice("0123456789ABCDEF"));
     std::vector<char> buffer(static_cast<std::size_t>(size) + 1, '!');
     EXPECT_EQ(size, (rng->*operation)(buffer.data()));

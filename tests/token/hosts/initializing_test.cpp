@@ -120,6 +120,15 @@ TEST_F(TokenInitializing, FollowsATokenThatCannotBeRead) {
   EXPECT_EQ(2U, CountSuccesses("C_Initialize"));
 }
 
+// It is read before and after the session is opened.
+TEST_F(TokenInitializing, FollowsATokenThatCannotBeReadInItsSession) {
+  Start({"slot id=0"});
+  EXPECT_EQ("drawn", Draw());
+  tokens.Set({"slot id=0", Fault(1, "C_GetTokenInfo", 2, CKR_CRYPTOKI_NOT_INITIALIZED)});
+  EXPECT_EQ("drawn", Draw());
+  EXPECT_EQ(2U, CountSuccesses("C_Initialize"));
+}
+
 TEST_F(TokenInitializing, IsDoneForAReport) {
   Start({"slot id=0"});
   FinalizeModule();
