@@ -148,6 +148,14 @@ TEST(StartHelper, FailsWhereChildrenGoToANewNamespace) {
   }
   EXPECT_EQ(-1, StartHelper(INHERITED));
   EXPECT_EQ(EPERM, errno);
+  const pid_t first = ::fork();
+  if (first == 0) {
+    for (;;) ::pause();
+  }
+  EXPECT_EQ(-1, StartHelper(INHERITED));
+  EXPECT_EQ(EPERM, errno);
+  ::kill(first, SIGKILL);
+  ::waitpid(first, nullptr, 0);
 }
 
 TEST(StartHelper, DoesNotHoldTheFolderOfTheHost) {

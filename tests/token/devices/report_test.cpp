@@ -156,8 +156,10 @@ TEST_F(UnavailableToken, ReportSaysWhy) {
   EXPECT_THAT(ReportOf({"slot id=0 manufacturer=Other rng=no"}), HasSubstr("does not match"));
   EXPECT_THAT(ReportOf({"slot id=0 rng=no"}), HasSubstr("has no random-number generator"));
   EXPECT_THAT(ReportOf({"slot id=0 pin=yes"}), HasSubstr("requires a PIN"));
-  EXPECT_THAT(ReportOf({"slot id=0 initialized=no"}),
-              HasSubstr("The token in slot 0 of " MOCK_MODULE " has not been initialized."));
+  EXPECT_THAT(
+      ReportOf({"slot id=0 initialized=no"}),
+      HasSubstr("The token in slot 0 of " MOCK_MODULE " has not been initialized. Initialize "
+                "it with its vendor's tool.\n"));
   EXPECT_THAT(ReportOf({"slot id=0 known=no"}), HasSubstr("The token in slot 0"));
   EXPECT_THAT(ReportOf({"slot id=0", Fault(1, "C_OpenSession", 1, 0x30) + " times=100"}),
               AllOf(HasSubstr("cannot generate random bytes: "), HasSubstr(" (0x30). ")));

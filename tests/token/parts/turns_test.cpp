@@ -11,6 +11,15 @@ TEST(TokenTurns, TurnThatEndedJustBeforeTheWaitEndsIt) {
   EXPECT_TRUE(mine.IsMine());
 }
 
+// Otherwise it would wait for itself.
+TEST(TokenTurns, ATurnThatHasWaitedCountsOnce) {
+  Turns turns(false);
+  Turn mine(turns, turns.Cancels());
+  { const Turn other(turns, turns.Cancels()); }
+  ASSERT_TRUE(mine.WaitForAnother());
+  EXPECT_TRUE(mine.RunExclusively([] {}));
+}
+
 TEST(TokenTurns, NobodyWaitsForATurnThatEndedBeforeTheirOwn) {
   Turns turns(false);
   { const Turn other(turns, turns.Cancels()); }

@@ -82,6 +82,11 @@ TEST(TokenModules, AreThoseThatAreRegistered) {
   const SoftHsm hsm;  // only some users may read the system's
   EXPECT_THAT(FilesOf("pkcs11:"), testing::Contains("libsofthsm2.so"));
   EXPECT_THAT(FilesOf("pkcs11:?module-name=softhsm2"), testing::ElementsAre("libsofthsm2.so"));
+  for (const char* const uri : {"pkcs11:", "pkcs11:?module-name=softhsm2"}) {
+    EXPECT_THAT(Modules(TokenUri(uri)).Problems(),
+                testing::Not(testing::Contains(HasSubstr("No module"))))
+        << uri;
+  }
 }
 
 TEST(TokenModules, AreUnmapped) {
