@@ -206,6 +206,11 @@ Result RunAs(User user, const std::string& command) {
   });
 }
 
+template <typename Function>
+Function* Find(void* library, const char* name) {
+  return reinterpret_cast<Function*>(::dlsym(library, name));
+}
+
 // Stores as a host does, without precautions. A signal ends it if the library hangs.
 Result StoreInHost(User user) {
   return RunForked([user] {
@@ -214,11 +219,9 @@ Result StoreInHost(User user) {
     ::alarm(3);
     void* const library = ::dlopen(TreePath("lib/librngaggregator.so.1").c_str(), RTLD_NOW);
     if (!library) return 127;
-    const auto find = [library](auto* function, const char* name) {
-      return reinterpret_cast<decltype(function)>(::dlsym(library, name));
-    };
-    find(&::Initialize, "Initialize")(find(&::GetDefaultSettings, "GetDefaultSettings")());
-    return find(&::SetDefaultRng, "SetDefaultRng")("dsdr", nullptr) ? 0 : 1;
+    Find<decltype(Initialize)>(
+        library, "Initialize")(Find<decltype(GetDefaultSettings)>(library, "GetDefaultSettings")());
+    return Find<decltype(SetDefaultRng)>(library, "SetDefaultRng")("dsdr", nullptr) ? 0 : 1;
   });
 }
 
