@@ -14,6 +14,7 @@
 #include <cstring>
 #include <poll.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -97,6 +98,8 @@ class Listener {
                     std::string("Cannot wait for a process: ") + std::strerror(errno) + ".");
     }
     const bool hasMessage = count > 0 && ReadAll();
+    // They come in bursts. Collecting them costs less than waking up for each.
+    if (hasMessage) std::this_thread::sleep_for(kShortTick);
     prompt.ShowWhenQuiet();
     return hasMessage;
   }
