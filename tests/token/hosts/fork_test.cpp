@@ -62,9 +62,9 @@ TEST_F(TokenFork, CopyReportsTheSelectionBeforeItsFirstDraw) {
 TEST_F(TokenFork, CopyNamesNoTokenBeforeItsFirstDraw) {
   Start({"slot id=0"});
   EXPECT_EQ(0, RunForked([this] {
-              EXPECT_EQ("PKCS#11 token", Description());
-              return HasFailure() ? 1 : 0;
-            }).status);
+                 EXPECT_EQ("PKCS#11 token", Description());
+                 return HasFailure() ? 1 : 0;
+               }).status);
 }
 
 // A module without locks is called directly, so p11-kit does not notice the fork either.
