@@ -37,7 +37,7 @@ struct ForkingHost : TerminalDraw {
 };
 
 // So many bytes that there is time to do something while they are sent.
-constexpr char kHuge[] = "1000000000";
+constexpr char kHuge[] = "300000000";
 
 struct CopiedHost : TerminalDraw {
   CopiedHost() : TerminalDraw({COPIED_HOST, "biokbd", kHuge}) {}
