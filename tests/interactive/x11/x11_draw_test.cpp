@@ -5,6 +5,7 @@
 #include "tests/interactive/shown_window.h"
 #include "tests/support/x_server.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <gmock/gmock.h>
@@ -262,10 +263,20 @@ TEST_F(X11Draw, IsDrawnAgainWhenItBecomesNarrower) {
   ExpectEnd("zeros");
 }
 
+// The picture moves to the middle.
 TEST_F(X11Draw, IsDrawnAgainWhenItBecomesHigher) {
+  ASSERT_TRUE(WaitUntil([this] { return window.CountInRow(kBackground) > 400; }));
   const ShownWindow::Area area = window.Place();
+  const auto rowsAbove = [&] {
+    const auto pixels = window.Pixels();
+    const auto ink = std::find_if(pixels.begin(), pixels.end(),
+                                  [](unsigned long pixel) { return pixel != kBackground; });
+    return (ink - pixels.begin()) / area.width;
+  };
+  const auto before = rowsAbove();
   window.Resize(area.width, area.height + 100);
-  EXPECT_TRUE(WaitUntil([this] { return window.Pixels().back() == kBackground; }));
+  EXPECT_TRUE(WaitUntil([&] { return rowsAbove() == before + 50; }));
+  EXPECT_EQ(kBackground, window.Pixels().back());
   window.Close();
   ExpectEnd("zeros");
 }
