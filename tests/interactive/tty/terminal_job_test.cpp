@@ -100,6 +100,8 @@ struct Pipeline : Job {
   }
 };
 
+struct EndedPipeline : Pipeline, testing::WithParamInterface<int> {};
+
 }  // namespace
 
 TEST_F(StoppedJob, GivesTheTerminalBackAndGoesOn) {
@@ -233,11 +235,13 @@ TEST_F(Pipeline, WaitsForItsTurnAfterASignalThatEndsNothing) {
   ExpectNothingLeft();
 }
 
-TEST_F(Pipeline, EndsBeforeItsTurnWhenItIsTerminated) {
+TEST_P(EndedPipeline, EndsBeforeItsTurn) {
   ASSERT_TRUE(terminal.Shows("0%"));
-  ::kill(FindWaiting(), SIGTERM);
+  ::kill(FindWaiting(), GetParam());
   EXPECT_TRUE(WaitUntil([this] { return host.Others("rng-gather-tty").size() == 2; }));
   terminal.Press("\x03");
   EXPECT_THAT(host.Finish(), EndsWith("zeros\ndescriptors 0\nchildren 0\nend\n"));
   ExpectNothingLeft();
 }
+
+INSTANTIATE_TEST_SUITE_P(By, EndedPipeline, testing::Values(SIGTERM, SIGHUP, SIGINT));
