@@ -149,9 +149,11 @@ std::string ShownWindow::Property(const std::string& name) {
   std::string text;
   if (value && format == 8) text.assign(reinterpret_cast<char*>(value), count);
   if (value && format == 32 && type == XA_ATOM) {
-    char* const atom = XGetAtomName(display, *reinterpret_cast<Atom*>(value));
-    text = atom;
-    XFree(atom);
+    for (unsigned long i = 0; i < count; ++i) {
+      char* const atom = XGetAtomName(display, reinterpret_cast<Atom*>(value)[i]);
+      text += (i > 0 ? " " : "") + std::string(atom ? atom : "?");
+      if (atom) XFree(atom);
+    }
   }
   if (value) XFree(value);
   return text;

@@ -57,7 +57,7 @@ class ShownWindow {
   int CountInRow(unsigned long colour);
 
   unsigned long Number() const { return window; }
-  std::string Property(const std::string& name);
+  std::string Property(const std::string& name);  ///< a text, or the names of atoms
 
   /// Whether a click there means nothing to the windows behind.
   bool KeepsClicks();

@@ -7,9 +7,27 @@
 
 #include <csignal>
 #include <gmock/gmock.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
 
 constexpr char kPrompt[] = "press Ctrl-C";
 constexpr char kEnough[] = "100%";
+
+/// Keeps a process from running. SIGSTOP would not: the kernel continues a group that loses its last parent.
+class Frozen {
+ public:
+  explicit Frozen(pid_t frozen) : process(frozen) {
+    EXPECT_EQ(0, ::ptrace(PTRACE_SEIZE, process, nullptr, nullptr));
+    EXPECT_EQ(0, ::ptrace(PTRACE_INTERRUPT, process, nullptr, nullptr));
+    EXPECT_EQ(process, ::waitpid(process, nullptr, __WALL));
+  }
+  Frozen(const Frozen&) = delete;
+  Frozen& operator=(const Frozen&) = delete;
+  ~Frozen() { ::ptrace(PTRACE_DETACH, process, nullptr, nullptr); }
+
+ private:
+  const pid_t process;
+};
 
 /// A host that draws from "biokbd" on a terminal.
 class TerminalDraw : public testing::Test {

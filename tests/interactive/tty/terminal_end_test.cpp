@@ -120,10 +120,15 @@ TEST_F(TerminalEnd, ByAKilledHelperAfterTheHostHasChangedSettings) {
 
 // The host would print "no echo".
 TEST_F(TerminalEnd, ByAKilledHelperWaitsForTheGuard) {
-  ::kill(guard, SIGSTOP);
-  ::kill(helper, SIGKILL);
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
-  ::kill(guard, SIGCONT);
+  {
+    const Frozen frozen(guard);
+    ::kill(helper, SIGKILL);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_FALSE(before == terminal.Settings());
+    siginfo_t end = {};
+    ::waitid(P_PID, static_cast<id_t>(host.Get()), &end, WEXITED | WNOHANG | WNOWAIT);
+    EXPECT_EQ(0, end.si_pid);
+  }
   ExpectNoBytes();
 }
 

@@ -66,6 +66,7 @@ TEST(Keys, WhatComesTogetherIsNotAlone) {
 
 TEST(Keys, BytesThatAreNotUtf8AreNoCharacter) {
   EXPECT_EQ("208", Keys("\xD0"));
+  EXPECT_EQ("128", Keys("\x80"));
   EXPECT_EQ("128+ 182+", Keys("\x80\xB6"));
   EXPECT_EQ("208+ 97+", Keys("\xD0"
                              "a"));
