@@ -199,26 +199,6 @@ class DrawWithoutStandardInput : public TerminalDraw {
 class ThreeDraws : public TerminalDraw {
  protected:
   ThreeDraws() : TerminalDraw({DRAWING_HOST, "biokbd", "32", "3"}) {}
-
-  // A guard leads a group of its own, and its parent is the helper that has the terminal.
-  pid_t FindGuard() const {
-    const std::vector<pid_t> processes = host.Others("rng-gather-tty");
-    const auto guard = std::find_if(processes.begin(), processes.end(),
-                                    [](pid_t process) { return ::getpgid(process) == process; });
-    return guard == processes.end() ? 0 : *guard;
-  }
-  static pid_t ParentOf(pid_t process) {
-    const std::string status = ReadFile("/proc/" + std::to_string(process) + "/status");
-    return std::stoi(status.substr(status.find("PPid:") + 5));
-  }
-
-  std::size_t CountPrompts() {
-    const std::string& screen = terminal.Screen();
-    std::size_t count = 0;
-    for (auto at = screen.find(kPrompt); at != std::string::npos; at = screen.find(kPrompt, at + 1))
-      ++count;
-    return count;
-  }
 };
 
 }  // namespace
@@ -259,21 +239,6 @@ TEST_F(ThreeDraws, TakeTurns) {
   EXPECT_THAT(output, HasSubstr("zeros"));
   EXPECT_THAT(output, HasSubstr("descriptors 0\nchildren 0\n"));
   ExpectNothingLeft();
-}
-
-// The guard keeps the terminal until it has restored the settings.
-TEST_F(ThreeDraws, WaitForTheGuardOfAKilledHelper) {
-  ASSERT_TRUE(terminal.Shows("0%"));
-  const pid_t guard = FindGuard();
-  ASSERT_NE(0, guard);
-  const pid_t asking = ParentOf(guard);
-  {
-    const Frozen frozen(guard);
-    ::kill(asking, SIGKILL);
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    EXPECT_EQ(1U, CountPrompts());
-  }
-  EXPECT_TRUE(WaitUntil([this] { return CountPrompts() == 2; }));
 }
 
 TEST_F(ThreeDraws, AreAllCancelledAtOnce) {

@@ -98,6 +98,22 @@ struct Pipeline : Job {
     }
     throw std::runtime_error("no front end waits");
   }
+
+  // It leads a group of its own.
+  pid_t FindGuard() const {
+    const std::vector<pid_t> processes = host.Others("rng-gather-tty");
+    const auto guard = std::find_if(processes.begin(), processes.end(),
+                                    [](pid_t process) { return ::getpgid(process) == process; });
+    return guard == processes.end() ? 0 : *guard;
+  }
+
+  std::size_t CountPrompts() {
+    const std::string& screen = terminal.Screen();
+    std::size_t count = 0;
+    for (auto at = screen.find(kPrompt); at != std::string::npos; at = screen.find(kPrompt, at + 1))
+      ++count;
+    return count;
+  }
 };
 
 struct EndedPipeline : Pipeline, testing::WithParamInterface<int> {};
@@ -232,6 +248,25 @@ TEST_F(Pipeline, WaitsForItsTurnAfterASignalThatEndsNothing) {
   ASSERT_TRUE(terminal.Shows("0%"));
   terminal.Press("\x03");
   host.Finish();
+  ExpectNothingLeft();
+}
+
+// The guard keeps the terminal until it has restored the settings.
+TEST_F(Pipeline, WaitsForTheGuardOfAKilledHelper) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  FindWaiting();
+  const pid_t guard = FindGuard();
+  ASSERT_NE(0, guard);
+  const pid_t asking = std::stoi(Field(guard, "PPid"));
+  {
+    const Frozen frozen(guard);
+    ::kill(asking, SIGKILL);
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    EXPECT_EQ(1U, CountPrompts());
+  }
+  EXPECT_TRUE(WaitUntil([this] { return CountPrompts() == 2; }));
+  terminal.Press("\x03");
+  EXPECT_THAT(host.Finish(), EndsWith("zeros\ndescriptors 0\nchildren 0\nend\n"));
   ExpectNothingLeft();
 }
 
