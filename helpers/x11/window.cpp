@@ -14,17 +14,13 @@
 
 namespace {
 
-int ExitOnLoss(Display*) { std::exit(1); }
-
 // Setting the focus fails, without harm, if the window is hidden at that moment.
 int ExitOnError(Display*, XErrorEvent* error) {
   if (error->request_code != X_SetInputFocus) std::exit(1);
   return 0;
 }
 
-// Xlib's own handlers would print the failed request.
 Display* Open() {
-  XSetIOErrorHandler(ExitOnLoss);
   XSetErrorHandler(ExitOnError);
   Display* const display = XOpenDisplay(nullptr);
   if (!display) throw std::runtime_error("The display cannot be opened.");

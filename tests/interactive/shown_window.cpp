@@ -192,16 +192,24 @@ bool ShownWindow::KeepsClicks() {
 
 bool ShownWindow::AsksForKeys() {
   XWMHints* const hints = XGetWMHints(display, window);
-  const bool asks = hints && (hints->flags & InputHint) != 0 && hints->input;
+  const bool asks = hints && hints->flags == (InputHint | StateHint) && hints->input &&
+                    hints->initial_state == NormalState;
   if (hints) XFree(hints);
   return asks;
 }
 
-int ShownWindow::SmallestWidth() {
+std::string ShownWindow::SizeHints() {
   XSizeHints hints = {};
   long supplied = 0;
-  const bool isThere = XGetWMNormalHints(display, window, &hints, &supplied) != 0;
-  return isThere && (hints.flags & PMinSize) != 0 ? hints.min_width : 0;
+  XGetWMNormalHints(display, window, &hints, &supplied);
+  std::string text;
+  const auto add = [&text](const std::string& name, int first, int second) {
+    text += name + ' ' + std::to_string(first) + ' ' + std::to_string(second) + '\n';
+  };
+  if ((hints.flags & PSize) != 0) add("size", hints.width, hints.height);
+  if ((hints.flags & PMinSize) != 0) add("smallest", hints.min_width, hints.min_height);
+  if ((hints.flags & PWinGravity) != 0 && hints.win_gravity == CenterGravity) text += "centre\n";
+  return text;
 }
 
 // The program reads nothing in between: the server serves this client alone.

@@ -62,8 +62,8 @@ class ShownWindow {
   /// Whether a click there means nothing to the windows behind.
   bool KeepsClicks();
 
-  bool AsksForKeys();   ///< whether a window manager may give it the keys
-  int SmallestWidth();  ///< that a window manager may give it; 0 if it does not say
+  bool AsksForKeys();       ///< whether a window manager may show it and give it the keys
+  std::string SizeHints();  ///< for a window manager, a line each
 
   void PretendEscape();              ///< sends an event that the server did not generate
   void PretendMotion(int x, int y);  ///< some milliseconds after the one before

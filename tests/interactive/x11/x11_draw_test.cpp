@@ -300,7 +300,11 @@ TEST_F(X11Draw, WindowSaysWhatItIs) {
   EXPECT_EQ("_NET_WM_WINDOW_TYPE_DIALOG", window.Property("_NET_WM_WINDOW_TYPE"));
   EXPECT_TRUE(window.KeepsClicks());
   EXPECT_TRUE(window.AsksForKeys());
-  EXPECT_EQ(window.Place().width / 3, window.SmallestWidth());
+  const ShownWindow::Area area = window.Place();
+  EXPECT_EQ("size " + std::to_string(area.width) + ' ' + std::to_string(area.height) +
+                "\nsmallest " + std::to_string(area.width / 3) + ' ' +
+                std::to_string(area.height / 3) + "\ncentre\n",
+            window.SizeHints());
 }
 
 namespace {
