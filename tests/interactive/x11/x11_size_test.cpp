@@ -61,6 +61,7 @@ TEST(X11Window, IsInTheMiddleOfTheScreen) {
   const ShownWindow::Area area = screen.Place();
   EXPECT_NEAR(512, area.x + area.width / 2, 1);
   EXPECT_NEAR(384, area.y + area.height / 2, 1);
+  EXPECT_NEAR(34 * 12 * 96 / 72, area.width, 1);  // 34 letters of 12 points
 }
 
 TEST(X11Window, IsTwiceAsLargeAtTwiceTheResolution) {
