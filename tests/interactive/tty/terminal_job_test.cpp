@@ -83,28 +83,26 @@ struct Pipeline : Job {
     return status >> word ? word : "";
   }
 
-  // The front end without a guard, once it handles signals.
-  pid_t FindWaiting() const {
-    std::vector<pid_t> processes;
-    WaitUntil([&] { return (processes = host.Others("rng-gather-tty")).size() == 3; });
-    std::string asking;
-    for (const pid_t process : processes) {
-      if (::getpgid(process) == process) asking = Field(process, "PPid");
-    }
-    for (const pid_t process : processes) {
-      if (::getpgid(process) == process || std::to_string(process) == asking) continue;
-      WaitUntil([&] { return Field(process, "SigBlk") != kNoSignals; });
-      return process;
-    }
-    throw std::runtime_error("no front end waits");
-  }
-
   // It leads a group of its own.
   pid_t FindGuard() const {
     const std::vector<pid_t> processes = host.Others("rng-gather-tty");
     const auto guard = std::find_if(processes.begin(), processes.end(),
                                     [](pid_t process) { return ::getpgid(process) == process; });
     return guard == processes.end() ? 0 : *guard;
+  }
+
+  // The front end without a guard, once it handles signals.
+  pid_t FindWaiting() const {
+    std::vector<pid_t> processes;
+    WaitUntil([&] { return (processes = host.Others("rng-gather-tty")).size() == 3; });
+    const pid_t guard = FindGuard();
+    const std::string asking = Field(guard, "PPid");
+    for (const pid_t process : processes) {
+      if (process == guard || std::to_string(process) == asking) continue;
+      WaitUntil([&] { return Field(process, "SigBlk") != kNoSignals; });
+      return process;
+    }
+    throw std::runtime_error("no front end waits");
   }
 
   std::size_t CountPrompts() {

@@ -68,17 +68,11 @@ class Image {
     return ink;
   }
 
-  double LineHeight(double font) const {
+  cairo_font_extents_t MeasureFont(double font) const {
     cairo_font_extents_t extents;
     cairo_set_font_size(context.get(), font);
     cairo_font_extents(context.get(), &extents);
-    return std::max(extents.height, extents.ascent + extents.descent);
-  }
-  double Ascent(double font) const {
-    cairo_font_extents_t extents;
-    cairo_set_font_size(context.get(), font);
-    cairo_font_extents(context.get(), &extents);
-    return extents.ascent;
+    return extents;
   }
   cairo_text_extents_t Measure(const std::string& text, double font) const {
     cairo_text_extents_t extents;
@@ -97,7 +91,10 @@ const Image& Ruler() {
   return image;
 }
 
-double LineHeight(double font = kFont) { return Ruler().LineHeight(font); }
+double LineHeight(double font = kFont) {
+  const cairo_font_extents_t extents = Ruler().MeasureFont(font);
+  return std::max(extents.height, extents.ascent + extents.descent);
+}
 
 constexpr double kGap = 0.7 * kFont;
 constexpr double kBarHeight = 1.4 * kFont;
@@ -115,7 +112,7 @@ void ExpectText(const Image& image, const std::string& text, double top, double 
   const cairo_text_extents_t extents = Ruler().Measure(text, font);
   EXPECT_NEAR(kFont + extents.x_bearing, ink.left, 1.5) << text;
   EXPECT_NEAR(kFont + extents.x_bearing + extents.width, ink.right, 1.5) << text;
-  const double base = top + Ruler().Ascent(font);
+  const double base = top + Ruler().MeasureFont(font).ascent;
   EXPECT_NEAR(base + extents.y_bearing, ink.top, 1.5) << text;
   EXPECT_NEAR(base + extents.y_bearing + extents.height, ink.bottom, 1.5) << text;
   EXPECT_EQ(colour, ink.darkest) << text;

@@ -98,7 +98,7 @@ class Listener {
                     std::string("Cannot wait for a process: ") + std::strerror(errno) + ".");
     }
     const bool hasMessage = count > 0 && ReadAll();
-    // They come in bursts. Collecting them costs less than waking up for each.
+    // Messages come in bursts. Collecting them costs less than waking up for each.
     if (hasMessage) std::this_thread::sleep_for(kShortTick);
     prompt.ShowWhenQuiet();
     return hasMessage;
