@@ -35,6 +35,9 @@ class Gathering {
 
   /// The bits credited so far, at most `kNeededBits`.
   int Bits() const { return bits; }
+
+  /// The same, in whole percents of what is needed: 100 only once it is complete.
+  int Percent() const { return bits * 100 / kNeededBits; }
   bool IsComplete() const { return bits == kNeededBits; }
 
   /// True once the credited events are too much alike to be a person's. The draw must then fail.

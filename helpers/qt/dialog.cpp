@@ -45,7 +45,6 @@ void Dialog::AddParts() {
   text->setAlignment(Qt::AlignLeft | Qt::AlignTop);
   text->setMinimumWidth(fontMetrics().averageCharWidth() * 60);
   bar->setAccessibleName(tr("Progress"));
-  bar->setMaximum(Gathering::kNeededBits);
   bar->setValue(0);  // without a value, the bar shows no text
   bar->setFormat(tr("%p%"));
   // A user who types must not press the button by accident, so the bar has the focus until the user moves it.
@@ -77,7 +76,7 @@ void Dialog::Say(const QString& sentence) {
 void Dialog::ShowState(int key) {
   if (key != 0 && !IsForButton(key)) bar->setFocus();
   if (gathering.HasAlarm()) return ShowAlarm();
-  bar->setValue(gathering.Bits());
+  bar->setValue(gathering.Percent());
   if (gathering.IsComplete()) ShowEnough(key);
 }
 

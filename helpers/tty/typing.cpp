@@ -19,19 +19,15 @@ constexpr int kControlZ = 26;
 
 void Sleep() { ::poll(nullptr, 0, kLook); }
 
-std::string Percentage(int bits) {
-  return std::to_string(bits * 100 / Gathering::kNeededBits) + '%';
-}
-
-// A bar as long as the window has room for beside the percentage. The length does not change with the bits.
-std::string Bar(int bits, std::size_t columns) {
+// A bar as long as the window has room for beside the percentage. Its length is always the same.
+std::string Bar(int percent, std::size_t columns) {
   constexpr std::size_t kLongest = 20;
-  const std::size_t others = std::string("[] ").size() + Percentage(Gathering::kNeededBits).size();
-  if (columns <= others) return Percentage(bits);
+  const std::string percentage = std::to_string(percent) + '%';
+  const std::size_t others = std::string("[] 100%").size();
+  if (columns <= others) return percentage;
   const std::size_t length = std::min(kLongest, columns - others);
-  const std::size_t filled = static_cast<std::size_t>(bits) * length / Gathering::kNeededBits;
-  return '[' + std::string(filled, '#') + std::string(length - filled, ' ') + "] " +
-         Percentage(bits);
+  const std::size_t filled = static_cast<std::size_t>(percent) * length / 100;
+  return '[' + std::string(filled, '#') + std::string(length - filled, ' ') + "] " + percentage;
 }
 
 }  // namespace
@@ -67,8 +63,8 @@ void Typing::Ask() {
 }
 
 void Typing::ShowProgress() {
-  if (gathering.Bits() == shown) return;
-  shown = gathering.Bits();
+  if (gathering.Percent() == shown) return;
+  shown = gathering.Percent();
   terminal.ShowLine(Bar(shown, terminal.Width()));
 }
 
@@ -150,7 +146,7 @@ void Typing::Resume() {
 // type into the shell.
 void Typing::SwallowTheRest() {
   const std::string request = "That is enough. Please stop typing.";
-  const std::string line = Bar(gathering.Bits(), terminal.Width()) + ". " + request;
+  const std::string line = Bar(gathering.Percent(), terminal.Width()) + ". " + request;
   terminal.ShowLine(line.size() <= terminal.Width() ? line : request);
   const Time start = MonotonicNow();
   for (Time last = start; MonotonicNow() - last < 500ms && MonotonicNow() - start < 3s;) {

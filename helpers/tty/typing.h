@@ -38,7 +38,7 @@ class Typing {
   Gathering& gathering;
   const bool isRemote;
   Time hostRan;    // when the host was last seen running
-  int shown = -1;  // the bits that the progress on the screen shows
+  int shown = -1;  // the percentage on the screen
   bool isOver = false;
 };
 

@@ -51,7 +51,7 @@ bool Asking::Run() {
 }
 
 void Asking::ShowProgress() {
-  picture.percent = gathering.Bits() * 100 / Gathering::kNeededBits;
+  picture.percent = gathering.Percent();
   picture.progress = std::to_string(picture.percent) + '%';
   window.Show(picture);
 }

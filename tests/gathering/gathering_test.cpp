@@ -72,6 +72,17 @@ TEST(Gathering, GivesNothingBeforeThereIsEnough) {
   EXPECT_THROW(gathering.Finish(), std::logic_error);
 }
 
+TEST(Gathering, RoundsThePercentageDown) {
+  Gathering gathering(Zeros(), false);
+  EXPECT_EQ(0, gathering.Percent());
+  Robot robot(3);
+  while (gathering.Bits() < 316) gathering.Add(robot.Press());
+  ASSERT_EQ(316, gathering.Bits());
+  EXPECT_EQ(98, gathering.Percent());
+  while (!gathering.IsComplete()) gathering.Add(robot.Press());
+  EXPECT_EQ(100, gathering.Percent());
+}
+
 TEST(Gathering, AlarmsAtTheSameKeyOverAndOver) {
   Gathering gathering(Zeros(), false);
   Robot robot(4);

@@ -72,10 +72,11 @@ TEST_F(Record, EndsWithASignal) {
 TEST_F(Record, TakesNoKeysOfAnotherProgram) {
   const std::string other = TreePath("other");
   const std::string program = INSTALLATION "/libexec/rngaggregator/rng-gather-tty";
-  host.emplace(HostProcess::Words{"/bin/sh", "-c",
-                                  program + " --record " + file + " & sleep 0.3; " + program +
-                                      " --record " + other + "; wait"},
-               HostProcess::Words{"TERM=dumb"}, terminal.Path());
+  host.emplace(
+      HostProcess::Words{"/bin/sh", "-c",
+                         program + " --record " + file + " & until test -e " + file +
+                             "; do sleep 0.1; done; " + program + " --record " + other + "; wait"},
+      HostProcess::Words{"TERM=dumb"}, terminal.Path());
   EXPECT_TRUE(terminal.Shows("Another program is reading keys"));
   terminal.Press("\x03");
   host->Finish();
@@ -89,6 +90,18 @@ TEST_F(Record, OverwritesNothing) {
   EXPECT_TRUE(terminal.Shows("rng-gather-tty: " + file + ": File exists"));
   EXPECT_NE(0, host->Status());
   EXPECT_EQ("mine", ReadFile(file));
+}
+
+TEST_F(Record, NeedsDescriptorsForTheProcessThatRestoresTheTerminal) {
+  host.emplace(HostProcess::Words{"/bin/sh", "-c",
+                                  "ulimit -n 8; exec " INSTALLATION
+                                  "/libexec/rngaggregator/rng-gather-tty --record " +
+                                      file},
+               HostProcess::Words{"TERM=dumb"}, terminal.Path());
+  host->Finish();
+  EXPECT_TRUE(terminal.Shows("rng-gather-tty: There are too many open files.\r\n"));
+  EXPECT_NE(0, host->Status());
+  EXPECT_TRUE(before == terminal.Settings());
 }
 
 TEST_F(Record, LeavesTheTerminalWhenItIsKilled) {

@@ -38,6 +38,7 @@ TEST_F(TerminalDraw, SaysThatKeysAreTooRegular) {
     robot.PressKey("a");
     terminal.Press("xy");
   }
+  ASSERT_TRUE(terminal.Shows("stop typing"));
   for (int i = 0; i < 20; ++i) robot.Press();
   EXPECT_TRUE(terminal.Shows("too regular to be random."));
   ExpectNoBytes();
