@@ -36,7 +36,7 @@ class Gathering {
   /// The bits credited so far, at most `kNeededBits`.
   int Bits() const { return bits; }
 
-  /// The same, in whole percents of what is needed: 100 only once it is complete.
+  /// The same as a percentage of what is needed, rounded down: 100 only when it is complete.
   int Percent() const { return bits * 100 / kNeededBits; }
   bool IsComplete() const { return bits == kNeededBits; }
 

@@ -19,7 +19,7 @@ constexpr int kControlZ = 26;
 
 void Sleep() { ::poll(nullptr, 0, kLook); }
 
-// A bar as long as the window has room for beside the percentage. Its length is always the same.
+// A bar as long as the window has room for beside the percentage. Its length does not depend on the percentage.
 std::string Bar(int percent, std::size_t columns) {
   constexpr std::size_t kLongest = 20;
   const std::string percentage = std::to_string(percent) + '%';

@@ -18,7 +18,7 @@ namespace {
 
 int g_creationResult = 0;  // what is returned instead of creating a mutex, when it is not 0
 
-// The system's header promises that dlopen throws nothing, and the compiler may end the process.
+// The system's header promises that dlopen throws nothing, so compiled code may end the process if it does.
 void* (*const volatile g_open)(const char* path, int mode) = &::dlopen;
 
 std::string LibraryPath() { return TreePath("lib/librngaggregator.so"); }

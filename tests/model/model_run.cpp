@@ -3,8 +3,8 @@
 //     model_run [--seconds N] [--count N] [--seed S] [--mistake NAME]
 //     model_run --replay "STEPS" [--mistake NAME]
 //
-// Runs for so many seconds, or so many sequences, or until it is stopped. A sequence in which the
-// two differ is shrunk and printed. --mistake gives the model a fault.
+// Runs for --seconds or --count sequences, whichever ends first, or until it is stopped. A sequence in
+// which the library and its model differ is shrunk and printed. --mistake gives the model a fault.
 
 #include "tests/model/comparison.h"
 #include "tests/model/model.h"

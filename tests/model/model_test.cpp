@@ -81,7 +81,7 @@ TEST(ModelRun, RunsUntilItIsStopped) {
   EXPECT_THAT(run.output, testing::Not(testing::StartsWith("0 ")));
 }
 
-TEST(ModelRun, EndsAfterSoManySequences) {
+TEST(ModelRun, EndsAfterTheGivenNumberOfSequences) {
   const Result run = RunShell(kModelRun + " --count 20 --seed 7");
   EXPECT_EQ(0, run.status);
   EXPECT_THAT(run.output, MatchesRegex("20 sequences, [0-9]+ calls, seed 7, [0-9.]+ seconds\n"));

@@ -1,4 +1,5 @@
-// Leaves a handler to the end of the thread that calls the operation which the macro WHERE names.
+// Leaves a destructor of thread-specific data, which runs when the thread ends. The macro WHERE names the
+// operation that registers it.
 
 #include "tests/fake_plugins/correct_rng.h"
 

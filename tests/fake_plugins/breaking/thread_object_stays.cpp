@@ -1,5 +1,5 @@
-// Has an object for each thread, which holds the library until the thread ends. The macro WHERE names the
-// operation that makes it.
+// Has a thread_local object, which keeps the library loaded until the thread ends. The macro WHERE names the
+// operation that creates it.
 
 #include "tests/fake_plugins/correct_rng.h"
 

@@ -23,7 +23,7 @@ bool WaitFor(short event) {
   return ::poll(&wait, 1, 5000) == 1;
 }
 
-// Of the whole request, so that helpers can rely on each field.
+// Compares every field of the request, because helpers rely on each.
 bool Asks(const HelperRequest& request, HelperRequest::Task task) {
   return request.task == task && request.reserved == 0 &&
          (request.size == 0) == (task == HelperRequest::kSelfTest);

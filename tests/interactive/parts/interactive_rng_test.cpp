@@ -82,7 +82,7 @@ TEST_F(Interactive, GivesTheBytesOfTheHelper) {
   EXPECT_EQ("drawn", Draw());
 }
 
-TEST_F(Interactive, WritesNothingBehindTheBuffer) {
+TEST_F(Interactive, WritesNothingPastTheBuffer) {
   Script("sends too much");
   char bytes[33] = {};
   EXPECT_TRUE(rng.Generate(bytes, 32));

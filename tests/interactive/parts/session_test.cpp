@@ -146,7 +146,7 @@ TEST_F(SessionTest, AnswersWithTheBytesThatAreAskedFor) {
   EXPECT_TRUE(expected == Answer());
 }
 
-// The signal interrupts it while it waits for room in the socket.
+// The signal arrives while the session waits for room in the socket.
 TEST_F(SessionTest, GoesOnAnsweringAfterASignal) {
   constexpr std::size_t kSize = 1 << 20;
   struct sigaction action = {};

@@ -13,7 +13,8 @@
 constexpr char kPrompt[] = "press Ctrl-C";
 constexpr char kEnough[] = "100%";
 
-/// Keeps a process from running. SIGSTOP would not: the kernel continues a group that loses its last parent.
+/// Keeps a process from running. SIGSTOP does not suffice: the kernel continues a stopped
+/// process group when it becomes orphaned.
 class Frozen {
  public:
   explicit Frozen(pid_t frozen) : process(frozen) {

@@ -52,7 +52,7 @@ class Image {
 
   // The smallest rectangle with all the ink in these rows, and its darkest pixel.
   struct Ink {
-    int left, right, top, bottom;  // `right` and `bottom` are the first without
+    int left, right, top, bottom;  // `right` and `bottom` are the first column and row without ink
     Pixel darkest;
   };
   Ink InkIn(int from, int to) const {
@@ -129,7 +129,7 @@ TEST(X11Picture, HasItsTextsBelowEachOther) {
   EXPECT_EQ(kBackground, image.At(kWidth - 1, NeededHeight() - 1));
 }
 
-TEST(X11Picture, NeedsThatHeight) {
+TEST(X11Picture, IsAsHighAsItsParts) {
   EXPECT_DOUBLE_EQ(EndingTop() + LineHeight(0.9 * kFont) + kFont,
                    MeasureHeight(kPicture, kWidth, kFont));
 }
@@ -218,8 +218,8 @@ TEST(X11Picture, IsInTheMiddleOfALargerArea) {
   EXPECT_EQ(usual.InkIn(0, usual.Height()).bottom + 50, larger.InkIn(0, larger.Height()).bottom);
 }
 
-// Its top, which has the request, is what remains.
-TEST(X11Picture, HasNoLettersBelowFivePixels) {
+// Where even these do not fit, the top of the picture, which has the request, stays visible.
+TEST(X11Picture, ShrinksLettersNoFurtherThanAboutFivePixels) {
   const Image image(kPicture, 100, 20);
   double font = kFont;
   while (font > 5) font *= 0.95;

@@ -1,4 +1,4 @@
-// What the window of "unixx11" says from the beginning to the end, against the same picture drawn here.
+// Compares what the window of "unixx11" shows, from beginning to end, with the same pictures drawn here.
 
 #include "tests/interactive/host_process.h"
 #include "tests/interactive/moving_robot.h"
@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-// After the others, whose names its macros would spoil.
+// Last, because the macros of Xlib would clash with names in the headers above.
 #include "helpers/x11/properties.h"
 
 #include <X11/Xutil.h>

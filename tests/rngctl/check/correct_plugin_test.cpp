@@ -61,8 +61,8 @@ TEST(Check, APluginIsGlobalInTheProcess) {
   EXPECT_EQ("passed", Find(report, "available").at("result"));
 }
 
-// At least two windows of a thousand uses are compared. The letters stand for the calls of one use, all of
-// which are quick enough to be repeated in so much time, even on a busy machine.
+// At least two windows of a thousand uses are compared. The letters stand for the calls of one use.
+// The time limit is so long that even a busy machine completes all uses.
 TEST(Check, LoadCyclesAreThousandsOfWholeUses) {
   const std::string log = TreePath("uses");
   const std::string plugin = "--only load-cycles --timeout 3600 " + Breaking("logs_uses");

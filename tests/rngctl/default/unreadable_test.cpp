@@ -59,7 +59,7 @@ TEST_F(UnreadableSettings, AFifoIsNotOpened) {
   ExpectRefusals("it is a named pipe (FIFO)). Replace it with a regular file, or remove it.");
 }
 
-TEST_F(UnreadableSettings, TooFewDescriptorsAreNotAnEmptyFile) {
+TEST_F(UnreadableSettings, TooFewDescriptorsAreNotReportedAsNoDefault) {
   WriteFile(Ini(), "[Devices]\nRandomNumberGeneratorType=unixdev\n");
   std::string answered;
   for (int limit = 3; limit <= 12; ++limit) {

@@ -199,7 +199,7 @@ TEST_F(RngctlTest, APluginThatTerminatesTheProgramIsAFailure) {
   }
 }
 
-TEST_F(RngctlTest, APluginThatCrashesLeavesNoCoreFileOfTheList) {
+TEST_F(RngctlTest, APluginThatCrashesInTheListLeavesNoCoreFile) {
   InstallPlugin("dsdr", "breaking/opening_crashes");
   for (const char* command : {" list", " list --json"}) {
     const Result result =

@@ -91,7 +91,7 @@ TEST_F(RngctlTest, AnInterruptedDrawLeavesNothing) {
   }
 }
 
-// The system ignores the default action of signals there.
+// The kernel ignores the default action of signals for the first process of a PID namespace.
 TEST_F(RngctlTest, ASignalAlsoEndsADrawThatIsTheFirstProcessOfAContainer) {
   const std::string inside = "unshare --map-root-user --pid --fork --kill-child ";
   if (RunShell(inside + "true").status != 0) GTEST_SKIP() << "this machine cannot run " << inside;

@@ -45,8 +45,8 @@ const std::set<std::string> kNotHere = {"leaves_process",
                                         "disturbing/LowerDescriptorLimit",
                                         "slow_starts"};
 
-// What a host sees of the fakes that it does not get like any other, or that the doctor sees otherwise.
-// "": anything.
+// What a host sees, and the fakes of which it sees that: those that it does not simply get as "dsdr", and those on
+// which the doctor differs. "" stands for anything.
 const std::map<Seen, std::set<std::string>> kSeen = {
     {"", {"disturbing_RaiseTerminalStop", "scripted", "scripted_display", "stub", "stub_display"}},
     {"accord", {"renames_beside_another", "renames_beside_another_display"}},

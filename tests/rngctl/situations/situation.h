@@ -23,8 +23,8 @@ inline void PrintTo(const Situation& situation, std::ostream* out) { *out << sit
 
 /// The tables, by what is unusual.
 std::vector<Situation>
-FakePluginSituations();  ///< each fake plug-in alone, if it is seen before a draw
-/// The others, which a host gets: `./dev situations` alone runs these.
+FakePluginSituations();  ///< each fake plug-in alone, if a host does not simply get it
+/// The others, which a host gets as usual. Only `./dev situations` runs these.
 std::vector<Situation> HarmlessFakePluginSituations();
 std::vector<Situation> CompanySituations();      ///< plug-ins that conflict
 std::vector<Situation> FileSituations();         ///< files and where they lie

@@ -120,7 +120,7 @@ TEST_F(TokenInitializing, FollowsATokenThatCannotBeRead) {
   EXPECT_EQ(2U, CountSuccesses("C_Initialize"));
 }
 
-// It is read before and after the session is opened.
+// The token is read before and after the session is opened.
 TEST_F(TokenInitializing, FollowsATokenThatCannotBeReadInItsSession) {
   Start({"slot id=0"});
   EXPECT_EQ("drawn", Draw());

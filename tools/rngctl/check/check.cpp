@@ -13,7 +13,7 @@
 
 namespace {
 
-// The checks open the file anew, and have another standard input.
+// Each check opens the file again, in a process whose standard input is /dev/null.
 void RefuseStandardInput(const std::string& file) {
   for (const char* const name : {"/dev/stdin", "/dev/fd/0", "/proc/self/fd/0"}) {
     if (file != name) continue;

@@ -125,7 +125,8 @@ std::string JsonText(const std::vector<Generator>& generators) {
   return EscapedJson(json.dump(2, ' ', false, Json::error_handler_t::replace)) + '\n';
 }
 
-// The children run after the stop: while this process uses a device, they may not see it.
+// The plug-ins are asked for their devices after the stop: while this process uses a device, the processes that
+// ask may not see it.
 void List(bool asJson, const TakePiece& pass) {
   std::vector<Generator> generators;
   std::vector<Reporter> reporters;

@@ -47,7 +47,7 @@ void RemoveUnfinished(int signal) {
   ::sigaddset(&raised, signal);
   ::raise(signal);
   ::sigprocmask(SIG_UNBLOCK, &raised, nullptr);
-  ::_exit(128 + signal);  // as the first process of a container, which such signals do not end
+  ::_exit(128 + signal);  // only as process 1 of a container, which no signal ends
 }
 
 bool EndsProcessByDefault(int signal) {

@@ -30,7 +30,8 @@ std::optional<int> DescriptorOf(const std::string& path) {
   return std::nullopt;
 }
 
-// Only descriptors that the program was started with: its own, such as that of an unfinished file, are closed on exec.
+// False for descriptors that the program has opened itself, such as that of an unfinished file. Unlike inherited
+// ones, they are closed on exec.
 bool IsWritable(int descriptor) {
   if ((::fcntl(descriptor, F_GETFD) & FD_CLOEXEC) != 0) return false;
   const int flags = ::fcntl(descriptor, F_GETFL);

@@ -13,7 +13,7 @@ void Remember(int signal) { g_signal = signal; }
 void EndBySignal(int signal) {
   std::signal(signal, SIG_DFL);
   std::raise(signal);
-  std::_Exit(128 + signal);  // as the first process of a container, which such signals do not end
+  std::_Exit(128 + signal);  // only as process 1 of a container, which no signal ends
 }
 
 InterruptionWatch::InterruptionWatch() {

@@ -25,7 +25,7 @@ ReadingFault FindReadingFault(const std::string& file);
 /// configured, or never return.
 void RequireReadable(const std::string& file);
 
-/// `FindSettingsFile`, and requires that it is readable.
+/// `FindSettingsFile`, followed by `RequireReadable`.
 std::string FindReadableSettings();
 
 /// Keeps other processes of rngctl from storing while it lives, because there is no file for a moment when

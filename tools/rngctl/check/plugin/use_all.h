@@ -3,8 +3,8 @@
 
 #include "tools/rngctl/check/plugin/watched_plugin.h"
 
-/// Calls each operation of a started plug-in, and draws in this thread, too, which may live on after the plug-in
-/// is unloaded. Leaves out what ends the process, throws or waits: other checks report that.
+/// Calls each operation of a started plug-in. Draws in the calling thread, too, because that thread may outlive the
+/// plug-in. Leaves out operations that end the process, throw or wait: other checks report those.
 void UseAll(WatchedPlugin& plugin);
 
 #endif
