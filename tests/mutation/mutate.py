@@ -78,16 +78,17 @@ def only(tests):
     return "-R", f"^({'|'.join(re.escape(test) for test in tests)})$"
 
 
-def beside(path, folder):
-    """A pattern for the tests in files, or in folders, that have the name of the changed file or of a folder above it:
-    these notice most changes. Empty if there are none."""
+def beside(path, folder, pattern):
+    """A pattern for those of the tests that are in files, or in folders, that have the name of the changed file or of a
+    folder above it: these notice most changes. Empty if there are none."""
     names = {*Path(path).parts[1:-1], Path(path).stem}
     cases = []
     for file in sorted((ROOT / "tests" / folder).rglob("*_test.cpp")):
         place = file.relative_to(ROOT / "tests" / folder)
         if names & {*place.parts[:-1], file.stem.removesuffix("_test")}:
             cases += re.findall(r"^TEST(?:_[FP])?\((\w+), (\w+)\)", file.read_text(), re.MULTILINE)
-    return "|".join(rf"{suite}\.{case}" for suite, case in cases)
+    found = [f"{suite}.{case}" for suite, case in cases]
+    return "|".join(re.escape(name) for name in found if re.search(pattern, name))
 
 
 class DoesNotCompile(Exception):
@@ -125,7 +126,7 @@ class Tests:
             self.build(folder)
             if recent := [test for place, test in self.recent if place == folder]:
                 yield folder, only(recent)
-            if likely := beside(path, folder):
+            if likely := beside(path, folder, pattern):
                 yield folder, ("-R", likely, "-E", self.room.without, "--no-tests=ignore")
             yield folder, ("-R", pattern, "-E", self.room.without)
 
