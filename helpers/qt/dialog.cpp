@@ -47,9 +47,8 @@ void Dialog::AddParts() {
   bar->setAccessibleName(tr("Progress"));
   bar->setValue(0);  // without a value, the bar shows no text
   bar->setFormat(tr("%p%"));
-  // A user who types must not press the button by accident, so the bar has the focus until the user moves it.
+  // A user who types must not press the button by accident, so the bar, which comes first, takes the focus.
   bar->setFocusPolicy(Qt::StrongFocus);
-  bar->setFocus();
   button->setAutoDefault(false);
   for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
     new QShortcut(

@@ -40,7 +40,9 @@ ROOMS = {
         ["helpers/tty"],
         [
             ("interactive", "^Keys|^Network|^Record|TerminalDraw"),
-            ("interactive", "Terminal|Job|Pipeline|CopiedHost|HugeDraw|ByForce|Background|Keyboard|InstalledInTree"),
+            ("interactive", "Terminal|Job|Pipeline|CopiedHost|ForkingHost|Draws|HugeDraw|DrawAfter|DrawWithout|RemoteDraw|ByForce|Background|"
+                "Keyboard|InstalledInTree",
+),
         ],
     ),
     "helpers/x11": Room(["helpers/x11"], [("interactive", "X11|Display|InstalledInTree")]),
@@ -63,7 +65,7 @@ ROOMS = {
     ),
     "tools/rngctl/doctor": Room(
         ["tools/rngctl/doctor"],
-        [("rngctl", "Doctor|Permission"), ("rngctl/situations", ".")],
+        [("rngctl", "Doctor|DescribeSlowness|IgnoredDefault|Storing|WalkTo|Writers|Permission"), ("rngctl/situations", ".")],
         "^HarmlessFakePlugin",
     ),
     "tools/rngctl": Room(

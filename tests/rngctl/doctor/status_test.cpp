@@ -33,6 +33,14 @@ TEST_F(Doctor, AnAnswerThatIsNotUnderstoodIsAnInternalError) {
   EXPECT_EQ(0, Run("doctor unixdev").status);
 }
 
+TEST_F(Doctor, WhatWasNotUnderstoodIsKeptIfAStartKeepsIt) {
+  InstallPlugin("dsdr", "stub");
+  InstallPlugin("sobol", "garbles_without_dsdr");
+  const json row = RowOf(Examine(""), "sobol");
+  EXPECT_EQ("internal-error", row.at("verdict"));
+  EXPECT_EQ(true, row.at("kept"));
+}
+
 TEST_F(Doctor, AnInstallationInOrderIsASuccess) {
   InstallUnixDev();
   const Result result = Run("doctor");

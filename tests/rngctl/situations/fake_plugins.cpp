@@ -34,13 +34,14 @@ std::string NameOf(std::string variant, const std::string& display) {
   return variant + display;
 }
 
-// Three leave processes. One writes to descriptors of the doctor, which a host does not have. One runs on
+// Three leave processes. Two write to descriptors of the doctor, which a host does not have. One runs on
 // when it is unloaded, and crashes by chance. One lets the host open no file to write to. Four together take
 // longer than this host is waited for. Other cases cover them.
 const std::set<std::string> kNotHere = {"leaves_process",
                                         "reports_and_leaves_process",
                                         "breaking/LeaveChild",
                                         "breaking/garbles_messages",
+                                        "garbles_without_dsdr",
                                         "breaking/thread_runs_on",
                                         "disturbing/LowerDescriptorLimit",
                                         "slow_starts"};
