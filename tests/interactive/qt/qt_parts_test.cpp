@@ -1,4 +1,4 @@
-// What a screen reader gets from the dialog of "bioqt".
+// The parts of the dialog of "bioqt", and what a screen reader gets from them.
 
 #include "helpers/qt/dialog.h"
 #include "tests/gathering/robot.h"
@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLayout>
 #include <QProgressBar>
 #include <QWindow>
 #include <cstdlib>
@@ -13,7 +14,7 @@
 
 namespace {
 
-class QtAccessibility : public testing::Test {
+class QtParts : public testing::Test {
  protected:
   static int& Platform(int& count) {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
@@ -40,10 +41,11 @@ class QtAccessibility : public testing::Test {
 
 }  // namespace
 
-TEST_F(QtAccessibility, BarHasANameAndTheTextOfTheDialog) {
+TEST_F(QtParts, BarHasANameAndTheTextOfTheDialog) {
   dialog.show();
   QCoreApplication::processEvents();
   EXPECT_TRUE(bar.hasFocus());
+  EXPECT_EQ("0%", bar.text().toStdString());
   EXPECT_EQ("Progress", bar.accessibleName().toStdString());
   EXPECT_TRUE(Said().starts_with("Move the mouse around")) << Said();
   EXPECT_EQ(Said(), Description());
@@ -51,11 +53,22 @@ TEST_F(QtAccessibility, BarHasANameAndTheTextOfTheDialog) {
   Robot robot(1);
   while (!gathering.IsComplete()) gathering.Add(robot.Press());
   Update();
+  EXPECT_EQ("100%", bar.text().toStdString());
   EXPECT_EQ("That is enough. Please stop typing.", Said());
   EXPECT_EQ(Said(), Description());
 }
 
-TEST_F(QtAccessibility, BarHasTheTextOfTheAlarm) {
+TEST_F(QtParts, TheSmallestDialogHasRoomForItsTextAndForTheMouse) {
+  dialog.show();
+  dialog.resize(0, 0);
+  QCoreApplication::processEvents();
+  const QLabel& text = *dialog.findChild<QLabel*>();
+  EXPECT_EQ(text.heightForWidth(text.width()), text.height());
+  const int room = bar.geometry().top() - text.geometry().bottom() - 1;
+  EXPECT_EQ(6 * dialog.fontMetrics().height() + dialog.layout()->spacing(), room);
+}
+
+TEST_F(QtParts, BarHasTheTextOfTheAlarm) {
   dialog.show();
   Robot robot(1);
   for (int i = 0; i < 1000 && !gathering.HasAlarm(); ++i) {

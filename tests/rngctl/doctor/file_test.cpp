@@ -150,22 +150,25 @@ json Stray(const std::string& name, const std::string& problem, const std::strin
 }  // namespace
 
 TEST_F(Doctor, ShowsFilesThatLookLikePluginsAndAreOfNoKind) {
-  for (const char* name : {"librngDsdr.so", "librngmine.so", "librngsobol.so.1", "rngaccord.so"}) {
+  for (const char* name :
+       {"librngDsdr.so", "librngmine.so", "librngsobol.so.1", "librngxscr.so", "rngaccord.so"}) {
     WriteFile(TreePath("lib/") + name, "");
   }
   fs::copy(FakePlugin("biocore", "stub"), TreePath("lib/librngfirst.so.1.2"));
   const std::string lib = TreePath("lib/");
   const std::string none = "no kind has a plug-in with this name";
+  const std::string remove =
+      "Remove it, or give it the file name of its kind; provider.h lists them.";
   const json report = Examine("");
   EXPECT_EQ(
       json({Stray("librngDsdr.so", none + "; did you mean librngdsdr.so?",
                   "Rename it to " + lib + "librngdsdr.so."),
             Stray("librngfirst.so.1.2", none + "; did you mean librngbiocore.so?",
                   "Rename it to " + lib + "librngbiocore.so."),
-            Stray("librngmine.so", none,
-                  "Remove it, or give it the file name of its kind; provider.h lists them."),
+            Stray("librngmine.so", none, remove),
             Stray("librngsobol.so.1", "the library looks for librngsobol.so, without a version",
                   "Make " + lib + "librngsobol.so a symbolic link to it."),
+            Stray("librngxscr.so", none, remove),
             Stray("rngaccord.so", none + "; did you mean librngaccord.so?",
                   "Rename it to " + lib + "librngaccord.so.")}),
       report.at("strays"));
