@@ -179,6 +179,7 @@ TEST_F(Doctor, SettingsThatDoNotEndAreReadAndStoredByNobody) {
   EXPECT_EQ("Replace " + TreePath(kSettingsFile) + " with a file that can be read to its end.",
             settings.at("fix"));
   EXPECT_FALSE(settings.at("writable"));
+  EXPECT_EQ("it cannot be read", settings.at("writing_fault"));
 }
 
 TEST_F(Doctor, SaysThatTheLineOfTheDeviceIsIgnored) {

@@ -203,6 +203,20 @@ TEST_F(Doctor, APluginWhoseNameCrashesTheLookupIsNamed) {
   EXPECT_EQ(0, Run("doctor accord").status);
 }
 
+// The start is repeated without the question that ended it.
+TEST_F(Doctor, ADefaultThatCrashesTheStartHidesNothingElse) {
+  InstallUnixDev();
+  RunShell(Rngctl() + " default set unixdev");
+  InstallPlugin("dsdr", "stub");
+  InstallPlugin("accord", "crowded_name");
+  InstallPlugin("sobol", "garbles_without_dsdr");
+  InstallPlugin("EsmartGost", "crowded_name");
+  const json report = Examine("");
+  EXPECT_EQ("crashed with signal 6 (Aborted) during the search for the default",
+            report.at("start").at("problem"));
+  EXPECT_EQ(true, RowOf(report, "sobol").at("kept"));  // which only the start shows
+}
+
 TEST_F(Doctor, FindsNoDefaultBehindAPluginThatEndsEveryStart) {
   InstallUnixDev();
   RunShell(Rngctl() + " default set unixdev");
