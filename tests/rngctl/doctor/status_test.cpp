@@ -46,6 +46,7 @@ TEST_F(Doctor, AnInstallationInOrderIsASuccess) {
   const Result result = Run("doctor");
   EXPECT_EQ(0, result.status);
   EXPECT_THAT(result.errors, IsEmpty());
+  EXPECT_THAT(result.output, Not(HasSubstr(": \n")));  // advice that says nothing
 }
 
 TEST_F(Doctor, APluginOutOfOrderIsANegativeAnswer) {
