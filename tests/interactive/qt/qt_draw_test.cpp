@@ -98,6 +98,15 @@ TEST_F(QtDraw, SucceedsAfterEnoughMotions) {
   ExpectEnd("drawn");
 }
 
+// As a user hides and shows the windows of a desktop.
+TEST_F(QtDraw, GoesOnAfterItsWindowWasHidden) {
+  const std::string number = std::to_string(window.Number());
+  robot.Do({"windowunmap", number, "windowmap", number});
+  robot.Wait();
+  robot.Move(520);
+  ExpectEnd("drawn");
+}
+
 // Each press is worth two bits at most, and the first nothing.
 TEST_F(QtDraw, SucceedsAfterEnoughKeys) {
   robot.Type(160);

@@ -4,13 +4,18 @@
 #include "tests/gathering/robot.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLayout>
+#include <QMouseEvent>
 #include <QProgressBar>
 #include <QWindow>
 #include <cstdlib>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <thread>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -19,6 +24,11 @@ class QtParts : public testing::Test {
   static int& Platform(int& count) {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     return count;
+  }
+
+  void Complete() {
+    Robot robot(1);
+    while (!gathering.IsComplete()) gathering.Add(robot.Press());
   }
 
   // As if the user had pressed another key.
@@ -50,8 +60,7 @@ TEST_F(QtParts, BarHasANameAndTheTextOfTheDialog) {
   EXPECT_TRUE(Said().starts_with("Move the mouse around")) << Said();
   EXPECT_EQ(Said(), Description());
 
-  Robot robot(1);
-  while (!gathering.IsComplete()) gathering.Add(robot.Press());
+  Complete();
   Update();
   EXPECT_EQ("100%", bar.text().toStdString());
   EXPECT_EQ("That is enough. Please stop typing.", Said());
@@ -66,6 +75,43 @@ TEST_F(QtParts, TheSmallestDialogHasRoomForItsTextAndForTheMouse) {
   EXPECT_EQ(text.heightForWidth(text.width()), text.height());
   const int room = bar.geometry().top() - text.geometry().bottom() - 1;
   EXPECT_EQ(6 * dialog.fontMetrics().height() + dialog.layout()->spacing(), room);
+  EXPECT_EQ(60 * dialog.fontMetrics().averageCharWidth(), text.width());
+}
+
+TEST_F(QtParts, ALargerDialogHasMoreRoomForTheMouse) {
+  dialog.show();
+  dialog.resize(800, 600);
+  QCoreApplication::processEvents();
+  const QWidget& buttons = *dialog.findChild<QDialogButtonBox*>();
+  EXPECT_EQ(dialog.layout()->spacing(), buttons.geometry().top() - bar.geometry().bottom() - 1);
+}
+
+// Where the longer text was.
+TEST_F(QtParts, AShorterTextIsAtTheTop) {
+  EXPECT_EQ(Qt::AlignLeft | Qt::AlignTop, dialog.findChild<QLabel*>()->alignment());
+}
+
+TEST_F(QtParts, TheNetworkHasAParagraphOfItsOwn) {
+  const Dialog remote(gathering, true);
+  EXPECT_THAT(remote.findChild<QLabel*>()->text().toStdString(),
+              testing::HasSubstr("window.\n\nYou may be connected over a network"));
+}
+
+// Only keys do, until two and a half seconds have passed.
+TEST_F(QtParts, TheMouseDoesNotKeepItOpen) {
+  dialog.show();
+  Complete();
+  Update();
+  int motions = 0;
+  for (; dialog.isVisible() && motions < 25; ++motions) {
+    std::this_thread::sleep_for(100ms);
+    const QPointF place(motions, motions);
+    QMouseEvent move(QEvent::MouseMove, place, place, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(dialog.windowHandle(), &move);
+    QCoreApplication::processEvents();
+  }
+  EXPECT_GT(10, motions);
+  EXPECT_EQ(QDialog::Accepted, dialog.result());
 }
 
 TEST_F(QtParts, BarHasTheTextOfTheAlarm) {
