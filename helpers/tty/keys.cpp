@@ -9,7 +9,7 @@ std::optional<std::uint32_t> DecodeOne(const std::string& bytes) {
   const auto first = static_cast<unsigned char>(bytes[0]);
   if (first < 0x80) return bytes.size() == 1 ? std::optional<std::uint32_t>(first) : std::nullopt;
   const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC0 ? 2 : 0;
-  if (size == 0 || size != bytes.size()) return {};
+  if (size != bytes.size()) return {};
   std::uint32_t character = first & (0xFFU >> (size + 1));
   for (const char next : bytes.substr(1)) {
     const auto byte = static_cast<unsigned char>(next);

@@ -97,6 +97,18 @@ TEST_F(QtParts, TheNetworkHasAParagraphOfItsOwn) {
               testing::HasSubstr("window.\n\nYou may be connected over a network"));
 }
 
+TEST_F(QtParts, KeysAndMotionsThatAnotherProgramSendsAreDropped) {
+  UserEvents events(
+      gathering, [](int) {}, [] {});
+  QAbstractNativeEventFilter& filter = events;
+  for (int type = 0; type < 256; ++type) {
+    unsigned char event[32] = {static_cast<unsigned char>(type)};
+    // KeyPress, KeyRelease, ButtonPress, ButtonRelease and MotionNotify, with the mark of XSendEvent.
+    const bool isDropped = type >= 0x82 && type <= 0x86;
+    EXPECT_EQ(isDropped, filter.nativeEventFilter("xcb_generic_event_t", event, nullptr)) << type;
+  }
+}
+
 // Only keys do, until two and a half seconds have passed.
 TEST_F(QtParts, TheMouseDoesNotKeepItOpen) {
   dialog.show();

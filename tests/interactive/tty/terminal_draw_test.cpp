@@ -149,6 +149,14 @@ TEST_F(TerminalDraw, SaysInANarrowWindowHowFarItIs) {
   ExpectNothingLeft();
 }
 
+TEST_F(TerminalDraw, HasNoBarWhereThereIsNoRoomForIt) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Resize(24, 8);
+  EXPECT_TRUE(robot.TypeUntil("\r1%"));
+  terminal.Press("\x03");
+  ExpectNoBytes();
+}
+
 TEST_F(TerminalDraw, SaysInANarrowWindowHowItEnds) {
   ASSERT_TRUE(terminal.Shows("0%"));
   terminal.Resize(24, 20);
