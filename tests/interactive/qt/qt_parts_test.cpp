@@ -11,7 +11,6 @@
 #include <QMouseEvent>
 #include <QProgressBar>
 #include <QWindow>
-#include <cstdlib>
 #include <gmock/gmock.h>
 #include <thread>
 
@@ -21,11 +20,6 @@ namespace {
 
 class QtParts : public testing::Test {
  protected:
-  static int& Platform(int& count) {
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    return count;
-  }
-
   void Complete() {
     Robot robot(1);
     while (!gathering.IsComplete()) gathering.Add(robot.Press());
@@ -40,10 +34,12 @@ class QtParts : public testing::Test {
   std::string Said() const { return dialog.findChild<QLabel*>()->text().toStdString(); }
   std::string Description() const { return bar.accessibleDescription().toStdString(); }
 
-  int count = 1;
+  int count = 3;
   char name[5] = "test";
-  char* arguments[2] = {name, nullptr};
-  QApplication application{Platform(count), arguments};
+  char option[10] = "-platform";
+  char platform[10] = "offscreen";
+  char* arguments[4] = {name, option, platform, nullptr};
+  QApplication application{count, arguments};
   Gathering gathering{SystemBytes(), false};
   Dialog dialog{gathering, false};
   const QProgressBar& bar = *dialog.findChild<QProgressBar*>();
