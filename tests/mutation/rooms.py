@@ -40,9 +40,11 @@ ROOMS = {
         ["helpers/tty"],
         [
             ("interactive", "^Keys|^Network|^Record|TerminalDraw"),
-            ("interactive", "Terminal|Job|Pipeline|CopiedHost|ForkingHost|Draws|HugeDraw|DrawAfter|DrawWithout|RemoteDraw|ByForce|Background|"
-                "Keyboard|InstalledInTree",
-),
+            (
+                "interactive",
+                "Terminal|Job|Pipeline|CopiedHost|ForkingHost|Draws|HugeDraw|DrawAfter|DrawWithout|RemoteDraw|ByForce|"
+                "Background|Keyboard|InstalledInTree",
+            ),
         ],
     ),
     "helpers/x11": Room(["helpers/x11"], [("interactive", "X11|Display|InstalledInTree")]),
@@ -65,7 +67,10 @@ ROOMS = {
     ),
     "tools/rngctl/doctor": Room(
         ["tools/rngctl/doctor"],
-        [("rngctl", "Doctor|DescribeSlowness|IgnoredDefault|Storing|WalkTo|Writers|Permission"), ("rngctl/situations", ".")],
+        [
+            ("rngctl", "Doctor|DescribeSlowness|IgnoredDefault|Storing|WalkTo|Writers|Permission"),
+            ("rngctl/situations", "."),
+        ],
         "^HarmlessFakePlugin",
     ),
     "tools/rngctl": Room(
