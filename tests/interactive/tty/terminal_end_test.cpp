@@ -195,6 +195,14 @@ TEST_F(HugeDraw, LeavesSettingsThatChangeWhileBytesAreSent) {
   EXPECT_TRUE(changed == terminal.Settings());
 }
 
+TEST_F(HugeDraw, LeavesKeysThatAreTypedWhileBytesAreSent) {
+  terminal.Press("keys\n");
+  host.Send(SIGUSR1);
+  EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
+  EXPECT_TRUE(host.IsAlone());
+  EXPECT_EQ(5, terminal.CountUnreadKeys());
+}
+
 // A copy that was made while the helper started has its end of the socket open, too.
 TEST_F(CopiedHost, NoticesTheEndOfTheHelper) {
   ASSERT_TRUE(terminal.Shows("0%"));

@@ -3,11 +3,14 @@
 #include "tests/interactive/tty/terminal_draw.h"
 #include "tests/support/tree.h"
 
+#include <fcntl.h>
 #include <sstream>
 #include <stdexcept>
+#include <sys/file.h>
 #include <unistd.h>
 
 using testing::AnyOf;
+using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -57,6 +60,11 @@ struct ForegroundJob : Job {
 
 struct JobThatCannotBeStopped : Job {
   JobThatCannotBeStopped() : Job("trap '' TSTP; draw; echo end") {}
+};
+
+// Without jobs, the shell has the terminal together with the draw and its helper.
+struct ShellWithoutJobs : TerminalDraw {
+  ShellWithoutJobs() : TerminalDraw({"/bin/bash", "-c", DRAWING_HOST " biokbd 32; read -r line"}) {}
 };
 
 // Two jobs, of which the first one is stopped while it asks.
@@ -162,8 +170,9 @@ TEST_F(ContinuedInTheBackground, SaysNothing) {
   const std::size_t shown = terminal.Screen().size();
   terminal.Press("\x1a");
   host.Finish();
-  EXPECT_THAT(terminal.Screen().substr(shown),
-              Not(AnyOf(HasSubstr(kPrompt), HasSubstr("Cancelled"))));
+  const std::string after = terminal.Screen().substr(shown);
+  EXPECT_THAT(after, Not(AnyOf(HasSubstr(kPrompt), HasSubstr("Cancelled"))));
+  EXPECT_THAT(after, Not(ContainsRegex("\r[^\r\n]")));  // nor does it overwrite a line
 }
 
 TEST_F(JobThatCannotBeStopped, GoesOn) {
@@ -174,6 +183,20 @@ TEST_F(JobThatCannotBeStopped, GoesOn) {
   terminal.Press("\x03");
   EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\nend\n", host.Finish());
   ExpectNothingLeft();
+}
+
+// While the draw is suspended, another one takes the terminal, and the host cancels.
+TEST_F(ShellWithoutJobs, EndsIfTheDrawIsCancelledWhileItWaitsToResume) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  const int other = ::open(terminal.Path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  terminal.Press("\x1a");
+  ASSERT_EQ(0, ::flock(other, LOCK_EX));
+  const std::size_t shown = terminal.Screen().size();
+  std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+  EXPECT_THAT(terminal.Screen().substr(shown), Not(HasSubstr(kPrompt)));
+  for (const pid_t process : host.Others("drawing_host")) ::kill(process, SIGUSR1);
+  EXPECT_TRUE(WaitUntil([this] { return host.Others("rng-gather-tty").empty(); }));
+  ::close(other);
 }
 
 // A shell may have changed the settings while it was stopped. SIGTTOU comes when the shell has the terminal.
