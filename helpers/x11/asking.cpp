@@ -38,7 +38,7 @@ Asking::Asking(Gathering& into, bool isRemote)
 
 bool Asking::Run() {
   while (!gathering.IsComplete() && !gathering.HasAlarm()) {
-    ShowProgress();
+    Show(gathering.Percent());
     Gather(Wait());
     if (window.TakeRefusal()) return false;
   }
@@ -50,9 +50,9 @@ bool Asking::Run() {
   return true;
 }
 
-void Asking::ShowProgress() {
-  picture.percent = gathering.Percent();
-  picture.progress = std::to_string(picture.percent) + '%';
+void Asking::Show(int percent, const std::string& hint) {
+  picture.percent = percent;
+  picture.progress = std::to_string(percent) + '%' + hint;
   window.Show(picture);
 }
 
@@ -76,11 +76,9 @@ void Asking::Gather(const std::vector<UserInput>& inputs) {
 void Asking::ShowAlarm() {
   picture.request = "The input is too regular to be random. No random bytes were generated.";
   picture.remark = "";
-  picture.percent = 0;
-  picture.progress = "0%";
   picture.ending = "To close the window, press Escape.";
   for (const Time start = MonotonicNow(); MonotonicNow() - start < 5s;) {
-    window.Show(picture);
+    Show(0);
     Wait();
     if (window.TakeRefusal()) return;
   }
@@ -89,11 +87,9 @@ void Asking::ShowAlarm() {
 // Reads keys until half a second without one, for three seconds at most: a user who is still typing must not
 // type into another window.
 void Asking::SwallowTheRest() {
-  picture.percent = 100;
-  picture.progress = "100%. That is enough. Please stop typing.";
   const Time start = MonotonicNow();
   for (Time last = start; MonotonicNow() - last < 500ms && MonotonicNow() - start < 3s;) {
-    window.Show(picture);
+    Show(100, ". That is enough. Please stop typing.");
     for (const UserInput& input : Wait()) {
       if (input.type == UserInput::kPress) last = MonotonicNow();
     }

@@ -18,7 +18,7 @@ class Asking {
  private:
   using Time = std::chrono::nanoseconds;
 
-  void ShowProgress();
+  void Show(int percent, const std::string& hint = "");
   std::vector<UserInput> Wait();
   void Gather(const std::vector<UserInput>& inputs);
   void ShowAlarm();

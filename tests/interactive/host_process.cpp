@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -67,6 +68,22 @@ bool WaitUntil(const std::function<bool()>& isTrue) {
     std::this_thread::sleep_for(5ms);
   }
   return false;
+}
+
+bool Sleeps(pid_t process) {
+  clockid_t clock = 0;
+  timespec before = {};
+  timespec after = {};
+  if (::clock_getcpuclockid(process, &clock) != 0 || ::clock_gettime(clock, &before) != 0) {
+    throw std::runtime_error("no such process");
+  }
+  const auto start = std::chrono::steady_clock::now();
+  std::this_thread::sleep_for(1s);
+  const std::chrono::nanoseconds elapsed = std::chrono::steady_clock::now() - start;
+  if (::clock_gettime(clock, &after) != 0) throw std::runtime_error("no such process");
+  const auto used = std::chrono::seconds(after.tv_sec - before.tv_sec) +
+                    std::chrono::nanoseconds(after.tv_nsec - before.tv_nsec);
+  return 10 * used < elapsed;
 }
 
 HostProcess::HostProcess(const Words& command, const Words& variables,

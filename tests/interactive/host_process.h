@@ -9,6 +9,9 @@
 /// Polls until the condition is true. Returns false after half a minute.
 bool WaitUntil(const std::function<bool()>& isTrue);
 
+/// Whether a process uses almost no processor time during the next second.
+bool Sleeps(pid_t process);
+
 /// A program that runs in a session of its own, with a terminal or without, so everything it starts can be
 /// found. The destructor kills what is left of the session.
 class HostProcess {

@@ -69,6 +69,14 @@ TEST_F(ForkingHost, AndItsCopyDoNotDisturbEachOther) {
   ExpectNothingLeft();
 }
 
+// A user may think for a while.
+TEST_F(TerminalEnd, ByCancelAfterAPauseWithoutWork) {
+  EXPECT_TRUE(Sleeps(helper));
+  EXPECT_TRUE(Sleeps(guard));
+  host.Send(SIGUSR1);
+  ExpectNoBytes();
+}
+
 TEST_F(TerminalEnd, ByCancel) {
   host.Send(SIGUSR1);
   ExpectNoBytes();

@@ -51,11 +51,8 @@ class X11Draw : public testing::Test {
     });
   }
 
-  void SendToHelper(int signal) {
-    const std::vector<pid_t> helpers = host.Others(kHelper);
-    ASSERT_EQ(1u, helpers.size());
-    ::kill(helpers[0], signal);
-  }
+  pid_t Helper() const { return host.Others(kHelper).at(0); }
+  void SendToHelper(int signal) const { ::kill(Helper(), signal); }
 
   std::string count;
   XServer server{{"-screen", "0", "1024x768x24", "-dpi", "96"}};
@@ -109,6 +106,12 @@ TEST(X11DrawInACopiedHost, NoticesTheEndOfTheHelper) {
   EXPECT_TRUE(host.Prints("drawn 0"));
   host.Finish();
   EXPECT_TRUE(host.IsAlone());
+}
+
+TEST_F(X11Draw, SleepsWhileNothingHappens) {
+  EXPECT_TRUE(Sleeps(Helper()));
+  window.Close();
+  ExpectEnd("zeros");
 }
 
 TEST_F(X11Draw, CloseButtonCancels) {

@@ -80,13 +80,20 @@ TEST(X11Window, FollowsTheResolutionThatTheUserSetsForTexts) {
 TEST(X11Window, DoesNotBelieveOddResolutions) {
   WindowOnScreen usual(1600, 1000, 96, "unixx11_96.png");
   WindowOnScreen screen(1600, 1000, 20, "unixx11_odd.png");
-  WindowOnScreen set(1600, 1000, 96, "unixx11_odd.png", "Xft.dpi:\t5\n");
+  WindowOnScreen set(1600, 1000, 96, "unixx11_odd.png", "Xft.dpi:\t47\n");
   WindowOnScreen fineScreen(1600, 1000, 500, "unixx11_odd.png");
-  WindowOnScreen setFine(1600, 1000, 96, "unixx11_odd.png", "Xft.dpi:\t5000\n");
+  WindowOnScreen setFine(1600, 1000, 96, "unixx11_odd.png", "Xft.dpi:\t769\n");
   EXPECT_EQ(usual.Place().width, screen.Place().width);
   EXPECT_EQ(usual.Place().width, set.Place().width);
   EXPECT_EQ(usual.Place().width, fineScreen.Place().width);
   EXPECT_EQ(usual.Place().width, setFine.Place().width);
+}
+
+TEST(X11Window, IsAsWideAsAScreenThatIsTooSmallForTheLargestLetters) {
+  WindowOnScreen smallest(1600, 1000, 96, "unixx11_smallest.png", "Xft.dpi:\t48\n");
+  WindowOnScreen largest(1600, 1000, 96, "unixx11_largest.png", "Xft.dpi:\t768\n");
+  EXPECT_EQ(34 * 12 * 48 / 72, smallest.Place().width);
+  EXPECT_EQ(1600, largest.Place().width);
 }
 
 // The sentence about the network takes more lines.
