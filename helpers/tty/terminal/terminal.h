@@ -50,7 +50,7 @@ class Terminal {
   void Say(const std::string& text);
 
  private:
-  void Write(const std::string& text);
+  void Write(const std::string& text) const;
 
   int descriptor;
   int reservation = -1;
