@@ -125,7 +125,6 @@ bool Typing::Suspend() {
   terminal.Say("");
   for (int look = 0; look < 10 && !session.IsHostStopped(); ++look) Sleep();
   while (session.IsHostStopped() && !session.HasEnded()) Sleep();
-  hostRan = MonotonicNow();
   if (session.HasEnded() || !terminal.IsForeground()) return false;
   Resume();
   return true;

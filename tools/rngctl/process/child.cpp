@@ -169,8 +169,7 @@ int EndChild(pid_t child, ChildEnd end) {
   const int stopSignal = end == ChildEnd::kStopped ? LookAt(child).si_status : 0;
   if (end == ChildEnd::kStopped || end == ChildEnd::kTimedOut) ::kill(child, SIGKILL);
   int status = 0;
-  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
+  TEMP_FAILURE_RETRY(::waitpid(child, &status, 0));
   if (end == ChildEnd::kStopped) return stopSignal;
   return end == ChildEnd::kSignalled ? WTERMSIG(status) : WEXITSTATUS(status);
 }

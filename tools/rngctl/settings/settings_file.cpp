@@ -3,6 +3,7 @@
 #include "settings/known_path.h"
 #include "tools/rngctl/files/path_facts.h"
 #include "tools/rngctl/files/users.h"
+#include "tools/rngctl/process/descriptor.h"
 #include "tools/rngctl/process/forked/forked_process.h"
 #include "tools/rngctl/refusal.h"
 
@@ -66,19 +67,17 @@ ReadingFault ExplainError(const std::string& file, int error) {
 
 // Returns the errno, EFBIG if the end does not come.
 int ReadToEnd(const std::string& file) {
-  const int descriptor = ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-  if (descriptor < 0) return errno;
+  const Descriptor open(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (open.Get() < 0) return errno;
   std::vector<char> mebibyte(1U << 20U);
   ssize_t count = 1;
   std::size_t total = 0;
   while (count > 0 && total <= kMostMebibytes * mebibyte.size()) {
-    count = ::read(descriptor, mebibyte.data(), mebibyte.size());
+    count = ::read(open.Get(), mebibyte.data(), mebibyte.size());
     if (count > 0) total += static_cast<std::size_t>(count);
   }
-  const int error = errno;
-  ::close(descriptor);
   if (count > 0) return EFBIG;
-  return count < 0 ? error : 0;
+  return count < 0 ? errno : 0;
 }
 
 }  // namespace
