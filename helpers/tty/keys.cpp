@@ -22,7 +22,6 @@ std::optional<std::uint32_t> DecodeOne(const std::string& bytes) {
 }  // namespace
 
 std::vector<KeyPress> SplitKeys(const std::string& bytes, std::chrono::nanoseconds time) {
-  if (bytes.empty()) return {};
   if (const auto character = DecodeOne(bytes)) return {{time, *character, true}};
   std::vector<KeyPress> presses;
   for (const char byte : bytes) {

@@ -53,6 +53,7 @@ TEST_F(Record, HasALineForEachPress) {
 TEST_F(Record, EndsWithControlD) {
   Start({"--record", file});
   ASSERT_TRUE(terminal.Shows("press Ctrl-C"));
+  EXPECT_TRUE(Sleeps(host->Get()));
   terminal.Press("\x04");
   EXPECT_TRUE(terminal.Shows("Key presses recorded: 0"));
   host->Finish();
