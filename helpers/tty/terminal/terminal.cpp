@@ -16,7 +16,6 @@ Terminal::Terminal() : descriptor(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEX
 
 Terminal::~Terminal() {
   LeaveKeys();
-  guard.reset();
   ::close(descriptor);
   ::close(reservation);
 }
