@@ -3,6 +3,7 @@
 #include "tests/interactive/tty/terminal_draw.h"
 
 #include <atomic>
+#include <filesystem>
 
 using testing::HasSubstr;
 using testing::Not;
@@ -214,6 +215,10 @@ class ThreeDraws : public TerminalDraw {
 
 TEST_F(DrawWithoutStandardInput, AsksOnTheTerminal) {
   ASSERT_TRUE(terminal.Shows("0%"));
+  const std::string descriptors = "/proc/" + std::to_string(host.Get()) + "/fd";
+  for (const auto& descriptor : std::filesystem::directory_iterator(descriptors)) {
+    EXPECT_NE("/dev/tty", std::filesystem::read_symlink(descriptor)) << descriptor;
+  }
   terminal.Press("\x03");
   EXPECT_EQ("ready\nzeros\ndescriptors 0\nchildren 0\n", host.Finish());
 }
