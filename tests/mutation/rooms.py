@@ -76,7 +76,8 @@ ROOMS = {
     "tools/rngctl": Room(
         ["tools/rngctl"],
         [("rngctl", ".")],
-        "Situations|CheckLoadCycles|EndAfterHalfAMinute|OneThatHangs|DrawsOfSeconds|WhatTakesTime|ThreadsThatAreJoined",
+        "Situations|CheckLoadCycles|EndAfterHalfAMinute|OneThatHangs|16BitsOfSeed|DrawsOfSeconds|WhatTakesTime|"
+        "ThreadsThatAreJoined",
     ),
 }
 
