@@ -109,6 +109,7 @@ TEST(X11DrawInACopiedHost, NoticesTheEndOfTheHelper) {
 }
 
 TEST_F(X11Draw, SleepsWhileNothingHappens) {
+  ASSERT_TRUE(WaitUntil([this] { return window.CountInRow(kBackground) > 400; }));
   EXPECT_TRUE(Sleeps(Helper()));
   window.Close();
   ExpectEnd("zeros");
