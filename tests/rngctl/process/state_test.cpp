@@ -7,7 +7,9 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <iostream>
+#include <sched.h>
 #include <sys/mman.h>
+#include <sys/personality.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -87,6 +89,46 @@ TEST(ProcessSnapshot, NamesWhatTheProcessHasOnlyOnce) {
               ElementsAre("changes the priority to 7"));
   EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::prctl(PR_SET_DUMPABLE, 0)); }),
               ElementsAre("changes the dumpable flag to 0"));
+  EXPECT_THAT(Changes([] { ::uselocale(::newlocale(LC_ALL_MASK, "C", nullptr)); }),
+              ElementsAre("changes the locale of the thread to its own"));
+  EXPECT_THAT(Changes([] {
+                const sched_param none = {};
+                ASSERT_EQ(0, ::sched_setscheduler(0, SCHED_BATCH, &none));
+              }),
+              ElementsAre("changes the scheduling policy to 3"));
+  EXPECT_THAT(Changes([] {
+                static char memory[65536];
+                const stack_t stack = {memory, 0, sizeof memory};
+                ASSERT_EQ(0, ::sigaltstack(&stack, nullptr));
+              }),
+              ElementsAre("changes the alternate signal stack to one of 65536 bytes"));
+  EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::personality(ADDR_NO_RANDOMIZE)); }),
+              ElementsAre("changes the personality to 262144"));
+}
+
+// Only a process that leads no group can start a session.
+TEST(ProcessSnapshot, NamesGroupAndSession) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const std::string own = std::to_string(::getpid());
+    EXPECT_THAT(Changes([] { ::setsid(); }), ElementsAre("changes the process group to " + own,
+                                                         "changes the session to " + own));
+    ::_exit(HasFailure() ? 1 : 0);
+  }
+  int status = -1;
+  ASSERT_EQ(child, ::waitpid(child, &status, 0));
+  EXPECT_EQ(0, status);
+}
+
+TEST(ProcessSnapshot, NamesUserAndGroup) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+  ::prctl(PR_SET_DUMPABLE, 0);  // each change would clear it
+  EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::setegid(65534)); }),
+              ElementsAre("changes the group ID to 65534"));
+  EXPECT_THAT(Changes([] { ASSERT_EQ(0, ::seteuid(65534)); }),
+              ElementsAre("changes the user ID to 65534"));
+  ASSERT_EQ(0, ::seteuid(0));
+  ASSERT_EQ(0, ::setegid(0));
 }
 
 TEST(ProcessSnapshot, NamesLimits) {
@@ -104,6 +146,8 @@ TEST(ProcessSnapshot, NamesWhatChangesArithmetic) {
               ElementsAre(MatchesRegex("changes the rounding of floating-point numbers to .+")));
   EXPECT_THAT(Changes([] { _mm_setcsr(_mm_getcsr() | 0x8000U); }),
               ElementsAre("changes the treatment of very small floating-point numbers to zero"));
+  EXPECT_THAT(Changes([] { ::feenableexcept(FE_DIVBYZERO); }),
+              ElementsAre("changes the floating-point exceptions that raise a signal to mask 4"));
 }
 
 TEST(ProcessSnapshot, NamesTimers) {
@@ -154,13 +198,22 @@ TEST(ProcessSnapshot, SeesBuffersInALibraryAndInMemoryThatIsGone) {
   EXPECT_THAT(Changes([] { std::setvbuf(stdin, UnmappedPage(), _IOFBF, 64); }),
               ElementsAre("leaves the buffer of stdin in memory that is no longer mapped"));
   EXPECT_THAT(Changes([] { std::setvbuf(stdin, nullptr, _IONBF, 0); }), IsEmpty());
-  std::streambuf* const own = std::cin.rdbuf();
-  const ProcessSnapshot before = CaptureProcessState();
-  std::cin.rdbuf(reinterpret_cast<std::streambuf*>(UnmappedPage()));
-  const ProcessSnapshot after = CaptureProcessState();
-  std::cin.rdbuf(own);
-  EXPECT_THAT(Compare(before, after),
-              ElementsAre("leaves the buffer of std::cin in memory that is no longer mapped"));
+  for (const auto& [file, name] : {std::pair(stdout, "stdout"), std::pair(stderr, "stderr")}) {
+    EXPECT_THAT(Changes([&] { std::setvbuf(file, buffer, _IOFBF, sizeof buffer); }),
+                ElementsAre(MatchesRegex(std::string("leaves the buffer of ") + name + " in .+")));
+    std::setvbuf(file, nullptr, _IONBF, 0);
+  }
+  for (const auto& [stream, name] : {std::pair<std::ios*, std::string>(&std::cin, "std::cin"),
+                                     {&std::cout, "std::cout"},
+                                     {&std::cerr, "std::cerr"}}) {
+    std::streambuf* const own = stream->rdbuf();
+    const ProcessSnapshot before = CaptureProcessState();
+    stream->rdbuf(reinterpret_cast<std::streambuf*>(UnmappedPage()));
+    const ProcessSnapshot after = CaptureProcessState();
+    stream->rdbuf(own);
+    EXPECT_THAT(Compare(before, after), ElementsAre("leaves the buffer of " + name +
+                                                    " in memory that is no longer mapped"));
+  }
 }
 
 TEST(ProcessSnapshot, SeesStandardStreamsThatAreReplacedOrClosed) {
@@ -172,6 +225,13 @@ TEST(ProcessSnapshot, SeesStandardStreamsThatAreReplacedOrClosed) {
   EXPECT_THAT(Changes([] { ::close(STDIN_FILENO); }), ElementsAre("closes standard input"));
   EXPECT_THAT(Changes([] { ::open("/dev/null", O_RDONLY | O_CLOEXEC); }),
               ElementsAre("opens a file as standard input"));
+  for (const auto& [stream, name] : {std::pair<int, std::string>(STDOUT_FILENO, "standard output"),
+                                     {STDERR_FILENO, "standard error"}}) {
+    const int own = ::dup(stream);
+    const std::vector<std::string> changes = Changes([&] { ::dup2(other, stream); });
+    ::dup2(own, stream);
+    EXPECT_THAT(changes, ElementsAre("replaces " + name));
+  }
 }
 
 TEST(ProcessSnapshot, NamesChildren) {
