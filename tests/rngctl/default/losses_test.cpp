@@ -34,9 +34,10 @@ std::string Settings(std::size_t size) {
 // A disk of 64 blocks in place of the settings directory, with that many free once it is filled.
 class SmallDisk {
  public:
-  SmallDisk() : place(TreePath("etc")) {
+  explicit SmallDisk(const std::string& option = "") : place(TreePath("etc")) {
     fs::create_directory(place);
-    isMounted = ::mount("none", place.c_str(), "tmpfs", 0, "size=256k,mode=755") == 0;
+    const std::string options = "size=256k,mode=755" + option;
+    isMounted = ::mount("none", place.c_str(), "tmpfs", 0, options.c_str()) == 0;
   }
   SmallDisk(const SmallDisk&) = delete;
   SmallDisk& operator=(const SmallDisk&) = delete;
@@ -77,6 +78,18 @@ class Losses : public RngctlTest {
 };
 
 }  // namespace
+
+TEST_F(Losses, ADiskWithoutFreeInodesIsNamed) {
+  const SmallDisk disk(",nr_inodes=2");  // the directory and the file
+  if (!disk.IsMounted()) GTEST_SKIP() << "this user cannot mount a small disk";
+  WriteFile(Ini(), kOldSettings);
+  const Result result = Run("default set unixdev");
+  EXPECT_EQ(1, result.status);
+  EXPECT_THAT(result.errors, HasSubstr("the disk of " + TreePath("etc") +
+                                       " has no free inodes. Nothing was changed. Free some space "
+                                       "on that disk, and try again."));
+  EXPECT_EQ(kOldSettings, ReadFile(Ini()));
+}
 
 TEST_F(Losses, ADiskWithoutRoomForTheNewEntryIsFull) {
   const SmallDisk disk;

@@ -57,6 +57,15 @@ class UnreadableSettings : public RngctlTest {
 TEST_F(UnreadableSettings, AFifoIsNotOpened) {
   ASSERT_EQ(0, ::mkfifo(Ini().c_str(), 0666));
   ExpectRefusals("it is a named pipe (FIFO)). Replace it with a regular file, or remove it.");
+  EXPECT_THAT(Run("default set unixdev").errors,
+              HasSubstr(": " + Ini() + " is a named pipe (FIFO). Nothing was changed. "));
+}
+
+TEST_F(UnreadableSettings, ASocketIsNamed) {
+  ASSERT_EQ(0, ::mknod(Ini().c_str(), S_IFSOCK | 0600, 0));
+  ExpectRefusals("it is a socket). ");
+  EXPECT_THAT(Run("default set unixdev").errors,
+              HasSubstr(": " + Ini() + " is a socket. Nothing was changed. "));
 }
 
 TEST_F(UnreadableSettings, TooFewDescriptorsAreNotReportedAsNoDefault) {
