@@ -173,6 +173,36 @@ TEST_F(RngctlTest, WhatPluginsPrintIsNotAmongTheAnswers) {
   EXPECT_THAT(shown.errors, HasSubstr("driver"));
 }
 
+TEST_F(RngctlTest, WhatCannotBeStoredIsNamed) {
+  const std::string rest =
+      " cannot be stored: it must be one line of UTF-8 without \"=\", without control characters, "
+      "and without leading or trailing blanks. Nothing was changed.\n";
+  for (const std::string text : {"a=b", " a", "a "}) {
+    EXPECT_EQ("rngctl: The name \"" + text + "\"" + rest, Run("default set '" + text + "'").errors);
+    EXPECT_EQ("rngctl: The hardware identifier \"" + text + "\"" + rest,
+              Run("default set unixdev '" + text + "'").errors);
+  }
+  const std::string tooLong(18, 'x');
+  const Result result = Run("default set " + tooLong);
+  EXPECT_EQ(2, result.status);
+  EXPECT_EQ("rngctl: The name \"" + tooLong +
+                "\" has 18 bytes; at most 17 can be stored. Nothing was changed.\n",
+            result.errors);
+  EXPECT_FALSE(fs::exists(TreePath(kSettingsFile)));
+}
+
+TEST_F(RngctlTest, ADefaultThatCannotBeUsedIsStoredWithAWarning) {
+  const auto expect = [](const std::string& chosen, const std::string& why) {
+    const Result result = Run("default set " + chosen);
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("Warning: " + why + " The default was stored anyway.\n", result.errors);
+  };
+  expect("unixdef", "there is no kind \"unixdef\"; did you mean \"unixdev\"?");
+  expect("unixdev C3",
+         "the generator \"unixdev\" refuses the device \"C3\". \"rngctl list\" shows "
+         "the devices of generators that report them.");
+}
+
 // The library would read back what stands after the last one.
 TEST_F(RngctlTest, AnEqualsSignIsRefused) {
   for (const std::string arguments : {"a=b", "=", "unixdev a=b", "unixdev ="}) {
