@@ -46,7 +46,8 @@ TEST_F(RngctlTest, CombinesWithTheDeviceThatIsNamed) {
       0, Run("read --from unixdev,dsdr:rr -n 8").status);  // the bytes of the others are not random
   ExpectNothing(Run("read --from unixdev,dsdr:X9 -n 8"),
                 "rngctl: The generator \"dsdr\" refuses the device \"X9\".\n"
-                "\"rngctl list\" shows the devices");
+                "\"rngctl list\" shows the devices of generators that report them, and their "
+                "problems.\n");
 }
 
 TEST_F(RngctlTest, AGeneratorOfSeveralThatCannotBeUsedEndsTheDraw) {
@@ -62,7 +63,8 @@ TEST_F(RngctlTest, AGeneratorOfSeveralThatCannotBeUsedEndsTheDraw) {
       {"drawing/ExitAtOnce", "rngctl: A plug-in exited with status 0"},
       {"names_another_kind",
        "rngctl: The generator \"dsdr\" is not usable now.\n"
-       "Run \"rngctl list\" to see the usable ones"},
+       "Run \"rngctl list\" to see the usable ones, and \"rngctl doctor\" to find out why it is "
+       "missing.\n"},
   };
   for (const auto& [variant, message] : failures) {
     fs::remove(TreePath("lib/librngdsdr.so"));

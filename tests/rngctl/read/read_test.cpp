@@ -98,7 +98,11 @@ TEST_F(RngctlTest, ReadFromADefaultThatIsNotLoadedIsANegativeAnswer) {
 TEST_F(RngctlTest, ReadFromAnUnknownGeneratorIsANegativeAnswer) {
   const Result result = Run("read nosuch -n 2");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("rngctl: There is no usable generator \"nosuch\""));
+  EXPECT_EQ(
+      "rngctl: There is no usable generator \"nosuch\". Run \"rngctl list\" to see the usable "
+      "ones, "
+      "and \"rngctl doctor\" to find out why it is missing.\n",
+      result.errors);
 }
 
 TEST_F(RngctlTest, SelectsTheConfiguredDevice) {
