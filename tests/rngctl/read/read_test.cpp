@@ -82,7 +82,11 @@ TEST_F(RngctlTest, ReadsFromTheConfiguredDefault) {
 TEST_F(RngctlTest, ReadWithoutNameAndDefaultIsANegativeAnswer) {
   const Result result = Run("read -n 2");
   EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, StartsWith("rngctl: No usable default generator is configured."));
+  EXPECT_EQ(
+      "rngctl: No usable default generator is configured. Name a generator, or store a default "
+      "with "
+      "\"rngctl default set\".\n",
+      result.errors);
 }
 
 TEST_F(RngctlTest, ReadFromADefaultThatIsNotLoadedIsANegativeAnswer) {
