@@ -15,20 +15,20 @@ class HelperProcess : public OpensslTest {
  protected:
   /// Sends a request to a helper, does what `then` says in Python, and keeps the connection. Prints how many of the first 9 bytes of an
   /// answer arrive, and the helper's exit status.
-  static Result Ask(const std::string& size, const std::string& kind,
-                    const std::string& then = "") {
+  static Result Ask(const std::string& size, const std::string& kind, const std::string& then = "",
+                    const std::string& from = "") {
     WriteFile(TreePath("request.py"), R"(
 import os, socket, struct, subprocess, sys
 near, there = socket.socketpair()
 here = near.dup()
 os.dup2(there.fileno(), 3)
 program = subprocess.Popen([sys.argv[1]], pass_fds=[3])
-here.send(struct.pack("II1536s", 1, int(sys.argv[2]), sys.argv[3].encode()))
+here.send(struct.pack("II1024s512s", 1, int(sys.argv[2]), sys.argv[3].encode(), sys.argv[5].encode()))
 exec(sys.argv[4])
 print(len(here.recv(9)), program.wait(timeout=30))
 )");
     return Run("python3 " + TreePath("request.py") + ' ' + HelperProgram() + ' ' + size + " '" +
-               kind + "' '" + then + "'");
+               kind + "' '" + then + "' '" + from + "'");
   }
 };
 
@@ -208,6 +208,8 @@ TEST_F(HelperProcess, ExitsAfterADrawThatFailed) {
     const Result result = Ask("16", kind);
     EXPECT_EQ("9 0\n", result.output) << result.errors;
   }
+  const Result result = Ask("16", "", "", "unixdev,,");  // no list of generators
+  EXPECT_EQ("9 0\n", result.output) << result.errors;
 }
 
 TEST_F(HelperProcess, ExitsWithoutAFailureIfNobodyReadsTheAnswer) {
