@@ -134,6 +134,25 @@ compare "page: exit status" \
   "$(for command in doctor check test; do "$rngctl" $command --help; done |
     sed -n '/^Exit status/,$p' | grep -oE '(^|[:;] | )[0-9] ' | tr -dc '0-9\n' | sort -u)" \
   "$(sed -n '/^\.Sh EXIT STATUS/,/^\.El/s/^\.It //p' "$page")"
+compare "help: what the options take" "default --mask UINT
+read -n BYTES
+read -o FILE
+read --device ID
+read --from NAME[:ID],...
+read --need N
+read --record FILE
+test -n BYTES
+test --restarts N
+test --device ID
+test --picture FILE
+check --factory NAME
+check --timeout SECONDS:INT
+check --only CHECK[,CHECK]
+doctor --timeout SECONDS:INT
+doctor --user NAME" \
+  "$(for command in list default read test check doctor; do
+    "$rngctl" $command --help | sed -nE "s/^  (-[^ ]+) ([A-Z][]A-Z[,:.]*)([ :=].*|$)/$command \1 \2/p"
+  done)"
 # Both shells know the same checks.
 checks_in_zsh=$(zsh -fc '_values() { print -l -- "${@:4}" }; _arguments() { : }; words=(rngctl x ""); CURRENT=3
   . "$0/_rngctl"; _rngctl_checks' "$completions")
