@@ -44,6 +44,34 @@ TEST_F(Doctor, SeesWhatIsInTheWayOfTheSettingsFile) {
   EXPECT_FALSE(Examine("dsdr").at("settings").at("writable"));
 }
 
+// The doctor reads how far the kernel goes. The level that this kernel really has does not matter here.
+TEST_F(Doctor, ForeseesWhatTheKernelProtectsInStickyDirectories) {
+  if (::geteuid() != 0 || RunShell("unshare --mount true").status != 0) {
+    GTEST_SKIP() << "only root can give a file away and replace the level";
+  }
+  const std::string temporary = TreePath("etc/rng.ini.tmp");
+  WriteFile(TreePath(kSettingsFile), "[Devices]\n");
+  WriteFile(temporary, "");
+  ASSERT_EQ(0, ::chown(temporary.c_str(), 4711, 4711));
+  const auto fault = [](unsigned mode, const std::string& level) {
+    WriteFile(TreePath("level"), level);
+    fs::permissions(TreePath("etc"), fs::perms(mode));
+    return Examine("dsdr", "unshare --mount sh -c 'mount --bind " + TreePath("level") +
+                               " /proc/sys/fs/protected_regular && exec \"$@\"' sh")
+        .at("settings")
+        .at("writing_fault");
+  };
+  const json isProtected = temporary + " belongs to another user in a sticky directory";
+  EXPECT_EQ(isProtected, fault(01777, "1"));
+  EXPECT_EQ(isProtected, fault(01775, "2"));
+  EXPECT_EQ(json(), fault(01777, "0"));
+  EXPECT_EQ(json(), fault(01775, "1"));
+  EXPECT_EQ(json(), fault(01755, "2"));
+  EXPECT_EQ(json(), fault(0777, "2"));
+  ASSERT_EQ(0, ::chown(temporary.c_str(), 0, 0));
+  EXPECT_EQ(json(), fault(01777, "2"));
+}
+
 TEST_F(Doctor, ShowsTheFixedDirectoryWithoutAService) {
   InstallKnownPath("absent");
   const json settings = Examine("dsdr").at("settings");
