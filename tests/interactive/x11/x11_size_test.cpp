@@ -89,7 +89,7 @@ TEST(X11Window, DoesNotBelieveOddResolutions) {
   EXPECT_EQ(usual.Place().width, setFine.Place().width);
 }
 
-TEST(X11Window, IsAsWideAsAScreenThatIsTooSmallForTheLargestLetters) {
+TEST(X11Window, BelievesTheSmallestAndTheLargestUsualResolution) {
   WindowOnScreen smallest(1600, 1000, 96, "unixx11_smallest.png", "Xft.dpi:\t48\n");
   WindowOnScreen largest(1600, 1000, 96, "unixx11_largest.png", "Xft.dpi:\t768\n");
   EXPECT_EQ(34 * 12 * 48 / 72, smallest.Place().width);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Like a real draw, which must not go on for a user who sees nothing.
+// A draw must not go on for a user who sees nothing.
 void ShowInADestroyedWindow(const std::string& server) {
   ::setenv("DISPLAY", server.c_str(), 1);
   ShownWindow shown(server, "Title");

@@ -84,8 +84,7 @@ TEST_F(RngctlTest, ReadWithoutNameAndDefaultIsANegativeAnswer) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(
       "rngctl: No usable default generator is configured. Name a generator, or store a default "
-      "with "
-      "\"rngctl default set\".\n",
+      "with \"rngctl default set\".\n",
       result.errors);
 }
 
@@ -104,8 +103,7 @@ TEST_F(RngctlTest, ReadFromAnUnknownGeneratorIsANegativeAnswer) {
   EXPECT_EQ(1, result.status);
   EXPECT_EQ(
       "rngctl: There is no usable generator \"nosuch\". Run \"rngctl list\" to see the usable "
-      "ones, "
-      "and \"rngctl doctor\" to find out why it is missing.\n",
+      "ones, and \"rngctl doctor\" to find out why it is missing.\n",
       result.errors);
 }
 
