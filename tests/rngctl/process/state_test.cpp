@@ -3,7 +3,9 @@
 #include <cfenv>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
+#include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <iostream>
@@ -168,6 +170,23 @@ TEST(ProcessSnapshot, NamesVariables) {
               ElementsAre("changes the environment variable STATE_A"));
   EXPECT_THAT(Changes([] { ::unsetenv("STATE_A"); }),
               ElementsAre("removes the environment variable STATE_A"));
+}
+
+TEST(ProcessSnapshot, NamesPosixTimers) {
+  timer_t timer = {};
+  const auto begin = [&] {
+    sigevent event = {};
+    event.sigev_notify = SIGEV_NONE;
+    ASSERT_EQ(0, ::timer_create(CLOCK_MONOTONIC, &event, &timer));
+  };
+  begin();
+  const bool isListed = std::ifstream("/proc/self/timers").get() != EOF;
+  ::timer_delete(timer);
+  if (!isListed) GTEST_SKIP() << "this kernel does not list the timers of a process";
+  EXPECT_THAT(Changes(begin),
+              ElementsAre(MatchesRegex("leaves a timer running: POSIX timer [0-9]+")));
+  EXPECT_THAT(Changes([&] { ::timer_delete(timer); }),
+              ElementsAre(MatchesRegex("stops a timer of the host: POSIX timer [0-9]+")));
 }
 
 TEST(ProcessSnapshot, SeesVariablesInALibraryAndInMemoryThatIsGone) {

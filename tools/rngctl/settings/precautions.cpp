@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -90,6 +91,13 @@ void WarnOfLostLines(const std::string& file) {
   }
 }
 
+const char* HowToRetry(int error, bool isDiskFull) {
+  if (isDiskFull) return "Free some space, and try again.";
+  if (error == EMFILE || error == ENFILE) return "Allow more with ulimit -n; 16 are enough.";
+  return "Check that the file can be replaced and that no other section or key that the library "
+         "reads comes first in it.";
+}
+
 std::string NameOwners(const PathFacts& file) {
   const Users users = FindUsers();
   return users.NameOfUser(file.owner) + " and " + users.NameOfGroup(file.group);
@@ -110,18 +118,13 @@ void RefuseToStore(const std::string& file, const std::string& why, const std::s
                                      ". Nothing was changed. " + fix);
 }
 
-void RefuseAfterStoring(const std::string& file, const std::string& found,
-                        const std::string& error) {
-  const std::string reason = error.empty() ? "" : " (" + error + ")";
+void RefuseAfterStoring(const std::string& file, const std::string& found, int error) {
+  const std::string reason = error == 0 ? "" : std::string(" (") + std::strerror(error) + ")";
   const std::string noSpace = WhyNoSpace(NearestPlace(file), 0);
   const std::string cause = noSpace.empty() ? "" : " The reason is probably that " + noSpace + ".";
-  const char* const advice = noSpace.empty() ? "Check that the file can be replaced and that no "
-                                               "other section or key that the library reads comes "
-                                               "first in it."
-                                             : "Free some space, and try again.";
   throw Refusal(kNegativeAnswer,
                 "The default could not be stored in " + file + reason + ": " + found + "." + cause,
-                advice);
+                HowToRetry(error, !noSpace.empty()));
 }
 
 std::vector<std::string> LinesToKeep(const std::string& file) {

@@ -17,10 +17,9 @@ std::string HowToGetAccess(const std::string& path);
 [[noreturn]] void RefuseToStore(const std::string& file, const std::string& why,
                                 const std::string& fix);
 
-/// The library has stored something, but not what it was asked to. `error` is empty if it reported
-/// success.
+/// The library has stored something, but not what it was asked to. `error` is its errno, 0 if there is none.
 [[noreturn]] void RefuseAfterStoring(const std::string& file, const std::string& found,
-                                     const std::string& error);
+                                     int error);
 
 /// The lines of the file that storing keeps: all that the library copies, without the default, its header
 /// and empty lines.

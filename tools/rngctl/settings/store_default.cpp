@@ -87,7 +87,7 @@ bool LetLibraryStore(const Default& chosen) {
 void StoreAndReadBack(const Default& chosen, const OldSettings& old) {
   errno = 0;
   const bool isStored = LetLibraryStore(chosen);
-  const std::string error = isStored || errno == 0 ? "" : std::strerror(errno);
+  const int error = isStored ? 0 : errno;
   const Default found = ReadConfiguredDefault();
   if (!isStored || found != chosen) {
     RefuseAfterStoring(old.File(), "it reads back as " + Quoted(Describe(found)), error);
