@@ -1,5 +1,6 @@
 // Preloaded: after a file is removed, cuts the one with the suffix ".tmp" beside it to RNG_TEST_SIZE bytes, as a
-// disk without space does. The first RNG_TEST_FAILED_SYNCS files that are synchronised do not reach the disk.
+// disk without space does. The first RNG_TEST_FAILED_SYNCS files that are synchronised do not reach the disk, and for
+// the first RNG_TEST_FAILED_WRITES that the program itself writes there is no space.
 
 #include <cerrno>
 #include <cstdlib>
@@ -19,12 +20,23 @@ EXPORT int unlink(const char* path) noexcept {
   return ::truncate(copy.c_str(), size);
 }
 
+static int Number(const char* variable) {
+  const char* const text = std::getenv(variable);
+  return text ? std::atoi(text) : 0;
+}
+
 EXPORT int fsync(int descriptor) {
-  static int calls = 0;
-  const char* const failures = std::getenv("RNG_TEST_FAILED_SYNCS");
-  if (!failures || ++calls > std::atoi(failures)) {
-    return static_cast<int>(::syscall(SYS_fsync, descriptor));
-  }
+  static int left = Number("RNG_TEST_FAILED_SYNCS");
+  if (left-- <= 0) return static_cast<int>(::syscall(SYS_fsync, descriptor));
   errno = EIO;
+  return -1;
+}
+
+EXPORT ssize_t write(int descriptor, const void* bytes, size_t size) {
+  static int left = Number("RNG_TEST_FAILED_WRITES");
+  struct stat status = {};
+  const bool isFile = ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+  if (!isFile || left-- <= 0) return ::syscall(SYS_write, descriptor, bytes, size);
+  errno = ENOSPC;
   return -1;
 }

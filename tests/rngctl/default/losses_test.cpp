@@ -175,6 +175,18 @@ TEST_F(Losses, AnAccessControlListDoesNotDecideWhoWrites) {
   EXPECT_EQ(0600U, ModeOf(Ini()));
 }
 
+TEST_F(Losses, AModeThatCannotBeChangedIsAWarningIfItGivesRights) {
+  const std::string set =
+      "LD_PRELOAD=" FAKE_LIBS_DIR "/refuses_modes.so " + Rngctl() + " default set unixdev 2>&1";
+  WriteFile(Ini(), kOldSettings);
+  EXPECT_THAT(RunShell(set).output, Not(HasSubstr("Warning")));
+  if (!OpenToEverybody(TreePath("etc"))) GTEST_SKIP() << "there are no access control lists here";
+  EXPECT_THAT(RunShell(set).output,
+              HasSubstr("Warning: other users may read or write " + Ini() +
+                        " more than intended, and its mode cannot be changed (Operation not "
+                        "permitted).\nThe default is now unixdev.\n"));
+}
+
 TEST_F(Losses, AServiceThatEndsTheProgramIsAFailure) {
   for (const auto& [variant, end] :
        {std::pair<const char*, std::string>("quitting", "exited with status 0"),

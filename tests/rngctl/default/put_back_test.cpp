@@ -93,17 +93,23 @@ TEST_F(PutBack, ALinkIsALinkAgain) {
 
 // The half file may have taken the last space.
 TEST_F(PutBack, ItIsTriedOnceMoreWithoutTheHalfFile) {
-  WriteFile(Ini(), kOldSettings);
-  ExpectOldFile(SetWithCuts(5, "RNG_TEST_FAILED_SYNCS=1"), "reads back");
+  for (const char* failure : {"RNG_TEST_FAILED_SYNCS=1", "RNG_TEST_FAILED_WRITES=1"}) {
+    WriteFile(Ini(), kOldSettings);
+    ExpectOldFile(SetWithCuts(5, failure), "reads back");
+  }
 }
 
 TEST_F(PutBack, AFailureToPutItBackIsSaid) {
-  WriteFile(Ini(), kOldSettings);
-  const Result result = SetWithCuts(5, "RNG_TEST_FAILED_SYNCS=2");
-  EXPECT_EQ(1, result.status);
-  EXPECT_THAT(result.errors, HasSubstr(" The old content of " + Ini() +
-                                       " could not be restored (Input/output error).\n"));
-  EXPECT_EQ(0U, CountFiles());  // no half file
+  for (const auto& [failure, reason] :
+       {std::pair("RNG_TEST_FAILED_SYNCS=2", "(Input/output error)"),
+        std::pair("RNG_TEST_FAILED_WRITES=2", "(No space left on device)")}) {
+    WriteFile(Ini(), kOldSettings);
+    const Result result = SetWithCuts(5, failure);
+    EXPECT_EQ(1, result.status);
+    EXPECT_THAT(result.errors, HasSubstr(" The old content of " + Ini() +
+                                         " could not be restored " + reason + ".\n"));
+    EXPECT_EQ(0U, CountFiles());  // no half file
+  }
 }
 
 // The service is asked three times while the library stores, and is not asked for the device any more.

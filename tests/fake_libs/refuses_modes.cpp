@@ -1,0 +1,10 @@
+// Preloaded: the mode of a file cannot be changed by its name, as on a disk that stores no modes.
+
+#include <cerrno>
+#include <sys/stat.h>
+
+extern "C" __attribute__((visibility("default"))) int fchmodat(int, const char*, mode_t,
+                                                               int) noexcept {
+  errno = EPERM;
+  return -1;
+}
