@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <stdexcept>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -43,6 +44,8 @@ void Note(const std::string& line) {
   Note("up to " + std::to_string(limit.rlim_cur) + ", at most " + std::to_string(limit.rlim_max));
   std::raise(SIGSEGV);
 }
+
+[[noreturn]] [[maybe_unused]] void Throw() { throw std::runtime_error("no driver"); }
 
 // Only SIGKILL ends the process earlier.
 [[noreturn]] [[maybe_unused]] void StayFor(unsigned seconds) {

@@ -45,6 +45,9 @@ class SmallDisk {
     if (isMounted) ::umount2(place.c_str(), MNT_DETACH);
   }
   bool IsMounted() const { return isMounted; }
+  void ForbidWriting() const {
+    ::mount("none", place.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+  }
   void Fill(std::size_t freeBlocks) const {
     const std::string filler = place + "/filler";
     RunShell("cat /dev/zero >" + filler + " 2>/dev/null");
@@ -78,6 +81,19 @@ class Losses : public RngctlTest {
 };
 
 }  // namespace
+
+TEST_F(Losses, AReadOnlyDiskIsNoMatterOfRights) {
+  const SmallDisk disk;
+  if (!disk.IsMounted()) GTEST_SKIP() << "this user cannot mount a small disk";
+  WriteFile(Ini(), kOldSettings);
+  disk.ForbidWriting();
+  const Result result = Run("default set unixdev");
+  EXPECT_EQ(1, result.status);
+  EXPECT_EQ("rngctl: The default could not be stored in " + Ini() + ": " + TreePath("etc") +
+                " cannot be written by this user (Read-only file system). Nothing was changed. Fix "
+                "that, and try again.\n",
+            result.errors);
+}
 
 TEST_F(Losses, ADiskWithoutFreeInodesIsNamed) {
   const SmallDisk disk(",nr_inodes=2");  // the directory and the file

@@ -123,6 +123,7 @@ TEST_F(RngctlTest, TheTableIsShownBeforeReportsAreWaitedFor) {
 TEST_F(RngctlTest, APluginThatFailsBeforeItsReportIsASentence) {
   for (const auto& [action, end] :
        {std::pair("Crash", "crashed with signal 11 (Segmentation fault)"),
+        {"Throw", "threw an exception"},
         {"Hang", "did not answer within 10 s"}}) {
     InstallPlugin("dsdr", std::string("in_child/") + action);
     const Result result = Run("list");
