@@ -3,6 +3,7 @@
 #include "tests/rngctl/installed_tool.h"
 #include "tests/support/tree.h"
 
+#include <chrono>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
@@ -65,6 +66,19 @@ TEST_F(RngctlTest, TestReportsAsJson) {
   EXPECT_EQ(3, report.at("restarts").at("ruled_out_seed_bits"));
   EXPECT_EQ("nothing-found", report.at("verdict"));
   EXPECT_THAT(report.at("limits"), HasSubstr("SHA-256"));
+}
+
+TEST_F(RngctlTest, TestMeasuresTheSpeedOfSmallDrawsIfThereAreNoOthers) {
+  const nlohmann::json report = Parse(Run("test unixdev -n 64 --restarts 0 --json"));
+  EXPECT_EQ(2, report.at("speed").at("small_draws").at("count"));
+  EXPECT_GT(report.at("speed").at("bytes_per_second"), 0);
+}
+
+TEST_F(RngctlTest, TestIsNoFasterThanItsDraws) {
+  const auto start = std::chrono::steady_clock::now();
+  const nlohmann::json report = Parse(Run("test unixdev -n 10000000 --restarts 0 --json"));
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(report.at("speed").at("bytes_per_second"), 1e7 / time.count());
 }
 
 TEST_F(RngctlTest, TestUsesTheConfiguredDefault) {
