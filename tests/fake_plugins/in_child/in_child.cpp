@@ -47,6 +47,11 @@ void Note(const std::string& line) {
 
 [[noreturn]] [[maybe_unused]] void Throw() { throw std::runtime_error("no driver"); }
 
+[[maybe_unused]] void NoteItsEnd() {
+  std::atexit([] { Note("ends"); });
+  Note("begins");
+}
+
 // Only SIGKILL ends the process earlier.
 [[noreturn]] [[maybe_unused]] void StayFor(unsigned seconds) {
   for (int signal = 1; signal < NSIG; ++signal) std::signal(signal, SIG_IGN);

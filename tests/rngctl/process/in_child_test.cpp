@@ -106,6 +106,13 @@ TEST_F(InChild, ACrashLeavesNoCoreFile) {
   }
 }
 
+// The report is complete then, and no code of the plug-in can spoil it.
+TEST_F(InChild, APluginRunsNothingAfterItsReport) {
+  InstallPlugin("dsdr", "in_child/NoteItsEnd");
+  EXPECT_EQ(0, Run("list").status);
+  EXPECT_EQ("begins\n", TakeNotes());
+}
+
 TEST_F(InChild, AChildEndsWhenTheToolIsKilled) {
   InstallPlugin("dsdr", "in_child/Hang");
   for (const Command& command : AllCommands()) {
