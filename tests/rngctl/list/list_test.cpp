@@ -255,6 +255,11 @@ TEST_F(ListAsJson, HasFlagsWithoutNamesAndTextsWithControls) {
   EXPECT_TRUE(generators[2]["flags"].empty());
 }
 
+TEST_F(ListAsJson, ANameThatIsNotUtf8IsReplaced) {
+  InstallPlugin("dsdr", "disturbing/NameNotUtf8");
+  EXPECT_EQ("\uFFFD\uFFFDdsdr", List()[0]["name"]);
+}
+
 TEST_F(ListAsJson, AnEmptyNameIsNull) {
   InstallPlugin("grandmaster", "nameless");
   const nlohmann::json generators = List();
