@@ -243,7 +243,7 @@ TEST_F(Losses, TooFewDescriptorsAreNoFaultOfTheFile) {
         result.errors.find("Cannot start a process: Too many open files.") != std::string::npos;
     const bool isStoring =
         result.errors.find(" (Too many open files): it reads back as ") != std::string::npos;
-    const bool isNamed = result.errors.find("Allow more with ulimit -n") != std::string::npos;
+    const bool isNamed = result.errors.ends_with("\nAllow more with ulimit -n; 16 are enough.\n");
     EXPECT_EQ(isStarting || isStoring, isNamed) << result.errors;
     hasNotStarted = hasNotStarted || isStarting;
     hasNotStored = hasNotStored || isStoring;
