@@ -1,6 +1,6 @@
 // Preloaded: after a file is removed, cuts the one with the suffix ".tmp" beside it to RNG_TEST_SIZE bytes, as a
-// disk without space does. The first RNG_TEST_FAILED_SYNCS files that are synchronised do not reach the disk, and for
-// the first RNG_TEST_FAILED_WRITES that the program itself writes there is no space.
+// disk without space does. The first RNG_TEST_FAILED_SYNCS calls of fsync fail, and so do the first
+// RNG_TEST_FAILED_WRITES calls of write on a file. What stdio writes is not affected.
 
 #include <cerrno>
 #include <cstdlib>
@@ -11,18 +11,18 @@
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 
-EXPORT int unlink(const char* path) noexcept {
-  const int result = static_cast<int>(::syscall(SYS_unlink, path));
-  const std::string copy = std::string(path) + ".tmp";
-  const off_t size = std::atoi(std::getenv("RNG_TEST_SIZE"));
-  struct stat status = {};
-  if (result != 0 || ::stat(copy.c_str(), &status) != 0 || status.st_size <= size) return result;
-  return ::truncate(copy.c_str(), size);
-}
-
 static int Number(const char* variable) {
   const char* const text = std::getenv(variable);
   return text ? std::atoi(text) : 0;
+}
+
+EXPORT int unlink(const char* path) noexcept {
+  const int result = static_cast<int>(::syscall(SYS_unlink, path));
+  const std::string copy = std::string(path) + ".tmp";
+  const off_t size = Number("RNG_TEST_SIZE");
+  struct stat status = {};
+  if (result != 0 || ::stat(copy.c_str(), &status) != 0 || status.st_size <= size) return result;
+  return ::truncate(copy.c_str(), size);
 }
 
 EXPORT int fsync(int descriptor) {

@@ -1,4 +1,4 @@
-// Preloaded: the mode of a file cannot be changed by its name, as on a disk that stores no modes.
+// Preloaded: fchmodat fails, so the mode of a file cannot be changed by its path.
 
 #include <cerrno>
 #include <sys/stat.h>

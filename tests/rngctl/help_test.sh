@@ -134,13 +134,13 @@ compare "page: exit status" \
   "$(for command in doctor check test; do "$rngctl" $command --help; done |
     sed -n '/^Exit status/,$p' | grep -oE '(^|[:;] | )[0-9] ' | tr -dc '0-9\n' | sort -u)" \
   "$(sed -n '/^\.Sh EXIT STATUS/,/^\.El/s/^\.It //p' "$page")"
-compare "help: exit status" "doctor: 0 Every, 1 One, 2 Wrong, 3 Without,
-check: 0 no, 1 a, 2 wrong,
-test: 0 nothing, 1 the, 2 wrong, 3 the,
---help: 0 success, 1 negative, 2 wrong, 3 no," \
+compare "help: exit status" "doctor: 0 Every,1 One,2 Wrong,3 Without
+check: 0 no,1 a,2 wrong
+test: 0 nothing,1 the,2 wrong,3 the
+--help: 0 success,1 negative,2 wrong,3 no" \
   "$(for command in doctor check test --help; do
     echo "$command: $("$rngctl" $command --help | sed -n '/^Exit status/,$p' |
-      grep -oE '\b[0-9] +[A-Za-z]+' | tr -s ' ' | paste -sd '~' | sed 's/~/, /g'),"
+      grep -oE '\b[0-9] +[A-Za-z]+' | tr -s ' ' | paste -sd ,)"
   done)"
 compare "help: what the options take" "default --mask UINT
 read -n BYTES

@@ -177,7 +177,7 @@ TEST_F(TerminalDraw, ShowsTheBarWhereTheWidthIsUnknown) {
 
 TEST_F(TerminalDraw, SurvivesResizing) {
   ASSERT_TRUE(terminal.Shows("0%"));
-  for (const unsigned short columns : std::vector<unsigned short>{20, 1, 0, 300}) {
+  for (const unsigned short columns : std::vector<unsigned short>{20, 2, 1, 0, 300}) {
     terminal.Resize(10, columns);
     robot.Press();
   }

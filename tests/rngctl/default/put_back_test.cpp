@@ -94,6 +94,7 @@ TEST_F(PutBack, ALinkIsALinkAgain) {
 // The half file may have taken the last space.
 TEST_F(PutBack, ItIsTriedOnceMoreWithoutTheHalfFile) {
   for (const char* failure : {"RNG_TEST_FAILED_SYNCS=1", "RNG_TEST_FAILED_WRITES=1"}) {
+    SCOPED_TRACE(failure);
     WriteFile(Ini(), kOldSettings);
     ExpectOldFile(SetWithCuts(5, failure), "reads back");
   }
@@ -103,6 +104,7 @@ TEST_F(PutBack, AFailureToPutItBackIsSaid) {
   for (const auto& [failure, reason] :
        {std::pair("RNG_TEST_FAILED_SYNCS=2", "(Input/output error)"),
         std::pair("RNG_TEST_FAILED_WRITES=2", "(No space left on device)")}) {
+    SCOPED_TRACE(failure);
     WriteFile(Ini(), kOldSettings);
     const Result result = SetWithCuts(5, failure);
     EXPECT_EQ(1, result.status);

@@ -106,8 +106,8 @@ TEST_F(InChild, ACrashLeavesNoCoreFile) {
   }
 }
 
-// The report is complete then, and no code of the plug-in can spoil it.
-TEST_F(InChild, APluginRunsNothingAfterItsReport) {
+// They could hang or crash after a complete report.
+TEST_F(InChild, TheProcessThatReadsAReportRunsNoExitHandlers) {
   InstallPlugin("dsdr", "in_child/NoteItsEnd");
   EXPECT_EQ(0, Run("list").status);
   EXPECT_EQ("begins\n", TakeNotes());

@@ -177,7 +177,9 @@ TEST(ProcessSnapshot, NamesPosixTimers) {
   const auto begin = [&] {
     sigevent event = {};
     event.sigev_notify = SIGEV_NONE;
+    const itimerspec inAnHour = {{0, 0}, {3600, 0}};
     ASSERT_EQ(0, ::timer_create(CLOCK_MONOTONIC, &event, &timer));
+    ASSERT_EQ(0, ::timer_settime(timer, 0, &inAnHour, nullptr));
   };
   begin();
   const bool isListed = std::ifstream("/proc/self/timers").get() != EOF;
@@ -208,6 +210,8 @@ TEST(ProcessSnapshot, SeesVariablesInALibraryAndInMemoryThatIsGone) {
   EXPECT_THAT(
       Compare(before, lostWhole),
       testing::Contains("leaves part of the environment in memory that is no longer mapped"));
+  EXPECT_THAT(Compare(lostWhole, before),
+              testing::Each(testing::StartsWith("sets the environment variable ")));
 }
 
 TEST(ProcessSnapshot, SeesBuffersInALibraryAndInMemoryThatIsGone) {

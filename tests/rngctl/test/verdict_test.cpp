@@ -74,7 +74,7 @@ TEST_F(RngctlTest, TestMeasuresTheSpeedOfSmallDrawsIfThereAreNoOthers) {
   EXPECT_GT(report.at("speed").at("bytes_per_second"), 0);
 }
 
-TEST_F(RngctlTest, TestIsNoFasterThanItsDraws) {
+TEST_F(RngctlTest, TestReportsAtLeastTheSpeedOfItsWholeRun) {
   const auto start = std::chrono::steady_clock::now();
   const nlohmann::json report = Parse(Run("test unixdev -n 10000000 --restarts 0 --json"));
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;

@@ -92,8 +92,8 @@ void WarnOfLostLines(const std::string& file) {
 }
 
 const char* HowToRetry(int error, bool isDiskFull) {
+  if (error == EMFILE) return kMoreDescriptors;
   if (isDiskFull) return "Free some space, and try again.";
-  if (error == EMFILE || error == ENFILE) return "Allow more with ulimit -n; 16 are enough.";
   return "Check that the file can be replaced and that no other section or key that the library "
          "reads comes first in it.";
 }

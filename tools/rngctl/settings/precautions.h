@@ -17,9 +17,9 @@ std::string HowToGetAccess(const std::string& path);
 [[noreturn]] void RefuseToStore(const std::string& file, const std::string& why,
                                 const std::string& fix);
 
-/// The library has stored something, but not what it was asked to. `error` is its errno, 0 if there is none.
-[[noreturn]] void RefuseAfterStoring(const std::string& file, const std::string& found,
-                                     int error);
+/// The library reported a failure, or the file now says something else. `error` is the errno of the failure,
+/// 0 if there is none.
+[[noreturn]] void RefuseAfterStoring(const std::string& file, const std::string& found, int error);
 
 /// The lines of the file that storing keeps: all that the library copies, without the default, its header
 /// and empty lines.

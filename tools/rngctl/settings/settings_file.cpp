@@ -59,9 +59,7 @@ ReadingFault ExplainError(const std::string& file, int error) {
     return {"it is a dangling symbolic link",
             "Create the file that it leads to, or remove it: rm " + file};
   }
-  if (error == EMFILE || error == ENFILE) {
-    return {std::strerror(error), "Allow more with ulimit -n; 16 are enough."};
-  }
+  if (error == EMFILE) return {std::strerror(error), kMoreDescriptors};
   return {std::strerror(error), "Replace it with a regular file, or remove it."};
 }
 

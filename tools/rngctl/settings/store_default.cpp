@@ -59,8 +59,8 @@ void RemoveRights(const std::string& file, mode_t rights) {
 void CreateDirectory(const std::string& file) {
   const std::string directory = DirectoryOf(file);
   if (LookThrough(directory).IsDirectory() && file.starts_with('/')) return;
-  CheckStorable(file);
   std::error_code failure;
+  CheckStorable(file);
   std::filesystem::create_directories(directory, failure);
   if (!failure) return;
   RefuseToStore(file, directory + " cannot be created (" + failure.message() + ")", kRetry);
@@ -92,7 +92,7 @@ void StoreAndReadBack(const Default& chosen, const OldSettings& old) {
   if (!isStored || found != chosen) {
     RefuseAfterStoring(old.File(), "it reads back as " + Quoted(Describe(found)), error);
   }
-  if (!old.AreLinesKept()) RefuseAfterStoring(old.File(), "other settings were lost", error);
+  if (!old.AreLinesKept()) RefuseAfterStoring(old.File(), "other settings were lost", 0);
 }
 
 // The known-path service, which the library asks several times, may end the process at any moment.

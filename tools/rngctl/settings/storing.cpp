@@ -18,7 +18,8 @@ constexpr std::uint64_t kBlockSize = 512;  // of those that statx counts, on any
 
 std::string WhyNotAccessible(const std::string& path, int mode) {
   if (MayAccess(path, mode)) return "";
-  return path + " cannot be written by this user (" + std::strerror(errno) + ")";
+  const char* const who = errno == EACCES ? " by this user" : "";
+  return path + " cannot be written" + who + " (" + std::strerror(errno) + ")";
 }
 
 std::string WhyNotReachable(const std::string& path, const PathFacts& through) {

@@ -71,10 +71,9 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
 }
 
 [[noreturn]] void RefuseStart() {
-  const bool isLimit = errno == EMFILE || errno == ENFILE;
   throw Refusal(kNegativeAnswer,
                 std::string("Cannot start a process: ") + std::strerror(errno) + ".",
-                isLimit ? "Allow more with ulimit -n; 16 are enough." : "");
+                errno == EMFILE ? kMoreDescriptors : "");
 }
 
 }  // namespace

@@ -131,7 +131,7 @@ std::map<std::string, EnvironmentEntry> Environment(const MemoryMap& memory) {
   std::map<std::string, EnvironmentEntry> entries;
   for (char** slot = environ; slot; ++slot) {
     if (memory.CountReadable(slot) < sizeof *slot) {
-      entries["environ"] = {"", kUnmapped};
+      entries[""] = {"", kUnmapped};
       break;
     }
     if (!*slot) break;

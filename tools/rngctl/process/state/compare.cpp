@@ -93,7 +93,7 @@ void AddEnvironment(const ProcessSnapshot& before, const ProcessSnapshot& after,
     if (!change.empty()) found.push_back(change);
   }
   for (const auto& entry : before.environment) {
-    if (after.environment.contains(entry.first)) continue;
+    if (after.environment.contains(entry.first) || entry.second.place == kUnmapped) continue;
     found.push_back("removes the environment variable " + entry.first);
   }
 }
