@@ -3,10 +3,12 @@
 #include "tests/interactive/tty/terminal_draw.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <filesystem>
 
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 TEST_F(TerminalDraw, SucceedsAfterEnoughKeys) {
   ASSERT_TRUE(terminal.Shows(kPrompt));
@@ -175,9 +177,18 @@ TEST_F(TerminalDraw, ShowsTheBarWhereTheWidthIsUnknown) {
   ExpectNoBytes();
 }
 
+// The last column stays free, so that no terminal starts a new line. Of "10%" there is the first digit.
+TEST_F(TerminalDraw, ShowsWhatFitsOnTheScreen) {
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Resize(10, 2);
+  EXPECT_TRUE(robot.TypeUntil("\r8\r9\r1\r1"));
+  terminal.Press("\x03");
+  ExpectNoBytes();
+}
+
 TEST_F(TerminalDraw, SurvivesResizing) {
   ASSERT_TRUE(terminal.Shows("0%"));
-  for (const unsigned short columns : std::vector<unsigned short>{20, 2, 1, 0, 300}) {
+  for (const unsigned short columns : std::vector<unsigned short>{20, 1, 0, 300}) {
     terminal.Resize(10, columns);
     robot.Press();
   }
@@ -191,6 +202,13 @@ namespace {
 class RemoteDraw : public TerminalDraw {
  protected:
   RemoteDraw() : TerminalDraw({DRAWING_HOST, "biokbd", "32"}, {"SSH_TTY=/dev/pts/0"}) {}
+};
+
+// As in a container.
+class DrawOfProcessOne : public TerminalDraw {
+ protected:
+  DrawOfProcessOne()
+      : TerminalDraw({"/usr/bin/unshare", "--pid", "--fork", DRAWING_HOST, "biokbd", "32"}) {}
 };
 
 // Its keys would arrive three at a time.
@@ -228,6 +246,15 @@ TEST_F(RemoteDraw, TakesTwiceAsManyKeys) {
   for (int i = 0; i < 165; ++i) robot.Press();
   EXPECT_TRUE(terminal.Shows("30%"));
   EXPECT_THAT(terminal.Screen(), Not(HasSubstr("55%")));
+}
+
+TEST_F(DrawOfProcessOne, IsCancelled) {
+  if (std::system("unshare --pid --fork true") != 0) {
+    GTEST_SKIP() << "this machine permits no namespaces";
+  }
+  ASSERT_TRUE(terminal.Shows("0%"));
+  terminal.Press("\x03");
+  EXPECT_THAT(host.Finish(), StartsWith("ready\nzeros\n"));
 }
 
 TEST_F(DrawAfterOddSettings, GetsEveryKeyAtOnce) {
