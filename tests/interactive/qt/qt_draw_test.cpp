@@ -31,8 +31,9 @@ class QtDraw : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(window.Appears()); }
 
-  // The user uses keys alone, as in a desktop that has made the new window active.
+  // The user uses keys alone, as in a desktop that has made the new window active. Earlier keys may be lost.
   void Press(const std::vector<std::string>& keys) {
+    ASSERT_TRUE(window.GetsFocus());
     std::vector<std::string> commands;
     for (const std::string& key : keys) commands.insert(commands.end(), {"key", key});
     robot.Do(commands);
