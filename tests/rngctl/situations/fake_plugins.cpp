@@ -20,11 +20,11 @@ std::map<std::string, std::vector<std::string>> KindsByVariant() {
   std::map<std::string, std::string> kinds;  // by library file
   for (const Kind& kind : AllKinds()) kinds[kind.libraryFile] = kind.name;
   std::map<std::string, std::vector<std::string>> variants;
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(FAKES_DIR)) {
-    const auto kind = kinds.find(entry.path().filename());
+  for (fs::recursive_directory_iterator entry(FAKES_DIR), end; entry != end; ++entry) {
+    if (entry->path().filename() == "CMakeFiles") entry.disable_recursion_pending();
+    const auto kind = kinds.find(entry->path().filename());
     if (kind == kinds.end()) continue;
-    const fs::path folder = fs::relative(entry.path().parent_path(), FAKES_DIR);
-    variants[folder].push_back(kind->second);
+    variants[entry->path().parent_path().lexically_relative(FAKES_DIR)].push_back(kind->second);
   }
   return variants;
 }
@@ -170,7 +170,8 @@ Situation WithAll(const std::string& variant, const std::vector<std::string>& ki
 
 std::vector<Situation> WithEachAlone() {
   std::vector<Situation> situations;
-  for (const auto& [variant, kinds] : KindsByVariant()) {
+  static const auto kindsByVariant = KindsByVariant();  // each case begins with this search
+  for (const auto& [variant, kinds] : kindsByVariant) {
     if (kNotHere.contains(variant) || variant.starts_with(kInChild)) continue;
     situations.push_back(WithAll(variant, kinds, "refusing"));
     if (kinds.size() > 1) situations.push_back(WithAll(variant, kinds, "whole"));
