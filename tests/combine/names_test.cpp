@@ -61,9 +61,9 @@ TEST(SourceName, HasFrom1To256Bytes) {
     EXPECT_EQ(SourceResult::kOtherName, ResultOf(source)) << size;
     EXPECT_EQ(0, source.copies) << size;
   }
-  EXPECT_EQ(SourceResult::kUsed,
-            ResultOf(TalkingSource(1, 1)));  // the size is not compared with the name
-  EXPECT_EQ(SourceResult::kUsed, ResultOf(TalkingSource(256, 256)));  // it ends at its terminator
+  // The size is not compared with the name, which ends at its terminator.
+  EXPECT_EQ(SourceResult::kUsed, ResultOf(TalkingSource(1, 1)));
+  EXPECT_EQ(SourceResult::kUsed, ResultOf(TalkingSource(256, 256)));
 }
 
 TEST(SourceName, MayLackATerminator) {

@@ -83,7 +83,7 @@ bool Sleeps(pid_t process) {
   if (::clock_gettime(clock, &after) != 0) throw std::runtime_error("no such process");
   const auto used = std::chrono::seconds(after.tv_sec - before.tv_sec) +
                     std::chrono::nanoseconds(after.tv_nsec - before.tv_nsec);
-  return 5 * used < elapsed;
+  return 10 * used < elapsed;
 }
 
 HostProcess::HostProcess(const Words& command, const Words& variables,

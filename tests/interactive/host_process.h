@@ -9,7 +9,7 @@
 /// Polls until the condition is true. Returns false after half a minute.
 bool WaitUntil(const std::function<bool()>& isTrue);
 
-/// Whether a process uses less than a fifth of a processor during the next second.
+/// Whether a process uses almost no processor time during the next second.
 bool Sleeps(pid_t process);
 
 /// A program that runs in a session of its own, with a terminal or without, so everything it starts can be

@@ -1,14 +1,12 @@
 #ifndef TOOLS_RNGCTL_REFUSAL_H
 #define TOOLS_RNGCTL_REFUSAL_H
 
+#include <cerrno>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 enum ExitStatus { kDone = 0, kNegativeAnswer = 1, kWrongUsage = 2, kNothingUsable = 3 };
-
-/// Advice when this process may open no more files (EMFILE).
-inline constexpr char kMoreDescriptors[] = "Allow more with ulimit -n; 16 are enough.";
 
 /// Ends the command: the exit status, a sentence for the user, which may contain text from outside, and
 /// perhaps a line of advice.
@@ -19,5 +17,11 @@ class Refusal : public std::runtime_error {
   const ExitStatus status;
   const std::string advice;
 };
+
+/// Advice where `error` means that too many files are open, in this process or in the whole system; "" for other errors.
+inline const char* HowToOpenMore(int error) {
+  if (error == EMFILE) return "Allow more with ulimit -n; 16 are enough.";
+  return error == ENFILE ? "Close some programs, and try again." : "";
+}
 
 #endif

@@ -91,8 +91,9 @@ void WarnOfLostLines(const std::string& file) {
   }
 }
 
-const char* HowToRetry(int error, bool isDiskFull) {
-  if (error == EMFILE) return kMoreDescriptors;
+std::string HowToRetry(int error, bool isDiskFull) {
+  const std::string advice = HowToOpenMore(error);
+  if (!advice.empty()) return advice;
   if (isDiskFull) return "Free some space, and try again.";
   return "Check that the file can be replaced and that no other section or key that the library "
          "reads comes first in it.";

@@ -59,8 +59,9 @@ ReadingFault ExplainError(const std::string& file, int error) {
     return {"it is a dangling symbolic link",
             "Create the file that it leads to, or remove it: rm " + file};
   }
-  if (error == EMFILE) return {std::strerror(error), kMoreDescriptors};
-  return {std::strerror(error), "Replace it with a regular file, or remove it."};
+  const std::string advice = HowToOpenMore(error);
+  return {std::strerror(error),
+          advice.empty() ? "Replace it with a regular file, or remove it." : advice};
 }
 
 // Returns the errno, EFBIG if the end does not come.

@@ -73,7 +73,7 @@ void SendTo(int socket, char kind, const char* bytes, std::size_t size) {
 [[noreturn]] void RefuseStart() {
   throw Refusal(kNegativeAnswer,
                 std::string("Cannot start a process: ") + std::strerror(errno) + ".",
-                errno == EMFILE ? kMoreDescriptors : "");
+                HowToOpenMore(errno));
 }
 
 }  // namespace

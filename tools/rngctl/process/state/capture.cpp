@@ -131,7 +131,7 @@ std::map<std::string, EnvironmentEntry> Environment(const MemoryMap& memory) {
   std::map<std::string, EnvironmentEntry> entries;
   for (char** slot = environ; slot; ++slot) {
     if (memory.CountReadable(slot) < sizeof *slot) {
-      entries[""] = {"", kUnmapped};
+      entries[""] = {"", kUnmapped};  // no variable has that name
       break;
     }
     if (!*slot) break;
