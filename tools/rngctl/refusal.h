@@ -18,7 +18,8 @@ class Refusal : public std::runtime_error {
   const std::string advice;
 };
 
-/// Advice where `error` means that too many files are open, in this process or in the whole system; "" for other errors.
+/// Advice where the errno `error` means that too many files are open, in this process or in the whole system; ""
+/// for others.
 inline const char* HowToOpenMore(int error) {
   if (error == EMFILE) return "Allow more with ulimit -n; 16 are enough.";
   return error == ENFILE ? "Close some programs, and try again." : "";
